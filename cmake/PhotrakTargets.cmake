@@ -1,0 +1,55 @@
+# Common flags, one static library per floor, and the copy of the catalogue beside the executable.
+
+add_library(photrak_flags INTERFACE)
+target_include_directories(photrak_flags INTERFACE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}/include)
+target_compile_options(photrak_flags INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Werror
+  $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor -Woverloaded-virtual>
+  # A wide vector passed between functions compiled for one instruction set is our own business.
+  -Wno-psabi
+  # One rounding per operation on every machine: results may not depend on contraction.
+  -ffp-contract=off)
+target_compile_options(photrak_flags INTERFACE $<$<CONFIG:Debug>:-O1 -g1>)
+if(PHOTRAK_SANITIZE)
+  target_compile_options(photrak_flags INTERFACE
+    -fsanitize=${PHOTRAK_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(photrak_flags INTERFACE -fsanitize=${PHOTRAK_SANITIZE})
+endif()
+if(PHOTRAK_COVERAGE)
+  target_compile_options(photrak_flags INTERFACE --coverage)
+  target_link_options(photrak_flags INTERFACE --coverage)
+endif()
+
+# photrak_add_floors(NAMES...): a library photrak_<floor> for each folder of src/ that has sources.
+function(photrak_add_floors)
+  set(below photrak_flags)
+  foreach(floor ${ARGN})
+    file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/${floor}/*.cpp)
+    if(sources)
+      add_library(photrak_${floor} STATIC ${sources})
+      target_link_libraries(photrak_${floor} PUBLIC ${below})
+      set(below photrak_${floor})
+    endif()
+  endforeach()
+  find_package(Threads REQUIRED)
+  if(TARGET photrak_platform)
+    target_link_libraries(photrak_platform PUBLIC ${CMAKE_DL_LIBS} Threads::Threads)
+  endif()
+  # The highest floor that stands: what the program and the tests link.
+  add_library(photrak_all INTERFACE)
+  target_link_libraries(photrak_all INTERFACE ${below})
+endfunction()
+
+# The program finds models/ and superblocks/ beside its own file. The executables land in build/bin.
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
+function(photrak_copy_catalogue)
+  file(GLOB_RECURSE files CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/catalogue/*)
+  set(stamp ${PROJECT_BINARY_DIR}/catalogue.stamp)
+  add_custom_command(OUTPUT ${stamp}
+    COMMAND ${CMAKE_COMMAND} -E make_directory ${PROJECT_BINARY_DIR}/bin
+    COMMAND ${CMAKE_COMMAND} -E copy_directory ${PROJECT_SOURCE_DIR}/catalogue/models ${PROJECT_BINARY_DIR}/bin/models
+    COMMAND ${CMAKE_COMMAND} -E copy_directory ${PROJECT_SOURCE_DIR}/catalogue/superblocks ${PROJECT_BINARY_DIR}/bin/superblocks
+    COMMAND ${CMAKE_COMMAND} -E touch ${stamp}
+    DEPENDS ${files} VERBATIM)
+  add_custom_target(photrak_catalogue ALL DEPENDS ${stamp})
+endfunction()

@@ -1,0 +1,34 @@
+// The one allocator behind signals, arrays, nodelists and parameters, with a switch by which a test
+// refuses the n-th allocation. Memory comes from and returns to the C heap, so that user libraries
+// can free what they were given.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string_view>
+
+namespace photrak {
+
+/// Gives `bytes` bytes (uninitialised), or null when memory is exhausted or the switch refuses.
+void* Allocate(std::size_t bytes);
+/// As Allocate, all zeros; null also when count * size overflows.
+void* AllocateZeroed(std::size_t count, std::size_t size);
+void Release(void* block);
+
+/// A zero-terminated copy of `text` from Allocate, or null.
+char* CopyText(std::string_view text);
+
+/// Makes the allocation number `n` from now (1 = the next) and all after it fail; -1 allows all.
+void RefuseAllocationsFrom(std::int64_t n);
+/// Allocations asked for since the program began; a test reads it to learn how many there are.
+std::int64_t AllocationCount();
+
+struct ReleaseDeleter {
+    void operator()(void* block) const { Release(block); }
+};
+/// A block of Allocate owned by a scope.
+template <class T>
+using OwnedBlock = std::unique_ptr<T, ReleaseDeleter>;
+
+}  // namespace photrak

@@ -1,0 +1,24 @@
+// The catalogue of models: list files and definition files of the models directory.
+#pragma once
+
+#include <string>
+
+#include "base/status.h"
+#include "kernel/workspace.h"
+
+namespace photrak {
+
+/// The message when the catalogue cannot be read whole.
+extern const char* const catalogueFailureText;
+
+/// Reads "trans.lis", "channel.lis", "control.lis", "receiver.lis", "user.lis" from
+/// installDirectory + "models/". Details of what failed go to `errorText`.
+Status InitializeModels(const std::string& installDirectory, Catalogue& catalogue,
+                        std::string& errorText);
+Status ReadModelList(const std::string& listPath, Catalogue& catalogue,
+                     std::vector<const Component*>* category, std::string& errorText);
+/// Exact search of the list of all models; null if there is none.
+const Component* FindModel(const Catalogue& catalogue, std::string_view type);
+void ReleaseModels(Catalogue& catalogue);
+
+}  // namespace photrak

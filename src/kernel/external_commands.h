@@ -1,0 +1,31 @@
+// External programs: the plot viewer, the editor, and command lines given by the user. A file name
+// is always an argument of its own and never pasted into a shell's text.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace photrak {
+
+enum class Wait { No, Yes };
+
+/// Whether external commands are started at all (--no-commands); process-wide, true from the start.
+void AllowExternalCommands(bool allow);
+bool ExternalCommandsAllowed();
+
+/// Runs a command line of the user through the shell (COMSPEC if set, else /bin/sh); `arguments`
+/// reach it as "$1", "$2", ... Without wait it returns at once with the platform's result. With
+/// wait it returns 0 when the process has ended, -1 if it could not start. The profile key
+/// CommandShowWindow is read once. Refused commands give -1.
+int Spawn(std::string_view command, const std::vector<std::string>& arguments, Wait wait);
+
+/// Starts the plot viewer on "@FILE": PLOTCMD if set, else "vistrax /v".
+int RunPlotCommand(const std::string& file, Wait wait);
+/// Starts the editor on FILE: EDITOR if set, else "notepad".
+int RunEditor(const std::string& file, Wait wait);
+/// Starts the viewer of a plot block on "@FILE": PLOTCMD if set, else "vistrax". No result is
+/// taken.
+void LaunchPlot(const std::string& file, Wait wait);
+
+}  // namespace photrak

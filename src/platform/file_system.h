@@ -1,0 +1,43 @@
+// Whole files in and out. Readers get a text in memory; writers hand over a whole text, and what
+// must survive a crash is written beside its target, flushed and renamed.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace photrak {
+
+inline constexpr std::size_t maxInputFileBytes = std::size_t{1} << 30;
+
+/// Reads a regular file of at most `limit` bytes. False with a reason in `error` ("No such file or
+/// directory", "is not a regular file", "is larger than ...").
+[[nodiscard]] bool ReadWholeFile(const std::string& path, std::string& text, std::string& error,
+                                 std::size_t limit = maxInputFileBytes);
+/// Creates or truncates; false when it cannot be opened or written whole.
+[[nodiscard]] bool WriteWholeFile(const std::string& path, std::string_view text);
+/// Opens for appending, writes, closes.
+[[nodiscard]] bool AppendToFile(const std::string& path, std::string_view text);
+/// Writes a temporary file in the same directory, flushes it to the disk, renames it over `path`.
+/// On failure the old file is whole and no temporary stays.
+[[nodiscard]] bool ReplaceFile(const std::string& path, std::string_view text);
+[[nodiscard]] bool CopyWholeFile(const std::string& from, const std::string& to);
+bool FileExists(const std::string& path);
+
+/// Directory of the running executable, with the last separator.
+std::string ExecutableDirectory();
+/// Changes the working directory for as long as a scope lasts.
+class WorkingDirectory {
+  public:
+    explicit WorkingDirectory(const std::string& path);
+    ~WorkingDirectory();
+    WorkingDirectory(const WorkingDirectory&) = delete;
+    WorkingDirectory& operator=(const WorkingDirectory&) = delete;
+    bool Failed() const { return failed_; }
+
+  private:
+    std::string former_;
+    bool failed_ = false;
+};
+
+}  // namespace photrak

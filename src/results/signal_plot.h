@@ -1,0 +1,42 @@
+// The SignalPlot and ChirpPlot blocks and their writers: time traces of signals.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "base/status.h"
+#include "kernel/workspace.h"
+#include "results/plot_files.h"
+
+namespace photrak {
+
+/// Flag word of WriteSignalPlot.
+namespace plotFlag {
+inline constexpr int magPhase = 0x4, realImag = 0x8, magNoise = 0x10, real = 0x20, dBm = 0x40;
+inline constexpr int x = 0x80, y = 0x100, combined = 0x200, defaultForm = 0x400;
+}  // namespace plotFlag
+
+/// The block: reads parameters, names the files, aligns the inputs, writes.
+Status SignalPlot(const SimOptions& options, Component& component, const Nodelist* inputs,
+                  std::string& errorText);
+Status ChirpPlot(const SimOptions& options, Component& component, const Nodelist* inputs,
+                 std::string& errorText);
+
+struct SignalPlotJob {
+    const Nodelist* signals;
+    bool showNoise;
+    double Toffset, Tstart, Tstop;  // s; the last two are handed on, unused
+    int flags;                      // plotFlag
+    PlotMode mode;
+    std::string name;           // file stem
+    std::string componentName;  // for titles and messages
+};
+Status WriteSignalPlot(const SignalPlotJob& job, std::string& errorText);
+Status WriteChirpPlot(const SignalPlotJob& job, std::string& errorText);
+
+/// Frequency deviation in Hz of n samples (one-based), walked cyclically from element `start`, into
+/// out[1..n]. Backward difference of the phase; 0 after a dark sample; all 0 without samples.
+void ComputeChirp(std::int32_t n, double* out, const Complex* samples, double tStep,
+                  std::int32_t start);
+
+}  // namespace photrak
