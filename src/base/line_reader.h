@@ -39,6 +39,8 @@ class LineReader {
     /// All that is left of the line behind the delimiter that ended the last token, blanks
     /// included.
     std::string_view Rest();
+    /// Bytes of text behind the present line: a bound for what counts in a file may ask for.
+    std::size_t BytesLeft() const { return text_.size() - next_; }
     /// Starts the present line again from its first token.
     void Rewind() { position_ = 0; }
 
