@@ -46,8 +46,8 @@ class EscapeLevel {
 /// Error" and takes the escape. Returns only if no level is armed.
 void FatalError(std::string_view text);
 
-/// The failure of numeric code: three lines in `pherror.txt`, then Escape with the message. Never
-/// returns; without an armed level it throws all the same.
+/// The failure of numeric code: three lines in `pherror.txt`, then FatalError's box, then Escape
+/// with the message. Never returns; without an armed level it throws all the same.
 [[noreturn]] void NumericFailure(std::string_view message);
 
 /// A trace in `pherror.txt`: "Photrak runtime error:\n", the text and a newline, an empty line.

@@ -1,6 +1,8 @@
 // Views into the text, no copies.
 #include "base/line_reader.h"
 
+#include <algorithm>
+
 #include "base/text.h"
 
 namespace photrak {
@@ -27,7 +29,7 @@ bool LineReader::NextEvenIfBlank() {
     }
     const std::size_t end = std::min(text_.find('\n', next_), text_.size());
     line_ = text_.substr(next_, end - next_);
-    next_ = end + 1;
+    next_ = std::min(end + 1, text_.size());
     ++number_;
     if (line_.ends_with('\r')) line_.remove_suffix(1);
     while (!line_.empty() && IsWhite(line_.front())) line_.remove_prefix(1);
