@@ -1,0 +1,129 @@
+// The one-based arrays: offsets, contiguity, refusal; and the allocator's failure switch.
+#include "base/arrays.h"
+
+#include <functional>
+#include <gtest/gtest.h>
+#include <limits>
+#include <string>
+
+#include "base/escape.h"
+#include "base/memory.h"
+#include "support/recording_host.h"
+#include "support/temp_dir.h"
+
+namespace photrak {
+namespace {
+
+constexpr long maxLong = std::numeric_limits<long>::max();
+
+/// The message with which an allocation ends, or an empty text when it succeeds.
+std::string FailureOf(const std::function<void()>& action) {
+    const TempDir directory;
+    const RecordingHost host;
+    try {
+        action();
+    } catch (const Escape& escape) {
+        return escape.message;
+    }
+    return {};
+}
+
+TEST(Arrays, AllowElementsFromLowToHigh) {
+    for (const long low : {1L, 0L, -5L, 1000L}) {
+        double* a = vector(low, low + 9);
+        for (long i = low - 1; i <= low + 9; ++i) a[i] = static_cast<double>(i);  // with the spare
+        EXPECT_EQ(a[low + 9], static_cast<double>(low + 9));
+        free_vector(a, low);
+    }
+    Complex* samples = cmplxvector(1, 4);
+    for (int k = 1; k <= 4; ++k) samples[k] = {k + 0.25, -1.0 * k};
+    const double* view = DoubleView(samples);
+    EXPECT_EQ(view[2 * 3 - 1], 3.25);
+    EXPECT_EQ(view[2 * 3], -3.0);
+    free_cmplxvector(samples, 1);
+    free_cvector(cvector(1, 0), 1);  // no element but the spare
+    free_ivector(nullptr, 1);
+}
+
+TEST(Arrays, MatricesAreOneBlockOfRows) {
+    double** m = matrix(-1, 2, 1, 5);
+    for (long i = -1; i <= 2; ++i) {
+        for (long j = 1; j <= 5; ++j) m[i][j] = static_cast<double>(10 * i + j);
+    }
+    EXPECT_EQ(&m[-1][1] + 19, &m[2][5]);
+    double** part = submatrix(m, 0, 1, 3, 5, 1, 1);
+    EXPECT_EQ(&part[2][1], &m[1][3]);
+    free_submatrix(part, 1);
+    free_matrix(m, -1, 1);
+
+    double flat[6] = {};
+    double** table = convert_matrix(flat, 1, 2, 1, 3);
+    EXPECT_EQ(&table[1][1], flat);
+    EXPECT_EQ(&table[2][3], flat + 5);
+    free_convert_matrix(table, 1);
+
+    double*** t = f3tensor(1, 2, 0, 2, 1, 4);
+    t[1][0][1] = t[2][2][4] = 7.0;
+    EXPECT_EQ(&t[1][0][1] + 23, &t[2][2][4]);
+    free_f3tensor(t, 1, 0, 1);
+}
+
+TEST(Arrays, RefuseWhatIsNoRangeOrDoesNotFit) {
+    struct Row {
+        std::string message;
+        std::function<void()> action;
+    };
+    const Row rows[] = {
+        {"allocation failure in vector()", [] { vector(1, -1); }},
+        {"allocation failure in dvector()", [] { dvector(-maxLong, maxLong); }},
+        {"allocation failure in ivector()", [] { ivector(1, maxLong); }},
+        {"allocation failure in cmplxvector()", [] { cmplxvector(1, maxLong / 16); }},
+        {"allocation failure in cvector()", [] { cvector(0, maxLong - 1); }},
+        {"allocation failure 1 in matrix()", [] { dmatrix(1, 0, 1, 5); }},
+        {"allocation failure 2 in matrix()", [] { imatrix(1, 1000, 1, maxLong / 1000); }},
+        {"allocation failure in convert_matrix()", [] { convert_matrix(nullptr, 1, 2, 1, -4); }},
+        {"allocation failure 2 in f3tensor()", [] { f3tensor(1, 2, 1, maxLong - 1, 1, 2); }},
+        {"allocation failure 3 in f3tensor()", [] { f3tensor(1, 2, 1, 2, 1, maxLong - 1); }},
+    };
+    for (const Row& row : rows) EXPECT_EQ(FailureOf(row.action), row.message);
+}
+
+TEST(Arrays, FreeTheirRowsWhenTheDataIsRefused) {
+    // The sanitizer sees a leak if the tables made before the refusal are lost.
+    const char* messages[] = {"allocation failure 1 in f3tensor()",
+                              "allocation failure 2 in f3tensor()",
+                              "allocation failure 3 in f3tensor()"};
+    for (int n = 1; n <= 3; ++n) {
+        RefuseAllocationsFrom(n);
+        EXPECT_EQ(FailureOf([] { f3tensor(1, 2, 1, 2, 1, 2); }), messages[n - 1]);
+    }
+    RefuseAllocationsFrom(2);
+    EXPECT_EQ(FailureOf([] { matrix(1, 2, 1, 2); }), "allocation failure 2 in matrix()");
+    RefuseAllocationsFrom(-1);
+}
+
+TEST(Memory, SwitchRefusesTheNthAllocationAndAllAfterIt) {
+    const std::int64_t before = AllocationCount();
+    RefuseAllocationsFrom(2);
+    const OwnedBlock<void> first(Allocate(8));
+    const OwnedBlock<char> second(CopyText("text"));
+    const OwnedBlock<void> third(AllocateZeroed(1, 1));
+    RefuseAllocationsFrom(-1);
+    EXPECT_NE(first, nullptr);
+    EXPECT_EQ(second, nullptr);
+    EXPECT_EQ(third, nullptr);
+    EXPECT_EQ(AllocationCount(), before + 3);
+    const OwnedBlock<char> fourth(CopyText("text"));
+    EXPECT_STREQ(fourth.get(), "text");
+}
+
+TEST(Memory, RefusesProductsThatOverflow) {
+    constexpr auto huge = std::numeric_limits<std::size_t>::max();
+    EXPECT_EQ(AllocateZeroed(huge / 2, 4), nullptr);
+    EXPECT_EQ(Allocate(huge), nullptr);
+    const OwnedBlock<void> empty(AllocateZeroed(0, 16));
+    EXPECT_NE(empty, nullptr);
+}
+
+}  // namespace
+}  // namespace photrak

@@ -1,0 +1,122 @@
+// Numbers in and out of texts, message texts, and the percent rule of the final message.
+#include "base/text.h"
+
+#include <cmath>
+#include <gtest/gtest.h>
+#include <limits>
+
+#include "base/log.h"
+
+namespace photrak {
+namespace {
+
+constexpr auto maxInt = std::numeric_limits<std::int32_t>::max();
+constexpr auto minInt = std::numeric_limits<std::int32_t>::min();
+
+TEST(ReadNumber, TakesWhatStandsAtTheStartOfTheText) {
+    struct Row {
+        std::string text;
+        double value;
+        std::size_t used;
+    };
+    const Row rows[] = {
+        {"12.5", 12.5, 4},
+        {"  \t-3e2 dB", -300.0, 7},
+        {"+5", 5.0, 2},
+        {".5x", 0.5, 2},
+        {"5.", 5.0, 2},
+        {"1e", 1.0, 1},
+        {"1e+", 1.0, 1},
+        {"1,5", 1.0, 1},
+        {"0x10", 0.0, 1},
+        {"inf", 0.0, 0},
+        {"-nan", 0.0, 0},
+        {"+-5", 0.0, 0},
+        {"-", 0.0, 0},
+        {".", 0.0, 0},
+        {"-.e5", 0.0, 0},
+        {"", 0.0, 0},
+        {"   ", 0.0, 0},
+        {"1e999", HUGE_VAL, 5},
+        {"-1e999", -HUGE_VAL, 6},
+        {"1e-999", 0.0, 6},
+        {"1e99999999999999999999", HUGE_VAL, 22},
+        {"0.0001e-99999999999", 0.0, 19},
+        {"1" + std::string(400, '0'), HUGE_VAL, 401},
+        {"0." + std::string(400, '0') + "1", 0.0, 403},
+        {"0." + std::string(400, '0') + "1e1000", HUGE_VAL, 408},
+        {"0." + std::string(400, '0') + "1e401", 1.0, 407},
+        {std::string("1\0"
+                     "2",
+                     3),
+         1.0, 1},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.text.substr(0, 40));
+        std::size_t used = 99;
+        EXPECT_EQ(ReadDouble(row.text, &used), row.value);
+        EXPECT_EQ(used, row.used);
+    }
+}
+
+TEST(ReadNumber, SaturatesIntegers) {
+    struct Row {
+        const char* text;
+        std::int32_t value;
+        std::size_t used;
+    };
+    constexpr Row rows[] = {
+        {" 42abc", 42, 3},
+        {"-7", -7, 2},
+        {"+8", 8, 2},
+        {"3.9", 3, 1},
+        {"99999999999", maxInt, 11},
+        {"-99999999999", minInt, 12},
+        {"x", 0, 0},
+        {"+-1", 0, 0},
+        {"", 0, 0},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.text);
+        std::size_t used = 99;
+        EXPECT_EQ(ReadInt(row.text, &used), row.value);
+        EXPECT_EQ(used, row.used);
+    }
+}
+
+TEST(FormatNumber, LooksTheSameOnEveryMachine) {
+    EXPECT_EQ(FormatDefault(0.1), "0.1");
+    EXPECT_EQ(FormatDefault(1234567.0), "1.23457e+06");
+    EXPECT_EQ(FormatDefault(-0.00001), "-1e-05");
+    EXPECT_EQ(FormatDefault(-0.0), "-0");
+    EXPECT_EQ(FormatDefault(HUGE_VAL), "inf");
+    EXPECT_EQ(FormatDefault(-std::nan("")), "nan");
+    EXPECT_EQ(FormatSignificant(1.0 / 3.0, 12), "0.333333333333");
+    EXPECT_EQ(FormatExponent(12345.678), "1.234568e+04");
+    EXPECT_EQ(FormatExponent(0.0), "0.000000e+00");
+    EXPECT_EQ(FormatExponent(1e-123), "1.000000e-123");
+}
+
+TEST(SaturateToInt, TruncatesTowardZeroInsideTheRange) {
+    EXPECT_EQ(SaturateToInt(-2.9), -2);
+    EXPECT_EQ(SaturateToInt(2147483646.9), maxInt - 1);
+    EXPECT_EQ(SaturateToInt(1e300), maxInt);
+    EXPECT_EQ(SaturateToInt(-HUGE_VAL), minInt);
+    EXPECT_EQ(SaturateToInt(std::nan("")), minInt);
+}
+
+TEST(MessageTexts, NeverReadAPieceAsAFormat) {
+    EXPECT_EQ(Concat("bad '", std::string("%n"), "' in line ", 12, ':', 0.5),
+              "bad '%n' in line 12:0.5");
+    EXPECT_EQ(FillIn("type '%s' of '%s'", {"%s%n", "b"}), "type '%s%n' of 'b'");
+    EXPECT_EQ(FillIn("100%% of %d and %s, %s%", {"x"}), "100%% of %d and x, %s%");
+    EXPECT_EQ(FillIn("%%s", {"x"}), "%%s");
+}
+
+TEST(MessageTexts, InterpretPercentHalvesPairsOnly) {
+    EXPECT_EQ(InterpretPercent("100%% of %s %n %"), "100% of %s %n %");
+    EXPECT_EQ(InterpretPercent("%%%"), "%%");
+}
+
+}  // namespace
+}  // namespace photrak

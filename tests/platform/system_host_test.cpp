@@ -1,0 +1,128 @@
+// The real system's processes, libraries and profile.
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include "platform/host.h"
+#include "platform/profile.h"
+#include "support/recording_host.h"
+#include "support/temp_dir.h"
+
+namespace photrak {
+namespace {
+
+int Shell(const std::string& script) {
+    return SystemHost().processes->RunAndWait({"sh", "-c", script}, WindowState::Normal);
+}
+
+TEST(SystemProcesses, ReportTheExitStatusOrThatNothingStarted) {
+    EXPECT_EQ(Shell("exit 7"), 7);
+    EXPECT_EQ(Shell("kill -TERM $$"), 128 + SIGTERM);
+    Processes& processes = *SystemHost().processes;
+    EXPECT_EQ(processes.RunAndWait({"no-such-program-of-ours"}, WindowState::Hidden), -1);
+    EXPECT_EQ(processes.Start({"no-such-program-of-ours"}), -1);
+    EXPECT_EQ(processes.Start({}), -1);
+    EXPECT_EQ(processes.Start({std::string("sh\0x", 4)}), -1);
+}
+
+TEST(SystemProcesses, PassArgumentsUntouchedAndNothingToRead) {
+    const TempDir directory;
+    const std::vector<std::string> arguments = {"sh", "-c", "cat; echo \"$1\" > out", "sh",
+                                                "a b; $(rm x) '\"*"};
+    EXPECT_EQ(SystemHost().processes->RunAndWait(arguments, WindowState::Normal), 0);
+    EXPECT_EQ(directory.Read("out"), "a b; $(rm x) '\"*\n");
+}
+
+TEST(SystemProcesses, GiveChildrenTheUsualSignals) {
+    // The program ignores SIGPIPE and blocks SIGTERM here; its children must not inherit either.
+    const auto former = std::signal(SIGPIPE, SIG_IGN);
+    sigset_t blocked, before;
+    sigemptyset(&blocked);
+    sigaddset(&blocked, SIGTERM);
+    pthread_sigmask(SIG_BLOCK, &blocked, &before);
+    EXPECT_EQ(Shell("kill -PIPE $$"), 128 + SIGPIPE);
+    EXPECT_EQ(Shell("kill -TERM $$"), 128 + SIGTERM);
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    std::signal(SIGPIPE, former);
+}
+
+/// True if some child of this process has ended and nobody has asked for it.
+bool HasZombie() {
+    siginfo_t info{};
+    return ::waitid(P_ALL, 0, &info, WEXITED | WNOHANG | WNOWAIT) == 0 && info.si_pid != 0;
+}
+
+TEST(SystemProcesses, ReapFinishedChildrenAtTheNextStart) {
+    Processes& processes = *SystemHost().processes;
+    ASSERT_EQ(processes.Start({"true"}), 0);
+    siginfo_t info{};
+    ASSERT_EQ(::waitid(P_ALL, 0, &info, WEXITED | WNOWAIT), 0);
+    ASSERT_EQ(processes.Start({"sleep", "0.05"}), 0);
+    EXPECT_FALSE(HasZombie());
+    ASSERT_EQ(::waitid(P_ALL, 0, &info, WEXITED | WNOWAIT), 0);
+    EXPECT_EQ(processes.Start({"no-such-program-of-ours"}), -1);
+    EXPECT_FALSE(HasZombie());
+}
+
+TEST(SystemLibraries, TellWhyALibraryWillNotLoad) {
+    Libraries& libraries = *SystemHost().libraries;
+    std::string error;
+    EXPECT_EQ(libraries.Load("/no/such/library.so", error), nullptr);
+    EXPECT_NE(error.find("/no/such/library.so"), std::string::npos);
+    void* library = libraries.Load("libm.so.6", error);
+    ASSERT_NE(library, nullptr) << error;
+    EXPECT_NE(libraries.Find(library, "cos"), nullptr);
+    EXPECT_EQ(libraries.Find(library, "no_such_symbol_of_ours"), nullptr);
+    EXPECT_EQ(libraries.Find(nullptr, "cos"), nullptr);
+}
+
+TEST(Profile, FindsKeysInTheirSection) {
+    constexpr std::string_view text =
+        "MultiThread=9\n[Other]\nMultiThread=8\n; MultiThread=7\n[photrak]\r\n"
+        " multithread = 1 \r\nBad=x\n[Tail]\nFrameXPos=5\n";
+    EXPECT_EQ(FindProfileInt(text, "PHOTRAK", "MultiThread"), 1);
+    EXPECT_EQ(FindProfileInt(text, "PHOTRAK", "Bad"), std::nullopt);
+    EXPECT_EQ(FindProfileInt(text, "PHOTRAK", "FrameXPos"), std::nullopt);
+    EXPECT_EQ(FindProfileInt("", "PHOTRAK", "x"), std::nullopt);
+    EXPECT_EQ(FindProfileInt("[PHOTRAK", "PHOTRAK", "x"), std::nullopt);
+}
+
+TEST(Profile, WritesKeepEveryOtherLine) {
+    EXPECT_EQ(WithProfileInt("", "P", "a", 1), "[P]\na=1\n");
+    EXPECT_EQ(WithProfileInt("[P]\n; note\na = 1\nb=2", "P", "A", -3), "[P]\n; note\nA=-3\nb=2");
+    EXPECT_EQ(WithProfileInt("[P]\nb=2\n\n[Q]\na=1\n", "P", "a", 1), "[P]\nb=2\na=1\n\n[Q]\na=1\n");
+    EXPECT_EQ(WithProfileInt("[Q]\na=1", "P", "a", 2), "[Q]\na=1\n[P]\na=2\n");
+}
+
+TEST(Profile, LiesInTheHomeDirectory) {
+    const TempDir directory;
+    const char* home = std::getenv("HOME");
+    const std::string former = home ? home : "";
+    ::setenv("HOME", directory.Path().c_str(), 1);
+    Profile& profile = *SystemHost().profile;
+    EXPECT_EQ(profile.ReadInt("PHOTRAK", "MultiThread", 4), 4);
+    profile.WriteInt("PHOTRAK", "MultiThread", 0);
+    EXPECT_EQ(profile.ReadInt("PHOTRAK", "MultiThread", 4), 0);
+    EXPECT_EQ(directory.Read(".config/photrak/PHOTRAK.INI"), "[PHOTRAK]\nMultiThread=0\n");
+    ::unsetenv("HOME");
+    profile.WriteInt("PHOTRAK", "MultiThread", 1);
+    EXPECT_EQ(directory.Read("PHOTRAK.INI"), "[PHOTRAK]\nMultiThread=1\n");
+    if (home) ::setenv("HOME", former.c_str(), 1);
+}
+
+TEST(HostScope, PutsTheFormerHostBack) {
+    const Messages* former = CurrentHost().messages;
+    {
+        RecordingHost host;
+        host.answers = {true};
+        EXPECT_TRUE(CurrentHost().messages->QueryBox("Sure?", queryTitle));
+        EXPECT_FALSE(CurrentHost().messages->QueryBox("Sure?", queryTitle));
+    }
+    EXPECT_EQ(CurrentHost().messages, former);
+    EXPECT_FALSE(SystemHost().messages->QueryBox("Nobody answers", queryTitle));
+}
+
+}  // namespace
+}  // namespace photrak
