@@ -1,4 +1,12 @@
-// The expression evaluator: text in, number and error word out. One evaluation at a time.
+// The expression evaluator: text in, number and error word out.
+//
+//   expression  term, then any number of + term or - term
+//   term        power, then any number of * power or / power
+//   power       atom, then any number of ^ atom, from the left
+//   atom        number, ( expression ), - term, or a function call
+//
+// A name stands for a predefined value, else for an entry of the symbol table (whose text is
+// evaluated in its turn), else for a function. Angles are in degrees.
 #pragma once
 
 #include "kernel/symbols.h"
@@ -9,5 +17,9 @@ enum class ExprError { None = 0, Syntax = 1, Parenthesis = 2, DivisionByZero = 3
 
 /// The value, 0.0 after a failure. Total work is bounded: 10^6 steps, then TooDeep.
 double ExprEval(const SymbolTable& table, std::string_view text, ExprError& error);
+
+/// What a numeric field means: a plain number, or else an expression. Trailing blanks, commas and
+/// semicolons do not count.
+double EvalNumberText(const SymbolTable& table, std::string_view text, ExprError& error);
 
 }  // namespace photrak

@@ -1,0 +1,339 @@
+// Values and error words of the evaluator, against numbers known beforehand.
+#include "kernel/expression.h"
+
+#include <chrono>
+#include <cmath>
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+#include "kernel/expression_functions.h"
+
+namespace photrak {
+namespace {
+
+struct Entry {
+    std::string name;
+    double value = 0.0;
+    std::string text = {};
+};
+
+SymbolTable TableOf(const std::vector<Entry>& entries) {
+    SymbolTable table;
+    EXPECT_TRUE(AllocateSymbols(table, symbolTableCapacity));
+    for (const Entry& entry : entries) {
+        EXPECT_TRUE(SymbolInsert(table, entry.name, entry.value, entry.text)) << entry.name;
+    }
+    return table;
+}
+
+double ValueOf(const SymbolTable& table, std::string_view text) {
+    ExprError error = ExprError::Syntax;
+    const double value = ExprEval(table, text, error);
+    EXPECT_EQ(error, ExprError::None);
+    return value;
+}
+
+ExprError ErrorOf(const SymbolTable& table, std::string_view text) {
+    ExprError error = ExprError::None;
+    EXPECT_EQ(ExprEval(table, text, error), 0.0);
+    return error;
+}
+
+struct ValueCase {
+    const char* text;
+    double value;
+};
+
+void ExpectValues(const std::vector<ValueCase>& cases, const SymbolTable& table = {}) {
+    for (const ValueCase& row : cases) {
+        SCOPED_TRACE(row.text);
+        EXPECT_NEAR(ValueOf(table, row.text), row.value, 1e-12 * std::fabs(row.value));
+    }
+}
+
+TEST(Expression, FollowsPrecedenceFromTheLeft) {
+    ExpectValues({
+        {"1+2*3", 7},
+        {"(1+2)*3", 9},
+        {"8-3-2", 3},
+        {"64/4/2", 8},
+        {"2/4*6", 3},
+        {" 1 +  2 ", 3},
+        {"((((7))))", 7},
+        {"1--1", 2},
+        {"2*3^2", 18},
+        {"0*5+-0", 0},
+    });
+}
+
+TEST(Expression, KeptDeliberatelyPowerAssociatesFromTheLeft) {
+    ExpectValues({{"2^3^2", 64}, {"2^(3^2)", 512}});
+}
+
+TEST(Expression, KeptDeliberatelyMinusTakesAWholeTerm) {
+    ExpectValues({{"-2^2", -4}, {"2*-3", -6}, {"2^-1*3", 0.125}, {"5-2*-3*2+1", 18}, {"--4", 4}});
+}
+
+TEST(Expression, ReadsSignsOfExponentsInNumbersOnly) {
+    const SymbolTable table = TableOf({{"x1e", 10}, {"2e", 5}});
+    ExpectValues({{"1e-3", 1e-3},
+                  {"2.5e+2*2", 500},
+                  {"1.5E3", 1500},
+                  {".5e-1", 0.05},
+                  {"x1e-3", 7},
+                  {"e-1", 1.718281828459045},
+                  {"1e-3-1", -0.999},
+                  {"3;+1", 4},
+                  {"x1e;;-3", 7}},
+                 table);
+    // Kept deliberately: a capital E takes no sign; and a tab is no blank.
+    for (const char* text : {"1.5E-3", "1e--3", "2e-x", "1\t", "\t1", "1e", "0x10", "infinity"}) {
+        SCOPED_TRACE(text);
+        EXPECT_EQ(ErrorOf(table, text), ExprError::Syntax);
+    }
+}
+
+TEST(Expression, CallsFunctionsInDegrees) {
+    ExpectValues({
+        {"sqrt(16)", 4},
+        {"sqrt(-4)", 0},
+        {"abs(-2.5)", 2.5},
+        {"log(e^3)", 3},
+        {"exp(1)", std::exp(1.0)},
+        {"sin(90)", 1},
+        {"cos(180)", -1},
+        {"tan(45)", 1},
+        {"acos(0)", 90},
+        {"asin(1)", 90},
+        {"atan(1)", 45},
+        {"u(-1)", 0},
+        {"u(0)", 0.5},
+        {"u(2)", 1},
+        {"um(0)", 0},
+        {"um(0.1)", 1},
+        {"up(0)", 1},
+        {"up(-0.1)", 0},
+        {"clip(1.5)", 1},
+        {"clip(-1)", 0},
+        {"clip(0.25)", 0.25},
+        {"ceil(1.2)", 2},
+        {"floor(-1.2)", -2},
+        {"round(2.5)", 3},
+        {"round(-2.5)", -3},
+        {"round(2.4)", 2},
+        {"sin(90)^2*3", 3},
+        {"sqrt (9)", 3},
+        {"2*sqrt(4+5)-1", 5},
+        {"abs(-(2))", 2},
+        {"log(0)", -300 * std::log(10.0)},
+    });
+    EXPECT_NEAR(ValueOf({}, "cos(90)"), 0.0, 1e-15);
+    EXPECT_TRUE(std::isfinite(ValueOf({}, "tan(90)")));
+}
+
+TEST(Expression, MakesSquareWavesOnBothSidesOfZero) {
+    ExpectValues({{"step(0.25)", 1},
+                  {"step(0.5)", 0},
+                  {"step(7.75)", 0},
+                  {"step(-0.25)", 0},
+                  {"step(-0.75)", 1},
+                  {"step(-3)", 1},
+                  {"step2(0.3,0.25)", 0},
+                  {"step2(5.2, 0.25)", 1},
+                  {"step2(-1.9,0.25)", 1}});
+}
+
+TEST(Expression, FitsTheErrorFunctionToItsStatedPrecision) {
+    for (const double x : {-3.0, -0.5, 0.0, 0.1, 1.0, 2.5}) {
+        SCOPED_TRACE(x);
+        const std::string argument = "(" + std::to_string(x) + ")";
+        const double fitted = ValueOf({}, "erfc" + argument);
+        EXPECT_NEAR(fitted, std::erfc(x), 1.2e-7 * std::erfc(x));
+        EXPECT_NEAR(ValueOf({}, "erf" + argument), 1.0 - fitted, 1e-15);
+    }
+}
+
+TEST(Expression, TakesListsOfArguments) {
+    ExpectValues({{"min(3,1,2)", 1},
+                  {"max(3,1,2)", 3},
+                  {"min(1 2)", 1},
+                  {"max(1 -2)", -1},  // one argument: 1 - 2
+                  {"min()", 1e30},
+                  {"max()", -1e30},
+                  {"min(2e30,3e30)", 1e30},
+                  {"max(1,)", 1},
+                  {"min(1,2,3,4,5,6,7,8,9,10)", 1},
+                  {"max(min(1,2),min(3,4))", 3},
+                  {"multiarg(2,7,8)", 7},
+                  {"multiarg(3,7,8)", 8},
+                  {"multiarg(2.6,7,8)", 8}});
+}
+
+TEST(Expression, KeptDeliberatelySelectionCountsTheSelectorItself) {
+    ExpectValues({{"multiarg(1,7,8)", 1}, {"multiarg(0,7,8)", 3}, {"multiarg(-0.9,7)", 2}});
+    for (const char* text : {"multiarg(4,7,8)", "multiarg(-2,7)", "multiarg()", "multiarg(1e20)",
+                             "multiarg(acos(2),1)"}) {
+        SCOPED_TRACE(text);
+        EXPECT_EQ(ErrorOf({}, text), ExprError::Parenthesis);
+    }
+}
+
+TEST(Expression, KeptDeliberatelyReservedFunctionIsZero) {
+    ExpectValues({{"slabneff()", 0}, {"slabneff(1,2,3)", 0}});
+}
+
+TEST(Expression, SaturatesWhatDoesNotFitAnInteger) {
+    ExpectValues({{"round(1e12)", 2147483647},
+                  {"round(-1e12)", -2147483647},
+                  {"step(1e20)", 0},
+                  {"step(-1e20)", 1},
+                  {"step2(1e300,2)", 0}});
+}
+
+TEST(Expression, TellsErrorsByTheirWord) {
+    struct {
+        const char* text;
+        ExprError error;
+    } const cases[] = {
+        {"", ExprError::Syntax},
+        {"   ", ExprError::Syntax},
+        {"+1", ExprError::Syntax},
+        {"1+", ExprError::Syntax},
+        {"1 2", ExprError::Syntax},
+        {"1)", ExprError::Syntax},
+        {"()", ExprError::Syntax},
+        {"2*+3", ExprError::Syntax},
+        {"unknown", ExprError::Syntax},
+        {"1,2", ExprError::Syntax},
+        {";", ExprError::Syntax},
+        {"Pi", ExprError::Syntax},
+        {"min(1,,2)", ExprError::Syntax},
+        {"min(1", ExprError::Syntax},
+        {"2 sqrt(4)", ExprError::Syntax},
+        {"(1", ExprError::Parenthesis},
+        {"(1+2", ExprError::Parenthesis},
+        {"sin 90", ExprError::Parenthesis},
+        {"sin", ExprError::Parenthesis},
+        {"sin(1,2)", ExprError::Parenthesis},
+        {"step2 1", ExprError::Parenthesis},
+        {"step2(1)", ExprError::Parenthesis},
+        {"step2(1,2", ExprError::Parenthesis},
+        {"step2(1,2,3)", ExprError::Parenthesis},
+        {"min 3", ExprError::Parenthesis},
+        {"min(1,2,3,4,5,6,7,8,9,10,11)", ExprError::Parenthesis},
+        {"1/0", ExprError::DivisionByZero},
+        {"1/(2-2)", ExprError::DivisionByZero},
+        {"5*(3+1/-0)", ExprError::DivisionByZero},
+        {"1/0+unknown", ExprError::DivisionByZero},
+        {"(((1/0)))/(0", ExprError::DivisionByZero},
+    };
+    for (const auto& row : cases) {
+        SCOPED_TRACE(row.text);
+        EXPECT_EQ(ErrorOf({}, row.text), row.error);
+    }
+}
+
+TEST(Expression, LooksUpPredefinedNamesBeforeSymbolsAndSymbolsBeforeFunctions) {
+    const SymbolTable table =
+        TableOf({{"c", 1}, {"pi", 2}, {"length", 4}, {"gain", 0, "length*2"}, {"sqrt", 9}});
+    ExpectValues({{"c", 299792458.0},
+                  {"2*pi", 6.283185307179586},
+                  {"default", -1e30},
+                  {"inf", 1e30},
+                  {"yes+true", 2},
+                  {"no+false", 0},
+                  {"gain^2", 64},
+                  {"sqrt", 9},
+                  {"gain-length", 4}},
+                 table);
+    EXPECT_EQ(ErrorOf(table, "Length"), ExprError::Syntax);
+    EXPECT_EQ(ErrorOf(table, "sqrt(4)"), ExprError::Syntax);
+}
+
+TEST(Expression, GivesTheWordOfAFailingSymbol) {
+    const SymbolTable table = TableOf({{"zero", 0, "1/0"}, {"open", 0, "(1"}, {"two", 0, "1 1"}});
+    EXPECT_EQ(ErrorOf(table, "1+zero"), ExprError::DivisionByZero);
+    EXPECT_EQ(ErrorOf(table, "open*2)"), ExprError::Parenthesis);
+    EXPECT_EQ(ErrorOf(table, "max(two)"), ExprError::Syntax);
+}
+
+/// s0 = s1+0, s1 = s2+0, ... with the last a plain number.
+SymbolTable Chain(int length) {
+    std::vector<Entry> entries;
+    for (int i = 0; i + 1 < length; ++i) {
+        entries.push_back({"s" + std::to_string(i), 0, "s" + std::to_string(i + 1) + "+0"});
+    }
+    entries.push_back({"s" + std::to_string(length - 1), 42});
+    return TableOf(entries);
+}
+
+TEST(Expression, FollowsSymbolsTwoHundredDeep) {
+    ExpectValues({{"s0", 42}}, Chain(200));
+    EXPECT_EQ(ErrorOf(Chain(201), "s0"), ExprError::TooDeep);
+    EXPECT_EQ(ErrorOf(TableOf({{"x", 0, "x+1"}}), "x"), ExprError::TooDeep);
+    EXPECT_EQ(ErrorOf(TableOf({{"x", 0, "y"}, {"y", 0, "-x"}}), "1+x"), ExprError::TooDeep);
+}
+
+TEST(Expression, EndsExponentialWorkInTime) {
+    std::vector<Entry> entries;
+    for (int i = 0; i < 60; ++i) {
+        const std::string next = "s" + std::to_string(i + 1);
+        entries.push_back({"s" + std::to_string(i), 0, next + "+" + next});
+    }
+    entries.push_back({"s60", 1});
+    const SymbolTable table = TableOf(entries);
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(ErrorOf(table, "s0"), ExprError::TooDeep);
+    // Some 0.1 s without sanitizers; unbounded it would be 10^18 steps.
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
+    EXPECT_EQ(ValueOf(table, "s50"), 1024.0);
+}
+
+TEST(Expression, BoundsTheNestingOfTheText) {
+    const auto repeat = [](std::string_view piece, int times) {
+        std::string text;
+        for (int i = 0; i < times; ++i) text += piece;
+        return text;
+    };
+    EXPECT_EQ(ValueOf({}, repeat("(", 1000) + "7" + repeat(")", 1000)), 7.0);
+    for (const char* piece : {"(", "-", "abs(", "min(", "2^-"}) {
+        SCOPED_TRACE(piece);
+        EXPECT_EQ(ErrorOf({}, repeat(piece, 100000) + "1"), ExprError::TooDeep);
+    }
+    // Deep in each of many symbols.
+    std::vector<Entry> entries;
+    for (int i = 0; i < 199; ++i) {
+        entries.push_back({"d" + std::to_string(i), 0,
+                           repeat("(", 35) + "d" + std::to_string(i + 1) + repeat(")", 35)});
+    }
+    entries.push_back({"d199", 1});
+    EXPECT_EQ(ErrorOf(TableOf(entries), "d0"), ExprError::TooDeep);
+}
+
+TEST(Expression, IgnoresWhatTrailsANumberText) {
+    const SymbolTable table = TableOf({{"x", 3}});
+    ExprError error = ExprError::Syntax;
+    EXPECT_EQ(EvalNumberText(table, "3.5, ;", error), 3.5);
+    EXPECT_EQ(error, ExprError::None);
+    EXPECT_EQ(EvalNumberText(table, "x*2,", error), 6.0);
+    EXPECT_EQ(error, ExprError::None);
+    EXPECT_EQ(EvalNumberText(table, " ,", error), 0.0);
+    EXPECT_EQ(error, ExprError::Syntax);
+}
+
+TEST(Expression, FunctionTableHasOneBodyAndOneNameEach) {
+    const std::span<const ExprFunction> functions = ExprFunctions();
+    for (const ExprFunction& function : functions) {
+        SCOPED_TRACE(function.name);
+        const int bodies = (function.ofOne != nullptr) + (function.ofTwo != nullptr) +
+                           (function.ofList != nullptr);
+        EXPECT_EQ(bodies, 1);
+        const Symbol* symbol = FindSymbol(FunctionSymbols(), function.name);
+        ASSERT_NE(symbol, nullptr);
+        EXPECT_EQ(symbol->value, static_cast<double>(&function - functions.data() + 1));
+    }
+}
+
+}  // namespace
+}  // namespace photrak

@@ -1,0 +1,100 @@
+// Numbers told from names, and the symbol table at its limits.
+#include "kernel/symbols.h"
+
+#include <cmath>
+#include <gtest/gtest.h>
+#include <string>
+
+#include "base/escape.h"
+#include "support/recording_host.h"
+
+namespace photrak {
+namespace {
+
+TEST(IsNumber, AcceptsOneDecimalNumber) {
+    struct {
+        const char* text;
+        double value;
+    } const numbers[] = {{"5", 5},       {"+5", 5},        {"-5.25", -5.25}, {"  7", 7},
+                         {"3.5,", 3.5},  {"3.5 ;, ", 3.5}, {".5", 0.5},      {"2.", 2},
+                         {"1e-3", 1e-3}, {"1E+3", 1e3},    {"-0", 0},        {"1e400", HUGE_VAL},
+                         {"1e-400", 0}};
+    for (const auto& row : numbers) {
+        SCOPED_TRACE(row.text);
+        double value = -1.0;
+        EXPECT_TRUE(IsNumber(row.text, &value));
+        EXPECT_EQ(value, row.value);
+    }
+    for (const char* text : {"", "   ", ",", "-", ".", "e5", "1e", "1 2", "1,2", "inf", "-inf",
+                             "nan", "0x10", "1e5x", "+-5", "- 5", "\t5", "5\t", "five"}) {
+        SCOPED_TRACE(text);
+        double value = -1.0;
+        EXPECT_FALSE(IsNumber(text, &value));
+        EXPECT_EQ(value, -1.0);
+    }
+}
+
+class Symbols : public ::testing::Test {
+  protected:
+    Symbols() { EXPECT_TRUE(AllocateSymbols(table, symbolTableCapacity)); }
+    void Fill() {
+        // Inserted in a scattered order: 241 has no factor in common with 512.
+        for (int i = 0; i < symbolTableCapacity; ++i) {
+            const int key = (i * 241) % symbolTableCapacity;
+            EXPECT_TRUE(SymbolSetValue(table, "k" + std::to_string(key), key));
+        }
+    }
+    SymbolTable table;
+};
+
+TEST_F(Symbols, FindsEachOfAFullTableInOrder) {
+    Fill();
+    EXPECT_EQ(table.count, symbolTableCapacity);
+    for (int key = 0; key < symbolTableCapacity; ++key) {
+        double value = -1.0;
+        SymbolGetValue(table, "k" + std::to_string(key), value);
+        EXPECT_EQ(value, key);
+    }
+    for (int i = 1; i < table.count; ++i) {
+        EXPECT_LT(std::string(table.entries[i - 1].name), table.entries[i].name);
+    }
+}
+
+TEST_F(Symbols, ReplacesWithoutGrowing) {
+    EXPECT_TRUE(SymbolInsert(table, "x", 0, "y+1"));
+    EXPECT_TRUE(SymbolInsert(table, "X", 1, ""));
+    EXPECT_TRUE(SymbolSetValue(table, "x", 5));
+    EXPECT_EQ(table.count, 2);
+    Symbol found;
+    EXPECT_TRUE(SymbolLookup(table, "x", &found));
+    EXPECT_EQ(found.value, 5.0);
+    EXPECT_STREQ(found.text, "");
+    EXPECT_FALSE(SymbolLookup(table, "y", &found));
+    EXPECT_STREQ(found.name, "");
+    EXPECT_EQ(found.value, 0.0);
+}
+
+TEST_F(Symbols, FullTableTakesTheEscape) {
+    RecordingHost host;
+    Fill();
+    const EscapeLevel level(/*armed=*/true);
+    EXPECT_TRUE(SymbolSetValue(table, "k7", 70));  // a replacement needs no room
+    EXPECT_THROW(SymbolSetValue(table, "one more", 1), Escape);
+    EXPECT_EQ(host.Errors(), "Symbol table full, cannot insert one more");
+    EXPECT_EQ(table.count, symbolTableCapacity);
+}
+
+TEST_F(Symbols, RefusesWhatDoesNotFit) {
+    EXPECT_TRUE(SymbolInsert(table, std::string(31, 'n'), 1, std::string(79, '1')));
+    EXPECT_FALSE(SymbolInsert(table, std::string(32, 'n'), 1, ""));
+    EXPECT_FALSE(SymbolInsert(table, "text", 1, std::string(80, '1')));
+    EXPECT_FALSE(SymbolSetValue(table, std::string_view("a\0b", 3), 1));
+    EXPECT_EQ(table.count, 1);
+    EXPECT_EQ(FindSymbol(table, std::string(31, 'n'))->text, std::string(79, '1'));
+    SymbolTable none;
+    EXPECT_FALSE(SymbolSetValue(none, "x", 1));
+    EXPECT_FALSE(SymbolLookup(none, "x", nullptr));
+}
+
+}  // namespace
+}  // namespace photrak
