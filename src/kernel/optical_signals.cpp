@@ -1,0 +1,156 @@
+// Optical channels (OpSig) and their lists.
+#include "base/arrays.h"
+#include "kernel/sample_arrays.h"
+#include "kernel/signals.h"
+
+namespace photrak {
+
+std::int32_t CreateOpSig(OpSig** place, std::int32_t n) {
+    if (!place) return 1;
+    *place = nullptr;
+    Owned<OpSig> sig(NewRecord<OpSig>());
+    if (!sig) return 1;
+    if (n >= 1) {
+        sig->Ex_samples = NewSamples<Complex>(n);
+        if (!sig->Ex_samples) return 1;
+        sig->fftView = DoubleView(sig->Ex_samples);
+    }
+    sig->noPoints = n;
+    sig->domain = TimeDomain;
+    sig->spareCount = 1;
+    *place = sig.release();
+    return 0;
+}
+
+std::int32_t AddEySamples(OpSig* sig) {
+    if (!sig) return 1;
+    // Without samples there is nothing to add: both polarizations are absent together.
+    if (sig->Ey_samples || sig->noPoints < 1) return 0;
+    sig->Ey_samples = NewSamples<Complex>(sig->noPoints);
+    return sig->Ey_samples ? 0 : 1;
+}
+
+// The old arrays go first, so that a long signal never stands in memory twice. When the new ones
+// cannot be had the record is left without samples.
+std::int32_t ResizeOpSig(OpSig* sig, std::int32_t n) {
+    if (!sig) return 1;
+    if (n == sig->noPoints) return 0;
+    const bool polarized = sig->Ey_samples != nullptr;
+    Release(sig->Ex_samples);
+    Release(sig->Ey_samples);
+    sig->Ex_samples = sig->Ey_samples = nullptr;
+    sig->fftView = nullptr;
+    sig->noPoints = 0;
+    if (n >= 1) {
+        OwnedBlock<Complex> ex(NewSamples<Complex>(n));
+        OwnedBlock<Complex> ey(polarized && ex ? NewSamples<Complex>(n) : nullptr);
+        if (!ex || (polarized && !ey)) return 1;
+        sig->Ex_samples = ex.release();
+        sig->Ey_samples = ey.release();
+        sig->fftView = DoubleView(sig->Ex_samples);
+    }
+    sig->noPoints = n;
+    return 0;
+}
+
+std::int32_t CreateOpSigFromElec(OpSig** place, const ElecSig* source) {
+    if (!place) return 1;
+    *place = nullptr;
+    if (!source || CreateOpSig(place, source->noPoints)) return 1;
+    OpSig& sig = **place;
+    sig.domain = source->domain;
+    sig.bitRate = source->bitRate;
+    sig.patternLength = source->patternLength;
+    sig.tStep = source->tStep;
+    sig.spareCount = source->spareCount;
+    sig.startTime = source->startTime;
+    return 0;
+}
+
+std::int32_t CreateOpSigFromBin(OpSig** place, const BinSig* source, std::int32_t samplesPerBit) {
+    if (!place) return 1;
+    *place = nullptr;
+    std::int32_t n = 0;
+    if (!source || !SampleCount(source->noPoints, samplesPerBit, n)) return 1;
+    if (CreateOpSig(place, n)) return 1;
+    OpSig& sig = **place;
+    sig.bitRate = source->bitRate;
+    sig.startTime = source->startTime;
+    sig.patternLength = source->noPoints;
+    sig.tStep = 1.0 / (samplesPerBit * source->bitRate);
+    return 0;
+}
+
+std::int32_t FreeOpSig(OpSig** place) {
+    if (!place) return 1;
+    OpSig* sig = *place;
+    if (!sig) return 0;
+    if (sig->fos) return 1;
+    Release(sig->Ex_samples);
+    Release(sig->Ey_samples);
+    Release(sig->auxSamples);
+    Release(sig);
+    *place = nullptr;
+    return 0;
+}
+
+std::int32_t CopyOpSig(OpSig** place, const OpSig* source) {
+    if (!place) return 1;
+    *place = nullptr;
+    if (!source) return 1;
+    Owned<OpSig> copy(NewRecord<OpSig>());
+    if (!copy) return 1;
+    if (!CopySamples(copy->Ex_samples, source->Ex_samples, source->noPoints) ||
+        !CopySamples(copy->Ey_samples, source->Ey_samples, source->noPoints)) {
+        return 1;
+    }
+    copy->fftView = DoubleView(copy->Ex_samples);
+    copy->noPoints = source->noPoints;
+    copy->tStep = source->tStep;
+    copy->startTime = source->startTime;
+    copy->wavelength = source->wavelength;
+    copy->domain = source->domain;
+    copy->bitRate = source->bitRate;
+    copy->patternLength = source->patternLength;
+    copy->spareCount = source->spareCount;
+    copy->RIN = source->RIN;
+    *place = copy.release();
+    return 0;
+}
+
+// One channel in propagation refuses for its whole list, so that the head stays a valid reference
+// and the list can be freed later.
+std::int32_t FreeOpSigList(OpSig** place) {
+    if (!place) return 1;
+    for (const OpSig& channel : Items(*place)) {
+        if (channel.fos) return 1;
+    }
+    for (OpSig& channel : Items(*place)) {
+        OpSig* freed = &channel;
+        FreeOpSig(&freed);
+    }
+    *place = nullptr;
+    return 0;
+}
+
+std::int32_t CopyOpSigList(OpSig** place, const OpSig* source) {
+    if (!place) return 1;
+    *place = nullptr;
+    Owned<OpSig> head;
+    OpSig* tail = nullptr;
+    for (const OpSig& channel : Items(source)) {
+        OpSig* copy = nullptr;
+        if (CopyOpSig(&copy, &channel)) return 1;
+        if (tail) {
+            tail->next = copy;
+            copy->prev = tail;
+        } else {
+            head.reset(copy);
+        }
+        tail = copy;
+    }
+    *place = head.release();
+    return 0;
+}
+
+}  // namespace photrak
