@@ -1,0 +1,166 @@
+// The common time grid of plotted signals, against straight lines whose values are known anywhere.
+#include "kernel/align.h"
+
+#include <limits>
+#include <vector>
+
+#include "support/signals.h"
+
+namespace photrak {
+namespace {
+
+const ElecSig& Waveform(const Nodelist& cell) {
+    return *static_cast<const ElecSig*>(cell.sig);
+}
+const OpSig& Channel(const Nodelist& cell) {
+    return *static_cast<const OpSignal*>(cell.sig)->channels;
+}
+
+Owned<OpSignal> Alone(Owned<OpSig> channel) {
+    Owned<OpSignal> pair;
+    EXPECT_EQ(Make(pair, CreateOpSignal), 0);
+    pair->channels = channel.release();
+    return pair;
+}
+
+std::int32_t Align(const Owned<Nodelist>& list, std::int32_t flag, Owned<Nodelist>& clones) {
+    return Make(clones, [&](Nodelist** place) { return AlignSignals(list.get(), flag, place); });
+}
+
+TEST(ResampleLinear, FollowsAStraightLineAndIsZeroBeyondIt) {
+    Complex source[6];
+    FillRamp(source, 5, 0.0);
+    Complex target[13];
+    ResampleLinear(source, 5, 1.0, target, 12, 0.5);
+    for (int i = 0; i < 12; ++i) {
+        SCOPED_TRACE(i);
+        const double t = 0.5 * i;
+        // From the time of the last sample on there is no pair to interpolate between.
+        const double value = t < 4.0 ? 1.0 + t : 0.0;
+        EXPECT_EQ(Value(target[i + 1]), std::complex(value, -value));
+    }
+}
+
+TEST(ResampleLinear, CopiesSampleOneAndHoldsASingleSample) {
+    Complex source[3];
+    FillRamp(source, 2, 0.0);
+    Complex target[4] = {{9, 9}, {9, 9}, {9, 9}, {9, 9}};
+    ResampleLinear(source, 2, 1.0, target, 1, 1.0);
+    EXPECT_EQ(Value(target[1]), std::complex(1.0, -1.0));
+    EXPECT_EQ(Value(target[2]), std::complex(9.0, 9.0));
+    for (double step : {0.0, 1.0}) {  // a continuous level has no step
+        ResampleLinear(source, 1, step, target, 3, 1.0);
+        for (int i = 1; i <= 3; ++i) EXPECT_EQ(Value(target[i]), Value(source[1]));
+    }
+    ResampleLinear(nullptr, 0, 1.0, target, 3, 1.0);
+    for (int i = 1; i <= 3; ++i) EXPECT_EQ(Value(target[i]), 0.0);
+}
+
+TEST(AlignSignals, PadsOneSignalToAPowerOfTwo) {
+    const double d = 1e-12;
+    Owned<Nodelist> list, clones;
+    PushCell(list, RampWaveform(1000, d), ElecSigType);
+    ASSERT_EQ(Align(list, 1, clones), 2);
+    const ElecSig& sig = Waveform(*clones);
+    ASSERT_EQ(sig.noPoints, 1024);
+    EXPECT_EQ(sig.tStep, d);
+    EXPECT_EQ(sig.patternLength, 10);  // 1.023 ns at 10 Gb/s
+    for (int i = 1; i <= 999; ++i) {
+        EXPECT_NEAR(sig.elecSamples[i].re, i, 1e-9);
+        EXPECT_NEAR(sig.sigmaSamples[i].re, 1000 + i, 1e-9);
+    }
+    for (int i = 1001; i <= 1024; ++i) EXPECT_EQ(Value(sig.elecSamples[i]), 0.0);
+    EXPECT_EQ(sig.fftView[1], 1.0);
+    EXPECT_EQ(Waveform(*list).noPoints, 1000);
+}
+
+TEST(AlignSignals, TakesTheLongestDurationAndTheFinestStep) {
+    Owned<Nodelist> list, clones;
+    PushCell(list, Alone(RampChannel(1, 0.0)), OpSigType);  // continuous light
+    PushCell(list, AlternatingBits(3), BinSigType);
+    PushCell(list, RampWaveform(9, 2.0), ElecSigType);  // 16 s
+    PushCell(list, RampWaveform(6, 1.0), ElecSigType);  // 5 s
+    ASSERT_EQ(Align(list, 1, clones), 2);
+    const Nodelist& fine = *clones;
+    const Nodelist& coarse = *fine.next;
+    const Nodelist& light = *coarse.next->next;
+    for (const Nodelist* cell : {&fine, &coarse}) {
+        EXPECT_EQ(Waveform(*cell).noPoints, 32);
+        EXPECT_EQ(Waveform(*cell).tStep, 1.0);
+    }
+    EXPECT_EQ(Waveform(coarse).elecSamples[4].re, 2.5);
+    EXPECT_EQ(Waveform(fine).elecSamples[4].re, 4.0);
+    ASSERT_EQ(Channel(light).noPoints, 32);
+    EXPECT_EQ(Value(Channel(light).Ex_samples[32]), std::complex(1.0, -1.0));
+    EXPECT_EQ(Channel(light).fftView[63], 1.0);
+    EXPECT_EQ(static_cast<const BinSig*>(coarse.next->sig)->noPoints, 3);
+}
+
+TEST(AlignSignals, LeavesSignalsThatFitAsTheyAre) {
+    for (std::int32_t n = 2; n <= 1 << 14; n *= 2) {
+        SCOPED_TRACE(n);
+        Owned<Nodelist> list, clones;
+        PushCell(list, Alone(RampChannel(n, 6.25e-12, Polarized::Yes)), OpSigType);
+        PushCell(list, RampWaveform(n, 6.25e-12), ElecSigType);
+        ASSERT_EQ(Align(list, 1, clones), 0);
+        EXPECT_EQ(Waveform(*clones).noPoints, n);
+        EXPECT_EQ(Waveform(*clones).patternLength, 8);
+    }
+}
+
+// Kept deliberately: a plot of several grids with polarized light is refused.
+TEST(AlignSignals, PolarizedChannelsAreNotResampled) {
+    Owned<Nodelist> list;
+    PushCell(list, RampWaveform(7, 1.0), ElecSigType);
+    PushCell(list, Alone(RampChannel(8, 1.0, Polarized::Yes)), OpSigType);
+    PushCell(list, RampWaveform(16, 1.0), ElecSigType);
+    Nodelist* clones = list.get();
+    EXPECT_EQ(AlignSignals(list.get(), 1, &clones), 1);
+    EXPECT_EQ(clones, nullptr);
+}
+
+TEST(AlignSignals, WithoutTheFlagIsADeepClone) {
+    Owned<Nodelist> list, clones;
+    PushCell(list, Multiplex(3, 1.0), OpSigType);
+    PushCell(list, RampWaveform(7, std::numeric_limits<double>::infinity()), ElecSigType);
+    PushCell(list, Owned<BinSig>(), BinSigType);
+    for (std::int32_t flag : {0, 2}) {
+        ASSERT_EQ(Align(list, flag, clones), 0);
+        EXPECT_EQ(clones->sig, nullptr);
+        EXPECT_EQ(Waveform(*clones->next).noPoints, 7);
+        EXPECT_NE(clones->next->sig, list->next->sig);
+        EXPECT_EQ(Channel(*clones->next->next).noPoints, 3);
+    }
+}
+
+TEST(AlignSignals, RefusesTimesThatNoGridCanHold) {
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    const double inf = std::numeric_limits<double>::infinity();
+    const struct {
+        const char* name;
+        double longStep, shortStep, bitRate;
+        std::int32_t result;
+    } rows[] = {
+        {"above 2^26 samples", 1.0, 0x1p-26, 1.0, 1},
+        {"quotient beyond every integer", 1e300, 1e-300, 1.0, 1},
+        {"infinite step", inf, 1.0, 1.0, 1},
+        {"step that is no number", nan, 1.0, 1.0, 1},
+        {"overflowing duration", 1.7e308, 1.0, 1.0, 1},
+        {"bit rate that is no number", 1.0, 0.5, nan, 1},
+        {"bit rate beyond every count", 1.0, 0.5, 1e300, 2},
+        {"negative step", 1.0, -1.0, 1.0, 0},
+        {"no step", 0.0, 0.0, 1.0, 0},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        Owned<Nodelist> list, clones;
+        PushCell(list, RampWaveform(3, row.longStep), ElecSigType);
+        PushCell(list, RampWaveform(3, row.shortStep), ElecSigType);
+        static_cast<ElecSig*>(list->sig)->bitRate = row.bitRate;
+        EXPECT_EQ(Align(list, 1, clones), row.result);
+        EXPECT_EQ(clones == nullptr, row.result == 1);
+    }
+}
+
+}  // namespace
+}  // namespace photrak
