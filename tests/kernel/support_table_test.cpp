@@ -1,0 +1,85 @@
+// The table for user libraries as a library sees it: a row of pointers at fixed places.
+#include "kernel/support_table.h"
+
+#include <bit>
+#include <iterator>
+
+#include "base/memory.h"
+#include "kernel/signals.h"
+#include "numeric/fft.h"
+#include "support/recording_host.h"
+#include "support/signals.h"
+#include "support/temp_dir.h"
+
+namespace photrak {
+namespace {
+
+struct Place {
+    const char* name;
+    std::uintptr_t entry;
+};
+
+// Libraries in the field were compiled against these places; none may ever move.
+TEST(SupportTable, EntriesStandInTheOrderOfTheContract) {
+// clang-format off
+#define PLACE(name) {#name, reinterpret_cast<std::uintptr_t>(name)}
+    const Place places[] = {
+        // Places 0 and 3 are wrappers of the table's own, tested below.
+        {"Allocate", 0}, PLACE(FFTIndexToBin), PLACE(FFTBinToIndex), {"DoFFTFlagged", 0},
+        PLACE(CreateBinSig), PLACE(CreateBinSigFromElec), PLACE(CreateBinSigFromOp),
+        PLACE(FreeBinSig), PLACE(CopyBinSig),
+        PLACE(CreateElecSig), PLACE(CreateElecSigFromBin), PLACE(CreateElecSigFromOp),
+        PLACE(FreeElecSig), PLACE(CopyElecSig),
+        PLACE(CreateOpSig), PLACE(CreateOpSigFromBin), PLACE(CreateOpSigFromElec),
+        PLACE(FreeOpSig), PLACE(FreeOpSigList), PLACE(CopyOpSig), PLACE(CopyOpSigList),
+        PLACE(CreateOpSigASE), PLACE(FreeOpSigASE), PLACE(FreeOpSigASEList),
+        PLACE(CopyOpSigASE), PLACE(CopyOpSigASEList),
+        PLACE(CreateOpSignalWithSig), PLACE(CreateOpSignalFromBin), PLACE(CreateOpSignalFromElec),
+        PLACE(FreeOpSignal), PLACE(CopyOpSignal),
+        PLACE(AddEySamples), PLACE(ResizeElecSig), PLACE(ResizeOpSig),
+        PLACE(CopyBitInfoOpToElec), PLACE(CopyBitInfoElecToOp), PLACE(CopyBitInfoBinToElec),
+        PLACE(CopyBitInfoBinToOp),
+    };
+#undef PLACE
+    // clang-format on
+    struct Row {
+        std::uintptr_t entries[38];
+    };
+    static_assert(sizeof(PhotrakSupport) == sizeof(Row));
+    ASSERT_EQ(std::size(places), 38u);
+    const Row row = std::bit_cast<Row>(SupportTable());
+    for (std::size_t i = 0; i < 38; ++i) {
+        SCOPED_TRACE(places[i].name);
+        EXPECT_NE(row.entries[i], 0u);
+        if (places[i].entry) {
+            EXPECT_EQ(row.entries[i], places[i].entry);
+        }
+    }
+}
+
+TEST(SupportTable, GivesZeroedMemory) {
+    void* place = nullptr;
+    ASSERT_EQ(SupportTable().Allocate(&place, 4096), 0);
+    const OwnedBlock<unsigned char> block(static_cast<unsigned char*>(place));
+    for (int i = 0; i < 4096; ++i) ASSERT_EQ(block.get()[i], 0);
+    EXPECT_EQ(SupportTable().Allocate(&place, ~std::size_t{0}), 1);
+    EXPECT_EQ(place, nullptr);
+    EXPECT_EQ(SupportTable().Allocate(nullptr, 1), 1);
+}
+
+TEST(SupportTable, TransformThatFailsDoesNotUnwindTheLibrary) {
+    const TempDir directory;  // takes pherror.txt
+    const RecordingHost host;
+    const Owned<OpSig> sig = RampChannel(8, 1.0);
+    EXPECT_EQ(SupportTable().DoFFTFlagged(sig->Ex_samples, 8, 1, 0), 8);
+    EXPECT_NEAR(sig->Ex_samples[1].re, 36.0, 1e-12);  // DC: 1 + 2 + ... + 8
+    EXPECT_EQ(TakeSupportFailure(), std::nullopt);
+
+    EXPECT_EQ(SupportTable().DoFFTFlagged(sig->Ex_samples, 7, 1, 0), 0);
+    EXPECT_NE(TakeSupportFailure(), std::nullopt);
+    EXPECT_EQ(TakeSupportFailure(), std::nullopt);
+    EXPECT_EQ(SupportTable().DoFFTFlagged(nullptr, 8, 1, 0), 0);
+}
+
+}  // namespace
+}  // namespace photrak
