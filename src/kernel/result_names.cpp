@@ -1,0 +1,75 @@
+// How result files are named from the run's coordinates, and the one door through which they are
+// written.
+#include "kernel/result_names.h"
+
+#include <algorithm>
+#include <unordered_set>
+
+#include "base/text.h"
+#include "platform/file_system.h"
+
+namespace photrak {
+namespace {
+
+struct WrittenFiles {
+    std::vector<std::string> names;         // in order of first writing
+    std::unordered_set<std::string> known;  // the same, for the search
+};
+
+WrittenFiles& Written() {
+    static WrittenFiles written;
+    return written;
+}
+
+}  // namespace
+
+const std::string& PrefixInUse(const SimOptions& options) {
+    return options.mode & simMode::anyScan ? options.SCANPREFIX : options.OUTPUTPREFIX;
+}
+
+std::string ResultTags(const SimOptions& options) {
+    std::string tags;
+    if (options.outerCount > 1) tags += Concat(options.SCANMETA2, options.outerIndex);
+    if (options.innerCount > 1) tags += Concat(options.SCANMETA1, options.innerIndex);
+    if ((options.mode & simMode::statistical) && options.NUMRUNSTODO > 1) {
+        tags += Concat(options.RUNMETA, options.runIndex);
+    }
+    if (options.loopReps > 1) tags += options.loopSuffix;
+    return tags;
+}
+
+std::string ResultStem(const SimOptions& options, std::string_view root) {
+    return Concat(PrefixInUse(options), root, ResultTags(options));
+}
+
+// A topology may come from anyone: its result names must not reach beyond its own directory.
+bool IsAllowedResultName(std::string_view name) {
+    if (name.empty() || name.front() == '/' || name.find('\0') != name.npos) return false;
+    for (std::size_t start = 0; start <= name.size();) {
+        const std::size_t end = std::min(name.find('/', start), name.size());
+        if (name.substr(start, end - start) == "..") return false;
+        start = end + 1;
+    }
+    return true;
+}
+
+bool WriteResultFile(const std::string& name, std::string_view content, std::string& errorText) {
+    if (!IsAllowedResultName(name)) {
+        errorText += Concat("ERROR: result file name '", name,
+                            "' does not stay inside the directory of the topology\n");
+        return false;
+    }
+    if (!WriteWholeFile(name, content)) return false;
+    if (Written().known.insert(name).second) Written().names.push_back(name);
+    return true;
+}
+
+const std::vector<std::string>& ResultFiles() {
+    return Written().names;
+}
+
+void ResetResultFiles() {
+    Written() = {};
+}
+
+}  // namespace photrak
