@@ -13,6 +13,8 @@ enum class Wait { No, Yes };
 /// Whether external commands are started at all (--no-commands); process-wide, true from the start.
 void AllowExternalCommands(bool allow);
 bool ExternalCommandsAllowed();
+/// Back to the state of the program's start, the profile key unread.
+void ResetExternalCommands();
 
 /// Runs a command line of the user through the shell (COMSPEC if set, else /bin/sh); `arguments`
 /// reach it as "$1", "$2", ... Without wait it returns at once with the platform's result. With

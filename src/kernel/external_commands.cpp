@@ -1,0 +1,90 @@
+// Starting the plot viewer, the editor and the user's command lines. What the user put into the
+// environment may hold shell words; a file name, which may come from a topology, never gets there.
+#include "kernel/external_commands.h"
+
+#include <optional>
+
+#include "platform/host.h"
+
+namespace photrak {
+namespace {
+
+struct CommandState {
+    bool allowed = true;
+    std::optional<WindowState> window;  // the profile's CommandShowWindow, once it was needed
+};
+
+CommandState& State() {
+    static CommandState state;
+    return state;
+}
+
+WindowState CommandWindow() {
+    std::optional<WindowState>& window = State().window;
+    if (!window) {
+        const int shown = CurrentHost().profile->ReadInt("PHOTRAK", "CommandShowWindow", 0);
+        window = shown ? WindowState::Normal : WindowState::Hidden;
+    }
+    return *window;
+}
+
+/// The variable's text, or nothing where it is not set or holds blanks only.
+std::optional<std::string> Setting(const char* name) {
+    std::optional<std::string> text = CurrentHost().environment->Get(name);
+    if (text && text->find_first_not_of(" \t\n") == text->npos) text.reset();
+    return text;
+}
+
+int StartProgram(const std::vector<std::string>& arguments, Wait wait) {
+    if (!ExternalCommandsAllowed()) return -1;
+    Processes& processes = *CurrentHost().processes;
+    if (wait == Wait::No) return processes.Start(arguments);
+    return processes.RunAndWait(arguments, CommandWindow()) == -1 ? -1 : 0;
+}
+
+/// The command line of the variable, the file its last argument; without one the program itself.
+int StartOnFile(const char* variable, std::vector<std::string> program, const std::string& file,
+                Wait wait) {
+    if (const std::optional<std::string> command = Setting(variable)) {
+        return Spawn(*command + " \"$@\"", {file}, wait);
+    }
+    program.push_back(file);
+    return StartProgram(program, wait);
+}
+
+}  // namespace
+
+void AllowExternalCommands(bool allow) {
+    State().allowed = allow;
+}
+
+bool ExternalCommandsAllowed() {
+    return State().allowed;
+}
+
+void ResetExternalCommands() {
+    State() = {};
+}
+
+int Spawn(std::string_view command, const std::vector<std::string>& arguments, Wait wait) {
+    const std::string shell = Setting("COMSPEC").value_or("/bin/sh");
+    std::vector<std::string> line = {shell, "-c", std::string(command), shell};
+    line.insert(line.end(), arguments.begin(), arguments.end());
+    return StartProgram(line, wait);
+}
+
+int RunPlotCommand(const std::string& file, Wait wait) {
+    return StartOnFile("PLOTCMD", {"vistrax", "/v"}, "@" + file, wait);
+}
+
+int RunEditor(const std::string& file, Wait wait) {
+    // Editors take a leading '-' or '+' for an option, some of which run commands.
+    const bool optionLike = !file.empty() && (file[0] == '-' || file[0] == '+');
+    return StartOnFile("EDITOR", {"notepad"}, optionLike ? "./" + file : file, wait);
+}
+
+void LaunchPlot(const std::string& file, Wait wait) {
+    StartOnFile("PLOTCMD", {"vistrax"}, "@" + file, wait);
+}
+
+}  // namespace photrak

@@ -1,0 +1,95 @@
+// What is started for the viewer, the editor and command lines, and that a file name stays a name.
+#include "kernel/external_commands.h"
+
+#include <functional>
+
+#include "support/recording_host.h"
+#include "support/temp_dir.h"
+
+namespace photrak {
+namespace {
+
+using Words = std::vector<std::string>;
+
+class ExternalCommands : public testing::Test {
+  protected:
+    void SetUp() override { ResetExternalCommands(); }
+    void TearDown() override { ResetExternalCommands(); }
+    RecordingHost host;
+};
+
+TEST_F(ExternalCommands, ProgramsAndTheirArguments) {
+    const auto plot = [] { RunPlotCommand("a b.pcs", Wait::No); };
+    const auto launch = [] { LaunchPlot("a b.pcs", Wait::No); };
+    const auto edit = [] { RunEditor("a b.txt", Wait::No); };
+    const struct {
+        std::map<std::string, std::string> environment;
+        std::function<void()> start;
+        Words arguments;
+    } rows[] = {
+        {{}, plot, {"vistrax", "/v", "@a b.pcs"}},
+        {{}, launch, {"vistrax", "@a b.pcs"}},
+        {{}, edit, {"notepad", "a b.txt"}},
+        {{{"PLOTCMD", " "}, {"EDITOR", ""}}, plot, {"vistrax", "/v", "@a b.pcs"}},
+        {{{"PLOTCMD", "view -x"}},
+         plot,
+         {"/bin/sh", "-c", "view -x \"$@\"", "/bin/sh", "@a b.pcs"}},
+        {{{"PLOTCMD", "view"}, {"COMSPEC", "/bin/dash"}},
+         launch,
+         {"/bin/dash", "-c", "view \"$@\"", "/bin/dash", "@a b.pcs"}},
+        {{{"EDITOR", "vi"}}, edit, {"/bin/sh", "-c", "vi \"$@\"", "/bin/sh", "a b.txt"}},
+        {{}, [] { RunEditor("+!x", Wait::No); }, {"notepad", "./+!x"}},
+    };
+    for (const auto& row : rows) {
+        host.commands.clear();
+        host.environment = row.environment;
+        row.start();
+        ASSERT_EQ(host.commands.size(), 1u);
+        EXPECT_EQ(host.commands[0].arguments, row.arguments);
+        EXPECT_FALSE(host.commands[0].waited);
+    }
+}
+
+TEST_F(ExternalCommands, ResultTellsOnlyWhetherTheProcessStarted) {
+    host.startResult = -1;
+    EXPECT_EQ(Spawn("x", {}, Wait::No), -1);
+    const struct { int exitStatus, result; } rows[] = {{0, 0}, {3, 0}, {-1, -1}};
+    for (const auto& row : rows) {
+        host.waitResult = row.exitStatus;
+        EXPECT_EQ(Spawn("x", {}, Wait::Yes), row.result);
+        EXPECT_TRUE(host.commands.back().waited);
+    }
+}
+
+TEST_F(ExternalCommands, WindowKeyOfTheProfileIsReadOnce) {
+    Spawn("x", {}, Wait::Yes);
+    EXPECT_EQ(host.commands.back().state, WindowState::Hidden);
+    host.profile[{"PHOTRAK", "CommandShowWindow"}] = 1;
+    Spawn("x", {}, Wait::Yes);
+    EXPECT_EQ(host.commands.back().state, WindowState::Hidden);
+    ResetExternalCommands();
+    RunEditor("x", Wait::Yes);
+    EXPECT_EQ(host.commands.back().state, WindowState::Normal);
+}
+
+TEST_F(ExternalCommands, NothingStartsWhenRefused) {
+    AllowExternalCommands(false);
+    EXPECT_EQ(Spawn("x", {}, Wait::Yes), -1);
+    EXPECT_EQ(RunPlotCommand("x", Wait::No), -1);
+    EXPECT_EQ(RunEditor("x", Wait::Yes), -1);
+    LaunchPlot("x", Wait::No);
+    EXPECT_TRUE(host.commands.empty());
+}
+
+TEST_F(ExternalCommands, HostileFileNameReachesTheViewerAsOneWord) {
+    const TempDir directory;
+    const HostScope real({&host, SystemHost().processes, SystemHost().libraries, &host, &host});
+    host.environment["PLOTCMD"] = "show() { printf '[%s]' \"$@\" > seen; }; show -first";
+    const std::string name = "a b'\"; touch hit; $(touch hit) `touch hit`\n*.pcs";
+    EXPECT_EQ(RunPlotCommand(name, Wait::Yes), 0);
+    EXPECT_EQ(directory.Read("seen"), "[-first][@" + name + "]");
+    EXPECT_FALSE(directory.Has("hit"));
+}
+
+}  // namespace
+}  // namespace photrak
