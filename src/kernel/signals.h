@@ -16,7 +16,8 @@ namespace photrak {
 
 [[nodiscard]] std::int32_t CreateOpSig(OpSig** place, std::int32_t n);
 [[nodiscard]] std::int32_t AddEySamples(OpSig* sig);
-/// The contents are lost unless n is the present size.
+/// The contents are lost unless n is the present size. A failure leaves a record of 0 samples
+/// without arrays.
 [[nodiscard]] std::int32_t ResizeOpSig(OpSig* sig, std::int32_t n);
 [[nodiscard]] std::int32_t CreateOpSigFromElec(OpSig** place, const ElecSig* source);
 [[nodiscard]] std::int32_t CreateOpSigFromBin(OpSig** place, const BinSig* source,
@@ -24,7 +25,7 @@ namespace photrak {
 /// Refuses with 1 while the fiber's record (fos) is set. The reference is emptied.
 std::int32_t FreeOpSig(OpSig** place);
 [[nodiscard]] std::int32_t CopyOpSig(OpSig** place, const OpSig* source);
-/// A refused free stops the walk with 1 and leaves the head as it was.
+/// One channel that refuses does so for the whole list: 1, nothing is freed, the head stays valid.
 std::int32_t FreeOpSigList(OpSig** place);
 [[nodiscard]] std::int32_t CopyOpSigList(OpSig** place, const OpSig* source);
 
@@ -44,6 +45,7 @@ std::int32_t FreeOpSigASEList(OpSigASE** place);
 std::int32_t FreeOpSignal(OpSignal** place);
 [[nodiscard]] std::int32_t CopyOpSignal(OpSignal** place, const OpSignal* source);
 
+/// Below 0 samples gives 1, as does a BinSig of fewer than 0 bits.
 [[nodiscard]] std::int32_t CreateElecSig(ElecSig** place, std::int32_t n);
 [[nodiscard]] std::int32_t ResizeElecSig(ElecSig* sig, std::int32_t n);
 [[nodiscard]] std::int32_t CreateElecSigFromBin(ElecSig** place, const BinSig* source,
