@@ -30,7 +30,7 @@ bool Fits(std::string_view text, std::size_t capacity) {
 
 void Store(char* place, std::size_t capacity, std::string_view text) {
     std::memset(place, 0, capacity);
-    std::memcpy(place, text.data(), text.size());
+    text.copy(place, capacity - 1);
 }
 
 }  // namespace
