@@ -1,6 +1,7 @@
 // Parameter records: making, copying, freeing, evaluation, limits, and lookup by name.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -8,6 +9,15 @@
 #include "kernel/workspace.h"
 
 namespace photrak {
+
+/// Bytes of valactual, and of each limit, for the types that hold one value; 0 for texts, arrays
+/// and unknown codes.
+std::size_t ValueBytes(std::int32_t type);
+/// Bytes of one element of an array type, 0 for all other codes.
+std::size_t ElementBytes(std::int32_t type);
+inline bool IsArrayType(std::int32_t type) {
+    return ElementBytes(type) != 0;
+}
 
 /// A parameter with empty texts ("" not null) and null pointers; null when memory is exhausted.
 Parameter* CreateParameter(std::string_view name, std::int32_t type);
@@ -17,11 +27,13 @@ void FreeParameterList(Parameter** list);
 /// Deep copy in order, without draws; an array record's kind is set from the type code (7, 8, 9, 10
 /// give 0, 1, 2, 3). 1 and an empty list when memory is exhausted.
 [[nodiscard]] std::int32_t CopyParameterList(Parameter** place, const Parameter* source);
-/// Inserts into a list ascending by name; one of the same name is replaced.
+/// Inserts into a list ascending by name; one of the same name is replaced (and freed).
 void InsertParameterSorted(Parameter** list, Parameter* parameter);
 /// Replaces an owned text; false when memory is exhausted (the old text stays).
 bool SetText(char** place, std::string_view text);
+void FreeParameterDraws(Parameter& parameter);
 
+/// valactual and stddev from the texts; messages name the parameter.
 Status EvalParam(Parameter* parameter, Workspace* workspace, std::string& errorText);
 /// All parameters of the types that evaluate, then their draws.
 Status EvalComponentParams(Component& component, Workspace* workspace, std::string& errorText);
@@ -33,7 +45,8 @@ Parameter* FindParamCursor(Parameter* list, std::string_view name);
 /// Forgets the remembered list; called whenever parameters are freed.
 void ForgetParamCursor();
 
-/// The evaluated value, or the default if the name is absent or was never evaluated.
+/// The evaluated value of a number or the index of an enumeration, converted to the type asked for;
+/// the default if the name is absent, was never evaluated or is of another type.
 double GetParamDouble(Parameter* list, std::string_view name, double fallback);
 std::int32_t GetParamInt(Parameter* list, std::string_view name, std::int32_t fallback);
 /// The value text, or the default if the name is absent.

@@ -1,0 +1,74 @@
+// The limits of a parameter: a value outside becomes the limit, with a warning that tells it.
+#include <cmath>
+
+#include "base/text.h"
+#include "kernel/parameters.h"
+
+namespace photrak {
+
+namespace {
+
+std::string LimitText(double limit) {
+    return FormatExponent(limit);
+}
+std::string LimitText(std::int32_t limit) {
+    return std::to_string(limit);
+}
+std::string LimitText(std::int16_t limit) {
+    return std::to_string(limit);
+}
+/// Limits of characters compare as signed on every machine, hence the type.
+std::string LimitText(signed char limit) {
+    return std::string(1, static_cast<char>(limit));
+}
+
+Status MoveTo(const void* limit, auto& value, std::string_view side, const Parameter& parameter,
+              std::string& errorText) {
+    value = *static_cast<const std::remove_reference_t<decltype(value)>*>(limit);
+    errorText += FillIn("WARNING: parameter '%s' %s value; change to %s\n",
+                        {parameter.name, side, LimitText(value)});
+    return Status::Warning;
+}
+
+/// A limit that is absent does not bind.
+template <class T>
+Status Clamp(Parameter& parameter, std::string& errorText) {
+    if (!parameter.valactual) {
+        // Kept deliberately: called a warning, without a newline, yet the status is an error.
+        errorText += FillIn("WARNING: parameter '%s' has no valactual field", {parameter.name});
+        return Status::Error;
+    }
+    T& value = *static_cast<T*>(parameter.valactual);
+    const T* min = static_cast<const T*>(parameter.min);
+    const T* max = static_cast<const T*>(parameter.max);
+    // What is no number counts as below.
+    if (min && (value < *min || std::isnan(static_cast<double>(value)))) {
+        return MoveTo(min, value, "less than minimum", parameter, errorText);
+    }
+    if (max && value > *max) {
+        return MoveTo(max, value, "greater than maximum", parameter, errorText);
+    }
+    return Status::Success;
+}
+
+}  // namespace
+
+Status ClampParam(Parameter& parameter, std::string& errorText) {
+    switch (parameter.type) {
+        case DoubleType:
+            return Clamp<double>(parameter, errorText);
+        case IntType:
+            return Clamp<std::int32_t>(parameter, errorText);
+        case CharType:
+            return Clamp<signed char>(parameter, errorText);
+        case EnumType:
+            return Clamp<std::int16_t>(parameter, errorText);
+        case ComplexType:
+            errorText += "ERROR: Complex parameter types not yet supported\n";
+            return Status::Error;
+        default:
+            return Status::Success;
+    }
+}
+
+}  // namespace photrak

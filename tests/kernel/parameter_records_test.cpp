@@ -1,0 +1,198 @@
+// Copies, insertion and lookup of parameter records.
+#include <gtest/gtest.h>
+#include <limits>
+#include <string>
+
+#include "support/parameter_list.h"
+
+namespace photrak {
+namespace {
+
+ArrayRecord* NewArray(std::int32_t rows, std::int32_t cols) {
+    auto* array = static_cast<ArrayRecord*>(AllocateZeroed(1, sizeof(ArrayRecord)));
+    array->rows = rows;
+    array->cols = cols;
+    array->rowStep = 0.5;
+    array->xUnits = CopyText("nm");
+    return array;
+}
+
+/// One parameter of each type, every owned block in use; the arrays hold two elements.
+void FillWithEveryType(ParameterList& list) {
+    Parameter& real = list.Add("real", DoubleType, "1*2");
+    real.valactual = NewBlock(2.0);
+    real.min = NewBlock(-1.0);
+    real.max = NewBlock(3.0);
+    real.stddev = NewBlock(0.25);
+    real.istddev = NewBlock(0.75);
+    real.PROBDIST = GausProbDist;
+    real.IPROBDIST = UniformProbDist;
+    real.draws = NewBlock(ParameterDraw{1, 2, nullptr});
+    real.drawCursor = real.draws;
+    SetText(&real.DESC, "a number");
+    SetText(&real.UNITS, "m");
+    SetText(&real.STDDEV, "0.25");
+    SetText(&real.ISTDDEV, "0.75");
+    Parameter& whole = list.Add("whole", IntType, "7");
+    whole.min = NewBlock(std::int32_t{-5});
+    whole.max = NewBlock(std::int32_t{5});
+    Parameter& letter = list.Add("letter", CharType, "q");
+    letter.min = NewBlock('a');
+    letter.max = NewBlock('z');
+    Parameter& choice = list.Add("choice", EnumType, "red");
+    choice.valactual = NewBlock(std::int16_t{2});
+    choice.max = NewBlock(std::int16_t{3});
+    list.Add("pair", ComplexType, "1 2").min = NewBlock(MakeComplex(-1, -2));
+    list.Add("words", StringType, "two words");
+    const double doubles[] = {1.5, 2.5};
+    const std::int32_t integers[] = {100000, -100000};
+    const std::int16_t bits[] = {1, 0};
+    const Complex pairs[] = {{1, 2}, {3, 4}};
+    const auto addArray = [&](const char* name, std::int32_t type, const auto& elements) {
+        ArrayRecord* array = NewArray(1, 2);
+        array->data = Allocate(sizeof elements);
+        std::memcpy(array->data, elements, sizeof elements);
+        list.Add(name, type, "").valactual = array;
+    };
+    addArray("doubles", DoubleArrayType, doubles);
+    addArray("integers", IntArrayType, integers);
+    addArray("bits", BinaryArrayType, bits);
+    addArray("pairs", ComplexArrayType, pairs);
+    list.Add("empty", DoubleArrayType, "").valactual = NewArray(0, 1 << 30);
+}
+
+const ArrayRecord& ArrayOf(Parameter* list, std::string_view name) {
+    return *static_cast<const ArrayRecord*>(FindParamCursor(list, name)->valactual);
+}
+
+TEST(ParameterRecords, CopyIsDeepAndWithoutDraws) {
+    ParameterList copy;
+    {
+        ParameterList original;
+        FillWithEveryType(original);
+        ASSERT_EQ(CopyParameterList(&copy.head, original.head), 0);
+    }
+    const Parameter& real = *copy.head;
+    EXPECT_STREQ(real.name, "real");
+    EXPECT_STREQ(real.value, "1*2");
+    EXPECT_STREQ(real.DESC, "a number");
+    EXPECT_STREQ(real.UNITS, "m");
+    EXPECT_STREQ(real.STDDEV, "0.25");
+    EXPECT_STREQ(real.ISTDDEV, "0.75");
+    EXPECT_EQ(BlockValue<double>(real.valactual), 2.0);
+    EXPECT_EQ(BlockValue<double>(real.min), -1.0);
+    EXPECT_EQ(BlockValue<double>(real.max), 3.0);
+    EXPECT_EQ(*real.stddev + *real.istddev, 1.0);
+    EXPECT_EQ(real.PROBDIST, GausProbDist);
+    EXPECT_EQ(real.IPROBDIST, UniformProbDist);
+    EXPECT_EQ(real.draws, nullptr);
+    EXPECT_EQ(real.drawCursor, nullptr);
+    EXPECT_EQ(BlockValue<std::int32_t>(FindParamCursor(copy.head, "whole")->min), -5);
+    EXPECT_EQ(BlockValue<char>(FindParamCursor(copy.head, "letter")->max), 'z');
+    EXPECT_EQ(BlockValue<std::int16_t>(FindParamCursor(copy.head, "choice")->valactual), 2);
+    EXPECT_EQ(BlockValue<std::int16_t>(FindParamCursor(copy.head, "choice")->max), 3);
+    EXPECT_TRUE(BlockValue<Complex>(FindParamCursor(copy.head, "pair")->min) ==
+                MakeComplex(-1, -2));
+
+    const ArrayRecord& doubles = ArrayOf(copy.head, "doubles");
+    EXPECT_EQ(static_cast<const double*>(doubles.data)[1], 2.5);
+    EXPECT_EQ(doubles.rowStep, 0.5);
+    EXPECT_STREQ(doubles.xUnits, "nm");
+    EXPECT_EQ(static_cast<const std::int32_t*>(ArrayOf(copy.head, "integers").data)[1], -100000);
+    EXPECT_EQ(static_cast<const std::int16_t*>(ArrayOf(copy.head, "bits").data)[0], 1);
+    EXPECT_TRUE(static_cast<const Complex*>(ArrayOf(copy.head, "pairs").data)[1] ==
+                MakeComplex(3, 4));
+    EXPECT_EQ(ArrayOf(copy.head, "empty").data, nullptr);
+    const char* const arrays[] = {"doubles", "integers", "bits", "pairs"};
+    for (std::int32_t kind = 0; kind < 4; ++kind) {
+        EXPECT_EQ(ArrayOf(copy.head, arrays[kind]).kind, kind);
+    }
+}
+
+TEST(ParameterRecords, CopyGivesUpWholeWhenMemoryEnds) {
+    ParameterList original;
+    FillWithEveryType(original);
+    ParameterList copy;
+    const std::int64_t before = AllocationCount();
+    ASSERT_EQ(CopyParameterList(&copy.head, original.head), 0);
+    const std::int64_t needed = AllocationCount() - before;
+    for (std::int64_t first = 1; first <= needed; ++first) {
+        Parameter* partial = original.head;
+        RefuseAllocationsFrom(first);
+        EXPECT_EQ(CopyParameterList(&partial, original.head), 1) << first;
+        EXPECT_EQ(partial, nullptr) << first;
+    }
+    for (std::int64_t first = 1; first <= 7; ++first) {
+        RefuseAllocationsFrom(first);
+        EXPECT_EQ(CreateParameter("x", DoubleType), nullptr) << first;
+    }
+    RefuseAllocationsFrom(1);
+    EXPECT_FALSE(SetText(&copy.head->value, "other"));
+    RefuseAllocationsFrom(-1);
+    EXPECT_STREQ(copy.head->value, "1*2");
+}
+
+TEST(ParameterRecords, InsertsInByteOrderAndReplacesOfTheSameName) {
+    ParameterList list;
+    for (const char* name : {"b", "a", "C", "a1", "b", "a"}) {
+        InsertParameterSorted(&list.head, ParameterList::NewParameter(name, IntType, "old"));
+    }
+    InsertParameterSorted(&list.head, ParameterList::NewParameter("a1", DoubleType, "new"));
+    std::string names;
+    for (Parameter* p = list.head; p; p = p->next) names += std::string(p->name) + " ";
+    EXPECT_EQ(names, "C a a1 b ");
+    EXPECT_STREQ(FindParamCursor(list.head, "a1")->value, "new");
+}
+
+TEST(ParameterLookup, GoesOnBehindTheLastMatchAndRoundTheList) {
+    ParameterList list, other;
+    Parameter& first = list.Add("x", IntType, "1");
+    Parameter& second = list.Add("y", IntType, "1");
+    Parameter& third = list.Add("x", IntType, "2");
+    Parameter& elsewhere = other.Add("x", IntType, "3");
+    ForgetParamCursor();
+    EXPECT_EQ(FindParamCursor(list.head, "x"), &first);
+    EXPECT_EQ(FindParamCursor(list.head, "x"), &third);
+    EXPECT_EQ(FindParamCursor(list.head, "x"), &first);
+    EXPECT_EQ(FindParamCursor(list.head, "z"), nullptr);  // moves nothing
+    EXPECT_EQ(FindParamCursor(list.head, "x"), &third);
+    EXPECT_EQ(FindParamCursor(list.head, "y"), &second);
+    EXPECT_EQ(FindParamCursor(other.head, "x"), &elsewhere);
+    EXPECT_EQ(FindParamCursor(list.head, "x"), &first);  // another list in between resets
+    EXPECT_EQ(FindParamCursor(nullptr, "x"), nullptr);
+}
+
+TEST(ParameterLookup, ForgetsFreedParameters) {
+    ParameterList list;
+    list.Add("a", IntType, "1");
+    InsertParameterSorted(&list.head, ParameterList::NewParameter("b", IntType, "1"));
+    InsertParameterSorted(&list.head, ParameterList::NewParameter("c", IntType, "1"));
+    EXPECT_NE(FindParamCursor(list.head, "b"), nullptr);  // the position is at c, freed next
+    InsertParameterSorted(&list.head, ParameterList::NewParameter("c", IntType, "2"));
+    EXPECT_STREQ(FindParamCursor(list.head, "c")->value, "2");
+}
+
+TEST(ParameterLookup, GivesValuesInTheTypeAskedForOrTheDefault) {
+    ParameterList list;
+    list.Add("real", DoubleType, "x").valactual = NewBlock(2.75);
+    list.Add("huge", DoubleType, "x").valactual = NewBlock(-1e30);
+    list.Add("whole", IntType, "x").valactual = NewBlock(std::int32_t{-4});
+    list.Add("choice", EnumType, "red").valactual = NewBlock(std::int16_t{3});
+    list.Add("letter", CharType, "x").valactual = NewBlock('x');
+    list.Add("bare", DoubleType, "5");
+    EXPECT_EQ(GetParamDouble(list.head, "real", 9), 2.75);
+    EXPECT_EQ(GetParamInt(list.head, "real", 9), 2);
+    EXPECT_EQ(GetParamInt(list.head, "huge", 9), std::numeric_limits<std::int32_t>::min());
+    EXPECT_EQ(GetParamDouble(list.head, "whole", 9), -4.0);
+    EXPECT_EQ(GetParamInt(list.head, "whole", 9), -4);
+    EXPECT_EQ(GetParamInt(list.head, "choice", 9), 3);
+    for (const char* name : {"letter", "bare", "absent"}) {
+        EXPECT_EQ(GetParamDouble(list.head, name, 9), 9.0) << name;
+        EXPECT_EQ(GetParamInt(list.head, name, 9), 9) << name;
+    }
+    EXPECT_EQ(GetParamText(list.head, "choice", "none"), "red");
+    EXPECT_EQ(GetParamText(list.head, "absent", "none"), "none");
+}
+
+}  // namespace
+}  // namespace photrak

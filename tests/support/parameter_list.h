@@ -1,0 +1,59 @@
+// A parameter list for tests, freed at the end of the scope: built by name, type and value text.
+#pragma once
+
+#include <cstring>
+#include <string_view>
+
+#include "base/memory.h"
+#include "kernel/parameters.h"
+
+namespace photrak {
+
+class ParameterList {
+  public:
+    ParameterList() = default;
+    ~ParameterList() { FreeParameterList(&head); }
+    ParameterList(const ParameterList&) = delete;
+    ParameterList& operator=(const ParameterList&) = delete;
+
+    /// Appended, in the order of the calls.
+    Parameter& Add(std::string_view name, std::int32_t type, std::string_view value) {
+        Parameter* parameter = NewParameter(name, type, value);
+        Parameter** tail = &head;
+        while (*tail) tail = &(*tail)->next;
+        return *(*tail = parameter);
+    }
+    static Parameter* NewParameter(std::string_view name, std::int32_t type,
+                                   std::string_view value) {
+        Parameter* parameter = CreateParameter(name, type);
+        SetText(&parameter->value, value);
+        SetText(&parameter->STDDEV, "0");
+        return parameter;
+    }
+    /// The list goes to another owner.
+    Parameter* Release() {
+        Parameter* list = head;
+        head = nullptr;
+        return list;
+    }
+
+    Parameter* head = nullptr;
+};
+
+/// A block of the allocator that holds `value`, for limits and values of any type.
+template <class T>
+T* NewBlock(const T& value) {
+    void* block = Allocate(sizeof(T));
+    std::memcpy(block, &value, sizeof(T));
+    return static_cast<T*>(block);
+}
+
+/// The value in a record's untyped block.
+template <class T>
+T BlockValue(const void* block) {
+    T value;
+    std::memcpy(&value, block, sizeof(T));
+    return value;
+}
+
+}  // namespace photrak
