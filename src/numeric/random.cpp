@@ -1,0 +1,145 @@
+// Integer recurrences as published; no product leaves 32 bits.
+#include "numeric/random.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdint>
+
+#include "base/escape.h"
+
+namespace photrak {
+namespace {
+
+/// x -> 16807 x mod (2^31 - 1), by Schrage's factors of the modulus.
+constexpr int multiplier = 16807, modulus = 2147483647;
+constexpr int schrageQuotient = 127773, schrageRemainder = 2836;
+constexpr int uniformTableSize = 32, warmUpSteps = 8;
+constexpr int outputsPerEntry = 67108864;  // 2^31 / 32
+constexpr double unitPerStep = 4.656612875245797e-10;
+constexpr double largestUniform = 0.99999988;  // so that 1 is never returned
+constexpr double clipLimit = 2.8;
+
+struct UniformState {
+    std::array<int, uniformTableSize> table{};
+    int output = 0;  // 0: the table has never been filled
+};
+struct GaussianState {
+    bool hasSpare = false;
+    double spare = 0.0;
+};
+
+/// x -> (factor x + increment) mod modulus, never below 0.
+struct Congruence {
+    std::int64_t factor, increment, modulus;
+    std::int64_t Step(std::int64_t x) const { return Reduce(factor * x + increment); }
+    std::int64_t Reduce(std::int64_t x) const { return (x % modulus + modulus) % modulus; }
+};
+constexpr Congruence high{7141, 54773, 259200}, low{8121, 28411, 134456},
+    shuffle{4561, 51349, 243000};
+constexpr int shuffleTableSize = 97;
+constexpr float perLowStep = 7.4373775e-06F, perHighStep = 3.8580247e-06F;  // 1/134456, 1/259200
+
+struct ShuffleState {
+    bool started = false;
+    std::int64_t x1 = 0, x2 = 0, x3 = 0;
+    std::array<float, shuffleTableSize + 1> table{};  // 1..97
+};
+
+UniformState uniform;
+GaussianState gaussian;
+ShuffleState shuffled;
+
+void StepMinimalStandard(int* seed) {
+    const int quotient = *seed / schrageQuotient;
+    *seed = multiplier * (*seed - quotient * schrageQuotient) - schrageRemainder * quotient;
+    if (*seed < 0) *seed += modulus;
+}
+
+void FillUniformTable(int* seed) {
+    // 0 and the modulus itself would stay where they are.
+    *seed = *seed < 0 && *seed > -modulus ? -*seed : 1;
+    for (int j = uniformTableSize + warmUpSteps - 1; j >= 0; --j) {
+        StepMinimalStandard(seed);
+        if (j < uniformTableSize) uniform.table[static_cast<std::size_t>(j)] = *seed;
+    }
+    uniform.output = uniform.table[0];
+}
+
+/// Every operation in single precision: the sequence is defined that way.
+float NextShuffleValue() {
+    shuffled.x1 = high.Step(shuffled.x1);
+    shuffled.x2 = low.Step(shuffled.x2);
+    const float fine = static_cast<float>(shuffled.x2) * perLowStep;
+    const float sum = static_cast<float>(shuffled.x1) + fine;
+    return sum * perHighStep;
+}
+
+void StartShuffle(int* seed) {
+    shuffled.started = true;
+    shuffled.x1 = high.Step(high.Reduce(high.increment - std::int64_t{*seed}));
+    shuffled.x2 = shuffled.x1 % low.modulus;
+    shuffled.x1 = high.Step(shuffled.x1);
+    shuffled.x3 = shuffled.x1 % shuffle.modulus;
+    std::generate(shuffled.table.begin() + 1, shuffled.table.end(), NextShuffleValue);
+    *seed = 1;
+}
+
+}  // namespace
+
+double UniformRandom(int* seed) {
+    if (*seed < 1 || uniform.output == 0) FillUniformTable(seed);
+    StepMinimalStandard(seed);
+    int& entry = uniform.table[static_cast<std::size_t>(uniform.output / outputsPerEntry)];
+    uniform.output = entry;
+    entry = *seed;
+    return std::min(uniform.output * unitPerStep, largestUniform);
+}
+
+double GaussianRandom(int* seed) {
+    if (gaussian.hasSpare) {
+        gaussian.hasSpare = false;
+        return gaussian.spare;
+    }
+    double v1 = 0.0, v2 = 0.0, r = 0.0;
+    do {
+        v1 = 2.0 * UniformRandom(seed) - 1.0;
+        v2 = 2.0 * UniformRandom(seed) - 1.0;
+        r = v1 * v1 + v2 * v2;
+    } while (r >= 1.0 || r == 0.0);
+    const double f = std::sqrt(-2.0 * std::log(r) / r);
+    gaussian = {true, v1 * f};
+    return v2 * f;
+}
+
+double ClippedGaussianRandom(int* seed) {
+    double value = 0.0;
+    do {
+        value = GaussianRandom(seed);
+    } while (std::fabs(value) > clipLimit);
+    return value;
+}
+
+float ShuffledUniformRandom(int* seed) {
+    if (*seed < 0 || !shuffled.started) StartShuffle(seed);
+    // The order of steps within a draw does not matter: the sequences are independent.
+    shuffled.x3 = shuffle.Step(shuffled.x3);
+    const std::int64_t j = 1 + shuffleTableSize * shuffled.x3 / shuffle.modulus;
+    if (j > shuffleTableSize || j < 1) NumericFailure("problem in random number generator");
+    float& entry = shuffled.table[static_cast<std::size_t>(j)];
+    const float value = entry;
+    entry = NextShuffleValue();
+    return value;
+}
+
+void ForgetSpareGaussian() {
+    gaussian = {};
+}
+
+void ResetRandomState() {
+    uniform = {};
+    gaussian = {};
+    shuffled = {};
+}
+
+}  // namespace photrak

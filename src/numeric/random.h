@@ -1,0 +1,26 @@
+// The three random sources. The seed word belongs to the caller; table, spare value and present
+// output are one for the process, so the sequences depend on the order of all calls. They are fixed
+// algorithms: results of seeded runs must repeat on every machine.
+#pragma once
+
+namespace photrak {
+
+/// Uniform in (0, 1): the "minimal standard" multiplicative generator (Park and Miller) with the
+/// shuffle of Bays and Durham. A negative seed word restarts the sequence from its magnitude; 0, or
+/// a first call, restarts it from 1. The word is the generator's state from then on.
+double UniformRandom(int* seed);
+/// Standard normal, by the polar method on pairs of UniformRandom. The second value of a pair is
+/// kept and goes to the next call, whosever it is.
+double GaussianRandom(int* seed);
+/// GaussianRandom, redrawn until its magnitude is at most 2.8.
+double ClippedGaussianRandom(int* seed);
+/// Uniform in (0, 1), single precision: three linear congruential sequences, two for the value and
+/// one for the shuffle. A negative seed word, or the first call, starts it and sets the word to 1.
+float ShuffledUniformRandom(int* seed);
+
+/// Drops the second value of a pair, so that a reseeded sequence of normals repeats.
+void ForgetSpareGaussian();
+/// Back to the state of a fresh process; for tests.
+void ResetRandomState();
+
+}  // namespace photrak
