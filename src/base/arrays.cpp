@@ -33,6 +33,7 @@ long Product(long a, long b) {
 template <class T>
 T* Shift(T* p, long elements) {
     const auto bytes = static_cast<std::uintptr_t>(elements) * sizeof(T);
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): once per array, never in a loop over samples
     return reinterpret_cast<T*>(reinterpret_cast<std::uintptr_t>(p) + bytes);
 }
 

@@ -18,6 +18,9 @@ constexpr int windowSize = 7, windowOrder = 2;
 struct MatrixDeleter {
     void operator()(double** m) const { free_dmatrix(m, 1, 1); }
 };
+struct VectorDeleter {
+    void operator()(double* p) const { free_vector(p, 1); }
+};
 struct IndexDeleter {
     void operator()(std::int32_t* p) const { free_ivector(p, 1); }
 };
@@ -46,14 +49,15 @@ void SavitzkyGolay(double* c, int np, int nl, int nr, int ld, int m) {
     }
     const std::unique_ptr<std::int32_t, IndexDeleter> indx(ivector(1, m + 1));
     const std::unique_ptr<double*, MatrixDeleter> a(dmatrix(1, m + 1, 1, m + 1));
-    Doubles b(m + 1);
+    const std::unique_ptr<double, VectorDeleter> unknowns(vector(1, m + 1));
+    double* b = unknowns.get();
     for (int i = 1; i <= m + 1; ++i) {
         for (int j = 1; j <= m + 1; ++j) a.get()[i][j] = Moment(nl, nr, i + j - 2);
         b[i] = i == ld + 1 ? 1.0 : 0.0;
     }
     double parity = 0.0;
     LUDecompose(a.get(), m + 1, indx.get(), &parity);
-    LUBackSubstitute(a.get(), m + 1, indx.get(), b.Data());
+    LUBackSubstitute(a.get(), m + 1, indx.get(), b);
 
     std::fill(c + 1, c + np + 1, 0.0);
     for (int k = -nl; k <= nr; ++k) {

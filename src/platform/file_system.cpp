@@ -119,9 +119,10 @@ bool FollowLinks(std::string& path) {
 int CreateTemporary(const std::string& directory, std::string& name) {
     constexpr int attempts = 1000;
     static unsigned counter = 0;
+    const std::string stem = directory + ".photrak-" + std::to_string(::getpid());
     for (int i = 0; i < attempts; ++i) {
-        name = directory + ".photrak-" + std::to_string(::getpid()) + "-" +
-               std::to_string(++counter) + ".tmp";
+        name = stem;
+        name.append("-").append(std::to_string(++counter)).append(".tmp");
         const int number = OpenFile(name, O_WRONLY | O_CREAT | O_EXCL);
         if (number >= 0 || errno != EEXIST) return number;
     }

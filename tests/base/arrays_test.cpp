@@ -6,27 +6,13 @@
 #include <limits>
 #include <string>
 
-#include "base/escape.h"
 #include "base/memory.h"
-#include "support/recording_host.h"
-#include "support/temp_dir.h"
+#include "support/failure.h"
 
 namespace photrak {
 namespace {
 
 constexpr long maxLong = std::numeric_limits<long>::max();
-
-/// The message with which an allocation ends, or an empty text when it succeeds.
-std::string FailureOf(const std::function<void()>& action) {
-    const TempDir directory;
-    const RecordingHost host;
-    try {
-        action();
-    } catch (const Escape& escape) {
-        return escape.message;
-    }
-    return {};
-}
 
 TEST(Arrays, AllowElementsFromLowToHigh) {
     for (const long low : {1L, 0L, -5L, 1000L}) {

@@ -1,0 +1,154 @@
+// Table search against a linear search, interpolation against polynomials in long double.
+#include "numeric/interpolation.h"
+
+#include <cmath>
+#include <gtest/gtest.h>
+#include <limits>
+#include <vector>
+
+#include "support/failure.h"
+
+namespace photrak {
+namespace {
+
+constexpr double noNumber = std::numeric_limits<double>::quiet_NaN();
+
+/// A one-based table.
+std::vector<double> Table(std::vector<double> values) {
+    values.insert(values.begin(), noNumber);
+    return values;
+}
+
+TEST(HuntTable, AgreesWithALinearSearchFromEveryGuess) {
+    for (int n = 2; n <= 20; ++n) {
+        for (const double sign : {1.0, -1.0}) {
+            std::vector<double> xx(1, noNumber);
+            for (int i = 1; i <= n; ++i) xx.push_back(sign * (i + 0.02 * i * i));
+            for (double x = -1.0; x <= xx[n] * sign + 1.0; x += 0.125) {
+                const double at = sign * x;
+                int wanted = 0;
+                for (int i = 1; i <= n; ++i) {
+                    if (sign > 0.0 ? at >= xx[i] : at < xx[i]) wanted = i;
+                }
+                for (int guess = -1; guess <= n + 2; ++guess) {
+                    int j = guess;
+                    HuntTable(xx.data(), n, at, &j);
+                    ASSERT_EQ(j, wanted) << "n " << n << " x " << at << " guess " << guess;
+                }
+            }
+        }
+    }
+}
+
+TEST(HuntTable, PutsAnExactEntryIntoTheIntervalThatItOpens) {
+    const auto xx = Table({1.0, 2.0, 3.0});
+    int j = 0;
+    HuntTable(xx.data(), 3, 2.0, &j);
+    EXPECT_EQ(j, 2);
+    HuntTable(xx.data(), 3, 3.0, &j);
+    EXPECT_EQ(j, 3);
+}
+
+TEST(HuntTable, EndsOnWhatIsNoTable) {
+    const auto xx = Table({1.0, noNumber, 0.5, noNumber});
+    for (int guess = 0; guess <= 4; ++guess) {
+        for (const double x : {noNumber, 0.7}) {
+            int j = guess;
+            HuntTable(xx.data(), 4, x, &j);
+            EXPECT_TRUE(j >= 0 && j <= 4);
+        }
+    }
+    int j = 3;
+    HuntTable(nullptr, 0, 1.0, &j);
+    EXPECT_EQ(j, 0);
+}
+
+long double Polynomial(long double x, int degree) {
+    long double sum = 0.0L, power = 1.0L;
+    for (int i = 0; i <= degree; ++i, power *= x) sum += power * (i % 2 ? -0.5L : 1.0L) / (i + 1);
+    return sum;
+}
+
+TEST(PolyInt, ReproducesThePolynomialThroughItsPoints) {
+    for (int n = 1; n <= 12; ++n) {  // below and above the size that needs no heap
+        std::vector<double> xa(1), ya(1);
+        for (int i = 1; i <= n; ++i) {
+            xa.push_back(-1.0 + 0.21 * i + 0.03 * (i % 3));
+            ya.push_back(static_cast<double>(Polynomial(xa[i], n - 1)));
+        }
+        for (const double x : {-1.1, -0.3, 0.42, 1.3}) {
+            double y = 0.0, dy = 0.0;
+            PolyIntTwoRealArray(xa.data(), ya.data(), n, x, &y, &dy);
+            // Rounding of the ordinates grows with the Lebesgue constant outside the points.
+            EXPECT_NEAR(y, static_cast<double>(Polynomial(x, n - 1)), n > 8 ? 1e-8 : 1e-11) << n;
+        }
+    }
+}
+
+TEST(PolyInt, EstimatesItsErrorByTheLastCorrection) {
+    const auto xa = Table({0.0, 1.0, 3.0}), ya = Table({0.0, 1.0, 9.0});  // x^2
+    double y = 0.0, dy = 0.0;
+    PolyIntTwoRealArray(xa.data(), ya.data(), 3, 1.25, &y, &dy);
+    EXPECT_DOUBLE_EQ(y, 1.5625);
+    EXPECT_DOUBLE_EQ(dy, 1.5625 - 1.25);  // what the third point adds to the line of the first two
+}
+
+TEST(PolyInt, TakesTheFirstOfTwoNearestPoints) {
+    const auto xa = Table({0.0, 2.0}), ya = Table({10.0, 20.0});
+    double y = 0.0, dy = 0.0;
+    PolyIntTwoRealArray(xa.data(), ya.data(), 2, 1.0, &y, &dy);
+    EXPECT_EQ(y, 15.0);
+    EXPECT_EQ(dy, 5.0);  // -5 when started from the second
+}
+
+TEST(PolyInt, FindsTheFractionalPosition) {
+    const auto line = Table({10.0, 20.0, 30.0, 40.0});
+    double y = 0.0, dy = 0.0;
+    PolyIntOneRealArray(line.data(), 4, 26.0, &y, &dy);
+    EXPECT_NEAR(y, 2.6, 1e-14);
+}
+
+TEST(PolyInt, StopsOnEqualAbscissas) {
+    const auto xa = Table({1.0, 2.0, 2.0}), ya = Table({1.0, 2.0, 3.0});
+    double y = 0.0, dy = 0.0;
+    EXPECT_EQ(FailureOf([&] { PolyIntTwoRealArray(xa.data(), ya.data(), 3, 1.5, &y, &dy); }),
+              "Error in routine PolyIntTwoRealArray");
+    EXPECT_EQ(FailureOf([&] { PolyIntOneRealArray(xa.data(), 3, 1.5, &y, &dy); }),
+              "Error in routine PolyIntOneRealArray");
+}
+
+TEST(PolyInt4, UsesTheWindowAroundTheInterval) {
+    // For y = x^4 a cubic through x1..x4 is off by (x - x1)(x - x2)(x - x3)(x - x4): the error
+    // tells which points were used.
+    std::vector<double> xa(1), ya(1);
+    for (int i = 1; i <= 8; ++i) {
+        xa.push_back(i);
+        ya.push_back(static_cast<double>(i) * i * i * i);
+    }
+    struct Row {
+        double x;
+        int start;
+    };
+    constexpr Row rows[] = {{0.5, 1}, {1.5, 1}, {2.5, 1}, {3.0, 2}, {3.5, 2},
+                            {4.5, 3}, {6.5, 5}, {7.5, 5}, {9.0, 5}};
+    for (const Row& row : rows) {
+        double y = 0.0, dy = 0.0, error = 1.0;
+        PolyInt4(row.x, xa.data(), ya.data(), 8, &y, &dy);
+        for (int i = row.start; i < row.start + 4; ++i) error *= row.x - i;
+        EXPECT_NEAR(y, std::pow(row.x, 4) - error, 1e-9) << row.x;
+    }
+}
+
+TEST(PolyInt4, TakesAllPointsOfAShortTable) {
+    const auto xa = Table({0.0, 1.0, 3.0}), ya = Table({0.0, 1.0, 9.0});
+    double y = 0.0, dy = 0.0;
+    PolyInt4(2.0, xa.data(), ya.data(), 3, &y, &dy);
+    EXPECT_DOUBLE_EQ(y, 4.0);
+    PolyInt4(2.0, xa.data(), ya.data(), 2, &y, &dy);
+    EXPECT_DOUBLE_EQ(y, 2.0);
+    PolyInt4(2.0, xa.data(), ya.data(), 0, &y, &dy);
+    EXPECT_EQ(y, 0.0);
+}
+
+}  // namespace
+}  // namespace photrak

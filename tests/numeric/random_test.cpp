@@ -1,0 +1,192 @@
+// The random sequences against slow models with wide integers, and their statistics.
+#include "numeric/random.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <gtest/gtest.h>
+
+namespace photrak {
+namespace {
+
+class RandomSources : public testing::Test {
+  protected:
+    RandomSources() { ResetRandomState(); }
+    ~RandomSources() override { ResetRandomState(); }
+};
+
+/// The minimal standard generator by its definition, shuffled through 32 words.
+class SlowUniform {
+  public:
+    explicit SlowUniform(std::int64_t seed) : state_(seed) {
+        for (int j = 39; j >= 0; --j) {
+            Step();
+            if (j < 32) table_[j] = state_;
+        }
+        output_ = table_[0];
+    }
+    double Next() {
+        Step();
+        const std::int64_t j = output_ >> 26;
+        output_ = table_[j];
+        table_[j] = state_;
+        return std::min(static_cast<double>(output_) / 2147483647.0, 0.99999988);
+    }
+
+  private:
+    void Step() { state_ = 16807 * state_ % 2147483647; }
+    std::int64_t state_, output_ = 0, table_[32] = {};
+};
+
+TEST_F(RandomSources, SeedWordIsTheMinimalStandardGenerator) {
+    int seed = -1;
+    for (int step = 40; step < 10000; ++step) UniformRandom(&seed);  // 40 steps fill the table
+    EXPECT_EQ(seed, 1043618065);  // Park and Miller's check value of the 10,000th state from 1
+}
+
+TEST_F(RandomSources, UniformFollowsTheShuffledSequence) {
+    for (const int start : {-1, -10, -2147483646, -16807}) {
+        int seed = start;
+        SlowUniform model(-std::int64_t{start});
+        for (int i = 0; i < 2000; ++i)
+            ASSERT_DOUBLE_EQ(UniformRandom(&seed), model.Next()) << start;
+    }
+}
+
+TEST_F(RandomSources, OnlyANegativeOrZeroWordReseeds) {
+    int fresh = 4711;  // a first call starts from 1, whatever the word says
+    const double first = UniformRandom(&fresh);
+    int again = 0;
+    EXPECT_EQ(UniformRandom(&again), first);
+    int positive = again;
+    const double second = UniformRandom(&positive);  // goes on
+    int reseeded = -1;
+    EXPECT_EQ(UniformRandom(&reseeded), first);
+    EXPECT_EQ(UniformRandom(&reseeded), second);
+}
+
+TEST_F(RandomSources, DegenerateSeedsStillMakeASequence) {
+    for (const int start : {-2147483647, -2147483647 - 1, 2147483647}) {
+        int seed = start;
+        UniformRandom(&seed);
+        UniformRandom(&seed);
+        const double a = UniformRandom(&seed), b = UniformRandom(&seed);
+        EXPECT_TRUE(a > 0.0 && a < 1.0 && b > 0.0 && b < 1.0 && a != b) << start;
+    }
+}
+
+TEST_F(RandomSources, GaussianPairsComeFromTheUnitCircle) {
+    int seed = -10;
+    SlowUniform model(10);
+    for (int pair = 0; pair < 500; ++pair) {
+        double v1 = 0.0, v2 = 0.0, r = 2.0;
+        while (r >= 1.0 || r == 0.0) {
+            v1 = 2.0 * model.Next() - 1.0;
+            v2 = 2.0 * model.Next() - 1.0;
+            r = v1 * v1 + v2 * v2;
+        }
+        // In polar form: the radius has the squared distribution of chi with two degrees.
+        const double radius = std::sqrt(-2.0 * std::log(r)), angle = std::atan2(v1, v2);
+        ASSERT_NEAR(GaussianRandom(&seed), radius * std::cos(angle), 1e-13);
+        ASSERT_NEAR(GaussianRandom(&seed), radius * std::sin(angle), 1e-13);
+    }
+}
+
+TEST_F(RandomSources, SpareGaussianGoesToTheNextCallerUnlessForgotten) {
+    int mine = -3, yours = -5;
+    GaussianRandom(&mine);
+    const int wordBefore = yours;
+    const double spare = GaussianRandom(&yours);
+    EXPECT_EQ(yours, wordBefore);  // no draw was needed
+
+    mine = -3;
+    const double first = GaussianRandom(&mine);
+    EXPECT_EQ(GaussianRandom(&mine), spare);
+    mine = -3;
+    GaussianRandom(&mine);
+    ForgetSpareGaussian();
+    mine = -3;
+    EXPECT_EQ(GaussianRandom(&mine), first);
+}
+
+TEST_F(RandomSources, GaussianMomentsAndClipping) {
+    constexpr int n = 200000;
+    int seed = -1;
+    double sum = 0.0, squares = 0.0, fourth = 0.0;
+    int beyond = 0;
+    for (int i = 0; i < n; ++i) {
+        const double x = GaussianRandom(&seed);
+        sum += x;
+        squares += x * x;
+        fourth += x * x * x * x;
+        if (std::fabs(x) > 2.8) ++beyond;
+    }
+    // Five standard errors: sqrt(1/n), sqrt(2/n), sqrt(96/n); 0.511 % lie beyond 2.8.
+    EXPECT_NEAR(sum / n, 0.0, 5.0 * std::sqrt(1.0 / n));
+    EXPECT_NEAR(squares / n, 1.0, 5.0 * std::sqrt(2.0 / n));
+    EXPECT_NEAR(fourth / n, 3.0, 5.0 * std::sqrt(96.0 / n));
+    const double tail = std::erfc(2.8 / std::sqrt(2.0));
+    EXPECT_NEAR(beyond, n * tail, 5.0 * std::sqrt(n * tail));
+    for (int i = 0; i < 20000; ++i) ASSERT_LE(std::fabs(ClippedGaussianRandom(&seed)), 2.8);
+}
+
+/// The three sequences and the table by their definition.
+class SlowShuffle {
+  public:
+    explicit SlowShuffle(std::int64_t seed) {
+        x1_ = Mod(54773 - seed, 259200);
+        StepFirst();
+        x2_ = x1_ % 134456;
+        StepFirst();
+        x3_ = x1_ % 243000;
+        for (int j = 1; j <= 97; ++j) table_[j] = Value();
+    }
+    float Next() {
+        x3_ = (4561 * x3_ + 51349) % 243000;
+        float& entry = table_[1 + 97 * x3_ / 243000];
+        const float value = entry;
+        entry = Value();
+        return value;
+    }
+
+  private:
+    static std::int64_t Mod(std::int64_t x, std::int64_t m) { return (x % m + m) % m; }
+    void StepFirst() { x1_ = (7141 * x1_ + 54773) % 259200; }
+    float Value() {
+        StepFirst();
+        x2_ = (8121 * x2_ + 28411) % 134456;
+        // Each single-precision rounding by way of a double, which holds the products exactly.
+        const float fine = static_cast<float>(static_cast<double>(x2_) * double{7.4373775e-06F});
+        const float sum = static_cast<float>(static_cast<double>(x1_) + double{fine});
+        return static_cast<float>(double{sum} * double{3.8580247e-06F});
+    }
+    std::int64_t x1_ = 0, x2_ = 0, x3_ = 0;
+    float table_[98] = {};
+};
+
+TEST_F(RandomSources, ShuffledUniformFollowsItsThreeSequencesInSinglePrecision) {
+    for (const int start : {-1, -54773, -1000000, -2147483647 - 1}) {
+        int seed = start;
+        SlowShuffle model(start);
+        for (int i = 0; i < 2000; ++i) {
+            ASSERT_EQ(ShuffledUniformRandom(&seed), model.Next()) << start << " draw " << i;
+            ASSERT_EQ(seed, 1);
+        }
+    }
+}
+
+TEST_F(RandomSources, ShuffledUniformStartsAtItsFirstCallWhateverTheSeed) {
+    for (const int start : {7, 60000, 2147483647}) {
+        ResetRandomState();
+        int seed = start;
+        SlowShuffle model(start);
+        for (int i = 0; i < 300; ++i) ASSERT_EQ(ShuffledUniformRandom(&seed), model.Next());
+    }
+    int other = 12345;  // goes on, does not restart
+    const float next = ShuffledUniformRandom(&other);
+    EXPECT_EQ(other, 12345);
+    EXPECT_TRUE(next > 0.0F && next < 1.0F);
+}
+
+}  // namespace
+}  // namespace photrak

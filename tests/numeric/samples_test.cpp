@@ -1,0 +1,188 @@
+// Shifts, powers and peaks of small signals built by hand; the reader of number files.
+#include "numeric/samples.h"
+
+#include <algorithm>
+#include <cmath>
+#include <gtest/gtest.h>
+#include <limits>
+#include <vector>
+
+#include "base/arrays.h"
+#include "numeric/messages.h"
+#include "numeric/number_file.h"
+
+namespace photrak {
+namespace {
+
+/// One-based samples re = 1..n, im = -re.
+std::vector<Complex> Ramp(int n) {
+    std::vector<Complex> a(n + 1);
+    for (int i = 1; i <= n; ++i) a[i] = {1.0 * i, -1.0 * i};
+    return a;
+}
+
+TEST(RotateSamples, MovesEverySampleAroundThePeriod) {
+    constexpr int n = 7;
+    for (const long k : {0L, 1L, 3L, 7L, 10L, -1L, -3L, -15L, std::numeric_limits<long>::min()}) {
+        auto a = Ramp(n);
+        a[0] = {99.0, 99.0};
+        RotateSamples(k, n, a.data());
+        for (int i = 1; i <= n; ++i) {
+            const long target = ((i - 1 + k % n) % n + n) % n + 1;
+            EXPECT_EQ(a[target].re, i) << k;
+        }
+        EXPECT_EQ(a[0].re, 99.0);
+    }
+    RotateSamples(3, 0, nullptr);
+}
+
+TEST(AlignStartTime, KeepsEverySampleAtItsTime) {
+    // The field of a period of 8 steps as a function of absolute time.
+    constexpr double tStep = 0.5, period = 4.0;
+    const auto fieldAt = [&](double t) { return std::remainder(t, period); };
+    for (const double start : {1.5, 0.0, -21.0}) {
+        for (const double target : {0.0, 2.0, 101.5, -7.0}) {
+            std::vector<Complex> x(9), y(9);
+            for (int i = 1; i <= 8; ++i) {
+                x[i] = {fieldAt(start + (i - 1) * tStep), 1.0};
+                y[i] = {2.0, fieldAt(start + (i - 1) * tStep)};
+            }
+            OpSig sig{};
+            sig.noPoints = 8;
+            sig.tStep = tStep;
+            sig.startTime = start;
+            sig.Ex_samples = x.data();
+            sig.Ey_samples = y.data();
+            AlignStartTime(&sig, target);
+            EXPECT_EQ(sig.startTime, target);
+            for (int i = 1; i <= 8; ++i) {
+                const double wanted = fieldAt(target + (i - 1) * tStep);
+                // Half a period has two names.
+                EXPECT_EQ(std::remainder(x[i].re - wanted, period), 0.0) << start << " " << target;
+                EXPECT_EQ(x[i].re, y[i].im);
+            }
+        }
+    }
+    OpSig empty{};
+    AlignStartTime(&empty, 3.0);
+    EXPECT_EQ(empty.startTime, 3.0);
+}
+
+TEST(Power, AddsPolarizationsChannelsAndNoise) {
+    auto x = Ramp(4), y = Ramp(4);  // mean of 2 i^2 over 1..4: 15
+    OpSig second{}, first{}, empty{};
+    second.noPoints = first.noPoints = 4;
+    first.Ex_samples = second.Ex_samples = x.data();
+    second.Ey_samples = y.data();
+    first.next = &second;
+    second.next = &empty;
+    EXPECT_DOUBLE_EQ(AverageOpSigPower(&first), 15.0);
+    EXPECT_DOUBLE_EQ(AverageOpSigPower(&second), 30.0);
+    EXPECT_EQ(AverageOpSigPower(&empty), 0.0);
+
+    double spectrum[] = {99.0, 1e-3, 2e-3, 4e-3};
+    OpSigASE ase{nullptr, 3, spectrum, 100.0, 0.0};
+    const OpSignal signal{&first, &ase};
+    EXPECT_DOUBLE_EQ(NodelistPower(&signal), 45.7);
+}
+
+TEST(EndWeights, IntegrateCubicsOverTheAxis) {
+    for (const long n : {6L, 7L, 12L, 100L}) {
+        for (int power = 0; power <= 3; ++power) {
+            const double sum = WeightedSum(n, [&](long i) { return std::pow(i - 1.0, power); });
+            const double integral = std::pow(n - 1.0, power + 1) / (power + 1);
+            EXPECT_NEAR(sum, integral, power < 3 ? 1e-9 * integral : 0.2 * n) << n << " " << power;
+        }
+    }
+    EXPECT_EQ(WeightedSum(5, [](long) { return 1.0; }), 5.0);
+    EXPECT_EQ(WeightedSum(0, [](long) { return 1.0; }), 0.0);
+}
+
+TEST(Magnitudes, OfADoubleView) {
+    std::vector<Complex> a(9);
+    for (int i = 1; i <= 8; ++i) a[i] = {3.0, -4.0};
+    a[5] = {0.0, 12.0};
+    a[0] = {1e9, 1e9};
+    const double* view = DoubleView(a.data());
+    EXPECT_DOUBLE_EQ(IntegrateMagnitude(view, 16), (7.0 * 5.0 + 7.0) / 8.0);  // n - 1 weights
+    EXPECT_EQ(IntegrateMagnitude(view, 0), 0.0);
+    EXPECT_EQ(PeakMagnitudeSquared(view, 16), 144.0);
+    EXPECT_EQ(PeakMagnitudeSquared(view, 8), 25.0);
+    EXPECT_EQ(PeakMagnitude(view, 8), 12.0);
+    EXPECT_EQ(PeakMagnitude(view, 4), 5.0);
+}
+
+TEST(Channels, SortByWavelength) {
+    std::vector<std::vector<double>> lists = {
+        {}, {1.5e-6}, {1.55e-6, 1.54e-6}, {3, 1, 2, 3, 1, 2, 2}, {2, 2, 2, 2}, {}, {}};
+    for (int i = 0; i < 3000; ++i) {  // the worst cases of a pivot at the low end
+        lists[5].push_back(i);
+        lists[6].push_back(-i);
+    }
+    for (auto& list : lists) {
+        std::vector<OpSig> channels(list.size());
+        std::vector<OpSig*> order;
+        for (std::size_t i = 0; i < list.size(); ++i) {
+            channels[i].wavelength = list[i];
+            order.push_back(&channels[i]);
+        }
+        SortOpSigByWavelength(order.data(), 0, static_cast<long>(order.size()) - 1);
+        std::sort(list.begin(), list.end());
+        for (std::size_t i = 0; i < list.size(); ++i) EXPECT_EQ(order[i]->wavelength, list[i]);
+    }
+}
+
+TEST(Channels, SortEndsOnWavelengthsThatAreNoNumbers) {
+    std::vector<OpSig> channels(50);
+    std::vector<OpSig*> order;
+    for (std::size_t i = 0; i < channels.size(); ++i) {
+        channels[i].wavelength = i % 3 ? 1.0 * (i * 7 % 50) : std::nan("");
+        order.push_back(&channels[i]);
+    }
+    SortOpSigByWavelength(order.data(), 0, 49);
+    std::sort(order.begin(), order.end());  // every channel is still there, once
+    for (std::size_t i = 0; i < channels.size(); ++i) EXPECT_EQ(order[i], &channels[i]);
+}
+
+TEST(Channels, AreFoundByTheirExactWavelength) {
+    OpSig second{}, first{};
+    first.wavelength = 1.55e-6;
+    second.wavelength = std::nextafter(1.55e-6, 1.0);
+    first.next = &second;
+    EXPECT_EQ(FindOpSigByWavelength(&first, second.wavelength), &second);
+    EXPECT_EQ(FindOpSigByWavelength(&first, 1.3e-6), nullptr);
+}
+
+TEST(NumberFile, ReadsOneValueToALine) {
+    NumberFile file("  3 rows follow 7\n1.5e-3 mW * 2 rest\n\n-4*5*6\n+7");
+    EXPECT_EQ(file.NextInt(), 3);
+    EXPECT_EQ(file.NextDouble(), 1.5e-3);
+    EXPECT_EQ(file.NextDouble(), 2.0);
+    EXPECT_EQ(file.NextDouble(), -4.0);
+    EXPECT_EQ(file.NextInt(), 5);
+    EXPECT_EQ(file.NextInt(), 6);
+    EXPECT_FALSE(file.AtEnd());
+    EXPECT_EQ(file.NextInt(), 7);
+    EXPECT_TRUE(file.AtEnd());
+    EXPECT_EQ(file.NextDouble(), std::nullopt);
+    file.SkipToLineEnd();
+    EXPECT_EQ(file.BytesLeft(), 0u);
+}
+
+TEST(NumberFile, StaysWhereNoNumberStands) {
+    NumberFile file("\n nan 1\n2");
+    EXPECT_EQ(file.NextDouble(), std::nullopt);
+    EXPECT_EQ(file.NextInt(), std::nullopt);
+    file.SkipToLineEnd();  // the blank first line
+    file.SkipToLineEnd();
+    EXPECT_EQ(file.NextInt(), 2);
+}
+
+TEST(Messages, NameTheArrayWithoutMemory) {
+    std::string text = "x\n";
+    ReportNoMemory(text, "Receiver() -- %s");
+    EXPECT_EQ(text, "x\nInsufficient memory for dynamic allocation to Receiver() -- %s\n");
+}
+
+}  // namespace
+}  // namespace photrak

@@ -1,0 +1,75 @@
+// The gamma family against closed forms and the library's long double functions.
+#include "numeric/special_functions.h"
+
+#include <cmath>
+#include <gtest/gtest.h>
+#include <limits>
+
+#include "support/failure.h"
+
+namespace photrak {
+namespace {
+
+constexpr double infinity = std::numeric_limits<double>::infinity();
+
+TEST(IncompleteGamma, IsThePoissonSumForWholeA) {
+    for (int a = 1; a <= 30; a += 4) {
+        for (const double x : {0.0, 0.3, 2.0, 7.7, 31.0, 80.0}) {
+            long double term = std::exp(-static_cast<long double>(x)), q = 0.0L;
+            for (int k = 0; k < a; term *= x / ++k) q += term;
+            // The error of LogGamma is what remains.
+            EXPECT_NEAR(gammq(a, x), static_cast<double>(q), 2e-10) << a << " " << x;
+            EXPECT_NEAR(gammp(a, x), static_cast<double>(1.0L - q), 2e-10) << a << " " << x;
+        }
+    }
+}
+
+TEST(Erfc, KeepsItsRelativePrecisionIntoTheTail) {
+    for (double x = -6.0; x <= 26.0; x += 0.0625) {
+        const auto wanted = static_cast<double>(std::erfc(static_cast<long double>(x)));
+        EXPECT_NEAR(erfc(x) / wanted, 1.0, 1e-12) << x;
+    }
+    EXPECT_EQ(erfc(0.0), 1.0);
+    EXPECT_EQ(erfc(1000.0), 0.0);
+}
+
+TEST(Erfc, TakesWhatAnIdealReceiverHandsIn) {
+    // No noise at all: Q is infinite, or its square leaves the range.
+    EXPECT_EQ(erfc(1e200), 0.0);
+    EXPECT_EQ(erfc(infinity), 0.0);
+    EXPECT_EQ(erfc(-infinity), 2.0);
+    EXPECT_TRUE(std::isnan(erfc(std::nan(""))));
+}
+
+TEST(LogGamma, AgreesWithTheLibrary) {
+    for (const double x : {0.01, 0.5, 1.0, 2.0, 3.5, 33.0, 170.6, 1e5}) {
+        const auto wanted = static_cast<double>(std::lgamma(static_cast<long double>(x)));
+        EXPECT_NEAR(LogGamma(x), wanted, 2e-10 * (1.0 + std::fabs(wanted))) << x;
+    }
+}
+
+TEST(Factorial, IsAProductUpTo32AndLanczosAbove) {
+    EXPECT_EQ(factrl(5), 120.0);  // before the top of the table was ever asked for
+    double product = 1.0;
+    for (std::int16_t n = 0; n <= 32; ++n) {
+        if (n > 0) product *= n;
+        EXPECT_EQ(factrl(n), product);
+    }
+    EXPECT_NEAR(factrl(33) / (product * 33.0), 1.0, 1e-9);
+    EXPECT_EQ(factrl(33), std::exp(LogGamma(34.0)));
+    EXPECT_TRUE(std::isfinite(factrl(170)));
+    EXPECT_EQ(factrl(200), infinity);
+}
+
+TEST(GammaFamily, StopsTheRunWithTheRoutinesName) {
+    double result = 0.0, gln = 0.0;
+    EXPECT_EQ(FailureOf([] { gammp(1.0, -1.0); }), "Invalid arguments in routine gammp");
+    EXPECT_EQ(FailureOf([] { gammq(0.0, 1.0); }), "Invalid arguments in routine gammq");
+    EXPECT_EQ(FailureOf([&] { gser(&result, 1.0, -1.0, &gln); }), "x less than 0 in routine gser");
+    EXPECT_EQ(FailureOf([] { gammp(1e6, 1e6); }), "a too large, ITMAX too small in routine gser");
+    EXPECT_EQ(FailureOf([] { gammq(1e6, 1e6 + 2.0); }), "a too large, ITMAX too small in gcf");
+    EXPECT_EQ(FailureOf([] { factrl(-1); }), "Negative factorial in routine factrl");
+}
+
+}  // namespace
+}  // namespace photrak
