@@ -110,7 +110,7 @@ bool FollowLinks(std::string& path) {
         const ssize_t length = ::readlink(path.c_str(), target.data(), target.size());
         if (length < 0) return true;  // no link, or nothing there
         const std::string name(target.data(), static_cast<std::size_t>(length));
-        path = name.starts_with('/') ? name : DirectoryOf(path) + name;
+        path = (name.starts_with('/') ? std::string() : DirectoryOf(path)).append(name);
     }
     return false;
 }
