@@ -20,6 +20,15 @@ if(PHOTRAK_COVERAGE)
   target_link_options(photrak_flags INTERFACE --coverage)
 endif()
 
+# The hot loops of numeric/ are compiled once for each vector width; numeric/simd.cpp chooses.
+function(photrak_set_instruction_sets)
+  if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64")
+    set(numeric ${PROJECT_SOURCE_DIR}/src/numeric)
+    set_source_files_properties(${numeric}/simd_avx2.cpp PROPERTIES COMPILE_OPTIONS -mavx2)
+    set_source_files_properties(${numeric}/simd_avx512.cpp PROPERTIES COMPILE_OPTIONS "-mavx512f;-mavx512dq")
+  endif()
+endfunction()
+
 # photrak_add_floors(NAMES...): a library photrak_<floor> for each folder of src/ that has sources.
 function(photrak_add_floors)
   set(below photrak_flags)
@@ -27,6 +36,7 @@ function(photrak_add_floors)
     file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/${floor}/*.cpp)
     if(sources)
       add_library(photrak_${floor} STATIC ${sources})
+      photrak_set_instruction_sets()
       target_link_libraries(photrak_${floor} PUBLIC ${below})
       set(below photrak_${floor})
     endif()

@@ -1,80 +1,96 @@
-// Tables per length and the transform over them: radix 2, decimation in time.
+// Plans of the transforms in natural order, their scratch memory, and the short lengths.
 #include "numeric/fft_plan.h"
 
 #include <bit>
-#include <cmath>
-#include <map>
-#include <mutex>
-#include <numbers>
 #include <utility>
 
-#include "base/escape.h"
-#include "base/memory.h"
+#include "numeric/simd.h"
 
 namespace photrak {
 
 namespace {
 
-// cos and sin of 2 pi k / n for k < n/2.
-using Twiddles = OwnedBlock<double>;
+// Rows up to this many are transformed in one go; more are split in two levels, so that what is
+// worked on stays near the processor.
+constexpr long singleLevelRows = 256;
 
-std::map<long, Twiddles>& Plans() {
-    static std::map<long, Twiddles> plans;
+long ColumnLength(long n) {
+    const long rows = n / 8;
+    if (rows <= singleLevelRows) return 1;
+    const int bits = std::bit_width(static_cast<unsigned long>(rows)) - 1;
+    return std::max(8L, 1L << (bits / 2));
+}
+
+PlanCache<TransformPlan>& Plans() {
+    static PlanCache<TransformPlan> plans;
     return plans;
 }
-std::mutex planMutex;
 
-Twiddles MakeTwiddles(long n) {
-    Twiddles table(
-        static_cast<double*>(Allocate(sizeof(double) * static_cast<std::size_t>(n + 1))));
-    if (!table) NumericFailure("Insufficient memory for the tables of a Fourier transform");
-    for (long k = 0; k < n / 2; ++k) {
-        const long double angle = 2 * std::numbers::pi_v<long double> * k / n;
-        table.get()[2 * k] = static_cast<double>(std::cos(angle));
-        table.get()[2 * k + 1] = static_cast<double>(std::sin(angle));
-    }
-    return table;
-}
-
-const double* TwiddlesFor(long n) {
-    const std::lock_guard lock(planMutex);
-    Twiddles& table = Plans()[n];
-    if (!table) table = MakeTwiddles(n);
-    return table.get();
-}
-
-void ReverseBits(double* data, long n) {
+// Radix 2 on a handful of points.
+void TransformShort(double* data, long n, int sign) {
+    static const Roots roots(fftLeaf / 2);
     for (long i = 0, j = 0; i < n; ++i) {
         if (j > i) {
             std::swap(data[2 * i], data[2 * j]);
             std::swap(data[2 * i + 1], data[2 * j + 1]);
         }
         long bit = n >> 1;
-        while (bit > 0 && (j & bit)) j ^= bit, bit >>= 1;
+        for (; bit > 0 && (j & bit); bit >>= 1) j ^= bit;
         j |= bit;
     }
+    for (long half = 1; half < n; half *= 2)
+        for (long k = 0; k < half; ++k) {
+            const auto w = roots[static_cast<std::uint64_t>(k * (fftLeaf / 4 / half))];
+            for (double* a = data + 2 * k; a < data + 2 * n; a += 4 * half) {
+                double* b = a + 2 * half;
+                const double re = w.real() * b[0] - sign * w.imag() * b[1];
+                const double im = w.real() * b[1] + sign * w.imag() * b[0];
+                b[0] = a[0] - re;
+                b[1] = a[1] - im;
+                a[0] += re;
+                a[1] += im;
+            }
+        }
 }
+
+// Scratch of the calling thread. What very long transforms need goes back at once.
+constexpr std::size_t keptScratch = std::size_t{1} << 22;
 
 }  // namespace
 
-void TransformInterleaved(double* data, long n, int sign) {
-    const double* table = TwiddlesFor(n);
-    ReverseBits(data, n);
-    for (long half = 1; half < n; half *= 2)
-        for (long start = 0; start < n; start += 2 * half)
-            for (long k = 0; k < half; ++k) {
-                const double* w = table + k * (n / half);
-                double *a = data + 2 * (start + k), *b = a + 2 * half;
-                const double re = w[0] * b[0] - sign * w[1] * b[1];
-                const double im = w[0] * b[1] + sign * w[1] * b[0];
-                b[0] = a[0] - re, b[1] = a[1] - im;
-                a[0] += re, a[1] += im;
+TransformPlan::TransformPlan(long n)
+    : entry_(GroupedFactors(n, 8)), columns_(ColumnLength(n)), rows_(n / 8 / ColumnLength(n)) {
+    const long m1 = ColumnLength(n), m2 = n / 8 / m1;
+    if (m1 > 1) {
+        const Roots roots(n / 8);
+        middle_ = AlignedDoubles(static_cast<std::size_t>(n / 4));
+        double* at = middle_.Data();
+        for (long column = 0; column < m2; ++column)
+            for (long turn = 0; turn < m1; ++turn) {
+                const auto w = roots[static_cast<std::uint64_t>(column * columns_.Place(turn))];
+                *at++ = w.real();
+                *at++ = w.imag();
             }
+    }
+    view_ = {n, entry_.Data(), columns_.View(), rows_.View(), middle_.Data()};
+}
+
+std::shared_ptr<const TransformPlan> TransformPlan::For(long n) {
+    return Plans().Find(n);
+}
+
+void TransformInterleaved(double* data, long n, int sign) {
+    if (n < fftLeaf) return TransformShort(data, n, sign);
+    const std::shared_ptr<const TransformPlan> plan = TransformPlan::For(n);
+    const auto need = static_cast<std::size_t>(TransformScratch(plan->View()));
+    thread_local AlignedDoubles scratch;
+    if (scratch.Size() < need) scratch = AlignedDoubles(need);
+    Kernels().transform(plan->View(), data, scratch.Data(), sign < 0);
+    if (need > keptScratch) scratch = AlignedDoubles();
 }
 
 void ResetFFTPlans() {
-    const std::lock_guard lock(planMutex);
-    Plans().clear();
+    Plans().Clear();
 }
 
 }  // namespace photrak

@@ -3,6 +3,7 @@
 
 #include <cmath>
 #include <complex>
+#include <cstring>
 #include <numbers>
 #include <random>
 #include <vector>
@@ -10,7 +11,7 @@
 #include "base/arrays.h"
 #include "base/escape.h"
 #include "gtest/gtest.h"
-#include "numeric/fft_plan.h"
+#include "numeric/simd.h"
 
 namespace photrak {
 namespace {
@@ -64,15 +65,41 @@ double Deviation(const std::vector<Complex>& samples, const std::vector<Wide>& e
     return static_cast<double>(std::sqrt(difference / size));
 }
 
-TEST(Fft, AgreesWithTheTextbookTransform) {
+// The levels that this processor has; the active one is restored at the end.
+class FftLevels : public testing::Test {
+  protected:
+    ~FftLevels() override { UseSimdLevel(before_); }
+    template <class Use>
+    void ForEachLevel(Use use) {
+        for (SimdLevel level : {SimdLevel::Plain, SimdLevel::Avx2, SimdLevel::Avx512})
+            if (UseSimdLevel(level)) {
+                SCOPED_TRACE(SimdLevelName(level));
+                use();
+            }
+    }
+
+  private:
+    SimdLevel before_ = ActiveSimdLevel();
+};
+
+// Lengths on both sides of every change of method: short, one level, two levels, factors in two
+// tables.
+TEST_F(FftLevels, AgreeWithTheTextbookTransformAndWithEachOtherToTheBit) {
     for (long n = 1; n <= 1 << 17; n *= 2)
         for (int sign : {+1, -1}) {
             SCOPED_TRACE(testing::Message() << "n = " << n << ", sign " << sign);
-            std::vector<Complex> samples = RandomSamples(n);
-            const std::vector<Wide> exact = ExactTransform(samples, sign);
-            DoFFT(DoubleView(samples.data()), n, sign);
-            EXPECT_LT(Deviation(samples, exact), 1e-15);
-            EXPECT_EQ(Value(samples[0]), Value(RandomSamples(n)[0])) << "element 0 is no sample";
+            const std::vector<Complex> input = RandomSamples(n);
+            const std::vector<Wide> exact = ExactTransform(input, sign);
+            std::vector<Complex> first;
+            ForEachLevel([&] {
+                std::vector<Complex> samples = input;
+                DoFFT(DoubleView(samples.data()), n, sign);
+                EXPECT_LT(Deviation(samples, exact), 1e-15);
+                EXPECT_EQ(Value(samples[0]), Value(input[0])) << "element 0 is no sample";
+                if (first.empty()) first = samples;
+                EXPECT_EQ(std::memcmp(first.data(), samples.data(), first.size() * sizeof(Complex)),
+                          0);
+            });
         }
 }
 

@@ -1,0 +1,17 @@
+// Aligned memory on top of the program's one allocator.
+#include "numeric/simd_array.h"
+
+#include "base/escape.h"
+
+namespace photrak {
+
+AlignedDoubles::AlignedDoubles(std::size_t count) : size_(count) {
+    constexpr std::size_t line = 64;
+    if (count < (SIZE_MAX - line) / sizeof(double))
+        block_.reset(Allocate(count * sizeof(double) + line));
+    if (!block_) NumericFailure("Insufficient memory for the arrays of a Fourier transform");
+    const auto address = reinterpret_cast<std::uintptr_t>(block_.get());
+    data_ = reinterpret_cast<double*>((address + line - 1) / line * line);
+}
+
+}  // namespace photrak

@@ -1,0 +1,39 @@
+// Memory for vector loops: doubles that start on a cache line and live as long as their owner.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <utility>
+
+#include "base/memory.h"
+
+namespace photrak {
+
+/// A run of doubles on a cache line, not cleared. Exhausted memory goes to NumericFailure.
+class AlignedDoubles {
+  public:
+    AlignedDoubles() = default;
+    explicit AlignedDoubles(std::size_t count);
+    AlignedDoubles(AlignedDoubles&& other) noexcept
+        : block_(std::move(other.block_)),
+          data_(std::exchange(other.data_, nullptr)),
+          size_(std::exchange(other.size_, 0)) {}
+    AlignedDoubles& operator=(AlignedDoubles&& other) noexcept {
+        block_ = std::move(other.block_);
+        data_ = std::exchange(other.data_, nullptr);
+        size_ = std::exchange(other.size_, 0);
+        return *this;
+    }
+    double* Data() { return data_; }
+    const double* Data() const { return data_; }
+    std::size_t Size() const { return size_; }
+    double& operator[](std::size_t i) { return data_[i]; }
+    double operator[](std::size_t i) const { return data_[i]; }
+
+  private:
+    OwnedBlock<void> block_;
+    double* data_ = nullptr;
+    std::size_t size_ = 0;
+};
+
+}  // namespace photrak
