@@ -18,6 +18,8 @@ void DestroyWorkspace(std::unique_ptr<Workspace>& workspace);
 
 Node& FindOrCreateNode(std::int32_t number, Workspace& workspace);
 Node* FindNode(std::int32_t number, const Workspace& workspace);
+/// A number that no node has: the last node's plus one.
+std::int32_t NewNodeNumber(const Workspace& workspace);
 /// Sets the type of the node and of every port of every reader and driver that stands on it.
 void SetNodeSigType(Node& node, std::int32_t sigType);
 /// Puts the port at `position` (from 1) on the node and reconciles their types; never an error.
@@ -43,11 +45,10 @@ void RemoveComponent(Component*& component, Workspace& workspace);
 /// Wires an output to an input; position 0 means any. Error with a text, or success.
 Status ConnectComponents(Workspace& workspace, Component& first, std::int32_t output,
                          Component& second, std::int32_t input, std::string& errorText);
-/// Takes the second component's input off the node it shares with the first; `catalogue` gives the
-/// prototypes' port types back.
+/// Takes the second component's input off the node it shares with the first; ports that are left
+/// alone get the types of their models back.
 Status DisconnectComponents(Workspace& workspace, Component& first, std::int32_t output,
-                            Component& second, std::int32_t input, const Catalogue& catalogue,
-                            std::string& errorText);
+                            Component& second, std::int32_t input, std::string& errorText);
 
 /// Port counts against their limits, then every parameter through ClampParam.
 Status CheckPorts(Component& component, std::string& errorText);

@@ -23,9 +23,12 @@ struct Workspace;
 /// Type codes that stand in catalogue input lists only.
 inline constexpr std::int32_t RepeatTwo = 7, RepeatThree = 8, RepeatFour = 9;
 
+inline constexpr std::int32_t NoSettledType = -1;  // no type code
+
 struct Port {
     Node* node = nullptr;  // borrowed from the workspace; null in a prototype
     std::int32_t sigType = UnknownSigType;
+    std::int32_t modelType = UnknownSigType;  // as its model made it, before any wire retyped it
 };
 
 /// LINE record of a node: carried through files unchanged.
@@ -47,11 +50,17 @@ struct Node {
     std::int32_t SIGNALSAVEMODE = 0;  // 0 delete, 1 save in memory, 2 save on disk
     std::vector<NodeLine> lines;
     std::uint16_t flags = 0;  // nodeFlag
+    // Every port here has settledType, but for those of the first fresh entries of the two lists:
+    // retyping a ground node with thousands of readers then touches only what was attached since.
+    std::int32_t settledType = UnknownSigType;
+    std::size_t freshReaders = 0, freshDrivers = 0;
 
     Node() = default;
     ~Node();
     Node(const Node&) = delete;
     Node& operator=(const Node&) = delete;
+
+    void FreeSignals();
 };
 
 /// Run flags of a component.
@@ -63,6 +72,7 @@ inline constexpr std::uint16_t draws = 0x08;        // must rerun at each statis
 inline constexpr std::uint16_t hasRun = 0x10;       // has run in the present pass
 inline constexpr std::uint16_t independent = 0x20;  // searched and found independent
 inline constexpr std::uint16_t visited = 0x40;      // visited by the level search
+inline constexpr std::uint16_t open = 0x80;         // its inputs are being ordered
 }  // namespace runFlag
 
 inline constexpr std::int32_t levelNotReached = -1000;
@@ -82,6 +92,7 @@ struct Component {
     std::int32_t reps = 0;             // scratch of the loop preparation
     std::int32_t iteration = 0;        // times a LoopBeginBlock has begun in this pass
     std::int32_t level = 0;            // open repetition loops around it, levelNotReached
+    std::size_t place = 0;             // index in the list being walked, if it stands there
     std::shared_ptr<void> modelState;  // private state between runs of a pass list
 
     Component() = default;
