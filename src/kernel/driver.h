@@ -1,5 +1,4 @@
-// The run: orders the components, calls each model over the signals on its nodes, stores what it
-// made and reclaims what nobody needs any more.
+// The run of a workspace from outside: what the driver may call, and the entry points.
 #pragma once
 
 #include <span>
@@ -37,28 +36,15 @@ struct ModelTable {
     const UserModels* userModels = nullptr;  // may be null
 };
 
-/// Calls the component's model. An unknown type gives an error.
+/// Calls the component's model. An unknown type gives an error, and so does any exception of a
+/// model but the escape.
 Status DispatchModel(const ModelTable& models, const ModelCall& call);
 
 /// Clears the stop request, runs the workspace with an empty error text and returns its status. The
-/// error text of the run is left in workspace->errorText.
+/// whole error text of the run is left in workspace->errorText.
 Status RunSimulation(Workspace* workspace, const ModelTable& models);
-/// The whole run. Error: the box has been shown. Nothing is thrown past it.
+/// The whole run. Error: the box has been shown. Nothing is thrown past it. What an escape leaves
+/// behind (signals, symbols) stays until the next run.
 Status Simulate(Workspace* workspace, const ModelTable& models, std::string& errorText);
-
-/// The per-component step: evaluate, check, run, log, store, reclaim.
-struct StepContext {
-    Workspace& workspace;
-    const ModelTable& models;
-    std::string& errorText;
-    Status& status;      // the run's
-    std::uint16_t mask;  // of the present pass: 1, 2, 4 or 8
-};
-
-/// Lists of port cells for a component; an error when memory is exhausted.
-Status GatherPorts(Component& component, Owned<Nodelist>& outputs, Nodelist** inputs);
-/// Moves the cells' signals onto the output nodes; what stood there is deleted. Frees the cells.
-Status StoreOutputs(Component& component, std::int32_t loopIteration, const SimOptions& options,
-                    Nodelist* outputs);
 
 }  // namespace photrak

@@ -1,0 +1,167 @@
+// The per-component step and what it does to the signals on the nodes.
+#include "kernel/component_step.h"
+
+#include <new>
+
+#include "base/log.h"
+#include "base/text.h"
+#include "kernel/graph.h"
+#include "kernel/loops.h"
+#include "kernel/parameters.h"
+#include "platform/host.h"
+
+namespace photrak {
+namespace {
+
+/// Appends a cell behind `tail` and moves the tail on; null when memory is exhausted.
+Nodelist* AppendCell(Nodelist**& tail, std::int32_t sigType) {
+    if (CreateNodelist(tail, sigType) != 0) return nullptr;
+    Nodelist* cell = *tail;
+    tail = &cell->next;
+    return cell;
+}
+
+Status OutOfCells(const Component& component, std::string& errorText) {
+    AppendPiece(errorText,
+                Concat("ERROR: out of memory at the ports of component '", component.name, "'\n"));
+    return Status::Error;
+}
+
+void AnnounceComponent(const Workspace& workspace, const Component& component) {
+    const std::string line = Concat("Simulating component ", workspace.name, "'", component.name,
+                                    "' of type '", component.type, "'");
+    LogText(line + "\n");
+    CurrentHost().messages->ShowStatusText(line);
+}
+
+Status RunBlock(RunState& run, Step& step) {
+    if (run.status == Status::Error) return Status::Success;  // nothing more is called
+    Component& component = *step.component;
+    if (component.type == loopBeginType) return BeginLoop(run, step);
+    if (component.type == loopEndType) return EndLoop(run, step);
+    return DispatchModel(run.models, {run.workspace, component, *run.workspace.options,
+                                      step.inputs.get(), step.outputs.get(), run.errorText});
+}
+
+/// Warnings are logged once and forgotten; the text of an error stays for the final message.
+void LogAndMerge(RunState& run, Status model) {
+    if (run.status == Status::Success && model == Status::Success) return;
+    MergeStatus(run.status, model);
+    if (run.errorText.empty()) return;
+    LogText(run.errorText + "\n");
+    if (run.status == Status::Warning) run.errorText.clear();
+}
+
+bool CarriesSignal(std::int32_t sigType) {
+    return sigType == OpSigType || sigType == ElecSigType || sigType == BinSigType;
+}
+
+void PutOnNode(Nodelist& cell, Node& node, const Component& component, const SimOptions& options) {
+    auto* record = new SigRecord;
+    record->SET = options.set;
+    record->INNERSWEEP = options.innerIndex;
+    record->OUTERSWEEP = options.outerIndex;
+    record->RUN = options.runIndex;
+    record->LOOP = component.iteration;
+    record->BIN = options.binIndex;
+    record->sigType = cell.sigType;
+    record->sig = cell.sig;
+    cell.sig = nullptr;
+    record->next = node.signals;
+    node.signals = record;
+    SetNodeSigType(node, record->sigType);
+}
+
+constexpr std::uint16_t lowFlags =
+    runFlag::ordered | runFlag::outer | runFlag::inner | runFlag::draws;
+
+/// True if components whose flags differ by these will not run again apart from each other.
+bool AreDifferencesClosed(std::uint16_t differences, const SimOptions& options) {
+    if ((differences & runFlag::outer) && options.outerIndex != options.outerCount) return false;
+    if ((differences & runFlag::inner) && options.innerIndex != options.innerCount) return false;
+    return !(differences & runFlag::draws) || options.runIndex == options.NUMRUNSTODO;
+}
+
+/// True if nothing in this pass or a later one will read what stands on the node.
+bool IsSpent(const Node& node, const RunState& run) {
+    const std::uint16_t driverFlags = node.drivers.front()->runFlags & lowFlags;
+    for (const Component* reader : node.readers) {
+        const std::uint16_t flags = reader->runFlags;
+        if ((flags & run.mask) && !(flags & runFlag::hasRun)) return false;
+        const auto differences = static_cast<std::uint16_t>((flags & lowFlags) ^ driverFlags);
+        if (!AreDifferencesClosed(differences, *run.workspace.options)) return false;
+    }
+    return !IsReadAgain(node, run);
+}
+
+}  // namespace
+
+Status GatherPorts(const Component& component, InputCells& inputs, Owned<Nodelist>& outputs,
+                   std::string& errorText) {
+    Nodelist* head = nullptr;
+    Nodelist** tail = &head;
+    bool complete = true;
+    for (const Port& port : component.inputs) {
+        const SigRecord* newest = port.node ? port.node->signals : nullptr;
+        Nodelist* cell = AppendCell(tail, newest ? newest->sigType : port.sigType);
+        if (!cell) complete = false;
+        if (!complete) break;
+        cell->sig = newest ? newest->sig : nullptr;
+    }
+    inputs.reset(head);
+    head = nullptr;
+    tail = &head;
+    for (const Port& port : component.outputs) {
+        if (complete && !AppendCell(tail, port.sigType)) complete = false;
+    }
+    outputs.reset(head);
+    return complete ? Status::Success : OutOfCells(component, errorText);
+}
+
+Status StoreOutputs(Component& component, const SimOptions& options, Owned<Nodelist> outputs,
+                    std::string& errorText) {
+    Status status = Status::Success;
+    Nodelist* cell = outputs.get();
+    for (const Port& port : component.outputs) {
+        if (port.node) port.node->FreeSignals();
+        if (port.node && cell && cell->sig) {
+            if (CarriesSignal(cell->sigType)) {
+                PutOnNode(*cell, *port.node, component, options);
+            } else {
+                AppendPiece(errorText, Concat("ERROR: component '", component.name,
+                                              "' left an output of no known signal type\n"));
+                status = Status::Error;
+            }
+        }
+        if (cell) cell = cell->next;
+    }
+    return status;
+}
+
+void ReclaimInputs(const Component& component, const RunState& run) {
+    for (const Port& port : component.inputs) {
+        if (!port.node || port.node->number == 0) return;
+        if (!port.node->drivers.empty() && IsSpent(*port.node, run)) port.node->FreeSignals();
+    }
+}
+
+void StepComponent(RunState& run) {
+    Step step;
+    step.component = (*run.list)[run.place];
+    Component& reached = *step.component;
+    MergeStatus(run.status, EvalComponentParams(reached, &run.workspace, run.errorText));
+    MergeStatus(run.status, CheckPorts(reached, run.errorText));
+    MergeStatus(run.status, GatherPorts(reached, step.inputs, step.outputs, run.errorText));
+    AnnounceComponent(run.workspace, reached);
+    LogAndMerge(run, RunBlock(run, step));
+
+    Component& component = *step.component;  // a loop that went round is at its begin block now
+    if (run.status != Status::Error) component.runFlags |= runFlag::hasRun;
+    step.inputs.reset();
+    const Status stored =
+        StoreOutputs(component, *run.workspace.options, std::move(step.outputs), run.errorText);
+    if (stored != Status::Success) LogAndMerge(run, stored);
+    ReclaimInputs(component, run);
+}
+
+}  // namespace photrak

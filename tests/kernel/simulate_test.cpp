@@ -1,0 +1,408 @@
+// Whole runs over fake models: what is called, stored, logged and reclaimed, how failures end, and
+// that the workspace lives on.
+#include <limits>
+#include <new>
+
+#include "base/escape.h"
+#include "kernel/component_step.h"
+#include "support/small_link.h"
+
+namespace photrak {
+namespace {
+
+using Names = std::vector<std::string>;
+
+struct ChainLink : SmallLink {
+    Component& source = Add("Source", "source");
+    Component& step = Add("Step", "step");
+    Component& sink = Add("Sink", "sink");
+
+    ChainLink() { Chain({&source, &step, &sink}); }
+};
+
+std::size_t Count(const std::string& text, const std::string& part) {
+    std::size_t count = 0;
+    for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) {
+        ++count;
+    }
+    return count;
+}
+
+TEST(Simulate, CarriesSignalsFromSourcesToSinks) {
+    ChainLink link;
+    link.workspace->name = "outer:";
+    EXPECT_EQ(link.Run(), Status::Success) << link.Text();
+    EXPECT_EQ(link.models.calls, (Names{"source", "step", "sink"}));
+    EXPECT_EQ(link.arrived, std::vector<double>{2});
+    EXPECT_EQ(link.Log(),
+              "Simulating component outer:'source' of type 'Source'\n"
+              "Simulating component outer:'step' of type 'Step'\n"
+              "Simulating component outer:'sink' of type 'Sink'\n");
+    EXPECT_EQ(link.host.statusTexts[1], "Simulating component outer:'step' of type 'Step'");
+    EXPECT_TRUE(link.host.boxes.empty());
+    for (const auto& [number, node] : link.workspace->nodes) EXPECT_EQ(node->signals, nullptr);
+    EXPECT_EQ(link.source.runFlags, 0);
+}
+
+TEST(Simulate, StoresSignalsWithTheCoordinatesOfTheRun) {
+    ChainLink link;
+    link.models.byType["Sink"] = [&](const ModelCall&) {
+        const SigRecord* record = link.sink.inputs[0].node->signals;
+        EXPECT_NE(record, nullptr);
+        if (!record) return Status::Error;
+        EXPECT_EQ(record->SET, 2);
+        EXPECT_EQ(record->INNERSWEEP, 1);
+        EXPECT_EQ(record->OUTERSWEEP, 1);
+        EXPECT_EQ(record->RUN, 1);
+        EXPECT_EQ(record->LOOP, 0);
+        EXPECT_EQ(record->BIN, 0);
+        EXPECT_EQ(record->next, nullptr);
+        return Status::Success;
+    };
+    link.workspace->options->set = 1;
+    EXPECT_EQ(link.Run(), Status::Success) << link.Text();
+}
+
+TEST(Simulate, RetypesTheNodeAfterWhatWasStored) {
+    SmallLink link;
+    link.Model("Any", {UnknownSigType}, {UnknownSigType});
+    Component& source = link.Add("Source", "source");
+    Component& any = link.Add("Any", "any");
+    Component& end = link.Add("Any", "end");
+    Component& sink = link.Add("Sink", "sink");
+    link.Chain({&source, &any, &end, &sink});
+    any.outputs[0].node->type = UnknownSigType;
+    link.models.byType["Any"] = [](const ModelCall& call) {
+        EXPECT_EQ(call.inputs->sigType, BinSigType);
+        Emit(call.outputs, 5);
+        return Status::Success;
+    };
+    EXPECT_EQ(link.Run(), Status::Success) << link.Text();
+    EXPECT_EQ(any.outputs[0].node->type, BinSigType);
+    EXPECT_EQ(end.inputs[0].sigType, BinSigType);
+}
+
+TEST(Simulate, KeepsASignalUntilItsLastReaderHasRun) {
+    SmallLink link;
+    Component& source = link.Add("Source", "source");
+    Component& first = link.Add("Step", "first");
+    Component& second = link.Add("Step", "second");
+    Component& dangling = link.Add("Step", "dangling");  // reads, but leads to no sink
+    Component& join = link.Add("Join", "join");
+    Component& sink = link.Add("Sink", "sink");
+    link.Chain({&source, &first, &join, &sink});
+    link.Wire(source, 1, second, 1);
+    link.Wire(source, 1, dangling, 1);
+    link.Wire(second, 1, join, 2);
+    const Node& shared = *source.outputs[0].node;
+    Names seen;
+    link.models.byType["Step"] = [&](const ModelCall& call) {
+        seen.push_back(call.component.name + (shared.signals ? " sees it" : " misses it"));
+        Emit(call.outputs, ValueOf(call.inputs) + 1);
+        return Status::Success;
+    };
+    link.models.byType["Join"] = [&](const ModelCall& call) {
+        EXPECT_EQ(shared.signals, nullptr);
+        EXPECT_NE(first.outputs[0].node->signals, nullptr);
+        Emit(call.outputs, 7);
+        return Status::Success;
+    };
+    link.models.byType["Sink"] = [&](const ModelCall&) {
+        EXPECT_EQ(first.outputs[0].node->signals, nullptr);
+        return Status::Success;
+    };
+    EXPECT_EQ(link.Run(), Status::Success) << link.Text();
+    EXPECT_EQ(seen, (Names{"first sees it", "second sees it"}));
+}
+
+// The rule under the flags of later passes: what differs between driver and reader must be over.
+TEST(ReclaimInputs, WaitsForThePassesThatMayStillRead) {
+    using namespace runFlag;
+    struct Row {
+        std::uint16_t mask, driver, reader, otherReader;
+        std::int32_t outer, inner, run;  // present coordinates; each goes to 3
+        bool kept;
+    };
+    const Row rows[] = {
+        {ordered, ordered, ordered | hasRun, ordered | hasRun, 1, 1, 1, false},
+        {ordered, ordered, ordered | hasRun, ordered, 3, 3, 3, true},
+        {inner, ordered, ordered | inner | hasRun, ordered | hasRun, 1, 2, 1, true},
+        {inner, ordered, ordered | inner | hasRun, ordered | hasRun, 1, 3, 1, false},
+        {inner, ordered | inner, ordered | inner | hasRun, ordered | inner | hasRun, 1, 2, 1,
+         false},
+        {outer, ordered, ordered | outer | hasRun, ordered, 2, 3, 3, true},
+        {outer, ordered, ordered | outer | hasRun, ordered, 3, 1, 1, false},
+        {draws, ordered, ordered | draws | inner | hasRun, ordered, 1, 3, 2, true},
+        {draws, ordered, ordered | draws | inner | hasRun, ordered, 1, 2, 3, true},
+        {draws, ordered, ordered | draws | inner | hasRun, ordered, 1, 3, 3, false},
+        {ordered, ordered, ordered | hasRun, 0, 1, 1, 1, false},  // off the order: never reads
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE("row " + std::to_string(&row - rows));
+        ChainLink link;
+        Component& other = link.Add("Sink", "other");
+        link.Wire(link.source, 1, other, 1);
+        SimOptions& options = *link.workspace->options;
+        options.outerCount = options.innerCount = options.NUMRUNSTODO = 3;
+        options.outerIndex = row.outer;
+        options.innerIndex = row.inner;
+        options.runIndex = row.run;
+        link.source.runFlags = row.driver;
+        link.step.runFlags = row.reader;
+        other.runFlags = row.otherReader;
+        Node& node = *link.step.inputs[0].node;
+        node.signals = new SigRecord;
+        const ModelTable models;
+        RunState run(*link.workspace, models, link.errorText);
+        const RunOrder list;
+        run.list = &list;
+        run.mask = row.mask;
+        ReclaimInputs(link.step, run);
+        EXPECT_EQ(node.signals != nullptr, row.kept);
+    }
+}
+
+// A text of a warning is logged and forgotten; that of an error reaches the box in full, also
+// behind a warning.
+TEST(Simulate, LogsWarningsAndShowsErrors) {
+    struct Row {
+        Status source, step, sink, expected;
+        std::string box;
+        Names calls;
+    };
+    const Status ok = Status::Success, warns = Status::Warning, fails = Status::Error;
+    const Row rows[] = {
+        {ok, ok, ok, ok, "", {"source", "step", "sink"}},
+        {ok, warns, ok, warns, "", {"source", "step", "sink"}},
+        {warns, warns, warns, warns, "", {"source", "step", "sink"}},
+        {warns, fails, ok, fails, "step says 1\n", {"source", "step"}},
+        {ok, ok, fails, fails, "sink says 1\n", {"source", "step", "sink"}},
+        {fails, ok, ok, fails, "source says 1\n", {"source"}},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE("row " + std::to_string(&row - rows));
+        ChainLink link;
+        const std::map<std::string, Status> answers = {
+            {"source", row.source}, {"step", row.step}, {"sink", row.sink}};
+        for (auto& [type, run] : link.models.byType) {
+            run = [&, plain = run](const ModelCall& call) {
+                (void)plain(call);
+                const Status status = answers.at(call.component.name);
+                if (status != Status::Success) {
+                    AppendPiece(call.errorText, Concat(call.component.name, " says ",
+                                                       static_cast<int>(status), "\n"));
+                }
+                return status;
+            };
+        }
+        EXPECT_EQ(link.Run(), row.expected);
+        EXPECT_EQ(link.models.calls, row.calls);
+        EXPECT_EQ(link.host.Errors(), row.box);
+        EXPECT_EQ(link.Text(), row.box);
+        const std::string log = link.Log();
+        for (const auto& [name, status] : answers) {
+            const bool called = Count(log, "component '" + name + "'") == 1;
+            const bool spoke = called && status != Status::Success;
+            EXPECT_EQ(Count(log, name + " says"), spoke ? 1u : 0u) << log;
+        }
+    }
+}
+
+TEST(Simulate, StoresOutputsOfWarningsAndClearsThoseOfErrors) {
+    ChainLink link;
+    link.models.byType["Source"] = [](const ModelCall& call) {
+        Emit(call.outputs, 41);
+        return Status::Warning;
+    };
+    EXPECT_EQ(link.Run(), Status::Warning);
+    EXPECT_EQ(link.arrived, std::vector<double>{42});
+
+    Node& node = *link.step.outputs[0].node;
+    node.signals = new SigRecord;
+    const ModelTable models;
+    InputCells inputs;
+    Owned<Nodelist> outputs;
+    ASSERT_EQ(GatherPorts(link.step, inputs, outputs, link.errorText), Status::Success);
+    EXPECT_EQ(StoreOutputs(link.step, *link.workspace->options, std::move(outputs), link.errorText),
+              Status::Success);
+    EXPECT_EQ(node.signals, nullptr);
+}
+
+TEST(Simulate, TakesPercentSignsInNamesAndTextsAsText) {
+    SmallLink link;
+    Component& source = link.Add("Source", "%n %s %d 100%");
+    Component& sink = link.Add("Sink", "sink%%");
+    link.Chain({&source, &sink});
+    link.models.byType["Sink"] = [](const ModelCall& call) {
+        call.errorText += "at 50%% of %n%s%s%s\n";
+        return Status::Error;
+    };
+    EXPECT_EQ(link.Run(), Status::Error);
+    EXPECT_EQ(link.host.Errors(), "at 50% of %n%s%s%s\n");
+    EXPECT_EQ(link.Text(), "at 50%% of %n%s%s%s\n");
+    EXPECT_EQ(Count(link.Log(), "'%n %s %d 100%' of type"), 1u);
+}
+
+TEST(Simulate, ReportsUnknownTypesAndPrefersBuiltInModels) {
+    ChainLink link;
+    static int builtInCalls;
+    builtInCalls = 0;
+    const ModelEntry entries[] = {{"Source",
+                                   [](const ModelCall& call) {
+                                       ++builtInCalls;
+                                       Emit(call.outputs, 10);
+                                       return Status::Success;
+                                   }},
+                                  {"Source", nullptr}};
+    link.models.byType.erase("Sink");
+    EXPECT_EQ(RunSimulation(link.workspace.get(), {entries, &link.models}), Status::Error);
+    EXPECT_EQ(builtInCalls, 1);
+    EXPECT_EQ(link.models.calls, Names{"step"});
+    EXPECT_EQ(link.Text(), "ERROR: don't know model type 'Sink' for component 'sink'\n");
+}
+
+struct Failure {
+    const char* what;
+    std::function<void()> fail;
+    std::string text;
+    bool escapes;
+};
+
+TEST(Simulate, SurvivesEveryWayInWhichAModelCanThrow) {
+    const Failure failures[] = {
+        {"fatal error", [] { FatalError("cannot go on"); }, "cannot go on\n", true},
+        {"numeric failure", [] { NumericFailure("no root"); }, "no root\n", true},
+        {"out of memory", [] { throw std::bad_alloc(); },
+         "ERROR: the model of component 'step' failed: out of memory\n", false},
+        {"foreign exception", [] { throw std::runtime_error("bad day"); },
+         "ERROR: the model of component 'step' failed: bad day\n", false},
+    };
+    for (const Failure& failure : failures) {
+        SCOPED_TRACE(failure.what);
+        ChainLink link;
+        const FakeModels::Model plain = link.models.byType["Step"];
+        link.models.byType["Step"] = [&](const ModelCall& call) {
+            Emit(call.outputs, 3);
+            failure.fail();
+            return Status::Success;
+        };
+        EXPECT_EQ(link.Run(), Status::Error);
+        EXPECT_EQ(link.Text(), failure.text);
+        EXPECT_EQ(link.host.boxes.size(), 1u);
+        // An escape leaves the signals on their nodes; the next run begins by freeing them.
+        EXPECT_EQ(link.step.inputs[0].node->signals != nullptr, failure.escapes);
+        EXPECT_EQ(EscapeLevelCount(), 0);
+        link.models.byType["Step"] = plain;
+        EXPECT_EQ(link.Run(), Status::Success) << link.Text();
+        EXPECT_EQ(link.arrived, std::vector<double>{2});
+    }
+}
+
+TEST(Simulate, RefusesAnOutputOfNoKnownType) {
+    ChainLink link;
+    link.models.byType["Source"] = [](const ModelCall& call) {
+        static int nothing;
+        call.outputs->sig = &nothing;
+        call.outputs->sigType = 99;
+        return Status::Success;
+    };
+    EXPECT_EQ(link.Run(), Status::Error);
+    EXPECT_EQ(link.Text(), "ERROR: component 'source' left an output of no known signal type\n");
+}
+
+TEST(Simulate, EndsRunsNestedTooDeep) {
+    ChainLink link;
+    Names texts;  // of the inner runs, the innermost first
+    link.models.byType["Step"] = [&](const ModelCall&) {
+        ChainLink inner;  // a host and a directory of its own
+        const Status status = RunSimulation(inner.workspace.get(), {{}, &link.models});
+        texts.push_back(inner.Text());
+        return status;
+    };
+    EXPECT_EQ(link.Run(), Status::Error);
+    EXPECT_EQ(texts.size(), static_cast<std::size_t>(maxEscapeLevels) - 1);
+    EXPECT_EQ(texts.front(), "ERROR: simulations nested too deep\n");
+    EXPECT_EQ(EscapeLevelCount(), 0);
+}
+
+TEST(Simulate, StopsBeforeTheNextComponent) {
+    for (const std::string stopper : {"source", "sink"}) {
+        ChainLink link;
+        link.workspace->options->stop = 1;  // of an earlier run
+        for (auto& [type, run] : link.models.byType) {
+            run = [&, plain = run](const ModelCall& call) {
+                if (call.component.name == stopper) call.options.stop = 1;
+                return plain(call);
+            };
+        }
+        EXPECT_EQ(link.Run(), Status::Success) << link.Text();
+        EXPECT_EQ(link.models.calls.back(), stopper);
+        for (const auto& [number, node] : link.workspace->nodes) {
+            EXPECT_EQ(node->signals, nullptr);
+        }
+    }
+}
+
+TEST(Simulate, WarnsOfNothingToDoAndRefusesNoWorkspace) {
+    SmallLink link;
+    EXPECT_EQ(link.Run(), Status::Warning);
+    EXPECT_EQ(link.Log(), "WARNING: nothing to simulate in outer sweep 1, inner sweep 1, run 1\n");
+    EXPECT_EQ(link.Text(), "");
+    std::string text;
+    EXPECT_EQ(Simulate(nullptr, {}, text), Status::Error);
+    EXPECT_EQ(text, "The workspace is NULL. No simulation\n");
+}
+
+TEST(Simulate, ReportsABadGraphInTheBox) {
+    SmallLink link;
+    Component& join = link.Add("Join", "join");
+    Component& sink = link.Add("Sink", "sink");
+    link.Chain({&join, &sink});
+    link.Wire(join, 1, join, 2);
+    EXPECT_EQ(link.Run(), Status::Error);
+    EXPECT_EQ(Count(link.host.Errors(), "'join' is wired in a cycle"), 1u);
+    EXPECT_TRUE(link.models.calls.empty());
+}
+
+TEST(Simulate, NamesTheComponentOfABadParameter) {
+    ChainLink link;
+    link.step.parameters = SmallLink::IntParameter("n", "99", 0, 9);
+    EXPECT_EQ(link.Run(), Status::Warning);
+    EXPECT_EQ(Count(link.Log(),
+                    "WARNING: parameter 'n' greater than maximum value; change to 9\n"
+                    "in component step\n"),
+              1u);
+}
+
+// Every allocation of a run refused in turn: an error each time, and a workspace that still runs.
+TEST(Simulate, SurvivesExhaustedMemoryAnywhere) {
+    ChainLink link;
+    for (auto& [type, run] : link.models.byType) {
+        run = [&](const ModelCall& call) {
+            if (call.component.type == "Sink") return Status::Success;
+            BinSig* bits = nullptr;
+            if (CreateBinSig(&bits, 1) != 0) return Status::Error;
+            call.outputs->sig = bits;
+            call.outputs->sigType = BinSigType;
+            return Status::Success;
+        };
+    }
+    link.step.parameters = SmallLink::IntParameter("n", "1 + 1", 0, 9);
+    ASSERT_EQ(link.Run(), Status::Success);  // values made by the first evaluation stay
+    const std::int64_t before = AllocationCount();
+    ASSERT_EQ(link.Run(), Status::Success);
+    const std::int64_t needed = AllocationCount() - before;
+    ASSERT_GT(needed, 5);
+    for (std::int64_t n = 1; n <= needed; ++n) {
+        SCOPED_TRACE(n);
+        RefuseAllocationsFrom(n);
+        const Status status = link.Run();
+        RefuseAllocationsFrom(-1);
+        EXPECT_EQ(status, Status::Error);
+        EXPECT_EQ(EscapeLevelCount(), 0);
+        EXPECT_EQ(link.Run(), Status::Success) << link.Text();
+    }
+}
+
+}  // namespace
+}  // namespace photrak
