@@ -21,8 +21,23 @@ PlotMode BlockPlotMode(const SimOptions& options, Parameter* parameters);
 std::optional<std::string> PlotFileRoot(const SimOptions& options, std::string_view componentName,
                                         std::string_view filenameRoot);
 
-/// Underscores become blanks in texts of a command file.
+/// Copies a plot block's inputs onto a common time grid. `plot` is the kind of plot in the messages
+/// ("signal plot"). A warning when signals were resampled, an error when they cannot be copied.
+Status AlignPlotInputs(const Nodelist* inputs, std::string_view plot, std::string_view blockName,
+                       Owned<Nodelist>& clones, std::string& errorText);
+
+/// A caller's text as it may stand in a command file: underscores become blanks. So do control
+/// characters, and double quotes become single ones, since they would end the text.
 std::string LabelText(std::string_view text);
+/// Appends one option line: the option, the text in double quotes, a newline.
+void AppendTextLine(std::string& script, std::string_view option, std::string_view text);
+
+enum class FileResult { Written, Failed, Refused };
+/// Writes a result file. Failed (the disk's doing) has no text; Refused has appended one.
+FileResult WritePlotFile(const std::string& name, std::string_view content, std::string& errorText);
+/// Writes the command file and then, in mode Display and if the file came to be, starts the viewer.
+Status WriteCommandFile(const std::string& name, std::string_view script, PlotMode mode,
+                        std::string& errorText);
 
 /// The literal color sequence of every multi-curve plot.
 inline constexpr std::string_view curveColors = "/lcm2,1,3,4,5,6,7,8,9,10,11,12,13,14";

@@ -12,6 +12,7 @@ namespace photrak {
 
 /// Flag word of WriteSignalPlot.
 namespace plotFlag {
+inline constexpr int rangeSpecified = 0x1, pointsSpecified = 0x2;  // without effect
 inline constexpr int magPhase = 0x4, realImag = 0x8, magNoise = 0x10, real = 0x20, dBm = 0x40;
 inline constexpr int x = 0x80, y = 0x100, combined = 0x200, defaultForm = 0x400;
 }  // namespace plotFlag
@@ -31,8 +32,14 @@ struct SignalPlotJob {
     std::string name;           // file stem
     std::string componentName;  // for titles and messages
 };
+/// Write the data files and the command file of a plot. Inputs without a signal are passed over;
+/// without any signal nothing is written.
 Status WriteSignalPlot(const SignalPlotJob& job, std::string& errorText);
 Status WriteChirpPlot(const SignalPlotJob& job, std::string& errorText);
+
+/// The noise of the traces comes from one sequence that runs on from plot to plot; this starts it
+/// again (for tests).
+void ResetPlotNoise();
 
 /// Frequency deviation in Hz of n samples (one-based), walked cyclically from element `start`, into
 /// out[1..n]. Backward difference of the phase; 0 after a dark sample; all 0 without samples.

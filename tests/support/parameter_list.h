@@ -9,6 +9,14 @@
 
 namespace photrak {
 
+/// A block of the allocator that holds `value`, for limits and values of any type.
+template <class T>
+T* NewBlock(const T& value) {
+    void* block = Allocate(sizeof(T));
+    std::memcpy(block, &value, sizeof(T));
+    return static_cast<T*>(block);
+}
+
 class ParameterList {
   public:
     ParameterList() = default;
@@ -30,6 +38,20 @@ class ParameterList {
         SetText(&parameter->STDDEV, "0");
         return parameter;
     }
+    /// Appended with its evaluated value, as a model finds it in a run.
+    ParameterList& Double(std::string_view name, double value) {
+        Add(name, DoubleType, "").valactual = NewBlock(value);
+        return *this;
+    }
+    ParameterList& Int(std::string_view name, std::int32_t value) {
+        Add(name, IntType, "").valactual = NewBlock(value);
+        return *this;
+    }
+    ParameterList& Text(std::string_view name, std::string_view value,
+                        std::int32_t type = StringType) {
+        Add(name, type, value);
+        return *this;
+    }
     /// The list goes to another owner.
     Parameter* Release() {
         Parameter* list = head;
@@ -39,14 +61,6 @@ class ParameterList {
 
     Parameter* head = nullptr;
 };
-
-/// A block of the allocator that holds `value`, for limits and values of any type.
-template <class T>
-T* NewBlock(const T& value) {
-    void* block = Allocate(sizeof(T));
-    std::memcpy(block, &value, sizeof(T));
-    return static_cast<T*>(block);
-}
 
 /// The value in a record's untyped block.
 template <class T>

@@ -1,0 +1,102 @@
+// Names and modes of plot blocks, texts of command files, the start of the viewer.
+#include "results/plot_files.h"
+
+#include "base/text.h"
+#include "kernel/align.h"
+#include "kernel/external_commands.h"
+#include "kernel/parameters.h"
+#include "kernel/result_names.h"
+
+namespace photrak {
+namespace {
+
+constexpr std::string_view defaultPrefix = "phtmp";
+
+struct PlotWord {
+    std::string_view word;
+    PlotMode mode;
+};
+constexpr PlotWord plotWords[] = {
+    {"Save", PlotMode::Files}, {"No", PlotMode::None}, {"Display", PlotMode::Display}};
+
+/// A loop of several passes without a tag: its passes would overwrite each other's files.
+bool SomeLoopLacksItsTag(const SimOptions& options) {
+    const bool statistical = (options.mode & simMode::statistical) != 0;
+    return (options.innerCount > 1 && options.SCANMETA1.empty()) ||
+           (options.outerCount > 1 && options.SCANMETA2.empty()) ||
+           (statistical && options.NUMRUNSTODO > 1 && options.RUNMETA.empty());
+}
+
+}  // namespace
+
+PlotMode BlockPlotMode(const SimOptions& options, Parameter* parameters) {
+    switch (options.PLOTTING) {
+        case DoNotPlot:
+            return PlotMode::None;
+        case PlotToFilesOnly:
+            return PlotMode::Files;
+        case DisplayAllPlots:
+            return PlotMode::Display;
+        default:
+            break;
+    }
+    const std::string_view own = GetParamText(parameters, "Plot", "Display");
+    for (const PlotWord& candidate : plotWords) {
+        if (candidate.word == own) return candidate.mode;
+    }
+    return PlotMode::Display;
+}
+
+std::optional<std::string> PlotFileRoot(const SimOptions& options, std::string_view componentName,
+                                        std::string_view filenameRoot) {
+    if (SomeLoopLacksItsTag(options)) return std::nullopt;
+    const std::string& prefix = PrefixInUse(options);
+    return Concat(prefix.empty() ? defaultPrefix : std::string_view(prefix),
+                  filenameRoot.empty() ? componentName : filenameRoot, ResultTags(options));
+}
+
+Status AlignPlotInputs(const Nodelist* inputs, std::string_view plot, std::string_view blockName,
+                       Owned<Nodelist>& clones, std::string& errorText) {
+    Nodelist* made = nullptr;
+    const std::int32_t result = AlignSignals(inputs, /*align=*/1, &made);
+    clones.reset(made);
+    if (result == 1) {
+        errorText.append(
+            Concat("ERROR in ", plot, " '", blockName, "': Could not copy input signals.\n"));
+        return Status::Error;
+    }
+    if (result == 0) return Status::Success;
+    errorText.append(Concat("WARNING in ", plot, " '", blockName,
+                            "': input signals have varying time steps and/or time durations.\n"
+                            "Resampling of the signals was performed.\n"));
+    return Status::Warning;
+}
+
+std::string LabelText(std::string_view text) {
+    std::string label(text);
+    for (char& c : label) {
+        if (c == '_' || static_cast<unsigned char>(c) < ' ') c = ' ';
+        if (c == '"') c = '\'';
+    }
+    return label;
+}
+
+void AppendTextLine(std::string& script, std::string_view option, std::string_view text) {
+    script.append(option).append("\"").append(text).append("\"\n");
+}
+
+FileResult WritePlotFile(const std::string& name, std::string_view content,
+                         std::string& errorText) {
+    if (WriteResultFile(name, content, errorText)) return FileResult::Written;
+    return IsAllowedResultName(name) ? FileResult::Failed : FileResult::Refused;
+}
+
+Status WriteCommandFile(const std::string& name, std::string_view script, PlotMode mode,
+                        std::string& errorText) {
+    const FileResult result = WritePlotFile(name, script, errorText);
+    if (result == FileResult::Refused) return Status::Error;
+    if (result == FileResult::Written && mode == PlotMode::Display) LaunchPlot(name, Wait::No);
+    return Status::Success;
+}
+
+}  // namespace photrak

@@ -1,0 +1,251 @@
+// Time traces of optical, electrical and binary signals: which quantities a representation shows,
+// and how a sample becomes a plotted value.
+#include "results/signal_plot.h"
+
+#include <cmath>
+
+#include "base/text.h"
+#include "numeric/random.h"
+#include "results/trace_plot.h"
+
+namespace photrak {
+namespace {
+
+constexpr int firstNoiseSeed = -10;
+int noiseSeed = firstNoiseSeed;
+
+enum class Quantity { None, Real, Magnitude, Phase, Noise, Imaginary };
+
+/// What the two axes show, and the words for it.
+struct Form {
+    int flag;
+    Quantity first, second;
+    std::string_view firstWord, secondWord;    // in file names
+    std::string_view firstLabel, secondLabel;  // of the axes
+};
+constexpr Form forms[] = {
+    {plotFlag::magPhase, Quantity::Magnitude, Quantity::Phase, "mag", "phase", "Signal Magnitude",
+     "Phase"},
+    {plotFlag::realImag, Quantity::Real, Quantity::Imaginary, "real", "imag", "Signal (Real)",
+     "Signal (Imaginary)"},
+    {plotFlag::magNoise, Quantity::Magnitude, Quantity::Noise, "mag", "noise", "Signal Magnitude",
+     "Noise"},
+    {plotFlag::real, Quantity::Real, Quantity::None, "real", "", "Signal (Real)", ""},
+    {plotFlag::defaultForm, Quantity::Magnitude, Quantity::None, "mag", "", "Signal Magnitude", ""},
+};
+
+constexpr std::string_view binaryLabel = "Binary Value";
+constexpr std::string_view binaryLimits = ",,-0.1,1.1\n";  // no limit in x, a margin in y
+
+/// Kept deliberately: values of plain magnitude or power come from all samples in turn, while every
+/// other walk returns to sample 1 where it should have reached the last one.
+std::int32_t WrapOf(Quantity quantity, std::int32_t noPoints) {
+    return quantity == Quantity::Magnitude ? noPoints + 1 : noPoints;
+}
+
+double PowerOf(const OpSig& channel, int polarization, std::int32_t i) {
+    double power = 0.0;
+    if (polarization != plotFlag::y && channel.Ex_samples) {
+        power += SquaredMagnitude(channel.Ex_samples[i]);
+    }
+    if (polarization != plotFlag::x && channel.Ey_samples) {
+        power += SquaredMagnitude(channel.Ey_samples[i]);
+    }
+    return power;
+}
+
+/// Power in W to dBm. Darkness shows 100 dB below the weakest light of the trace.
+void ToDecibels(Doubles& powers) {
+    double weakest = 0.0;
+    for (long k = 1; k <= powers.Size(); ++k) {
+        const double power = powers[k];
+        if (power > 0.0 && (weakest == 0.0 || power < weakest)) weakest = power;
+    }
+    if (weakest == 0.0) weakest = 1e-300;
+    constexpr double milliwattsPerWatt = 1000.0;
+    const double dark = 10.0 * std::log10(milliwattsPerWatt * weakest) - 100.0;
+    for (long k = 1; k <= powers.Size(); ++k) {
+        powers[k] = powers[k] == 0.0 ? dark : 10.0 * std::log10(milliwattsPerWatt * powers[k]);
+    }
+}
+
+/// The quantities that a single complex sample has by itself.
+double FieldValue(Quantity quantity, Complex sample) {
+    switch (quantity) {
+        case Quantity::Real:
+            return sample.re;
+        case Quantity::Imaginary:
+            return sample.im;
+        case Quantity::Phase:
+            return Phase(sample);
+        case Quantity::Magnitude:
+            return Magnitude(sample);
+        default:
+            return 0.0;
+    }
+}
+
+void FillOptical(const OpSig& channel, std::int32_t start, Quantity quantity, int flags,
+                 int polarization, Doubles& out) {
+    const std::int32_t wrap = WrapOf(quantity, channel.noPoints);
+    if (quantity == Quantity::Magnitude) {
+        WalkCyclically(start, wrap, out,
+                       [&](std::int32_t i) { return PowerOf(channel, polarization, i); });
+        if (flags & plotFlag::dBm) ToDecibels(out);
+        return;
+    }
+    const Complex* field = polarization == plotFlag::y ? channel.Ey_samples : channel.Ex_samples;
+    WalkCyclically(start, wrap, out, [&](std::int32_t i) {
+        return FieldValue(quantity, field ? field[i] : Complex());
+    });
+}
+
+/// With `noisy` a draw of each sample's noise is added to the value that carries the voltage.
+void FillElectrical(const ElecSig& wave, std::int32_t start, Quantity quantity, bool noisy,
+                    Doubles& out) {
+    const std::int32_t wrap = WrapOf(quantity, wave.noPoints);
+    if (quantity == Quantity::Noise) {
+        WalkCyclically(start, wrap, out, [&](std::int32_t i) { return wave.sigmaSamples[i].re; });
+        return;
+    }
+    const bool carriesNoise = quantity == Quantity::Real || quantity == Quantity::Magnitude;
+    WalkCyclically(start, wrap, out, [&](std::int32_t i) {
+        const double value = FieldValue(quantity, wave.elecSamples[i]);
+        if (!noisy || !carriesNoise) return value;
+        return value + GaussianRandom(&noiseSeed) * wave.sigmaSamples[i].re;
+    });
+}
+
+/// Each bit lasts `samplesPerBit` samples; the pattern starts again behind its last bit.
+void FillBits(const Trace& trace, const TraceSet& traces, Doubles& out) {
+    const BinSig& bits = *trace.bits;
+    WalkCyclically(trace.start, traces.noPoints, out, [&](std::int32_t i) {
+        const std::int32_t bit = (i - 1) / traces.samplesPerBit % bits.noPoints + 1;
+        return static_cast<double>(bits.bitSequence[bit]);
+    });
+}
+
+const Form& FormOf(int flags, TraceKind kind) {
+    for (const Form& form : forms) {
+        const bool plain = form.flag == plotFlag::defaultForm;
+        if ((flags & form.flag) && !(plain && kind == TraceKind::Electrical)) return form;
+    }
+    const int usual = kind == TraceKind::Electrical ? plotFlag::real : plotFlag::defaultForm;
+    return FormOf(usual, kind);
+}
+
+std::string_view UnitOf(TraceKind kind, int flags) {
+    if (kind == TraceKind::Electrical) return "V";
+    return flags & plotFlag::dBm ? "dBm" : "W";
+}
+
+/// Everything about the plot that the files below are made from.
+struct Settings {
+    const SignalPlotJob& job;
+    const TraceSet& traces;
+    int flags;
+};
+
+ColumnFile QuantityFile(const Settings& settings, Quantity quantity, std::string_view word,
+                        PlotAxis axis, const PolarizationView& view) {
+    ColumnFile file;
+    file.suffix = Concat("_", view.word, word, ".sig");
+    file.axis = axis;
+    file.field = view.field;
+    file.traces = &settings.traces.main;
+    const bool noisy = settings.job.showNoise;
+    const int flags = settings.flags, polarization = view.flag;
+    file.fill = [=](const Trace& trace, Doubles& out) {
+        if (trace.wave) return FillElectrical(*trace.wave, trace.start, quantity, noisy, out);
+        FillOptical(*trace.channel, trace.start, quantity, flags, polarization, out);
+    };
+    return file;
+}
+
+ColumnFile BitFile(const TraceSet& traces, const std::vector<Trace>& bits, PlotAxis axis,
+                   std::string_view word) {
+    ColumnFile file;
+    file.suffix = Concat("_", word, "bin.sig");
+    file.axis = axis;
+    file.traces = &bits;
+    file.fill = [&traces](const Trace& trace, Doubles& out) { FillBits(trace, traces, out); };
+    return file;
+}
+
+TracePlot PlanBinary(const TraceSet& traces) {
+    TracePlot plot;
+    plot.yLabel = binaryLabel;
+    plot.window = Concat("/w", binaryLimits);
+    plot.files.push_back(BitFile(traces, traces.main, PlotAxis::First, ""));
+    return plot;
+}
+
+TracePlot PlanWaveforms(const Settings& settings) {
+    const TraceSet& traces = settings.traces;
+    const Form& form = FormOf(settings.flags, traces.kind);
+    TracePlot plot;
+    plot.yLabel = form.firstLabel;
+    if (form.first == Quantity::Magnitude) {
+        plot.yLabel += Concat(" (", UnitOf(traces.kind, settings.flags), ")");
+    }
+    const bool onlyBitsSecond = form.second == Quantity::None;
+    plot.altyLabel = onlyBitsSecond ? binaryLabel : form.secondLabel;
+    // The limits of bits would cut another quantity that shares their axis.
+    if (onlyBitsSecond) plot.altWindow = Concat("/altw", binaryLimits);
+
+    const int viewFlags =
+        traces.kind == TraceKind::Electrical ? plotFlag::combined : settings.flags;
+    const std::vector<PolarizationView> views = PolarizationViews(viewFlags);
+    if (views.size() == 1) plot.polarization = views.front().word;
+    for (const PolarizationView& view : views) {
+        plot.files.push_back(
+            QuantityFile(settings, form.first, form.firstWord, PlotAxis::First, view));
+        if (!traces.bits.empty()) {
+            plot.files.push_back(BitFile(traces, traces.bits, PlotAxis::Second, view.word));
+        }
+        if (form.second != Quantity::None) {
+            plot.files.push_back(
+                QuantityFile(settings, form.second, form.secondWord, PlotAxis::Second, view));
+        }
+    }
+    return plot;
+}
+
+/// Only power can be summed over the polarizations, and light carries no noise beside its samples.
+Status ResolveOpticalFlags(int& flags, std::string_view blockName, std::string& errorText) {
+    flags &= ~plotFlag::magNoise;
+    if (!(flags & (plotFlag::x | plotFlag::y | plotFlag::combined))) flags |= plotFlag::combined;
+    const bool needsOneField =
+        (flags & (plotFlag::magPhase | plotFlag::realImag | plotFlag::real)) != 0;
+    if (!needsOneField || !(flags & plotFlag::combined)) return Status::Success;
+    return RefuseCombined(flags, blockName, errorText);
+}
+
+}  // namespace
+
+Status SignalPlot(const SimOptions& options, Component& component, const Nodelist* inputs,
+                  std::string& errorText) {
+    return RunTraceBlock(options, component, inputs, plotFlag::combined, WriteSignalPlot,
+                         errorText);
+}
+
+Status WriteSignalPlot(const SignalPlotJob& job, std::string& errorText) {
+    TraceSet traces;
+    Status status =
+        CollectTraces(job.signals, TraceChoice::AllKinds, job.componentName, traces, errorText);
+    if (status == Status::Error || traces.main.empty()) return status;
+    int flags = job.flags;
+    if (traces.kind == TraceKind::Optical) {
+        MergeStatus(status, ResolveOpticalFlags(flags, job.componentName, errorText));
+    }
+    const TracePlot plot =
+        traces.kind == TraceKind::Binary ? PlanBinary(traces) : PlanWaveforms({job, traces, flags});
+    MergeStatus(status, WriteTracePlot(job, traces, plot, errorText));
+    return status;
+}
+
+void ResetPlotNoise() {
+    noiseSeed = firstNoiseSeed;
+}
+
+}  // namespace photrak
