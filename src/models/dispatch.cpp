@@ -1,0 +1,33 @@
+// The built-in models in the order in which a component's type is compared. A new model is one row.
+#include "models/dispatch.h"
+
+#include "models/sources/prbs.h"
+#include "results/signal_plot.h"
+
+namespace photrak {
+namespace {
+
+Status RunSignalPlot(const ModelCall& call) {
+    return SignalPlot(call.options, call.component, call.inputs, call.errorText);
+}
+
+Status RunChirpPlot(const ModelCall& call) {
+    return ChirpPlot(call.options, call.component, call.inputs, call.errorText);
+}
+
+constexpr ModelEntry builtInModels[] = {
+    {"PseudoRandomBinarySequenceGenerator", RunPrbs},
+    // The two older names stand in topologies and catalogs from before the plots were one.
+    {"Elec_Plot", RunSignalPlot},
+    {"Optical_Plot", RunSignalPlot},
+    {"SignalPlot", RunSignalPlot},
+    {"ChirpPlot", RunChirpPlot},
+};
+
+}  // namespace
+
+std::span<const ModelEntry> BuiltInModels() {
+    return builtInModels;
+}
+
+}  // namespace photrak

@@ -1,0 +1,345 @@
+#include "models/sources/prbs.h"
+
+#include <gtest/gtest.h>
+#include <limits>
+#include <numeric>
+
+#include "base/memory.h"
+#include "models/dispatch.h"
+#include "models/sources/integer_scan.h"
+#include "support/parameter_list.h"
+#include "support/temp_dir.h"
+
+namespace photrak {
+namespace {
+
+using Bits = std::vector<int>;
+
+/// One list of bits for each output port, and what was told.
+struct Generated {
+    Status status = Status::Success;
+    std::string text;
+    std::vector<Bits> ports;
+};
+
+Owned<Nodelist> OutputCells(int count) {
+    Owned<Nodelist> cells;
+    for (int i = 0; i < count; ++i) {
+        Nodelist* cell = nullptr;
+        EXPECT_EQ(CreateNodelist(&cell, UnknownSigType), 0);
+        cell->next = cells.release();
+        cells.reset(cell);
+    }
+    return cells;
+}
+
+Generated Generate(const PrbsParams& params, int ports = 1) {
+    Generated result;
+    const Owned<Nodelist> cells = OutputCells(ports);
+    result.status = PRBS_Generator(params, cells.get(), result.text);
+    for (const Nodelist& cell : Items(cells.get())) {
+        if (!cell.sig) continue;
+        EXPECT_EQ(cell.sigType, BinSigType);
+        const auto& sig = *static_cast<const BinSig*>(cell.sig);
+        EXPECT_EQ(sig.bitRate, params.bitRate);
+        EXPECT_EQ(sig.startTime, params.startTime);
+        EXPECT_EQ(sig.bitSequence[0], 0);
+        result.ports.emplace_back(sig.bitSequence + 1, sig.bitSequence + 1 + sig.noPoints);
+    }
+    return result;
+}
+
+PrbsParams Params(std::string type, std::int32_t exponent) {
+    PrbsParams params;
+    params.patternType = std::move(type);
+    params.patternLength = exponent;
+    params.bitRate = 2.5e9;
+    params.startTime = 1e-10;
+    return params;
+}
+
+/// 2^exponent bits from a file with that text.
+PrbsParams Custom(const TempDir& dir, std::string_view text, std::int32_t exponent) {
+    PrbsParams params = Params("custom", exponent);
+    params.filename = dir.Write("pattern.txt", text);
+    return params;
+}
+
+Bits OnePort(const PrbsParams& params) {
+    const Generated made = Generate(params);
+    EXPECT_EQ(made.status, Status::Success) << made.text;
+    return made.ports.size() == 1 ? made.ports[0] : Bits{};
+}
+
+// A register that multiplies by x modulo a primitive polynomial p gives bits that obey
+// o[k+n] = sum of p_e o[k+e] over the lower exponents e of p, and repeats after 2^n - 1 bits of
+// which 2^(n-1) are 1. The exponents are those of the tables of primitive polynomials over GF(2).
+TEST(Prbs, ObeysThePrimitivePolynomialOfEachDegree) {
+    const std::vector<std::vector<int>> lowerExponents = {
+        {0, 1}, {0, 1},       {0, 2}, {0, 1},       {0, 1},       {0, 2, 3, 4},
+        {0, 4}, {0, 3},       {0, 2}, {0, 1, 4, 6}, {0, 1, 3, 4}, {0, 1, 3, 5},
+        {0, 1}, {0, 2, 3, 5}, {0, 3}, {0, 1, 2, 5}};
+    for (int n = 3; n <= maxPatternExponent; ++n) {
+        SCOPED_TRACE(n);
+        const Bits bits = OnePort(Params("PRBS", n));
+        const std::size_t size = std::size_t{1} << n;
+        ASSERT_EQ(bits.size(), size);
+        std::size_t broken = 0;
+        for (std::size_t k = 0; k + n < size; ++k) {
+            int sum = 0;
+            for (int e : lowerExponents[n - 3]) sum ^= bits[k + e];
+            broken += sum != bits[k + n];
+        }
+        EXPECT_EQ(broken, 0u);
+        EXPECT_EQ(bits.back(), bits.front());
+        EXPECT_EQ(std::accumulate(bits.begin(), bits.end() - 1, 0), 1 << (n - 1));
+    }
+}
+
+// By hand for x^7 + x + 1 from the state 1111111: the state loses a 1 per step until it is 1, then
+// shifts up to the test bit.
+TEST(Prbs, StartsFromTheSameSeedEveryTime) {
+    const Bits first = OnePort(Params("PRBS", 7));
+    EXPECT_EQ(Bits(first.begin(), first.begin() + 13),
+              (Bits{1, 1, 1, 1, 1, 1, 0, 0, 0, 0, 0, 0, 1}));
+    EXPECT_EQ(OnePort(Params("PRBS", 7)), first);
+}
+
+TEST(Prbs, MakesShortAndRegularPatterns) {
+    const struct {
+        const char* type;
+        int exponent;
+        Bits bits;
+    } rows[] = {
+        {"PRBS", 0, {0}},
+        {"PRBS", 1, {0, 1}},
+        {"PRBS", 2, {1, 0, 0, 0}},
+        {"one", 0, {1}},
+        {"alternating", 0, {1}},
+        {"single", 0, {1}},
+        {"zero", 2, {0, 0, 0, 0}},
+        {"one", 2, {1, 1, 1, 1}},
+        {"alternating", 2, {1, 0, 1, 0}},
+        {"single", 2, {0, 1, 0, 0}},
+        {"single", 3, {0, 0, 0, 1, 0, 0, 0, 0}},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(std::string(row.type) + " " + std::to_string(row.exponent));
+        EXPECT_EQ(OnePort(Params(row.type, row.exponent)), row.bits);
+    }
+}
+
+TEST(Prbs, MakesAnEmptyPatternBelowExponentZero) {
+    const TempDir dir;
+    for (std::int32_t exponent : {-1, std::numeric_limits<std::int32_t>::min()}) {
+        for (const char* type : {"PRBS", "alternating", "one", "zero", "single", "custom"}) {
+            SCOPED_TRACE(type);
+            PrbsParams params = Custom(dir, "1 1 1 1", exponent);
+            params.patternType = type;
+            params.offset = 3;
+            params.preBits = params.postBits = 5;
+            EXPECT_EQ(OnePort(params), Bits{});
+        }
+    }
+}
+
+TEST(Prbs, RefusesWhatItCannotMake) {
+    const struct {
+        const char* type;
+        int exponent;
+        const char* text;
+    } rows[] = {
+        {"Prbs%s", 3,
+         "Error pattern type for the pattern generator: Prbs%s\n"
+         "Allowed types are PRBS, alternating, one, zero, single, and custom. \n"},
+        {"PRBS", 19,
+         "Error pattern length for the pattern generator: 19\n"
+         "The exponent of the pattern length must be at most 18. \n"},
+        {"custom", 2147483647,
+         "Error pattern length for the pattern generator: 2147483647\n"
+         "The exponent of the pattern length must be at most 18. \n"},
+        {"custom", 3, "Can not open file: 100%n/no such file.\n"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.text);
+        PrbsParams params = Params(row.type, row.exponent);
+        params.filename = "100%n/no such file";
+        const Generated made = Generate(params);
+        EXPECT_EQ(made.status, Status::Error);
+        EXPECT_EQ(made.text, row.text);
+    }
+    std::string text;
+    EXPECT_EQ(PRBS_Custom(Params("PRBS", 3), nullptr, text), Status::Error);
+    EXPECT_EQ(text,
+              "Error pattern type for the pattern generator: PRBS\nAllowed type is 'custom'. \n");
+}
+
+TEST(Prbs, RotatesFromPortToPort) {
+    const TempDir dir;
+    const struct {
+        std::int32_t offset, shift;
+        std::vector<Bits> ports;
+    } rows[] = {
+        {0, 0, {{1, 2, 3, 4}, {1, 2, 3, 4}}},
+        {1, 1, {{2, 3, 4, 1}, {3, 4, 1, 2}, {4, 1, 2, 3}, {1, 2, 3, 4}}},
+        {4, 2, {{1, 2, 3, 4}, {3, 4, 1, 2}}},
+        {-1, -1, {{4, 1, 2, 3}, {3, 4, 1, 2}}},
+        {std::numeric_limits<std::int32_t>::min() + 3,
+         std::numeric_limits<std::int32_t>::max(),
+         {{4, 1, 2, 3}, {3, 4, 1, 2}}},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.offset);
+        PrbsParams params = Custom(dir, "1 2 3 4", 2);
+        params.offset = row.offset;
+        params.shift = row.shift;
+        EXPECT_EQ(Generate(params, static_cast<int>(row.ports.size())).ports, row.ports);
+    }
+}
+
+TEST(Prbs, ClearsLeadingAndTrailingBitsOfEveryOutput) {
+    const TempDir dir;
+    const struct {
+        std::int32_t preBits, postBits;
+        Bits bits;
+    } rows[] = {
+        {1, 2, {0, 1, 0, 0}},   {3, 3, {0, 0, 0, 0}},     {100, 0, {0, 0, 0, 0}},
+        {0, 100, {0, 0, 0, 0}}, {-1, -100, {1, 1, 1, 1}},
+    };
+    for (const auto& row : rows) {
+        PrbsParams params = Params("one", 2);
+        params.preBits = row.preBits;
+        params.postBits = row.postBits;
+        params.shift = 1;
+        EXPECT_EQ(Generate(params, 2).ports, (std::vector<Bits>{row.bits, row.bits}));
+    }
+    PrbsParams custom = Custom(dir, "1 1 1 1", 2);
+    custom.preBits = custom.postBits = 4;
+    EXPECT_EQ(OnePort(custom), (Bits{1, 1, 1, 1})) << "a custom pattern knows no such bits";
+}
+
+TEST(Prbs, RepeatsTheLastValueOfAShortFile) {
+    const TempDir dir;
+    EXPECT_EQ(OnePort(Custom(dir, "", 2)), (Bits{0, 0, 0, 0}));
+    EXPECT_EQ(OnePort(Custom(dir, "1\n0\t1", 3)), (Bits{1, 0, 1, 1, 1, 1, 1, 1}));
+    EXPECT_EQ(OnePort(Custom(dir, "0 1 x 0 0", 3)), (Bits{0, 1, 1, 1, 1, 1, 1, 1}))
+        << "reading stays where it stumbled";
+    EXPECT_EQ(OnePort(Custom(dir, "1 2 3 4 5 6 7 8", 1)), (Bits{1, 2}));
+}
+
+TEST(Prbs, ReadsAtMost512RowsOfEight) {
+    const TempDir dir;
+    std::string text;
+    for (int i = 0; i < 8192; ++i) text += "1 ";
+    const Bits bits = OnePort(Custom(dir, text, 13));
+    ASSERT_EQ(bits.size(), 8192u);
+    EXPECT_EQ(std::accumulate(bits.begin(), bits.begin() + 4096, 0), 4096);
+    EXPECT_EQ(std::accumulate(bits.begin() + 4096, bits.end(), 0), 0);
+}
+
+TEST(Prbs, TellsWhichAllocationFailed) {
+    const TempDir dir;
+    const std::string output =
+        "Insufficient memory for dynamic allocation to binary signal in PRBS_Generator().\n";
+    const std::string outputBits =
+        "Insufficient memory for dynamic allocation to bit sequence in PRBS_Generator().\n";
+    for (const char* type : {"one", "custom"}) {
+        const std::string function = type[0] == 'c' ? "PRBS_Custom().\n" : "PRBS_Generator().\n";
+        const std::string working = "Insufficient memory for dynamic allocation to ";
+        const std::string texts[] = {working + "binSigOut in " + function,
+                                     working + "bitSequence in " + function, output, outputBits};
+        PrbsParams params = Custom(dir, "1", 2);
+        params.patternType = type;
+        for (int i = 0; i < 4; ++i) {
+            const Owned<Nodelist> cells = OutputCells(1);
+            std::string text;
+            RefuseAllocationsFrom(i + 1);
+            const Status status = PRBS_Generator(params, cells.get(), text);
+            RefuseAllocationsFrom(-1);
+            EXPECT_EQ(status, Status::Error);
+            EXPECT_EQ(text, texts[i]);
+            EXPECT_EQ(cells->sig, nullptr);
+        }
+    }
+}
+
+TEST(IntegerScan, ConvertsLikeTheShortConversionOfTheCLibrary) {
+    const struct {
+        const char* text;
+        int value;
+        const char* rest;
+    } rows[] = {
+        {"  12 3", 12, " 3"},
+        {"-7", -7, ""},
+        {"+5x", 5, "x"},
+        {"017", 15, ""},
+        {"08", 0, "8"},
+        {"0x1F,", 31, ","},
+        {"-0Xa", -10, ""},
+        {"0xg", 0, "xg"},
+        {"0x", 0, "x"},
+        {"32768", -32768, ""},
+        {"70000", 4464, ""},
+        {"-70000", -4464, ""},
+        {"0xFFFF", -1, ""},
+        {"99999999999999999999", -1, ""},
+        {"-99999999999999999999", 0, ""},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.text);
+        std::string_view text = row.text;
+        std::int16_t value = 99;
+        EXPECT_TRUE(ScanShort(text, value));
+        EXPECT_EQ(value, row.value);
+        EXPECT_EQ(text, row.rest);
+    }
+    for (std::string_view none : {"", "  \n", "x1", "- 1", "+-1", "--1", ".5"}) {
+        SCOPED_TRACE(none);
+        std::string_view text = none;
+        std::int16_t value = 99;
+        EXPECT_FALSE(ScanShort(text, value));
+        EXPECT_EQ(value, 99);
+        EXPECT_EQ(text, none);
+    }
+}
+
+TEST(Dispatch, RunsThePatternGeneratorWithTheComponentsParameters) {
+    const TempDir dir;
+    Workspace workspace;
+    SimOptions options;
+    Component component;
+    ParameterList parameters;
+    parameters.Text("patternType", "custom", EnumType)
+        .Text("filename", dir.Write("p.txt", "0 0 1 1"))
+        .Double("bitRate", 40e9)
+        .Int("patternLength", 2)
+        .Int("offset", 1)
+        .Int("shift", 1)
+        .Double("startTime", 2e-9);
+    component.parameters = parameters.Release();
+    const Owned<Nodelist> cells = OutputCells(2);
+    std::string text = "before. ";
+    const ModelCall call{workspace, component, options, nullptr, cells.get(), text};
+    for (const ModelEntry& entry : BuiltInModels()) {
+        if (entry.type != "PseudoRandomBinarySequenceGenerator") continue;
+        EXPECT_EQ(entry.run(call), Status::Success);
+    }
+    EXPECT_EQ(text, "before. ");
+    ASSERT_NE(cells->next->sig, nullptr);
+    const auto& second = *static_cast<const BinSig*>(cells->next->sig);
+    EXPECT_EQ(Bits(second.bitSequence + 1, second.bitSequence + 5), (Bits{1, 1, 0, 0}));
+    EXPECT_EQ(second.bitRate, 40e9);
+    EXPECT_EQ(second.startTime, 2e-9);
+}
+
+TEST(Dispatch, NamesEachModelOnce) {
+    std::vector<std::string_view> names;
+    for (const ModelEntry& entry : BuiltInModels()) {
+        EXPECT_NE(entry.run, nullptr) << entry.type;
+        EXPECT_EQ(std::count(names.begin(), names.end(), entry.type), 0) << entry.type;
+        names.push_back(entry.type);
+    }
+}
+
+}  // namespace
+}  // namespace photrak
