@@ -96,5 +96,59 @@ TEST_F(Symbols, RefusesWhatDoesNotFit) {
     EXPECT_FALSE(SymbolLookup(none, "x", nullptr));
 }
 
+class BuiltTable : public ::testing::Test {
+  protected:
+    void Declare(std::string name, std::string value) {
+        Variable variable;
+        variable.name = std::move(name);
+        variable.value = std::move(value);
+        workspace.variables.push_back(std::move(variable));
+    }
+    Workspace workspace;
+    std::string text;
+};
+
+TEST_F(BuiltTable, KeepsNumbersAsValuesAndTheRestAsTexts) {
+    Declare("loss", " 0.2, ");
+    Declare("span", "80e3*2;");
+    workspace.variables.back().type = StringType;  // all types go in alike
+    Declare("empty", "");
+    for (int repeat = 0; repeat < 2; ++repeat) {
+        EXPECT_EQ(BuildSymbolTable(workspace, text), Status::Success);
+        EXPECT_EQ(workspace.symbols.count, 3);
+        EXPECT_EQ(FindSymbol(workspace.symbols, "loss")->value, 0.2);
+        EXPECT_STREQ(FindSymbol(workspace.symbols, "loss")->text, "");
+        EXPECT_STREQ(FindSymbol(workspace.symbols, "span")->text, "80e3*2");
+        EXPECT_EQ(FindSymbol(workspace.symbols, "empty")->value, 0.0);
+    }
+    EXPECT_EQ(text, "");
+    FreeSymbolTable(workspace);
+    EXPECT_EQ(FindSymbol(workspace.symbols, "loss"), nullptr);
+    EXPECT_EQ(BuildSymbolTable(workspace, text), Status::Success);
+    EXPECT_EQ(workspace.symbols.count, 3);
+}
+
+TEST_F(BuiltTable, LeavesOutWhatDoesNotFitWithAWarning) {
+    Declare("long", std::string(79, '1') + "+1");
+    Declare("longNumber", std::string(100, '1'));
+    Declare("short", "1");
+    EXPECT_EQ(BuildSymbolTable(workspace, text), Status::Warning);
+    EXPECT_EQ(
+        text,
+        "WARNING: variable 'long' is left out: a name may have 31 characters, its value 79\n");
+    EXPECT_EQ(workspace.symbols.count, 2);
+}
+
+TEST_F(BuiltTable, TooManyVariablesEndTheRun) {
+    RecordingHost host;
+    for (int i = 0; i < 600; ++i) Declare("v" + std::to_string(i), "1");
+    {
+        const EscapeLevel level(/*armed=*/true);
+        EXPECT_THROW(static_cast<void>(BuildSymbolTable(workspace, text)), Escape);
+    }
+    EXPECT_EQ(host.Errors(), "Symbol table full, cannot insert v512");
+    EXPECT_EQ(BuildSymbolTable(workspace, text), Status::Error);  // nobody to escape to
+}
+
 }  // namespace
 }  // namespace photrak

@@ -1,0 +1,236 @@
+// The draws of a statistical run: how many, in which order, of which distribution.
+#include "kernel/statistics.h"
+
+#include <cmath>
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+#include "base/escape.h"
+#include "kernel/symbols.h"
+#include "numeric/random.h"
+#include "support/parameter_list.h"
+#include "support/recording_host.h"
+
+namespace photrak {
+namespace {
+
+class Statistics : public ::testing::Test {
+  protected:
+    Statistics() { workspace.options = std::make_unique<SimOptions>(); }
+
+    Component& AddBlock(const char* type, const char* name = "block") {
+        workspace.components.push_back(std::make_unique<Component>());
+        Component& block = *workspace.components.back();
+        block.type = type;
+        block.name = name;
+        order.push_back(&block);
+        return block;
+    }
+    void OpenLoop(const char* numReps) {
+        Parameter* parameter = ParameterList::NewParameter("NumReps", IntType, numReps);
+        parameter->min = NewBlock(std::int32_t{1});
+        parameter->max = NewBlock(std::int32_t{1000});
+        InsertParameterSorted(&AddBlock("LoopBeginBlock").parameters, parameter);
+    }
+    void CloseLoop() { AddBlock("LoopEndBlock"); }
+    Parameter& AddRandom(std::int32_t distribution, const char* deviation,
+                         const char* block = "fiber") {
+        Parameter* parameter = ParameterList::NewParameter("loss", DoubleType, "10");
+        SetText(&parameter->STDDEV, deviation);
+        parameter->PROBDIST = distribution;
+        InsertParameterSorted(&AddBlock("NonlinearFiberModel", block).parameters, parameter);
+        return *parameter;
+    }
+    void Draw(std::int32_t runs) {
+        workspace.options->NUMRUNSTODO = runs;
+        std::string unheard;
+        EXPECT_EQ(BuildSymbolTable(workspace, unheard), Status::Success);
+        DrawStatistics(order, workspace);
+    }
+    static std::vector<Complex> Deviates(const Parameter& parameter) {
+        std::vector<Complex> all;
+        for (const ParameterDraw* draw = parameter.draws; draw; draw = draw->next) {
+            all.push_back({draw->re, draw->im});
+        }
+        return all;
+    }
+
+    Workspace workspace;
+    RunOrder order;
+};
+
+struct Moments {
+    long double mean = 0, variance = 0, kurtosis = 0;
+};
+
+Moments MomentsOf(const std::vector<Complex>& deviates) {
+    Moments moments;
+    const auto n = static_cast<long double>(deviates.size());
+    for (const Complex& d : deviates) moments.mean += d.re / n;
+    for (const Complex& d : deviates) {
+        const long double x = d.re - moments.mean;
+        moments.variance += x * x / n;
+        moments.kurtosis += x * x * x * x / n;
+    }
+    moments.kurtosis /= moments.variance * moments.variance;
+    return moments;
+}
+
+TEST_F(Statistics, DeviatesHaveTheMomentsOfTheirDistribution) {
+    constexpr std::int32_t runs = 40000;
+    const Parameter& gaussian = AddRandom(GausProbDist, "0.1");
+    const Parameter& uniform = AddRandom(UniformProbDist, "0.1");
+    const Parameter& limited = AddRandom(TwoSigmaGausProbDist, "0.1");
+    Draw(runs);
+    // Five standard errors: sqrt(1/n) for a mean, sqrt((kurtosis - 1)/n) for a variance.
+    const double meanError = 5.0 / std::sqrt(runs), varianceError = 5.0 * std::sqrt(2.0 / runs);
+    const Moments g = MomentsOf(Deviates(gaussian)), u = MomentsOf(Deviates(uniform)),
+                  t = MomentsOf(Deviates(limited));
+    EXPECT_NEAR(g.mean, 0.0, meanError);
+    EXPECT_NEAR(g.variance, 1.0, varianceError);
+    EXPECT_NEAR(g.kurtosis, 3.0, 0.25);
+    EXPECT_NEAR(u.mean, 0.0, meanError);
+    EXPECT_NEAR(u.variance, 1.0, varianceError);
+    EXPECT_NEAR(u.kurtosis, 1.8, 0.05);
+    // Limited, not drawn again: P(2) - 4 phi(2) + 4 (1 - P(2)), with P(2) the part inside.
+    const double inside = std::erf(std::sqrt(2.0));
+    const double density = std::exp(-2.0) / std::sqrt(2.0 * 3.14159265358979323846);
+    EXPECT_NEAR(t.mean, 0.0, meanError);
+    EXPECT_NEAR(t.variance, inside - 4.0 * density + 4.0 * (1.0 - inside), varianceError);
+    int atLimit = 0;
+    for (const Complex& d : Deviates(limited)) {
+        ASSERT_LE(std::fabs(d.re), 2.0);
+        atLimit += std::fabs(d.re) == 2.0;
+    }
+    EXPECT_NEAR(atLimit, runs * (1.0 - inside), 5.0 * std::sqrt(runs * (1.0 - inside)));
+    for (const Complex& d : Deviates(uniform)) ASSERT_LE(std::fabs(d.re), std::sqrt(3.0));
+}
+
+TEST_F(Statistics, DrawsOncePerEvaluationOfEachRun) {
+    const Parameter& outside = AddRandom(GausProbDist, "1");
+    OpenLoop("2");
+    const Parameter& once = AddRandom(GausProbDist, "1");
+    OpenLoop("2+3");
+    const Parameter& inner = AddRandom(GausProbDist, "1");
+    CloseLoop();
+    OpenLoop("-7");  // moved to the limit 1
+    const Parameter& limited = AddRandom(GausProbDist, "1");
+    CloseLoop();
+    CloseLoop();
+    CloseLoop();  // closes nothing
+    const Parameter& after = AddRandom(GausProbDist, "1");
+    Draw(3);
+    EXPECT_EQ(Deviates(outside).size(), 3u);
+    EXPECT_EQ(Deviates(once).size(), 6u);
+    EXPECT_EQ(Deviates(inner).size(), 30u);
+    EXPECT_EQ(Deviates(limited).size(), 6u);
+    EXPECT_EQ(Deviates(after).size(), 3u);
+    EXPECT_EQ(inner.drawCursor, inner.draws);
+    Draw(1);  // one serves all evaluations, whatever the loops
+    EXPECT_EQ(Deviates(inner).size(), 1u);
+    FreeDraws(order);
+    EXPECT_EQ(inner.draws, nullptr);
+    EXPECT_EQ(inner.drawCursor, nullptr);
+}
+
+TEST_F(Statistics, DrawsNothingWithoutADeviation) {
+    const Parameter& zero = AddRandom(GausProbDist, "0");
+    const Parameter& unknown = AddRandom(GausProbDist, "nobody knows");
+    const Parameter& fixed = AddRandom(NoProbDist, "1");
+    const Parameter& random = AddRandom(GausProbDist, "1/4");
+    Draw(5);
+    EXPECT_EQ(zero.draws, nullptr);
+    EXPECT_EQ(unknown.draws, nullptr);
+    EXPECT_EQ(fixed.draws, nullptr);
+    EXPECT_EQ(Deviates(random).size(), 5u);
+}
+
+TEST_F(Statistics, RepeatsTheSequenceWithTheLatestDrawInFront) {
+    const Parameter& gaussian = AddRandom(GausProbDist, "1");
+    const Parameter& uniform = AddRandom(UniformProbDist, "1");
+    int foreignSeed = -99;
+    static_cast<void>(GaussianRandom(&foreignSeed));  // leaves a spare behind
+    Draw(3);
+
+    int seed = -1;
+    ForgetSpareGaussian();
+    static_cast<void>(UniformRandom(&seed));
+    std::vector<double> expected;
+    for (int i = 0; i < 3; ++i) expected.push_back(GaussianRandom(&seed));
+    for (int i = 0; i < 3; ++i) {
+        expected.push_back((UniformRandom(&seed) - 0.5) * std::sqrt(3.0) * 2.0);
+    }
+    for (int repeat = 0; repeat < 2; ++repeat) {
+        const std::vector<Complex> g = Deviates(gaussian), u = Deviates(uniform);
+        ASSERT_EQ(g.size() + u.size(), expected.size());
+        for (std::size_t i = 0; i < 3; ++i) {
+            EXPECT_EQ(g[i].re, expected[2 - i]);
+            EXPECT_EQ(u[i].re, expected[5 - i]);
+            EXPECT_EQ(g[i].im, 0.0);
+        }
+        Draw(3);
+    }
+}
+
+TEST_F(Statistics, KeptDeliberatelyUniformImaginaryPartStaysRawAndMovesTheRealPart) {
+    Parameter& pair = AddRandom(UniformProbDist, "0");
+    pair.type = ComplexType;
+    SetText(&pair.value, "1 2");
+    pair.IPROBDIST = UniformProbDist;
+    pair.stddev = NewBlock(0.5);
+    pair.istddev = NewBlock(0.5);
+    Parameter& imaginaryOnly = AddRandom(NoProbDist, "0");
+    imaginaryOnly.type = ComplexType;
+    SetText(&imaginaryOnly.value, "1 2");
+    imaginaryOnly.IPROBDIST = TwoSigmaGausProbDist;
+    imaginaryOnly.istddev = NewBlock(0.5);
+    Draw(200);
+
+    int seed = -1;
+    static_cast<void>(UniformRandom(&seed));
+    const std::vector<Complex> deviates = Deviates(pair);
+    ASSERT_EQ(deviates.size(), 200u);
+    for (std::size_t i = deviates.size(); i-- > 0;) {
+        const double once = (UniformRandom(&seed) - 0.5) * std::sqrt(3.0) * 2.0;
+        EXPECT_EQ(deviates[i].re, (once - 0.5) * std::sqrt(3.0) * 2.0);
+        EXPECT_EQ(deviates[i].im, UniformRandom(&seed));
+    }
+    double largest = 0.0;
+    for (const Complex& d : Deviates(imaginaryOnly)) {
+        EXPECT_EQ(d.re, 0.0);
+        largest = std::max(largest, std::fabs(d.im));
+    }
+    EXPECT_GT(largest, 1.0);
+    EXPECT_LE(largest, 2.0);
+}
+
+TEST_F(Statistics, RefusesMoreDrawsThanARunMayHold) {
+    RecordingHost host;
+    const EscapeLevel level(/*armed=*/true);
+    const Parameter& before = AddRandom(GausProbDist, "1");
+    for (int i = 0; i < 30; ++i) OpenLoop("1000");  // the product would overflow 64 bits
+    AddRandom(GausProbDist, "1", "deep %n");
+    EXPECT_THROW(Draw(2000000000), Escape);
+    EXPECT_EQ(before.draws, nullptr);
+    host.boxes.clear();
+    EXPECT_THROW(Draw(2), Escape);
+    EXPECT_EQ(host.Errors(), "ERROR: too many draws of parameter 'loss' of component 'deep %n'");
+    EXPECT_EQ(before.draws, nullptr);
+}
+
+TEST_F(Statistics, FreesWhatItMadeWhenMemoryEnds) {
+    RecordingHost host;
+    const EscapeLevel level(/*armed=*/true);
+    const Parameter& parameter = AddRandom(GausProbDist, "1");
+    Draw(3);
+    RefuseAllocationsFrom(3);
+    EXPECT_THROW(Draw(5), Escape);
+    RefuseAllocationsFrom(-1);
+    EXPECT_EQ(host.Errors(),
+              "ERROR: insufficient memory for the draws of parameter 'loss' of component 'fiber'");
+    EXPECT_EQ(parameter.draws, nullptr);
+}
+
+}  // namespace
+}  // namespace photrak
