@@ -1,0 +1,98 @@
+// Saved PARAM blocks only overwrite values: limits, units and the parameters themselves come from
+// the model's definition, so that a saved file follows the model when that changes.
+#include "files/param_values.h"
+
+#include <algorithm>
+
+#include "files/array_values.h"
+#include "files/model_definition.h"
+#include "kernel/graph.h"
+#include "kernel/parameters.h"
+
+namespace photrak {
+namespace {
+
+/// Names that parameters had in older versions of the models.
+constexpr struct {
+    std::string_view old, present;
+} formerNames[] = {
+    {"patternWidth", "patternLength"},
+    {"Vpk", "Vmax"},
+};
+
+Parameter* FindByNameOrFormerName(std::string_view name, Parameter* list) {
+    if (Parameter* parameter = FindParameter(name, list)) return parameter;
+    for (const auto& row : formerNames) {
+        if (row.old == name) return FindParameter(row.present, list);
+    }
+    return nullptr;
+}
+
+Status SkipBlock(std::string_view name, LineReader& reader, std::string& faults) {
+    if (!reader.Next()) return TextEndedInside(name, reader, faults);
+    return ForEachBodyLine(name, reader, faults, [](std::string_view) { return Status::Success; });
+}
+
+Status ReadArrayBlock(Parameter& parameter, const ParameterTypeWord& type, LineReader& reader,
+                      std::string& faults) {
+    const bool matches = parameter.type == type.savedCode;
+    // A value of another kind is no array to read into.
+    const bool isArray = IsArrayType(parameter.type) && parameter.valactual;
+    const Status status =
+        isArray ? ReadArrayValues(*static_cast<ArrayRecord*>(parameter.valactual), reader, faults)
+                : SkipBlock(parameter.name, reader, faults);
+    if (matches && status == Status::Success) return status;
+    return AddFault(faults, reader,
+                    Concat("the block of parameter '", parameter.name, "' is no good ", type.word));
+}
+
+/// One block, whose PARAM word has been read. The type word of the line, not the type of the
+/// parameter, chooses the keywords.
+Status ReadBlock(Component& component, Status running, LineReader& reader, std::string& faults) {
+    const std::string name(reader.Word());
+    const std::string_view token = reader.Word();
+    Parameter* parameter = FindByNameOrFormerName(name, component.parameters);
+    if (!parameter) {
+        MergeStatus(running, SkipBlock(name, reader, faults));
+        return running;
+    }
+    const ParameterTypeWord* type = FindParameterType(token);
+    if (!type) {
+        return AddFault(faults, reader,
+                        Concat("parameter '", name, "' of component '", component.name,
+                               "' has the unknown type '", token, "'"));
+    }
+    if (IsArrayType(type->savedCode)) {
+        MergeStatus(running, ReadArrayBlock(*parameter, *type, reader, faults));
+        return running;
+    }
+    if (!reader.Next()) return TextEndedInside(name, reader, faults);
+    const Status status =
+        ReadScalarBody(*parameter, type->savedCode, BlockSource::Saved, reader, faults);
+    if (status == Status::Success && type->savedCode == EnumType) {
+        // Kept deliberately: as in a definition, the success of an enum is stored as the result.
+        faults.clear();
+        return ResolveEnumFields(*parameter);
+    }
+    MergeStatus(running, status);
+    return running;
+}
+
+}  // namespace
+
+Status ReadParamValues(Component& component, LineReader& reader, std::string& errorText) {
+    Status result = Status::Success;
+    std::string faults;
+    while (reader.Next()) {
+        if (reader.Line().find("ENDCOMPONENT") != std::string_view::npos) {
+            if (result != Status::Success) errorText += faults;
+            return result;
+        }
+        if (reader.Word() == "PARAM") result = ReadBlock(component, result, reader, faults);
+    }
+    errorText += Concat(faults, "ERROR: ", reader.Where(), ": the text ends inside component '",
+                        component.name, "'\n");
+    return Status::Error;
+}
+
+}  // namespace photrak

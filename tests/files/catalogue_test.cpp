@@ -1,0 +1,105 @@
+// List files and the catalogue they build.
+#include "files/catalogue.h"
+
+#include <gtest/gtest.h>
+
+#include "support/temp_dir.h"
+
+namespace photrak {
+namespace {
+
+constexpr const char* listNames[] = {"trans.lis", "channel.lis", "control.lis", "receiver.lis",
+                                     "user.lis"};
+
+class CatalogueFiles : public testing::Test {
+  protected:
+    void SetUp() override {
+        for (const char* name : listNames) Write(name, "");
+        Write("a.def", "COMPONENT A\nNOTE first\nPARAM p StringType\nVALUE v\nENDPARAM\n");
+        Write("bad.def", "COMPONENT B\nPARAM p float\nENDPARAM\nPARAM q float\nENDPARAM\n");
+    }
+    void Write(const std::string& name, std::string_view text) {
+        dir_.Write("models/" + name, text);
+    }
+    Status Initialize() {
+        errorText_.clear();
+        return InitializeModels(dir_.Path(), catalogue_, errorText_);
+    }
+    static std::string Names(const auto& models) {
+        std::string names;
+        for (const auto& model : models) names += model->name + " ";
+        return names;
+    }
+
+    TempDir dir_;
+    Catalogue catalogue_;
+    std::string errorText_;
+};
+
+TEST_F(CatalogueFiles, ListsSortIntoCategoriesAndTheFirstDefinitionWins) {
+    Write("b.def", "COMPONENT A\nNOTE second\n");
+    Write("trans.lis", "* a comment\n*Star a.def\n\n  Zeta;a.def, rest\nAlpha:a.def\n");
+    Write("receiver.lis", "Alpha b.def\nMid\ta.def\n");
+    Write("user.lis", "User a.def user lib.so run test\n");
+    EXPECT_EQ(Initialize(), Status::Success) << errorText_;
+    EXPECT_EQ(Names(catalogue_.models), "*Star Alpha Mid User Zeta ");
+    EXPECT_EQ(Names(catalogue_.transmitters), "*Star Alpha Zeta ");
+    EXPECT_EQ(Names(catalogue_.receivers), "Mid ");
+    EXPECT_EQ(catalogue_.modelDirectory, dir_.Path() + "models/");
+    EXPECT_EQ(catalogue_.superBlockDirectory, dir_.Path() + "superblocks/");
+    ASSERT_NE(FindModel(catalogue_, "Alpha"), nullptr);
+    EXPECT_EQ(FindModel(catalogue_, "Alpha")->NOTE, "first");
+    EXPECT_EQ(FindModel(catalogue_, "Alpha")->type, "Alpha");
+    EXPECT_EQ(FindModel(catalogue_, "alpha"), nullptr);
+    EXPECT_EQ(FindModel(catalogue_, "Zz"), nullptr);
+    ReleaseModels(catalogue_);
+    EXPECT_TRUE(catalogue_.models.empty() && catalogue_.transmitters.empty());
+}
+
+TEST_F(CatalogueFiles, AListIsReadToItsEndWhateverItHolds) {
+    Write("channel.lis", "Bad bad.def\nGone gone.def\nNameless\nGood a.def\n");
+    EXPECT_EQ(Initialize(), Status::Error);
+    EXPECT_EQ(Names(catalogue_.channels), "Bad Gone Good Nameless ");
+    EXPECT_NE(errorText_.find("bad.def:2"), std::string::npos) << errorText_;
+    EXPECT_NE(errorText_.find("gone.def"), std::string::npos) << errorText_;
+}
+
+TEST_F(CatalogueFiles, AllFiveListsAreCompulsory) {
+    ASSERT_EQ(Initialize(), Status::Success) << "empty lists are lists";
+    for (const std::string name : listNames) {
+        std::filesystem::remove(dir_.Path() + "models/" + name);
+        EXPECT_EQ(Initialize(), Status::Error) << name;
+        EXPECT_NE(errorText_.find(name), std::string::npos) << errorText_;
+        Write(name, "");
+    }
+}
+
+TEST_F(CatalogueFiles, DescribesAModelInWords) {
+    Write("m.def",
+          "COMPONENT M\nNOTE A model\nMININPUTS 1\nMAXINPUTS 1\nNUMINPUTS 1\nMINOUTPUTS 1\n"
+          "MAXOUTPUTS 4\nNUMOUTPUTS 2\nINSIGTYPES NoSigType\nOUTSIGTYPES OpSigType\n"
+          "PARAM gain DoubleType\nDESC Small signal gain\nMINVALUE 0\nMAXVALUE 50\nVALUE 20\n"
+          "UNITS dB\nENDPARAM\n"
+          "PARAM mode EnumType\nVALUE fast\nFIELD fast slow\nENDPARAM\n"
+          "PARAM file StringType\nVALUE\nENDPARAM\n");
+    Write("channel.lis", "M m.def\n");
+    Write("user.lis", "Mine a.def\n");
+    ASSERT_EQ(Initialize(), Status::Success) << errorText_;
+    EXPECT_EQ(DescribeModel(*FindModel(catalogue_, "M")),
+              "M\n"
+              "  A model\n"
+              "\n"
+              "Ports\n"
+              "  inputs:  none\n"
+              "  outputs: 1 to 4, 2 when placed: optical\n"
+              "\n"
+              "Parameters (name, type, default, limits and units or words)\n"
+              "  file  text    (empty)\n"
+              "  gain  number  20       0 to 50 dB\n"
+              "      Small signal gain\n"
+              "  mode  choice  fast     one of fast slow\n");
+    EXPECT_EQ(ListModels(catalogue_), "Channel\n  M  A model\n\nUser models\n  Mine  first\n");
+}
+
+}  // namespace
+}  // namespace photrak
