@@ -28,6 +28,8 @@ class UserModelTable : public UserModels {
     const std::vector<UserModelEntry>& Entries() const { return entries_; }
 
   private:
+    const UserModelEntry* Find(std::string_view type) const;
+
     std::vector<UserModelEntry> entries_;
 };
 

@@ -1,0 +1,2 @@
+/* A library without a single entry, and without a version. */
+int photrak_no_entries_here = 1;
