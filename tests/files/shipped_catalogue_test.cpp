@@ -1,0 +1,106 @@
+// A lint of the catalogue that ships with the program: what a block drawn from its defaults needs.
+#include <gtest/gtest.h>
+
+#include "base/text.h"
+#include "files/catalogue.h"
+#include "kernel/graph.h"
+#include "kernel/parameters.h"
+#include "platform/file_system.h"
+#include "support/temp_dir.h"
+
+namespace photrak {
+namespace {
+
+const std::string installDirectory = PHOTRAK_SOURCE_DIR "/catalogue/";
+
+class ShippedCatalogue : public testing::Test {
+  protected:
+    void SetUp() override {
+        std::string errorText;
+        ASSERT_EQ(InitializeModels(installDirectory, catalogue_, errorText), Status::Success)
+            << errorText;
+        ASSERT_FALSE(catalogue_.models.empty());
+    }
+    Catalogue catalogue_;
+};
+
+bool IsGround(const std::vector<Port>& ports, std::int32_t most) {
+    return most == 1 && ports.size() == 1 && ports[0].sigType == NoSigType;
+}
+
+TEST_F(ShippedCatalogue, PortsAreConsistent) {
+    for (const auto& model : catalogue_.models) {
+        SCOPED_TRACE(model->name);
+        EXPECT_FALSE(model->NOTE.empty());
+        EXPECT_TRUE(model->ICON.ends_with("u.bmp")) << model->ICON;
+        EXPECT_GE(model->MININPUTS, 1) << "a source stands on the ground node";
+        EXPECT_GE(model->MINOUTPUTS, 1) << "a sink stands on the ground node";
+        EXPECT_LE(model->MININPUTS, model->NUMINPUTS);
+        EXPECT_LE(model->NUMINPUTS, model->MAXINPUTS);
+        EXPECT_LE(model->MINOUTPUTS, model->NUMOUTPUTS);
+        EXPECT_LE(model->NUMOUTPUTS, model->MAXOUTPUTS);
+        EXPECT_FALSE(model->inputs.empty() || model->outputs.empty());
+        EXPECT_FALSE(IsGround(model->inputs, model->MAXINPUTS) &&
+                     IsGround(model->outputs, model->MAXOUTPUTS));
+        for (const Port& port : model->outputs) {
+            EXPECT_TRUE(port.sigType != NoSigType || IsGround(model->outputs, model->MAXOUTPUTS));
+        }
+    }
+}
+
+TEST_F(ShippedCatalogue, ParametersCarryWhatARunNeeds) {
+    for (const auto& model : catalogue_.models) {
+        for (const Parameter& parameter : Items(model->parameters)) {
+            SCOPED_TRACE(Concat(model->name, ": ", parameter.name));
+            EXPECT_STRNE(parameter.DESC, "");
+            EXPECT_NE(parameter.type, ComplexType) << "no run accepts one";
+            if (parameter.type == DoubleType) {
+                EXPECT_STRNE(parameter.UNITS, "");
+                EXPECT_STRNE(parameter.STDDEV, "") << "an empty deviation warns at every run";
+                EXPECT_GT(*static_cast<double*>(parameter.min), -1e300) << "no MINVALUE";
+                EXPECT_LT(*static_cast<double*>(parameter.max), 1e300) << "no MAXVALUE";
+            }
+            if (parameter.type == IntType) {
+                EXPECT_STRNE(parameter.UNITS, "");
+                EXPECT_GT(*static_cast<std::int32_t*>(parameter.min), INT32_MIN);
+                EXPECT_LT(*static_cast<std::int32_t*>(parameter.max), INT32_MAX);
+            }
+            if (parameter.type == EnumType) {
+                EXPECT_GT(*static_cast<std::int16_t*>(parameter.valactual), 0)
+                    << "the default is none of its words";
+            }
+        }
+    }
+}
+
+// A fresh component of every model evaluates and passes its checks without a word.
+TEST_F(ShippedCatalogue, DefaultsEvaluateWithinTheirLimits) {
+    const auto workspace = CreateWorkspace();
+    for (const auto& model : catalogue_.models) {
+        SCOPED_TRACE(model->name);
+        Component* block = AddComponent(*workspace, model->type, model->type, 0, 0, catalogue_);
+        ASSERT_NE(block, nullptr);
+        std::string text;
+        EXPECT_EQ(EvalComponentParams(*block, workspace.get(), text), Status::Success) << text;
+        EXPECT_EQ(CheckPorts(*block, text), Status::Success) << text;
+        EXPECT_EQ(text, "");
+    }
+}
+
+TEST_F(ShippedCatalogue, EveryDefinitionIsListed) {
+    std::string lists;
+    for (const char* name : {"trans", "channel", "control", "receiver", "user"}) {
+        std::string text, reason;
+        ASSERT_TRUE(ReadWholeFile(Concat(installDirectory, "models/", name, ".lis"), text, reason));
+        lists += text;
+    }
+    for (const auto& file : std::filesystem::directory_iterator(installDirectory + "models")) {
+        if (file.path().extension() != ".def") continue;
+        const std::string name = file.path().filename().string();
+        EXPECT_NE(lists.find(" " + name + "\n"), std::string::npos) << name << " is in no list";
+        EXPECT_NE(FindModel(catalogue_, file.path().stem().string()), nullptr) << name;
+    }
+}
+
+}  // namespace
+}  // namespace photrak
