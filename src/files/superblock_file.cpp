@@ -1,0 +1,122 @@
+// The definition file of a SuperBlock, written beside its topology: In and Out blocks become its
+// ports, the variables of the topology its parameters.
+#include <algorithm>
+
+#include "base/text.h"
+#include "files/topology.h"
+#include "files/topology_words.h"
+#include "kernel/parameters.h"
+#include "platform/file_system.h"
+#include "platform/host.h"
+
+namespace photrak {
+
+namespace {
+
+/// Names that belong to one SuperBlock.
+struct SuperBlockNames {
+    std::string definition;  // path of the .dts
+    std::string stem;        // last part of the path, without extension
+    std::string icon;
+};
+
+/// The extension is what stands behind the last full stop of the last part, so that a directory
+/// with a full stop in its name stays whole.
+SuperBlockNames NamesFor(const std::string& topologyFile) {
+    const std::size_t slash = topologyFile.find_last_of("/\\");
+    const std::size_t part = slash == std::string::npos ? 0 : slash + 1;
+    const std::size_t stop = topologyFile.rfind('.');
+    const bool hasExtension = stop != std::string::npos && stop >= part;
+    const std::string path = hasExtension ? topologyFile.substr(0, stop) : topologyFile;
+    const std::string stem = path.substr(part);
+    return {path + ".dts", stem, stem + ".bmp"};
+}
+
+/// The icon of a new SuperBlock: an empty one to draw on, or the common one. An icon that is there
+/// already stays.
+void ProvideIcon(const SuperBlockNames& names, const Catalogue& catalogue) {
+    const bool draws =
+        CurrentHost().messages->QueryBox("Create a new icon for this SuperBlock?", queryTitle);
+    const std::string source = catalogue.modelDirectory + (draws ? "blanku.bmp" : "sprblku.bmp");
+    const std::string target = catalogue.superBlockDirectory + names.icon;
+    // Without an icon the block shows as nothing and works all the same.
+    if (!FileExists(target)) static_cast<void>(CopyWholeFile(source, target));
+}
+
+std::string InputTypes(const std::vector<Component*>& ins) {
+    if (ins.empty()) return "INSIGTYPES NoSigType\n";
+    std::string line = "INSIGTYPES ";
+    for (const Component* block : ins) {
+        const std::string_view type = GetParamText(block->parameters, "signalType", "");
+        line += Concat(type.empty() ? "UnknownSigType" : CleanWord(type), " ");
+    }
+    return line + "\n";
+}
+
+std::string OutputTypes(const std::vector<Component*>& outs) {
+    if (outs.empty()) return "OUTSIGTYPES NoSigType\n";
+    std::string line = "OUTSIGTYPES ";
+    for (const Component* block : outs) {
+        const Node* node = block->inputs.empty() ? nullptr : block->inputs.front().node;
+        if (!node || node->type < OpSigType || node->type > NoSigType) continue;
+        line += Concat(WordOf(sigTypeWords, node->type, ""), " ");
+    }
+    return line + "\n";
+}
+
+/// Lines of a variable's block before and behind those with its value. The limits never bite.
+struct VariableForm {
+    std::int32_t type;
+    std::string_view limits, rest;
+};
+constexpr VariableForm variableForms[] = {
+    {DoubleType, "MINVALUE -1e32 \nMAXVALUE 1e32 \n",
+     "STDDEV 0\nPROBDIST NoProbDist\nUNITS unknown\n"},
+    {IntType, "MINVALUE -1000000 \nMAXVALUE 1000000 \n", "UNITS unknown\n"},
+    {ComplexType, "MINVALUE -1e32 \nMAXVALUE 1e32 \n",
+     "STDDEV 0\nPROBDIST NoProbDist\nISTDDEV 0\nIPROBDIST NoProbDist\nUNITS unknown\n"},
+    {CharType, "", ""},
+    {StringType, "", ""},
+    {EnumType, "", ""},
+};
+
+std::string VariableBlock(const Variable& variable) {
+    const auto form = std::ranges::find(variableForms, variable.type, &VariableForm::type);
+    const std::string head = Concat("\nPARAM ", CleanName(variable.name), " ");
+    if (form == std::end(variableForms)) return head + "UnknownType\nENDPARAM\n";
+    const std::string value = CleanLine(variable.value);
+    return Concat(head, WordOf(variableTypeWords, variable.type, ""), "\n", form->limits, "VALUE ",
+                  value, "\n", variable.type == EnumType ? Concat("FIELD ", value, "\n") : "",
+                  form->rest, "ENDPARAM\n");
+}
+
+}  // namespace
+
+Status WriteSuperBlockFile(const std::string& fileName, const SuperBlockPorts& ports,
+                           const std::vector<Variable>& variables, const Catalogue& catalogue) {
+    if (fileName.empty()) return Status::Error;
+    const SuperBlockNames names = NamesFor(fileName);
+    if (!FileExists(names.definition)) ProvideIcon(names, catalogue);
+    const std::size_t ins = std::max<std::size_t>(ports.ins.size(), 1);
+    const std::size_t outs = std::max<std::size_t>(ports.outs.size(), 1);
+    const std::string stem = CleanLine(names.stem);
+    std::string text = Concat("SuperBlock ", stem, "\nICON ", CleanLine(names.icon),
+                              " 0 0\nNOTE SuperBlock ", stem, "\n");
+    text += Concat("MININPUTS ", ins, "\nMAXINPUTS ", ins, "\n");
+    text += Concat("MINOUTPUTS ", outs, "\nMAXOUTPUTS ", outs, "\n");
+    text += "NUMINEQNUMOUTNODES FALSE\n";
+    text += Concat("NUMINPUTS ", ins, "\nNUMOUTPUTS ", outs, "\n");
+    text += InputTypes(ports.ins) + OutputTypes(ports.outs);
+    for (const Variable& variable : variables) text += VariableBlock(variable);
+    text += "\nENDCOMPONENT\n";
+    return ReplaceFile(names.definition, text) ? Status::Success : Status::Error;
+}
+
+std::optional<std::string> FindSuperBlockFile(const std::string& name, const Catalogue& catalogue) {
+    for (const std::string& path : {name, catalogue.superBlockDirectory + name}) {
+        if (FileExists(path)) return path;
+    }
+    return std::nullopt;
+}
+
+}  // namespace photrak

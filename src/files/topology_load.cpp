@@ -1,0 +1,153 @@
+// Loading a topology: the top-level keywords of the file, in one pass, under an escape level of its
+// own.
+#include <algorithm>
+#include <iostream>
+#include <new>
+
+#include "base/escape.h"
+#include "base/text.h"
+#include "files/topology.h"
+#include "files/topology_blocks.h"
+#include "files/topology_check.h"
+#include "kernel/graph.h"
+#include "kernel/symbols.h"
+#include "platform/file_system.h"
+
+namespace photrak {
+
+namespace {
+
+struct BlockKeyword {
+    std::string_view keyword;
+    Status (*read)(TopologyContext& context);
+};
+constexpr BlockKeyword blockKeywords[] = {
+    {"NOTE", ReadNoteLine},
+    {"LOCKED", ReadLockedLine},
+    {"BEGINVARIABLES", ReadVariables},
+    {"SIMOPTIONS", ReadOptions},
+    {"BEGINNODES", ReadBeginNodes},
+    {"ENDNODES", ReadEndNodes},
+    {"NODEBEGIN", ReadNodeBlock},
+    {"COMPONENT", ReadComponentBlock},
+};
+
+constexpr int maxFaultsTold = 1000;
+
+Status ReadBlock(TopologyContext& context) {
+    const std::string_view keyword = context.lines.Word();
+    const auto block = std::ranges::find(blockKeywords, keyword, &BlockKeyword::keyword);
+    if (block != std::end(blockKeywords)) return block->read(context);
+    // Kept deliberately: an unknown keyword is told on the error stream only; files of newer
+    // versions load.
+    if (!keyword.empty()) {
+        std::cerr << "\nTopologyLoad: I do not understand the following keyword: " << keyword
+                  << "\n";
+    }
+    return Status::Success;
+}
+
+Status ReadBlocks(TopologyContext& context) {
+    Status status = Status::Success;
+    int faults = 0;
+    for (;;) {
+        if (context.lineIsUnread) {
+            context.lineIsUnread = false;
+            context.lines.Rewind();
+        } else if (!context.lines.Next()) {
+            return status;
+        }
+        const Status block = ReadBlock(context);
+        MergeStatus(status, block);
+        if (block != Status::Error) continue;
+        if (context.afterFault == AfterFault::Stop || ++faults == maxFaultsTold) return status;
+    }
+}
+
+NodeListCells CellsOf(const std::vector<Node*>& nodes) {
+    NodeListCells list;
+    list.cells.assign(nodes.begin(), nodes.end());
+    for (const Node* node : nodes) list.numbers.insert(node->number);
+    return list;
+}
+
+/// Reads all blocks into a new workspace. The lists of nodes are put back and the symbol table is
+/// freed however the reading ends.
+Status ReadTopology(LineReader& lines, Workspace& workspace, const Catalogue& catalogue,
+                    AfterFault afterFault) {
+    TopologyContext context{lines,
+                            workspace,
+                            catalogue,
+                            afterFault,
+                            CellsOf(workspace.BEGINNODES),
+                            CellsOf(workspace.ENDNODES),
+                            {}};
+    Status status = Status::Error;
+    const EscapeLevel level(/*armed=*/true);
+    try {
+        if (level.Refused()) return Fault(context, "ERROR: TopologyLoad: nested too deeply\n");
+        status = ReadBlocks(context);
+    } catch (const Escape& escape) {
+        status = Fault(context, Concat("ERROR: TopologyLoad: ", escape.message, "\n"));
+    } catch (const std::bad_alloc&) {
+        status = Fault(context, "ERROR: TopologyLoad: out of memory\n");
+    }
+    workspace.BEGINNODES.assign(context.beginNodes.cells.begin(), context.beginNodes.cells.end());
+    workspace.ENDNODES.assign(context.endNodes.cells.begin(), context.endNodes.cells.end());
+    FreeSymbolTable(workspace);
+    return status;
+}
+
+bool Renew(std::unique_ptr<Workspace>& workspace) {
+    DestroyWorkspace(workspace);
+    workspace = CreateWorkspace();
+    return workspace != nullptr;
+}
+
+/// Where the text of a topology comes from; false with a reason in the error text.
+bool ReadTopologyFile(const std::string& fileName, std::string& text, std::string& errorText) {
+    if (fileName.empty()) {
+        errorText += "ERROR: TopologyLoad: The filename was \"\"\n";
+        return false;
+    }
+    std::string reason;
+    if (ReadWholeFile(fileName, text, reason, maxTopologyBytes)) return true;
+    errorText += Concat("ERROR: TopologyLoad: cannot read '", fileName, "': ", reason, "\n");
+    return false;
+}
+
+}  // namespace
+
+Status TopologyLoadText(std::string_view text, const std::string& fileName,
+                        std::unique_ptr<Workspace>& workspace, const Catalogue& catalogue) {
+    if (!Renew(workspace)) return Status::Error;
+    LineReader lines(text, fileName);
+    return ReadTopology(lines, *workspace, catalogue, AfterFault::Stop);
+}
+
+Status TopologyLoad(const std::string& fileName, std::unique_ptr<Workspace>& workspace,
+                    const Catalogue& catalogue) {
+    if (!Renew(workspace)) return Status::Error;
+    std::string text;
+    if (!ReadTopologyFile(fileName, text, workspace->errorText)) return Status::Error;
+    return TopologyLoadText(text, fileName, workspace, catalogue);
+}
+
+Status TopologyCheckText(std::string_view text, const std::string& fileName,
+                         std::unique_ptr<Workspace>& workspace, const Catalogue& catalogue) {
+    if (!Renew(workspace)) return Status::Error;
+    LineReader lines(text, fileName);
+    Status status = ReadTopology(lines, *workspace, catalogue, AfterFault::GoOn);
+    MergeStatus(status, CheckTopologyGraph(*workspace, workspace->errorText));
+    return status;
+}
+
+Status TopologyCheck(const std::string& fileName, std::unique_ptr<Workspace>& workspace,
+                     const Catalogue& catalogue) {
+    if (!Renew(workspace)) return Status::Error;
+    std::string text;
+    if (!ReadTopologyFile(fileName, text, workspace->errorText)) return Status::Error;
+    return TopologyCheckText(text, fileName, workspace, catalogue);
+}
+
+}  // namespace photrak
