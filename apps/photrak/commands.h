@@ -1,0 +1,18 @@
+// The commands of the program. Each gives the exit status.
+#pragma once
+
+#include "photrak/options.h"
+
+namespace photrak {
+
+namespace exitStatus {
+inline constexpr int success = 0, failed = 1, warnings = 2, usage = 64;
+/// A run that was asked to stop ends like a program killed by that signal.
+inline constexpr int stoppedBase = 128;
+}  // namespace exitStatus
+
+int RunCommand(const CommandOptions& options);
+int CheckCommand(const CommandOptions& options);
+int ModelsCommand(const CommandOptions& options);
+
+}  // namespace photrak

@@ -1,0 +1,108 @@
+// The command line program: finds the command and its options, and turns the rest over to it.
+
+#include "base/text.h"
+#include "photrak/commands.h"
+#include "photrak/console.h"
+
+#include <exception>
+#include <filesystem>
+#include <new>
+
+namespace photrak {
+namespace {
+
+enum class FileWanted { Needed, Optional };
+
+struct Command {
+    std::string_view name;
+    const char* usage;
+    const char* help;
+    unsigned bit;
+    FileWanted file;
+    int (*run)(const CommandOptions& options);
+};
+
+constexpr Command commandTable[] = {
+    {"run", "photrak run [options] FILE.top", "simulate a topology once and write its results",
+     commandBit::run, FileWanted::Needed, RunCommand},
+    {"check", "photrak check [options] FILE.top", "load a topology and list all its faults; run nothing",
+     commandBit::check, FileWanted::Needed, CheckCommand},
+    {"models", "photrak models [TYPE]", "list the models, or the ports and parameters of one",
+     commandBit::models, FileWanted::Optional, ModelsCommand},
+};
+
+std::string Help() {
+    std::string text =
+        "Photrak designs and simulates fiber-optical links.\n\n"
+        "Usage:\n";
+    for (const Command& command : commandTable) {
+        std::string left = Concat("  ", command.usage);
+        left.resize(38, ' ');
+        text += Concat(left, command.help, "\n");
+    }
+    text +=
+        "  photrak FILE.top                    open the workbench (this build has none)\n"
+        "  photrak --help | --version\n\n"
+        "Options of run:\n";
+    text += OptionHelp(commandBit::run);
+    text +=
+        "\nResult files and log.txt are written in the topology's directory. Standard output lists the\n"
+        "result files; progress, warnings and errors go to standard error.\n"
+        "Exit status: 0 success (with warnings too, unless --strict), 1 the load or the run failed,\n"
+        "2 warnings under --strict, 64 bad usage, 128 + signal after a stop on request.\n";
+    return text;
+}
+
+int BadUsage(std::string_view problem) {
+    Report("error", problem);
+    WriteError("Try 'photrak --help'.\n");
+    return exitStatus::usage;
+}
+
+int Execute(const Command& command, const std::vector<std::string>& arguments) {
+    CommandOptions options;
+    if (const auto problem = ParseOptions(arguments, command.bit, options)) return BadUsage(*problem);
+    if (options.help) {
+        WriteOut(Concat("Usage: ", command.usage, "\n", command.help, "\n\n", OptionHelp(command.bit)));
+        return exitStatus::success;
+    }
+    if (options.file.empty() && command.file == FileWanted::Needed) {
+        return BadUsage(Concat("'", command.name, "' wants a topology file"));
+    }
+    return command.run(options);
+}
+
+int Main(const std::vector<std::string>& arguments) {
+    if (arguments.empty()) return BadUsage("no command given");
+    const std::string& word = arguments.front();
+    if (word == "--help" || word == "-h" || word == "help") {
+        WriteOut(Help());
+        return exitStatus::success;
+    }
+    if (word == "--version") {
+        WriteOut("photrak " PHOTRAK_VERSION "\n");
+        return exitStatus::success;
+    }
+    for (const Command& command : commandTable) {
+        if (word == command.name) return Execute(command, {arguments.begin() + 1, arguments.end()});
+    }
+    if (std::filesystem::path(word).extension() == ".top") {
+        Report("error", "this build has no workbench; use 'photrak run' to simulate the topology");
+        return exitStatus::failed;
+    }
+    return BadUsage(Concat("unknown command '", word, "'"));
+}
+
+}  // namespace
+}  // namespace photrak
+
+int main(int argc, char** argv) {
+    try {
+        return photrak::Main({argv + 1, argv + argc});
+    } catch (const std::bad_alloc&) {
+        photrak::Report("error", "out of memory");
+    } catch (const std::exception& failure) {
+        photrak::Report("error", failure.what());
+    }
+    return photrak::exitStatus::failed;
+}

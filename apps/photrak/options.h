@@ -1,0 +1,35 @@
+// Command line options of the program: one table for parsing and for the help texts.
+#pragma once
+
+#include "kernel/workspace.h"
+
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace photrak {
+
+/// What the user asked for on the command line, for the commands that run or load a topology.
+struct CommandOptions {
+    std::string file;  // the topology, or the model type of `models`
+    std::vector<std::pair<std::string, std::string>> symbols;  // --set NAME=EXPR, in order
+    std::optional<std::string> prefix;
+    std::optional<std::int16_t> plotting;  // PLOTTING code
+    bool noCommands = false, strict = false, quiet = false, verbose = false, help = false;
+};
+
+/// Reads the arguments behind the command's word. A text that says what is wrong, or nothing.
+/// `command` is the bit of the command in the option table.
+std::optional<std::string> ParseOptions(const std::vector<std::string>& arguments, unsigned command,
+                                        CommandOptions& options);
+
+/// The option lines of a command's help, aligned.
+std::string OptionHelp(unsigned command);
+
+/// Bits of the commands in the option table.
+namespace commandBit {
+inline constexpr unsigned run = 1, check = 2, models = 4;
+}
+
+}  // namespace photrak

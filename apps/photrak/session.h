@@ -1,0 +1,33 @@
+// What the commands share: the catalogue with its user models, and a topology loaded from its directory.
+#pragma once
+
+#include "files/user_models.h"
+#include "photrak/options.h"
+
+#include "base/status.h"
+#include "platform/file_system.h"
+
+#include <memory>
+#include <string>
+
+namespace photrak {
+
+struct Session {
+    Catalogue catalogue;
+    UserModelTable userModels;
+    std::unique_ptr<Workspace> workspace;
+    std::unique_ptr<WorkingDirectory> directory;  // the topology's, left at the end
+    std::string fileName;                         // the topology's name within it
+
+    ~Session();
+    ModelTable Models() const;
+};
+
+/// Reads the catalogue beside the executable and binds the user libraries. False after a report.
+bool OpenCatalogue(Session& session);
+/// Enters the topology's directory. False after a report.
+bool EnterDirectory(Session& session, const std::string& path);
+/// Declares the symbols of --set as variables of the workspace, over those of the file.
+void ApplySymbols(Workspace& workspace, const CommandOptions& options);
+
+}  // namespace photrak
