@@ -1,13 +1,12 @@
 #include "photrak/console.h"
 
-#include "base/text.h"
-
-#include <sys/ioctl.h>
-#include <unistd.h>
-
 #include <atomic>
 #include <csignal>
 #include <cstdio>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include "base/text.h"
 
 namespace photrak {
 namespace {
@@ -15,7 +14,8 @@ namespace {
 std::atomic<std::atomic<std::int16_t>*> stopWord{nullptr};
 std::atomic<int> receivedSignal{0};
 static_assert(std::atomic<std::atomic<std::int16_t>*>::is_always_lock_free &&
-                  std::atomic<int>::is_always_lock_free && std::atomic<std::int16_t>::is_always_lock_free,
+                  std::atomic<int>::is_always_lock_free &&
+                  std::atomic<std::int16_t>::is_always_lock_free,
               "the signal handler may touch lock-free words only");
 
 constexpr int stopSignals[] = {SIGINT, SIGTERM, SIGHUP};
@@ -45,7 +45,9 @@ std::string Printable(std::string_view text) {
 ConsoleMessages::ConsoleMessages(Progress progress)
     : progress_(progress), terminal_(isatty(STDERR_FILENO) == 1) {}
 
-ConsoleMessages::~ConsoleMessages() { EndStatusLine(); }
+ConsoleMessages::~ConsoleMessages() {
+    EndStatusLine();
+}
 
 void ConsoleMessages::ShowStatusText(std::string_view text) {
     if (progress_ == Progress::Silent) return;
@@ -60,7 +62,9 @@ void ConsoleMessages::EndStatusLine() {
     lineOpen_ = false;
 }
 
-void ConsoleMessages::ErrorBox(std::string_view text, std::string_view) { errorText_ = text; }
+void ConsoleMessages::ErrorBox(std::string_view text, std::string_view) {
+    errorText_ = text;
+}
 
 void ConsoleMessages::InfoBox(std::string_view text, std::string_view) {
     EndStatusLine();
@@ -87,11 +91,17 @@ StopOnSignal::~StopOnSignal() {
     stopWord = nullptr;
 }
 
-int StopOnSignal::Received() { return receivedSignal; }
+int StopOnSignal::Received() {
+    return receivedSignal;
+}
 
-void WriteOut(std::string_view text) { std::fwrite(text.data(), 1, text.size(), stdout); }
+void WriteOut(std::string_view text) {
+    std::fwrite(text.data(), 1, text.size(), stdout);
+}
 
-void WriteError(std::string_view text) { std::fwrite(text.data(), 1, text.size(), stderr); }
+void WriteError(std::string_view text) {
+    std::fwrite(text.data(), 1, text.size(), stderr);
+}
 
 void Report(std::string_view kind, std::string_view text) {
     while (!text.empty()) {

@@ -2,11 +2,11 @@
 // request of the run.
 #pragma once
 
-#include "kernel/workspace.h"
-#include "platform/host.h"
-
 #include <string>
 #include <string_view>
+
+#include "kernel/workspace.h"
+#include "platform/host.h"
 
 namespace photrak {
 
@@ -35,8 +35,8 @@ class ConsoleMessages : public Messages {
     std::string errorText_;
 };
 
-/// While one exists, the first SIGINT, SIGTERM or SIGHUP sets the run's stop word; a second one has its
-/// usual effect.
+/// While one exists, the first SIGINT, SIGTERM or SIGHUP sets the run's stop word; a second one has
+/// its usual effect.
 class StopOnSignal {
   public:
     explicit StopOnSignal(SimOptions& options);

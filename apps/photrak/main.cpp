@@ -1,12 +1,12 @@
 // The command line program: finds the command and its options, and turns the rest over to it.
 
-#include "base/text.h"
-#include "photrak/commands.h"
-#include "photrak/console.h"
-
 #include <exception>
 #include <filesystem>
 #include <new>
+
+#include "base/text.h"
+#include "photrak/commands.h"
+#include "photrak/console.h"
 
 namespace photrak {
 namespace {
@@ -25,8 +25,9 @@ struct Command {
 constexpr Command commandTable[] = {
     {"run", "photrak run [options] FILE.top", "simulate a topology once and write its results",
      commandBit::run, FileWanted::Needed, RunCommand},
-    {"check", "photrak check [options] FILE.top", "load a topology and list all its faults; run nothing",
-     commandBit::check, FileWanted::Needed, CheckCommand},
+    {"check", "photrak check [options] FILE.top",
+     "load a topology and list all its faults; run nothing", commandBit::check, FileWanted::Needed,
+     CheckCommand},
     {"models", "photrak models [TYPE]", "list the models, or the ports and parameters of one",
      commandBit::models, FileWanted::Optional, ModelsCommand},
 };
@@ -46,9 +47,11 @@ std::string Help() {
         "Options of run:\n";
     text += OptionHelp(commandBit::run);
     text +=
-        "\nResult files and log.txt are written in the topology's directory. Standard output lists the\n"
+        "\nResult files and log.txt are written in the topology's directory. Standard output lists "
+        "the\n"
         "result files; progress, warnings and errors go to standard error.\n"
-        "Exit status: 0 success (with warnings too, unless --strict), 1 the load or the run failed,\n"
+        "Exit status: 0 success (with warnings too, unless --strict), 1 the load or the run "
+        "failed,\n"
         "2 warnings under --strict, 64 bad usage, 128 + signal after a stop on request.\n";
     return text;
 }
@@ -61,9 +64,11 @@ int BadUsage(std::string_view problem) {
 
 int Execute(const Command& command, const std::vector<std::string>& arguments) {
     CommandOptions options;
-    if (const auto problem = ParseOptions(arguments, command.bit, options)) return BadUsage(*problem);
+    if (const auto problem = ParseOptions(arguments, command.bit, options))
+        return BadUsage(*problem);
     if (options.help) {
-        WriteOut(Concat("Usage: ", command.usage, "\n", command.help, "\n\n", OptionHelp(command.bit)));
+        WriteOut(
+            Concat("Usage: ", command.usage, "\n", command.help, "\n\n", OptionHelp(command.bit)));
         return exitStatus::success;
     }
     if (options.file.empty() && command.file == FileWanted::Needed) {

@@ -17,7 +17,8 @@ int ModelsCommand(const CommandOptions& options) {
     }
     const Component* model = FindModel(session.catalogue, options.file);
     if (!model) {
-        Report("error", Concat("the catalogue has no model '", options.file, "'; see photrak models"));
+        Report("error",
+               Concat("the catalogue has no model '", options.file, "'; see photrak models"));
         return exitStatus::failed;
     }
     WriteOut(DescribeModel(*model));

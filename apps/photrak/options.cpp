@@ -1,9 +1,9 @@
 #include "photrak/options.h"
 
-#include "base/text.h"
-
 #include <algorithm>
 #include <array>
+
+#include "base/text.h"
 
 namespace photrak {
 namespace {
@@ -24,7 +24,8 @@ Problem SetSymbol(CommandOptions& options, const std::string& value) {
         return Concat("--set wants NAME=EXPR, not '", value, "'");
     }
     if (equals >= symbolNameCapacity) {
-        return Concat("--set: the name '", value.substr(0, equals), "' is longer than 31 characters");
+        return Concat("--set: the name '", value.substr(0, equals),
+                      "' is longer than 31 characters");
     }
     options.symbols.emplace_back(value.substr(0, equals), value.substr(equals + 1));
     return {};
@@ -37,8 +38,9 @@ Problem SetPlotting(CommandOptions& options, const std::string& value) {
         {"display", DisplayAllPlots},
         {"icon", UsePlotIconSettings},
     }};
-    const auto* word = std::find_if(words.begin(), words.end(),
-                                    [&](const auto& candidate) { return candidate.first == value; });
+    const auto* word = std::find_if(words.begin(), words.end(), [&](const auto& candidate) {
+        return candidate.first == value;
+    });
     if (word == words.end()) {
         return Concat("--plotting wants none, save, display or icon, not '", value, "'");
     }
@@ -92,7 +94,8 @@ std::optional<std::string> ParseOptions(const std::vector<std::string>& argument
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         const std::string& argument = arguments[i];
         if (onlyFiles || argument.size() < 2 || argument[0] != '-') {
-            if (!options.file.empty()) return Concat("one file at a time: '", argument, "' is too many");
+            if (!options.file.empty())
+                return Concat("one file at a time: '", argument, "' is too many");
             options.file = argument;
             continue;
         }
@@ -125,8 +128,8 @@ std::string OptionHelp(unsigned command) {
     std::string text;
     for (const Option& option : optionTable) {
         if (!(option.commands & command)) continue;
-        std::string left = Concat("  ", option.name, option.value ? " " : "",
-                                  option.value ? option.value : "");
+        std::string left =
+            Concat("  ", option.name, option.value ? " " : "", option.value ? option.value : "");
         left.resize(std::max<std::size_t>(left.size() + 2, 24), ' ');
         text += Concat(left, option.help, "\n");
     }

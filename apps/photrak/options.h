@@ -1,12 +1,12 @@
 // Command line options of the program: one table for parsing and for the help texts.
 #pragma once
 
-#include "kernel/workspace.h"
-
 #include <optional>
 #include <string>
 #include <utility>
 #include <vector>
+
+#include "kernel/workspace.h"
 
 namespace photrak {
 

@@ -1,5 +1,7 @@
 // photrak run: the Go command without a display.
 
+#include <chrono>
+
 #include "base/log.h"
 #include "base/text.h"
 #include "files/topology.h"
@@ -8,8 +10,6 @@
 #include "photrak/commands.h"
 #include "photrak/console.h"
 #include "photrak/session.h"
-
-#include <chrono>
 
 namespace photrak {
 namespace {
@@ -43,8 +43,8 @@ void TellBeforeRun(const Session& session, const CommandOptions& options) {
     const Workspace& workspace = *session.workspace;
     WriteError(Concat("photrak: ", session.catalogue.models.size(), " models from ",
                       session.catalogue.modelDirectory, "\n"));
-    WriteError(Concat("photrak: ", session.fileName, ": ", workspace.components.size(), " components, ",
-                      workspace.nodes.size(), " nodes\n"));
+    WriteError(Concat("photrak: ", session.fileName, ": ", workspace.components.size(),
+                      " components, ", workspace.nodes.size(), " nodes\n"));
     for (const Variable& variable : workspace.variables) {
         WriteError(Concat("photrak: symbol ", variable.name, " = ", variable.value, "\n"));
     }
@@ -67,7 +67,7 @@ int Conclude(Status status, bool warned, const Session& session, const ConsoleMe
         Report("note", "warnings occurred during the simulation; see log.txt beside the topology");
     }
     return (warned || status == Status::Warning) && options.strict ? exitStatus::warnings
-                                                                  : exitStatus::success;
+                                                                   : exitStatus::success;
 }
 
 }  // namespace

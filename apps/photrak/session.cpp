@@ -1,12 +1,12 @@
 #include "photrak/session.h"
 
+#include <filesystem>
+
 #include "base/text.h"
 #include "files/catalogue.h"
 #include "kernel/graph.h"
 #include "models/dispatch.h"
 #include "photrak/console.h"
-
-#include <filesystem>
 
 namespace photrak {
 
@@ -15,7 +15,9 @@ Session::~Session() {
     ReleaseModels(catalogue);
 }
 
-ModelTable Session::Models() const { return {BuiltInModels(), &userModels}; }
+ModelTable Session::Models() const {
+    return {BuiltInModels(), &userModels};
+}
 
 bool OpenCatalogue(Session& session) {
     std::string text;

@@ -1,14 +1,14 @@
-// What the commands share: the catalogue with its user models, and a topology loaded from its directory.
+// What the commands share: the catalogue with its user models, and a topology loaded from its
+// directory.
 #pragma once
-
-#include "files/user_models.h"
-#include "photrak/options.h"
-
-#include "base/status.h"
-#include "platform/file_system.h"
 
 #include <memory>
 #include <string>
+
+#include "base/status.h"
+#include "files/user_models.h"
+#include "photrak/options.h"
+#include "platform/file_system.h"
 
 namespace photrak {
 
