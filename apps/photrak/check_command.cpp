@@ -1,0 +1,44 @@
+// photrak check: loads a topology, tells every fault that can be seen without running, runs nothing.
+
+#include "base/text.h"
+#include "files/topology.h"
+#include "files/topology_check.h"
+#include "photrak/commands.h"
+#include "photrak/console.h"
+#include "photrak/session.h"
+
+namespace photrak {
+namespace {
+
+/// The symbols of the command line come after the load; what depends on them is looked at again.
+void CheckWithSymbols(Workspace& workspace, const CommandOptions& options, Status& status) {
+    if (options.symbols.empty()) return;
+    ApplySymbols(workspace, options);
+    std::string text;
+    MergeStatus(status, CheckTopologyGraph(workspace, text));
+    Report("with --set", text);
+}
+
+}  // namespace
+
+int CheckCommand(const CommandOptions& options) {
+    ConsoleMessages messages(Progress::Silent);
+    Host host = CurrentHost();
+    host.messages = &messages;
+    const HostScope scope(host);
+
+    Session session;
+    if (!OpenCatalogue(session) || !EnterDirectory(session, options.file)) return exitStatus::failed;
+    Status status = TopologyCheck(session.fileName, session.workspace, session.catalogue);
+    if (!session.workspace) return exitStatus::failed;
+    Report(status == Status::Error ? "error" : "warning", session.workspace->errorText);
+    CheckWithSymbols(*session.workspace, options, status);
+    if (status == Status::Error) return exitStatus::failed;
+    if (!options.quiet) {
+        WriteOut(Concat(options.file, ": ", session.workspace->components.size(), " components, ",
+                        status == Status::Warning ? "warnings" : "no faults", "\n"));
+    }
+    return status == Status::Warning && options.strict ? exitStatus::warnings : exitStatus::success;
+}
+
+}  // namespace photrak
