@@ -1,6 +1,8 @@
 // The built-in models in the order in which a component's type is compared. A new model is one row.
 #include "models/dispatch.h"
 
+#include "models/sources/lasers.h"
+#include "models/sources/modulator.h"
 #include "models/sources/prbs.h"
 #include "results/signal_plot.h"
 
@@ -22,6 +24,9 @@ constexpr ModelEntry builtInModels[] = {
     {"Optical_Plot", RunSignalPlot},
     {"SignalPlot", RunSignalPlot},
     {"ChirpPlot", RunChirpPlot},
+    {"ModeLockedLaserModel", RunModeLockedLaser},
+    {"CWLaserModel", RunCwLaser},
+    {"Modulator", RunModulator},
 };
 
 }  // namespace
