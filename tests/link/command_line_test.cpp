@@ -83,6 +83,62 @@ TEST(CommandLine, SymbolsThatGrowWithoutEndAreRefusedAtOnce) {
     }
 }
 
+/// A dozen faults in one file: each is told with its own text, and nothing of them hides another.
+TEST(CommandLine, CheckTellsEveryFault) {
+    const TempDir directory;
+    const std::string head = "NOTE\nICON x 0 0\nNUMINPUTS 1\nNUMOUTPUTS 1\n";
+    const std::string generator = " PseudoRandomBinarySequenceGenerator\n" + head;
+    WriteText("f.top",
+              "FLY away\n"
+              "BEGINVARIABLES\nv ArrayType 1\nENDVARIABLES\n"
+              "NODEBEGIN 1 BinSigType\nENDNODE\nNODEBEGIN 1 OpSigType\nENDNODE\n"
+              "NODEBEGIN 2 OddSigType\nENDNODE\n"
+              "NODEBEGIN 3 BinSigType\nSIGNALSAVEMODE Never\nENDNODE\n"
+              "COMPONENT\n"
+              "COMPONENT a Warp\n" +
+                  head +
+                  "INPUTFROM 0\nOUTPUTTO 1\nENDCOMPONENT\n"
+                  "COMPONENT b" +
+                  generator +
+                  "INPUTTO 0\nOUTPUTTO 1\nENDCOMPONENT\n"
+                  "COMPONENT c" +
+                  generator +
+                  "INPUTFROM 0\nOUTPUTAT 1\nENDCOMPONENT\n"
+                  "COMPONENT d" +
+                  generator +
+                  "INPUTFROM 0 4 5\nOUTPUTTO 1\nENDCOMPONENT\n"
+                  "COMPONENT e" +
+                  generator +
+                  "INPUTFROM 0\nOUTPUTTO 6\n"
+                  "PARAM patternLength float\nVALUE 1\nENDPARAM\nENDCOMPONENT\n"
+                  "COMPONENT g" +
+                  generator +
+                  "INPUTFROM 0\nOUTPUTTO 7\n"
+                  "PARAM patternLength IntType\nVALUE nowhere\nENDPARAM\nENDCOMPONENT\n"
+                  "COMPONENT h" +
+                  generator +
+                  "INPUTFROM 0\nOUTPUTTO 8\n"
+                  "PARAM patternLength IntType\nVALUE 99\nENDPARAM\nENDCOMPONENT\n"
+                  "COMPONENT i SignalPlot\n" +
+                  head +
+                  "INPUTFROM 9\nOUTPUTTO 0\nENDCOMPONENT\n"
+                  "COMPONENT j" +
+                  generator + "INPUTFROM 0\n");
+    const ProgramResult result = Photrak("check f.top");
+    EXPECT_EQ(result.status, 1);
+    for (const char* text :
+         {"I do not understand the following keyword: FLY", "variable cannot be type ArrayType",
+          "node signaltype conflicts in node 1", "node signaltype cannot be type OddSigType",
+          "node signalsavemode cannot be Never", "component name and type missing",
+          "Cannot create component 'a' of model type 'Warp'", "Error in Component INPUT_FROM field",
+          "Error in Component OUTPUTTO field", "in d input or output node counts", "'e'",
+          "'patternLength' value cannot be evaluated",
+          "'patternLength' greater than maximum value; change to 64", "'i'", "'j'", "f.top:3"}) {
+        EXPECT_NE(result.error.find(text), std::string::npos) << text << " is missing in\n"
+                                                              << result.error;
+    }
+}
+
 TEST(CommandLine, StrictTurnsWarningsIntoAStatus) {
     const TempDir directory;
     WriteText("w.top", Link("", "Bits", "", "nowhere"));

@@ -53,8 +53,8 @@ TEST_F(Examples, LogHasALineForEveryComponent) {
               "Simulation Completed\n");
 }
 
-/// A trace of bits ends with its first bit again: the last bit is not visited, which is how the plot
-/// block walks all but magnitudes.
+/// A trace of bits ends with its first bit again: the last bit is not visited, which is how the
+/// plot block walks all but magnitudes.
 TEST_F(Examples, PatternPortsFollowEachOtherByTheShift) {
     const ProgramResult result = Photrak("run --no-commands patterns.top");
     ASSERT_EQ(result.status, 0) << result.error;

@@ -31,16 +31,20 @@ inline void WriteText(const std::filesystem::path& path, std::string_view text) 
     std::ofstream(path, std::ios::binary) << text;
 }
 
-/// Runs photrak with the words of a shell command line, in the working directory.
-inline ProgramResult Photrak(const std::string& arguments) {
-    const std::string command = std::string(PHOTRAK_BINARY_DIR "/bin/photrak ") + arguments +
-                                " >program.out 2>program.err </dev/null";
+/// Runs a shell command line in the working directory.
+inline ProgramResult RunProgram(const std::string& commandLine) {
+    const std::string command = commandLine + " >program.out 2>program.err </dev/null";
     const int wait = std::system(command.c_str());
     ProgramResult result;
     result.status = WIFEXITED(wait) ? WEXITSTATUS(wait) : -1;
     result.out = FileText("program.out");
     result.error = FileText("program.err");
     return result;
+}
+
+/// Runs the program with the words of a shell command line.
+inline ProgramResult Photrak(const std::string& arguments) {
+    return RunProgram(PHOTRAK_BINARY_DIR "/bin/photrak " + arguments);
 }
 
 /// A table of numbers as the result files hold them: a row per line, columns split at blanks.
