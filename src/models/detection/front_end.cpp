@@ -1,0 +1,163 @@
+// Both models give the positive frequencies; the negative ones are their conjugates.
+#include "models/detection/front_end.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "base/line_reader.h"
+#include "base/text.h"
+#include "kernel/parameters.h"
+#include "kernel/sample_arrays.h"
+#include "numeric/interpolation.h"
+
+namespace photrak {
+namespace {
+
+constexpr std::string_view frequencyDelimiters = " \t\n";
+constexpr std::string_view transferDelimiters = " ,\t\n";
+constexpr std::size_t shortestRowBytes = 6;  // "1 1 1" and the line's end
+
+Status Fail(FrontEndParams& frontEnd, std::string& reason, std::string text) {
+    frontEnd.count = 0;
+    reason = std::move(text);
+    return Status::Error;
+}
+
+/// The number at the start of a word; false if there is none, or none that is finite.
+bool ReadWord(std::string_view word, double& value) {
+    std::size_t used = 0;
+    value = ReadDouble(word, &used);
+    return used != 0 && std::isfinite(value);
+}
+
+bool ReadRow(LineReader& reader, FrontEndParams& frontEnd, std::int32_t row) {
+    return ReadWord(reader.Word(frequencyDelimiters), frontEnd.frequency.get()[row]) &&
+           ReadWord(reader.Word(transferDelimiters), frontEnd.realPart.get()[row]) &&
+           ReadWord(reader.Word(transferDelimiters), frontEnd.imagPart.get()[row]);
+}
+
+/// Interpolation divides by differences of frequencies, and the search needs an order.
+bool KeepsOrder(const double* frequency, std::int32_t row) {
+    if (row < 2) return true;
+    const double step = frequency[row] - frequency[row - 1];
+    return row == 2 ? step != 0.0 : step * (frequency[2] - frequency[1]) > 0.0;
+}
+
+/// H at element i = `positive` at (i - 1) df, its conjugate at element N + 2 - i.
+// Kept deliberately: element N/2 + 1 is its own partner and ends up with the conjugate.
+template <class Transfer>
+void FillPairs(Complex* H, long n, double df, Transfer positive) {
+    for (long i = 2; i <= n / 2 + 1; ++i) {
+        const Complex h = positive(static_cast<double>(i - 1) * df);
+        H[i] = h;
+        H[n + 2 - i] = Conjugate(h);
+    }
+}
+
+/// Flat at tZ between the corners.
+struct DefinedTransfer {
+    double tZ, zero, pole;
+
+    Complex operator()(double f) const {
+        return MakeComplex(tZ * pole * f) / (Complex{f, zero} * Complex{pole, f});
+    }
+};
+
+/// The cubic through the four rows around f (all rows of a shorter table), beyond the ends of the
+/// table as well.
+struct TableTransfer {
+    const double *frequency, *realPart, *imagPart;
+    int count;
+
+    Complex operator()(double f) const {
+        const int rows = std::min(count, 4);
+        const int before = count > 4 ? WindowOfFour(frequency, count, f) - 1 : 0;
+        Complex h;
+        double error = 0.0;
+        PolyIntTwoRealArray(frequency + before, realPart + before, rows, f, &h.re, &error);
+        PolyIntTwoRealArray(frequency + before, imagPart + before, rows, f, &h.im, &error);
+        return h;
+    }
+};
+
+}  // namespace
+
+FrontEndParams ReadFrontEndParams(const Component& component) {
+    Parameter* list = component.parameters;
+    FrontEndParams frontEnd;
+    frontEnd.modelType = GetParamText(list, "fe_modeltype", "");
+    frontEnd.tZ = GetParamDouble(list, "fe_tZ", 0.0);
+    frontEnd.zero = GetParamDouble(list, "fe_zero", 0.0);
+    frontEnd.pole = GetParamDouble(list, "fe_pole", 0.0);
+    frontEnd.filename = GetParamText(list, "fe_filename", "");
+    return frontEnd;
+}
+
+Status ReadFrontEndTable(std::string_view text, FrontEndParams& frontEnd, std::string& reason) {
+    LineReader reader(text, frontEnd.filename);
+    reader.Next();
+    const std::int32_t announced = ReadInt(reader.Word(frequencyDelimiters));
+    if (announced < 1) return Fail(frontEnd, reason, "the number of rows is not above 0");
+    // A text cannot hold more rows than this, whatever it announces.
+    const std::size_t possible = reader.BytesLeft() / shortestRowBytes + 1;
+    const auto capacity =
+        static_cast<std::int32_t>(std::min<std::size_t>(possible, std::size_t(announced)));
+    for (OwnedBlock<double>* column :
+         {&frontEnd.frequency, &frontEnd.realPart, &frontEnd.imagPart}) {
+        column->reset(NewSamples<double>(capacity));
+        if (!*column) return Fail(frontEnd, reason, "insufficient memory for its rows");
+    }
+    std::int32_t row = 0;
+    while (row < capacity && reader.Next()) {
+        if (!ReadRow(reader, frontEnd, ++row)) {
+            return Fail(frontEnd, reason,
+                        Concat("line ", reader.LineNumber(), " does not hold three numbers"));
+        }
+        if (!KeepsOrder(frontEnd.frequency.get(), row)) {
+            return Fail(frontEnd, reason,
+                        Concat("the frequency in line ", reader.LineNumber(),
+                               " does not continue the order of those above it"));
+        }
+    }
+    frontEnd.count = row;
+    return Status::Success;
+}
+
+std::string BadTableText(const FrontEndParams& frontEnd) {
+    return FillIn("Error reading receiver front end custom data file '%s'\n", {frontEnd.filename});
+}
+
+Status FrontEnd(const ElecSig* esOut, const FrontEndParams& frontEnd, Complex* H,
+                std::string& message) {
+    if (!esOut || !H) {
+        message += "Empty input ElecSig in FrontEnd().\n";
+        return Status::Error;
+    }
+    if (esOut->domain != FreqDomain) {
+        message += "Error input signal domain in FrontEnd().\n";
+        return Status::Error;
+    }
+    const long n = esOut->noPoints;
+    const double df = 1.0 / (static_cast<double>(n) * esOut->tStep);
+    if (frontEnd.modelType == "defined") {
+        // Kept deliberately: DC does not see the low corner, so that the mean of a signal passes.
+        H[1] = MakeComplex(frontEnd.tZ);
+        FillPairs(H, n, df, DefinedTransfer{frontEnd.tZ, frontEnd.zero, frontEnd.pole});
+        return Status::Success;
+    }
+    if (frontEnd.modelType != "custom") {
+        message += "Error in FrontEnd amplifier type.\n";
+        return Status::Error;
+    }
+    if (frontEnd.count < 1) {
+        message += BadTableText(frontEnd);
+        return Status::Error;
+    }
+    const double* re = frontEnd.realPart.get();
+    const double* im = frontEnd.imagPart.get();
+    H[1] = MakeComplex(Magnitude({re[1], im[1]}));
+    FillPairs(H, n, df, TableTransfer{frontEnd.frequency.get(), re, im, frontEnd.count});
+    return Status::Success;
+}
+
+}  // namespace photrak

@@ -1,0 +1,42 @@
+// The receiver's front-end amplifier: its transfer array, current in, voltage out, from two corner
+// frequencies or from a measured table.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "base/memory.h"
+#include "kernel/driver.h"
+
+namespace photrak {
+
+struct FrontEndParams {
+    std::string modelType;  // "defined" or "custom"
+    double tZ = 0.0;        // transimpedance, V/A
+    double zero = 0.0;      // low corner, Hz
+    double pole = 0.0;      // high corner, Hz
+    std::string filename;   // of the custom table
+
+    // The custom table: rows 1..count, frequency (Hz) strictly rising or falling, transfer in V/A.
+    OwnedBlock<double> frequency, realPart, imagPart;
+    std::int32_t count = 0;
+};
+
+/// Reads `fe_modeltype`, `fe_tZ`, `fe_zero`, `fe_pole`, `fe_filename`; no table yet.
+FrontEndParams ReadFrontEndParams(const Component& component);
+
+/// Fills the table from the text of a file: a number of rows n, then in each line a frequency and
+/// the two parts of the transfer; what stands behind n rows is not looked at. A text that ends
+/// early gives the rows that it has. Anything else leaves the table empty and a reason (one clause,
+/// no new line) in `reason`.
+Status ReadFrontEndTable(std::string_view text, FrontEndParams& frontEnd, std::string& reason);
+
+/// "Error reading receiver front end custom data file 'NAME'\n".
+std::string BadTableText(const FrontEndParams& frontEnd);
+
+/// Fills H[1..esOut->noPoints], V/A, in transform order. esOut tells the sampling and must be in
+/// the frequency domain.
+Status FrontEnd(const ElecSig* esOut, const FrontEndParams& frontEnd, Complex* H,
+                std::string& message);
+
+}  // namespace photrak

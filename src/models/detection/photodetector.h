@@ -1,0 +1,51 @@
+// The photodetector: optical power to photocurrent, and the detector's frequency response. Its
+// noise is the receiver's business (receiver_noise.h).
+#pragma once
+
+#include <string>
+
+#include "kernel/driver.h"
+
+namespace photrak {
+
+/// 2 q, A s: twice the elementary charge, the one-sided shot noise density of 1 A.
+inline constexpr double twiceElementaryCharge = 3.20436e-19;
+
+struct PhotoDetectorParams {
+    std::string modelType;           // "empirical" or "intrinsic"
+    double loadResistance = 0.0;     // ohm
+    double seriesResistance = 0.0;   // ohm
+    double deviceCapacitance = 0.0;  // F
+    double layerThickness = 0.0;     // of the absorbing layer, m
+    double electronVelocity = 0.0;   // m/s
+    double holeVelocity = 0.0;       // m/s
+    double absorptionCoeff = 0.0;    // 1/m
+    double reflectivity = 0.0;       // of the surface, fraction of the power
+    double quantumEff = 0.0;         // fraction; negative: computed from absorption and reflection
+    double lossGain = 0.0;           // dB as read; DetectPulse replaces it by the amplitude factor
+    double darkCurrent = 0.0;        // A
+    double respfp = 0.0;             // pole of the empirical response, Hz
+    double respfo = 0.0;             // its resonance, Hz
+    double respg = 0.0;              // its damping
+    double APD_Multiplier = 1.0;     // avalanche gain M
+    double ionizationCoef = 1.0;     // ionization ratio k
+    bool detect = false;             // apply the frequency response
+
+    // Derived by DetectPulse.
+    double RC = 0.0;               // s
+    double electronTransit = 0.0;  // s
+    double holeTransit = 0.0;      // s
+    double opticalDepth = 0.0;     // absorption times thickness
+    double responsivity = 0.0;     // A/W, without avalanche gain
+    double darkShotDensity = 0.0;  // A^2/Hz
+};
+
+PhotoDetectorParams ReadPhotoDetectorParams(const Component& component);
+
+/// Fills the derived fields and the photocurrent's spectrum in esOut (CURRENT, frequency domain).
+/// \param optical  time domain; the squared magnitude of its samples is power, W. Their number must
+///                 be a power of two.
+Status DetectPulse(const OpSig* optical, ElecSig* esOut, PhotoDetectorParams& detector,
+                   std::string& message);
+
+}  // namespace photrak

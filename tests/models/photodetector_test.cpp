@@ -1,0 +1,169 @@
+#include "models/detection/photodetector.h"
+
+#include <cmath>
+#include <complex>
+#include <numbers>
+
+#include "support/signals.h"
+
+namespace photrak {
+namespace {
+
+using LongComplex = std::complex<long double>;
+
+constexpr std::int32_t size = 64;
+constexpr double df = 1e9;  // Hz
+
+PhotoDetectorParams IdealDetector() {
+    PhotoDetectorParams detector;
+    detector.quantumEff = 1.0;
+    return detector;
+}
+
+/// A layer with every effect of comparable size.
+PhotoDetectorParams IntrinsicDetector() {
+    PhotoDetectorParams detector = IdealDetector();
+    detector.modelType = "intrinsic";
+    detector.detect = true;
+    detector.lossGain = -6.0;
+    detector.layerThickness = 2e-6;
+    detector.electronVelocity = 6.5e4;
+    detector.holeVelocity = 4.8e4;
+    detector.absorptionCoeff = 6.8e5;
+    detector.loadResistance = 50.0;
+    detector.seriesResistance = 10.0;
+    detector.deviceCapacitance = 0.2e-12;
+    return detector;
+}
+
+/// All power in the first sample, so that every element of the ideal spectrum is the same.
+Owned<OpSig> Flash(std::int32_t n = size) {
+    Owned<OpSig> light;
+    EXPECT_EQ(Make(light, CreateOpSig, n), 0);
+    light->tStep = 1.0 / (n * df);
+    light->startTime = 7e-12;
+    light->bitRate = 1e10;
+    light->patternLength = 4;
+    light->wavelength = 1.55e-6;
+    light->Ex_samples[1] = {0.0, 0.03};
+    return light;
+}
+
+/// Spectrum over that of the bare photocurrent.
+std::vector<LongComplex> Response(PhotoDetectorParams detector) {
+    std::vector<LongComplex> h(size + 1);
+    Owned<ElecSig> es;
+    EXPECT_EQ(Make(es, CreateElecSig, size), 0);
+    std::string text;
+    EXPECT_EQ(DetectPulse(Flash().get(), es.get(), detector, text), Status::Success) << text;
+    const long double current = 0.03L * 0.03L * detector.responsivity;
+    for (int i = 1; i <= size; ++i) {
+        h[i] = LongComplex(es->elecSamples[i].re, es->elecSamples[i].im) / current;
+    }
+    return h;
+}
+
+// q lambda / (h c) with the constants of the SI; those built in are an older set.
+TEST(Photodetector, TurnsPowerIntoCurrent) {
+    const double perMeter = 1.602176634e-19 / (6.62607015e-34 * 299792458.0);
+    const Owned<OpSig> light = Flash();
+    ASSERT_EQ(AddEySamples(light.get()), 0);
+    light->Ey_samples[1] = {0.04, 0.0};
+    PhotoDetectorParams detector = IdealDetector();
+    detector.quantumEff = 0.8;
+    detector.APD_Multiplier = 10.0;
+    detector.darkCurrent = 5e-9;
+    Owned<ElecSig> es;
+    ASSERT_EQ(Make(es, CreateElecSig, 1), 0) << "the size comes with the light";
+    std::string text;
+    ASSERT_EQ(DetectPulse(light.get(), es.get(), detector, text), Status::Success);
+    EXPECT_NEAR(detector.responsivity / (0.8 * 1.55e-6 * perMeter), 1.0, 2e-5);
+    EXPECT_NEAR(detector.darkShotDensity / (2 * 1.602176634e-19 * 5e-9), 1.0, 5e-6);
+    ASSERT_EQ(es->noPoints, size);
+    for (int i = 1; i <= size; ++i) {
+        EXPECT_NEAR(std::abs(Value(es->elecSamples[i]) - 0.0025 * detector.responsivity * 10.0),
+                    0.0, 1e-16);
+    }
+    EXPECT_EQ(es->UnitType, CurrentUnit);
+    EXPECT_EQ(es->domain, FreqDomain);
+    EXPECT_EQ(es->tStep, light->tStep);
+    EXPECT_EQ(es->startTime, 7e-12);
+    EXPECT_EQ(es->bitRate, 1e10);
+    EXPECT_EQ(es->patternLength, 4);
+}
+
+TEST(Photodetector, FollowsPoleAndResonance) {
+    PhotoDetectorParams detector = IdealDetector();
+    detector.modelType = "empirical";
+    detector.detect = true;
+    detector.lossGain = 20.0;
+    detector.respfp = 8e9;
+    detector.respfo = 1e30;
+    detector.respg = 0.3;
+    const auto pole = Response(detector);
+    EXPECT_NEAR(std::abs(pole[1] - 10.0L), 0.0, 1e-12);
+    EXPECT_NEAR(std::abs(pole[9] - std::sqrt(50.0L)), 0.0, 1e-12) << "half power at the pole";
+    EXPECT_NEAR(std::abs(pole[size + 2 - 9] - pole[9]), 0.0, 1e-12);
+    EXPECT_NEAR(std::abs(pole[size / 2 + 1] - 100.0L / 17.0L), 0.0, 1e-12)
+        << "the last element gets the factor of both ends";
+    detector.respfp = 1e30;
+    detector.respfo = 8e9;
+    const auto resonance = Response(detector);
+    EXPECT_NEAR(std::abs(resonance[9] - 10.0L / 0.6L), 0.0, 1e-11) << "1 / (2 g) at the resonance";
+    // Far above, fo^2/f^2 with its correction: 1 / sqrt((1 - 9)^2 + 4 * 9 * g^2) at 3 fo.
+    EXPECT_NEAR(std::abs(resonance[25] - 10.0L / std::sqrt(64.0L + 36.0L * 0.09L)), 0.0, 1e-12);
+}
+
+/// The four transit terms in their textbook form, in long double.
+LongComplex TransitResponse(const PhotoDetectorParams& p, long double f) {
+    const long double w = 2 * std::numbers::pi_v<long double> * f;
+    const long double a = static_cast<long double>(p.absorptionCoeff) * p.layerThickness;
+    const LongComplex je(0, w * p.layerThickness / p.electronVelocity);
+    const LongComplex jh(0, w * p.layerThickness / p.holeVelocity);
+    const LongComplex t1 = (1.0L - std::exp(-a) * std::exp(-je)) / (a + je);
+    const LongComplex t2 = std::exp(-a) * (std::exp(-je) - 1.0L) / je;
+    const LongComplex t3 = (1.0L - std::exp(-jh)) / jh;
+    const LongComplex t4 = -std::exp(-a) * (1.0L - std::exp(a) * std::exp(-jh)) / (-a + jh);
+    const long double rc = (p.loadResistance + p.seriesResistance) * p.deviceCapacitance;
+    return std::pow(10.0L, p.lossGain / 20) * (t1 + t2 + t3 + t4) * (1.0L - std::exp(-a)) *
+           LongComplex(1.0L, w * rc);
+}
+
+TEST(Photodetector, FollowsTheTransitOfTheCarriers) {
+    const PhotoDetectorParams detector = IntrinsicDetector();
+    const auto h = Response(detector);
+    EXPECT_NEAR(std::abs(h[1] - std::pow(10.0L, -0.3L)), 0.0, 1e-14);
+    for (int i = 2; i <= size / 2; ++i) {
+        const LongComplex expected = TransitResponse(detector, (i - 1) * df);
+        EXPECT_NEAR(std::abs(h[i] - expected), 0.0, 1e-13) << i;
+        EXPECT_NEAR(std::abs(h[size + 2 - i] - std::conj(expected)), 0.0, 1e-13) << i;
+    }
+    const LongComplex last = TransitResponse(detector, size / 2 * df);
+    EXPECT_NEAR(std::abs(h[size / 2 + 1] - std::norm(last)), 0.0, 1e-13);
+}
+
+// The response counts the absorbed fraction twice, DC not at all; and RC raises high frequencies.
+TEST(Photodetector, KeepsTheStepNextToDcAndTheRisingRC) {
+    PhotoDetectorParams detector = IntrinsicDetector();
+    detector.lossGain = 0.0;
+    detector.electronVelocity = detector.holeVelocity = 1e30;
+    const long double absorbed = 1.0L - std::exp(-1.36L);
+    const auto h = Response(detector);
+    for (const int i : {2, 9, 30}) {
+        const LongComplex rc(1.0L, 2 * std::numbers::pi_v<long double> * (i - 1) * df * 1.2e-11L);
+        EXPECT_NEAR(std::abs(h[i] - absorbed * absorbed * rc), 0.0, 1e-13) << i;
+    }
+    EXPECT_NEAR(std::abs(h[1] - 1.0L), 0.0, 1e-14);
+}
+
+TEST(Photodetector, HoldsAtTheLimitsOfItsFormulas) {
+    PhotoDetectorParams thick = IntrinsicDetector();
+    thick.absorptionCoeff = 1e12;  // all light at the entrance: exp(a) is beyond the range
+    for (const LongComplex& h : Response(thick)) EXPECT_TRUE(std::isfinite(std::abs(h)));
+    PhotoDetectorParams thin = IntrinsicDetector();
+    thin.layerThickness = 0.0;
+    EXPECT_EQ(std::abs(Response(thin)[2]), 0.0L) << "no layer absorbs nothing";
+}
+
+}  // namespace
+}  // namespace photrak
