@@ -1,6 +1,8 @@
 // The built-in models in the order in which a component's type is compared. A new model is one row.
 #include "models/dispatch.h"
 
+#include "models/detection/electrical_filter.h"
+#include "models/detection/receiver.h"
 #include "models/sources/lasers.h"
 #include "models/sources/modulator.h"
 #include "models/sources/prbs.h"
@@ -19,6 +21,8 @@ Status RunChirpPlot(const ModelCall& call) {
 
 constexpr ModelEntry builtInModels[] = {
     {"PseudoRandomBinarySequenceGenerator", RunPrbs},
+    {"ElectricalFilter", ElectricalFilter},
+    {"ReceiverModel", ReceiverModel},
     // The two older names stand in topologies and catalogs from before the plots were one.
     {"Elec_Plot", RunSignalPlot},
     {"Optical_Plot", RunSignalPlot},

@@ -1,0 +1,268 @@
+// The chain in physical order. The strongest channel sets time grid, carrier and intensity noise;
+// the others join it as powers, so that beats between channels do not exist here.
+#include "models/detection/receiver.h"
+
+#include <cmath>
+
+#include "base/arrays.h"
+#include "base/text.h"
+#include "kernel/parameters.h"
+#include "kernel/sample_arrays.h"
+#include "models/detection/electrical_spectrum.h"
+#include "numeric/messages.h"
+#include "numeric/samples.h"
+#include "platform/file_system.h"
+
+namespace photrak {
+namespace {
+
+constexpr double speedOfLight = 299792458.0;  // m/s
+constexpr std::int32_t fewestSamples = 8;     // the noise integrals weigh three points at each end
+constexpr std::size_t maxTableFileBytes = std::size_t{1} << 28;
+
+Status Fail(std::string_view text, std::string& message) {
+    message += text;
+    return Status::Error;
+}
+
+const OpSig& StrongestChannel(const OpSig* channels) {
+    const OpSig* strongest = channels;
+    double most = AverageOpSigPower(channels);
+    for (const OpSig& channel : Items(channels->next)) {
+        const double power = AverageOpSigPower(&channel);
+        if (power > most) {
+            most = power;
+            strongest = &channel;
+        }
+    }
+    return *strongest;
+}
+
+/// Finds samples of another channel on the time grid of this one: nearest sample, round the period.
+struct NearestSample {
+    double tStep, startTime, otherStep, otherStart;  // s
+    std::int32_t count;
+
+    double Position(std::int32_t i) const { return ((i - 1) * tStep + startTime - otherStart) / otherStep + 0.5; }
+    /// Positions that a 64-bit integer can hold for all of 1..n. One sample needs no position.
+    bool Works(std::int32_t n) const {
+        constexpr double farthest = 4e18;
+        return count == 1 ||
+               (std::fabs(Position(1)) < farthest && std::fabs(Position(n)) < farthest);
+    }
+    std::int32_t operator()(std::int32_t i) const {
+        if (count == 1) return 1;
+        const std::int64_t j = static_cast<std::int64_t>(Position(i)) % count;
+        return static_cast<std::int32_t>(j < 0 ? j + count : j) + 1;
+    }
+};
+
+NearestSample Lookup(const OpSig& other, const OpSig& reference) {
+    return {reference.tStep, reference.startTime, other.tStep, other.startTime, other.noPoints};
+}
+
+using Polarization = Complex* OpSig::*;
+
+/// Replaces one polarization of `sum` by the amplitude of the summed powers of all channels.
+void SumPowers(const OpSig* channels, const OpSig& strongest, Polarization which, OpSig& sum,
+               double* Is) {
+    Complex* target = sum.*which;
+    const std::int32_t n = sum.noPoints;
+    for (std::int32_t i = 1; i <= n; ++i) Is[i] = SquaredMagnitude(target[i]);
+    for (const OpSig& other : Items(channels)) {
+        // Kept deliberately: a second polarization that the strongest channel lacks is not seen.
+        const Complex* samples = other.*which;
+        if (&other == &strongest || !samples || other.noPoints < 1) continue;
+        const NearestSample nearest = Lookup(other, sum);
+        for (std::int32_t i = 1; i <= n; ++i) Is[i] += SquaredMagnitude(samples[nearest(i)]);
+    }
+    for (std::int32_t i = 1; i <= n; ++i) target[i] = MakeComplex(std::sqrt(Is[i]));
+}
+
+/// Everything that a stage could stumble over, before any stage runs.
+Status CheckInput(const OpSig* channels, const OpSig& strongest, const ReceiverParams& params,
+                  std::string& message) {
+    const Status sampling =
+        CheckSampling(strongest.noPoints, strongest.tStep, fewestSamples, params.owner, message);
+    if (sampling != Status::Success) return sampling;
+    for (const OpSig& other : Items(channels)) {
+        if (other.noPoints < 1 || Lookup(other, strongest).Works(strongest.noPoints)) continue;
+        return RefuseComponent(params.owner,
+                               Concat("a channel with the time step ", other.tStep,
+                                      " s and the start time ", other.startTime, " s"),
+                               message);
+    }
+    if (params.frontEnd.modelType == "custom" && params.frontEnd.count < 1) {
+        message += BadTableText(params.frontEnd);
+        return RefuseComponent(params.owner, "a custom front end without a table", message);
+    }
+    return Status::Success;
+}
+
+/// Multiplies the photocurrent's spectrum by H and returns to time.
+void ToVoltage(ElecSig& esOut, const Complex* H) {
+    const long n = esOut.noPoints;
+    MultiplyElement(esOut.fftView, 1, H[1]);
+    for (long i = 2; i <= n / 2 + 1; ++i) {
+        // Kept deliberately: element N/2 + 1 is both ends of the walk and is multiplied twice.
+        MultiplyElement(esOut.fftView, i, H[i]);
+        MultiplyElement(esOut.fftView, n + 2 - i, H[n + 2 - i]);
+    }
+    ReturnToTime(esOut.fftView, n);
+    esOut.UnitType = VoltageUnit;
+    esOut.domain = TimeDomain;
+}
+
+/// The optical signal's properties that the noise depends on.
+struct OpticalNoise {
+    const OpSigASE* ase;  // only the first spectrum counts
+    double wavelength;    // m
+    double RIN;           // 1/Hz
+};
+
+NoiseTerms Terms(const TransferArray& transfer, double peak, const OpticalNoise& light,
+                 const PhotoDetectorParams& detector, const NoisePolynomial& density) {
+    const double excess = ExcessNoise(detector.APD_Multiplier, detector.ionizationCoef);
+    NoiseTerms terms;
+    terms.bandwidth = NoiseBandwidth(transfer);
+    terms.receiverNoise = ReceiverNoise(transfer, density);
+    const double aseDensity =
+        light.ase
+            ? NoiseDensityAt(transfer, *light.ase, speedOfLight / light.wavelength, terms.bandwidth)
+            : 0.0;
+    terms.signalDensity = 4.0 * excess * detector.responsivity * aseDensity + twiceElementaryCharge;
+    terms.darkDensity = detector.darkShotDensity * excess;
+    terms.currentPerVolt = excess / detector.APD_Multiplier / peak;
+    terms.RIN = light.RIN;
+    return terms;
+}
+
+/// The stages behind the optical sum: spectrum of the current, transfer array, voltage, noise.
+Status RunChain(const OpSig& light, const OpSigASE* ase, const ReceiverParams& params, Complex* H,
+                ElecSig& esOut, std::string& message) {
+    PhotoDetectorParams detector = params.detector;
+    if (DetectPulse(&light, &esOut, detector, message) != Status::Success) {
+        return Fail("Error in detecting signal in Receiver().\n", message);
+    }
+    if (FrontEnd(&esOut, params.frontEnd, H, message) != Status::Success) {
+        return Fail("Error in FrontEndAmp() in Receiver().\n", message);
+    }
+    if (DoEleFilter(&esOut, DoubleView(H), params.filter, message) != Status::Success) {
+        return Fail("Error in DoEleFilter() in Receiver().\n", message);
+    }
+    const long n = esOut.noPoints;
+    const double peak = std::sqrt(PeakMagnitudeSquared(DoubleView(H), 2 * n));
+    if (!(peak > 0.0)) {
+        return RefuseComponent(params.owner, "front end and filter pass nothing", message);
+    }
+    ToVoltage(esOut, H);
+    const TransferArray transfer{H, n, 1.0 / (static_cast<double>(n) * esOut.tStep)};
+    const OpticalNoise noise{ase, light.wavelength, light.RIN};
+    if (!FillSigma(esOut, Terms(transfer, peak, noise, detector, params.noise))) {
+        return RefuseComponent(params.owner, "a voltage or its noise is not a finite number",
+                               message);
+    }
+    return Status::Success;
+}
+
+Status CheckCells(const Nodelist* input, const Nodelist* output, std::string& message) {
+    if (!input || input->sigType != OpSigType) {
+        return Fail(
+            "Input signal type incorrect for the receiver.\n"
+            "Input signal type must be OPSIG.\n",
+            message);
+    }
+    const auto* signal = static_cast<const OpSignal*>(input->sig);
+    if (!signal || !signal->channels) {
+        message += "Receiver has no input signal.\n";
+        return Status::Warning;
+    }
+    if (!output || output->sigType != ElecSigType) {
+        return Fail(
+            "Output signal type incorrect for the receiver.\n"
+            "Output signal type must be ELECSIG.\n",
+            message);
+    }
+    return Status::Success;
+}
+
+/// An unreadable file leaves the table empty, which Receiver reports.
+Status LoadTable(ReceiverParams& params, std::string& errorText) {
+    FrontEndParams& frontEnd = params.frontEnd;
+    std::string text, reason;
+    if (frontEnd.modelType != "custom" || frontEnd.filename.empty() ||
+        !ReadWholeFile(frontEnd.filename, text, reason, maxTableFileBytes) ||
+        ReadFrontEndTable(text, frontEnd, reason) == Status::Success) {
+        return Status::Success;
+    }
+    errorText += BadTableText(frontEnd);
+    return RefuseComponent(params.owner, Concat("front end table: ", reason), errorText);
+}
+
+}  // namespace
+
+ReceiverParams ReadReceiverParams(const Component& component) {
+    ReceiverParams params;
+    params.owner = component.name;
+    params.detector = ReadPhotoDetectorParams(component);
+    params.frontEnd = ReadFrontEndParams(component);
+    params.filter = ReadElectricalFilterParams(component, "flt_");
+    params.noise = {GetParamDouble(component.parameters, "n_a0", 0.0),
+                    GetParamDouble(component.parameters, "n_a2", 0.0),
+                    GetParamDouble(component.parameters, "n_a4", 0.0),
+                    GetParamDouble(component.parameters, "n_a6", 0.0)};
+    return params;
+}
+
+Status Receiver(const Nodelist* input, const ReceiverParams& params, Nodelist* output,
+                std::string& message) {
+    const Status cells = CheckCells(input, output, message);
+    if (cells != Status::Success) return cells;
+    const auto& signal = *static_cast<const OpSignal*>(input->sig);
+    const OpSig& strongest = StrongestChannel(signal.channels);
+    if (CheckInput(signal.channels, strongest, params, message) != Status::Success) {
+        return Status::Error;
+    }
+    const std::int32_t n = strongest.noPoints;
+    Owned<ElecSig> esOut;
+    if (Make(esOut, CreateElecSig, n))
+        return Fail("Error in creating esout in Receiver().\n", message);
+    const OwnedBlock<Complex> H(NewSamples<Complex>(n));
+    if (!H) {
+        ReportNoMemory(message, "Receiver()-- receiver");
+        return Status::Error;
+    }
+    const OwnedBlock<double> Is(NewSamples<double>(n));
+    if (!Is) {
+        ReportNoMemory(message, "Receiver() -- Is");
+        return Status::Error;
+    }
+    Owned<OpSig> light;
+    if (Make(light, CopyOpSig, &strongest)) {
+        return Fail("Error in copying optical signal - receiver().\n", message);
+    }
+    for (const Polarization which : {&OpSig::Ex_samples, &OpSig::Ey_samples}) {
+        if ((*light).*which) SumPowers(signal.channels, strongest, which, *light, Is.get());
+    }
+    const Status status = RunChain(*light, signal.noise, params, H.get(), *esOut, message);
+    if (status != Status::Success) return status;
+    OpSig* finished = light.release();
+    if (FreeOpSig(&finished) != 0) {
+        return Fail("Error in destroying optical signal - receiver().\n", message);
+    }
+    output->sig = esOut.release();
+    output->sigType = ElecSigType;
+    return Status::Success;
+}
+
+Status ReceiverModel(const ModelCall& call) {
+    ReceiverParams params = ReadReceiverParams(call.component);
+    if (LoadTable(params, call.errorText) != Status::Success) return Status::Error;
+    std::string message;
+    const Status status = Receiver(call.inputs, params, call.outputs, message);
+    call.errorText += message;
+    if (status != Status::Success) call.errorText += "\n";
+    return status;
+}
+
+}  // namespace photrak
