@@ -97,12 +97,12 @@ void Evaluator::Advance() {
     if (!Failed()) token_ = next;
 }
 
-/// A number, else a predefined name (which hides a symbol: c is the speed of light), else a symbol,
-/// else a function.
+/// A number, else a predefined name, else a symbol, else a function.
 Lexeme Evaluator::Resolve(std::string_view word) {
     Lexeme lexeme{.kind = Lexeme::Kind::Number};
     if (IsNumber(word, &lexeme.number)) return lexeme;
     word = StripNumberText(word);
+    // Kept deliberately: a predefined name hides a symbol, so that c is always the speed of light.
     if (const Symbol* predefined = FindSymbol(PredefinedSymbols(), word)) {
         lexeme.number = predefined->value;
         return lexeme;

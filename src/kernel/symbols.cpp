@@ -110,6 +110,9 @@ Status BuildSymbolTable(Workspace& workspace, std::string& errorText) {
     }
     Status status = Status::Success;
     for (const Variable& variable : workspace.variables) {
+        // As in FindVariable the first of a name counts: what a nested run is given stands in front
+        // of what its own file declares.
+        if (FindSymbol(table, variable.name)) continue;
         double value = 0.0;
         const bool isNumber = IsNumber(variable.value, &value);
         const std::string_view text =

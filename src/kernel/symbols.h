@@ -25,8 +25,8 @@ bool SymbolInsert(SymbolTable& table, std::string_view name, double value, std::
 bool SymbolSetValue(SymbolTable& table, std::string_view name, double value);
 /// Sets `value` if the symbol exists.
 void SymbolGetValue(const SymbolTable& table, std::string_view name, double& value);
-/// Empties the table and inserts every variable. A refused variable is named in `errorText` (a
-/// warning); more variables than the table holds take the escape.
+/// Empties the table and inserts every variable, of equal names the first. A refused variable is
+/// named in `errorText` (a warning); more variables than the table holds take the escape.
 Status BuildSymbolTable(Workspace& workspace, std::string& errorText);
 void FreeSymbolTable(Workspace& workspace);
 

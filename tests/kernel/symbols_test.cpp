@@ -128,6 +128,17 @@ TEST_F(BuiltTable, KeepsNumbersAsValuesAndTheRestAsTexts) {
     EXPECT_EQ(workspace.symbols.count, 3);
 }
 
+// What a nested run is given is put in front of the variables of its own file and must hide them.
+TEST_F(BuiltTable, FirstVariableOfANameHidesTheOthers) {
+    Declare("gain", "7");
+    Declare("att", "1");
+    Declare("gain", "2*att");
+    EXPECT_EQ(BuildSymbolTable(workspace, text), Status::Success);
+    EXPECT_EQ(workspace.symbols.count, 2);
+    EXPECT_EQ(FindSymbol(workspace.symbols, "gain")->value, 7.0);
+    EXPECT_STREQ(FindSymbol(workspace.symbols, "gain")->text, "");
+}
+
 TEST_F(BuiltTable, LeavesOutWhatDoesNotFitWithAWarning) {
     Declare("long", std::string(79, '1') + "+1");
     Declare("longNumber", std::string(100, '1'));
