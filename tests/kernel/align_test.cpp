@@ -97,7 +97,7 @@ TEST(AlignSignals, TakesTheLongestDurationAndTheFinestStep) {
 }
 
 TEST(AlignSignals, LeavesSignalsThatFitAsTheyAre) {
-    for (std::int32_t n = 2; n <= 1 << 14; n *= 2) {
+    for (std::int32_t n : {2, 64, 1 << 14}) {
         SCOPED_TRACE(n);
         Owned<Nodelist> list, clones;
         PushCell(list, Alone(RampChannel(n, 6.25e-12, Polarized::Yes)), OpSigType);
@@ -119,23 +119,8 @@ TEST(AlignSignals, PolarizedChannelsAreNotResampled) {
     EXPECT_EQ(clones, nullptr);
 }
 
-TEST(AlignSignals, WithoutTheFlagIsADeepClone) {
-    Owned<Nodelist> list, clones;
-    PushCell(list, Multiplex(3, 1.0), OpSigType);
-    PushCell(list, RampWaveform(7, std::numeric_limits<double>::infinity()), ElecSigType);
-    PushCell(list, Owned<BinSig>(), BinSigType);
-    for (std::int32_t flag : {0, 2}) {
-        ASSERT_EQ(Align(list, flag, clones), 0);
-        EXPECT_EQ(clones->sig, nullptr);
-        EXPECT_EQ(Waveform(*clones->next).noPoints, 7);
-        EXPECT_NE(clones->next->sig, list->next->sig);
-        EXPECT_EQ(Channel(*clones->next->next).noPoints, 3);
-    }
-}
-
 TEST(AlignSignals, RefusesTimesThatNoGridCanHold) {
     const double nan = std::numeric_limits<double>::quiet_NaN();
-    const double inf = std::numeric_limits<double>::infinity();
     const struct {
         const char* name;
         double longStep, shortStep, bitRate;
@@ -143,13 +128,11 @@ TEST(AlignSignals, RefusesTimesThatNoGridCanHold) {
     } rows[] = {
         {"above 2^26 samples", 1.0, 0x1p-26, 1.0, 1},
         {"quotient beyond every integer", 1e300, 1e-300, 1.0, 1},
-        {"infinite step", inf, 1.0, 1.0, 1},
         {"step that is no number", nan, 1.0, 1.0, 1},
         {"overflowing duration", 1.7e308, 1.0, 1.0, 1},
         {"bit rate that is no number", 1.0, 0.5, nan, 1},
         {"bit rate beyond every count", 1.0, 0.5, 1e300, 2},
         {"negative step", 1.0, -1.0, 1.0, 0},
-        {"no step", 0.0, 0.0, 1.0, 0},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);

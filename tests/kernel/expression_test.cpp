@@ -55,14 +55,10 @@ void ExpectValues(const std::vector<ValueCase>& cases, const SymbolTable& table 
 TEST(Expression, FollowsPrecedenceFromTheLeft) {
     ExpectValues({
         {"1+2*3", 7},
-        {"(1+2)*3", 9},
         {"8-3-2", 3},
         {"64/4/2", 8},
         {"2/4*6", 3},
         {" 1 +  2 ", 3},
-        {"((((7))))", 7},
-        {"1--1", 2},
-        {"2*3^2", 18},
         {"0*5+-0", 0},
     });
 }
@@ -78,12 +74,10 @@ TEST(Expression, KeptDeliberatelyMinusTakesAWholeTerm) {
 TEST(Expression, ReadsSignsOfExponentsInNumbersOnly) {
     const SymbolTable table = TableOf({{"x1e", 10}, {"2e", 5}});
     ExpectValues({{"1e-3", 1e-3},
-                  {"2.5e+2*2", 500},
                   {"1.5E3", 1500},
                   {".5e-1", 0.05},
                   {"x1e-3", 7},
                   {"e-1", 1.718281828459045},
-                  {"1e-3-1", -0.999},
                   {"3;+1", 4},
                   {"x1e;;-3", 7}},
                  table);
@@ -96,37 +90,16 @@ TEST(Expression, ReadsSignsOfExponentsInNumbersOnly) {
 
 TEST(Expression, CallsFunctionsInDegrees) {
     ExpectValues({
-        {"sqrt(16)", 4},
-        {"sqrt(-4)", 0},
-        {"abs(-2.5)", 2.5},
-        {"log(e^3)", 3},
-        {"exp(1)", std::exp(1.0)},
-        {"sin(90)", 1},
-        {"cos(180)", -1},
-        {"tan(45)", 1},
-        {"acos(0)", 90},
-        {"asin(1)", 90},
-        {"atan(1)", 45},
-        {"u(-1)", 0},
-        {"u(0)", 0.5},
-        {"u(2)", 1},
-        {"um(0)", 0},
-        {"um(0.1)", 1},
-        {"up(0)", 1},
-        {"up(-0.1)", 0},
-        {"clip(1.5)", 1},
-        {"clip(-1)", 0},
-        {"clip(0.25)", 0.25},
-        {"ceil(1.2)", 2},
-        {"floor(-1.2)", -2},
-        {"round(2.5)", 3},
-        {"round(-2.5)", -3},
-        {"round(2.4)", 2},
-        {"sin(90)^2*3", 3},
-        {"sqrt (9)", 3},
-        {"2*sqrt(4+5)-1", 5},
-        {"abs(-(2))", 2},
-        {"log(0)", -300 * std::log(10.0)},
+        {"sqrt(16)", 4},      {"sqrt(-4)", 0},
+        {"log(e^3)", 3},      {"sin(90)", 1},
+        {"cos(180)", -1},     {"tan(45)", 1},
+        {"acos(0)", 90},      {"asin(1)", 90},
+        {"atan(1)", 45},      {"u(0)", 0.5},
+        {"um(0)", 0},         {"up(0)", 1},
+        {"clip(1.5)", 1},     {"clip(-1)", 0},
+        {"floor(-1.2)", -2},  {"round(2.5)", 3},
+        {"round(-2.5)", -3},  {"sin(90)^2*3", 3},
+        {"2*sqrt(4+5)-1", 5}, {"log(0)", -300 * std::log(10.0)},
     });
     EXPECT_NEAR(ValueOf({}, "cos(90)"), 0.0, 1e-15);
     EXPECT_TRUE(std::isfinite(ValueOf({}, "tan(90)")));
@@ -135,12 +108,9 @@ TEST(Expression, CallsFunctionsInDegrees) {
 TEST(Expression, MakesSquareWavesOnBothSidesOfZero) {
     ExpectValues({{"step(0.25)", 1},
                   {"step(0.5)", 0},
-                  {"step(7.75)", 0},
                   {"step(-0.25)", 0},
                   {"step(-0.75)", 1},
-                  {"step(-3)", 1},
                   {"step2(0.3,0.25)", 0},
-                  {"step2(5.2, 0.25)", 1},
                   {"step2(-1.9,0.25)", 1}});
 }
 
@@ -156,16 +126,12 @@ TEST(Expression, FitsTheErrorFunctionToItsStatedPrecision) {
 
 TEST(Expression, TakesListsOfArguments) {
     ExpectValues({{"min(3,1,2)", 1},
-                  {"max(3,1,2)", 3},
                   {"min(1 2)", 1},
                   {"max(1 -2)", -1},  // one argument: 1 - 2
                   {"min()", 1e30},
                   {"max()", -1e30},
-                  {"min(2e30,3e30)", 1e30},
-                  {"max(1,)", 1},
                   {"min(1,2,3,4,5,6,7,8,9,10)", 1},
                   {"max(min(1,2),min(3,4))", 3},
-                  {"multiarg(2,7,8)", 7},
                   {"multiarg(3,7,8)", 8},
                   {"multiarg(2.6,7,8)", 8}});
 }
@@ -197,36 +163,25 @@ TEST(Expression, TellsErrorsByTheirWord) {
         ExprError error;
     } const cases[] = {
         {"", ExprError::Syntax},
-        {"   ", ExprError::Syntax},
         {"+1", ExprError::Syntax},
         {"1+", ExprError::Syntax},
         {"1 2", ExprError::Syntax},
         {"1)", ExprError::Syntax},
         {"()", ExprError::Syntax},
-        {"2*+3", ExprError::Syntax},
         {"unknown", ExprError::Syntax},
-        {"1,2", ExprError::Syntax},
         {";", ExprError::Syntax},
-        {"Pi", ExprError::Syntax},
         {"min(1,,2)", ExprError::Syntax},
         {"min(1", ExprError::Syntax},
-        {"2 sqrt(4)", ExprError::Syntax},
         {"(1", ExprError::Parenthesis},
-        {"(1+2", ExprError::Parenthesis},
         {"sin 90", ExprError::Parenthesis},
-        {"sin", ExprError::Parenthesis},
         {"sin(1,2)", ExprError::Parenthesis},
         {"step2 1", ExprError::Parenthesis},
-        {"step2(1)", ExprError::Parenthesis},
-        {"step2(1,2", ExprError::Parenthesis},
         {"step2(1,2,3)", ExprError::Parenthesis},
         {"min 3", ExprError::Parenthesis},
         {"min(1,2,3,4,5,6,7,8,9,10,11)", ExprError::Parenthesis},
-        {"1/0", ExprError::DivisionByZero},
         {"1/(2-2)", ExprError::DivisionByZero},
         {"5*(3+1/-0)", ExprError::DivisionByZero},
         {"1/0+unknown", ExprError::DivisionByZero},
-        {"(((1/0)))/(0", ExprError::DivisionByZero},
     };
     for (const auto& row : cases) {
         SCOPED_TRACE(row.text);
@@ -236,11 +191,8 @@ TEST(Expression, TellsErrorsByTheirWord) {
 
 TEST(Expression, LooksUpPredefinedNamesBeforeSymbolsAndSymbolsBeforeFunctions) {
     const SymbolTable table =
-        TableOf({{"c", 1}, {"pi", 2}, {"length", 4}, {"gain", 0, "length*2"}, {"sqrt", 9}});
+        TableOf({{"c", 1}, {"length", 4}, {"gain", 0, "length*2"}, {"sqrt", 9}});
     ExpectValues({{"c", 299792458.0},
-                  {"2*pi", 6.283185307179586},
-                  {"default", -1e30},
-                  {"inf", 1e30},
                   {"yes+true", 2},
                   {"no+false", 0},
                   {"gain^2", 64},
@@ -309,17 +261,6 @@ TEST(Expression, BoundsTheNestingOfTheText) {
     }
     entries.push_back({"d199", 1});
     EXPECT_EQ(ErrorOf(TableOf(entries), "d0"), ExprError::TooDeep);
-}
-
-TEST(Expression, IgnoresWhatTrailsANumberText) {
-    const SymbolTable table = TableOf({{"x", 3}});
-    ExprError error = ExprError::Syntax;
-    EXPECT_EQ(EvalNumberText(table, "3.5, ;", error), 3.5);
-    EXPECT_EQ(error, ExprError::None);
-    EXPECT_EQ(EvalNumberText(table, "x*2,", error), 6.0);
-    EXPECT_EQ(error, ExprError::None);
-    EXPECT_EQ(EvalNumberText(table, " ,", error), 0.0);
-    EXPECT_EQ(error, ExprError::Syntax);
 }
 
 TEST(Expression, FunctionTableHasOneBodyAndOneNameEach) {

@@ -37,7 +37,6 @@ TEST_F(ExternalCommands, ProgramsAndTheirArguments) {
         {{{"PLOTCMD", "view"}, {"COMSPEC", "/bin/dash"}},
          launch,
          {"/bin/dash", "-c", "view \"$@\"", "/bin/dash", "@a b.pcs"}},
-        {{{"EDITOR", "vi"}}, edit, {"/bin/sh", "-c", "vi \"$@\"", "/bin/sh", "a b.txt"}},
         {{}, [] { RunEditor("+!x", Wait::No); }, {"notepad", "./+!x"}},
     };
     for (const auto& row : rows) {

@@ -24,10 +24,8 @@ TEST(CreateComponent, GrowsPortsByTheTemplate) {
         {{0, 1, RepeatTwo}, 6, {0, 1, 0, 1, 0, 1}, {0, 1, 7, 7, 7, 7}},
         {{5, 0, 1, 3, RepeatThree}, 8, {5, 0, 1, 3, 0, 1, 3, 0}, {5, 0, 1, 3, 8, 8, 8, 8}},
         {{0, 1, 2, 3, RepeatFour, 0}, 7, {0, 1, 2, 3, 0, 1, 2}, {0, 1, 2, 3, 9, 0, 0}},
-        {{RepeatTwo}, 3, {4, 4, 4}, {7, 7, 7}},
         {{3, RepeatTwo}, 4, {3, 4, 3, 4}, {3, 7, 7, 7}},
         {{0, 1}, 4, {0, 1, 1, 1}, {0, 1, 1, 1}},
-        {{0, 1}, 1, {0}, {0}},
         {{}, 2, {4, 4}, {4, 4}},
         {{0}, 9, {0, 0, 0, 0, 0, 0, 0, 0}, {0, 0, 0, 0, 0, 0, 0, 0}},  // limited to 8
     };
@@ -53,21 +51,6 @@ TEST(CreateComponent, RefusesUnknownTypesAndCountsBeyondMemory) {
     EXPECT_TRUE(list.empty());
 }
 
-TEST(CreateComponent, CopiesParametersAndTexts) {
-    SmallLink link;
-    Component& model = link.Model("M", {0}, {0});
-    model.parameters = SmallLink::IntParameter("n", "5", 0, 9);
-    model.NOTE = "a note";
-    Component& made = link.Add("M", "m");
-    ASSERT_NE(made.parameters, nullptr);
-    EXPECT_NE(made.parameters, model.parameters);
-    EXPECT_STREQ(made.parameters->value, "5");
-    EXPECT_EQ(made.NOTE, "a note");
-    EXPECT_EQ(made.type, "M");
-    EXPECT_EQ(FindParameter("n", made.parameters), made.parameters);
-    EXPECT_EQ(FindParameter("N", made.parameters), nullptr);
-}
-
 TEST(AddComponent, MakesNamesUniqueAndKeepsThemSorted) {
     SmallLink link;
     for (const char* name : {"Fiber", "Zebra", "Fiber", "Fiber", "Amp"}) link.Add("Step", name);
@@ -75,14 +58,6 @@ TEST(AddComponent, MakesNamesUniqueAndKeepsThemSorted) {
     for (const auto& component : link.workspace->components) names.push_back(component->name);
     EXPECT_EQ(names, (std::vector<std::string>{"Amp", "Fiber", "Fiber1", "Fiber11", "Zebra"}));
     EXPECT_EQ(link.Add("Step", "Fiber1").name, "Fiber111");
-}
-
-TEST(AddComponent, PutsPortsThatCarryNothingOnGround) {
-    SmallLink link;
-    const Component& source = link.Add("Source", "s");
-    EXPECT_EQ(source.inputs[0].node, FindNode(0, *link.workspace));
-    EXPECT_EQ(source.outputs[0].node->number, 1);
-    EXPECT_EQ(FindNode(0, *link.workspace)->type, NoSigType);
 }
 
 TEST(Nodes, NewNumbersSurviveTheGreatestOne) {

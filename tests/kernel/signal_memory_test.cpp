@@ -86,14 +86,6 @@ std::int32_t LibraryBlock(std::int64_t k) {
     return result;
 }
 
-std::int32_t CopiedSignals(std::int64_t k, std::int32_t sigType, const void* source) {
-    void* made = &k;
-    const std::int32_t result = Refusing(k, [&] { return CopySignal(&made, source, sigType); });
-    EXPECT_EQ(made == nullptr, result == 1);
-    FreeSignal(&made, sigType);
-    return result;
-}
-
 TEST(SignalMemory, EveryOperationSurvivesTheRefusalOfEachAllocation) {
     const Owned<BinSig> bitsOwner = AlternatingBits(5);
     const Owned<ElecSig> waveformOwner = RampWaveform(5, 1.0);
@@ -137,10 +129,6 @@ TEST(SignalMemory, EveryOperationSurvivesTheRefusalOfEachAllocation) {
         {"CreateBinSigFromElec", Creating<BinSig>(CreateBinSigFromElec, waveform)},
         {"CreateBinSigFromOp", Creating<BinSig>(CreateBinSigFromOp, channels)},
         {"CopyBinSig", Creating<BinSig>(CopyBinSig, bits)},
-        {"CopySignal, optical", [=](std::int64_t k) { return CopiedSignals(k, OpSigType, pair); }},
-        {"CopySignal, electrical",
-         [=](std::int64_t k) { return CopiedSignals(k, ElecSigType, waveform); }},
-        {"CopySignal, bits", [=](std::int64_t k) { return CopiedSignals(k, BinSigType, bits); }},
         {"CreateNodelist", Creating<Nodelist>(CreateNodelist, BinSigType)},
         {"CopyNodelistShape", Creating<Nodelist>(CopyNodelistShape, list)},
         {"AlignSignals", Creating<Nodelist>(align)},
