@@ -9,7 +9,10 @@ target_compile_options(photrak_flags INTERFACE
   -Wno-psabi
   # One rounding per operation on every machine: results may not depend on contraction.
   -ffp-contract=off)
-target_compile_options(photrak_flags INTERFACE $<$<CONFIG:Debug>:-O1 -g1>)
+target_compile_options(photrak_flags INTERFACE $<$<CONFIG:Debug>:-g1>)
+# What is under test is optimized even in Debug, the tests' own code is compiled quickly instead.
+target_compile_options(photrak_flags INTERFACE
+  $<IF:$<BOOL:$<TARGET_PROPERTY:PHOTRAK_TEST>>,-O0,$<$<CONFIG:Debug>:-O1>>)
 if(PHOTRAK_SANITIZE)
   target_compile_options(photrak_flags INTERFACE
     -fsanitize=${PHOTRAK_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
