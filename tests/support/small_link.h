@@ -122,6 +122,21 @@ class SmallLink {
         return parameter;
     }
 
+    /// A number without limits to speak of, on any component.
+    static Parameter& GiveNumber(Component& component, const std::string& name,
+                                 const std::string& value) {
+        Parameter* parameter = CreateParameter(name, DoubleType);
+        EXPECT_NE(parameter, nullptr);
+        SetText(&parameter->value, value);
+        SetText(&parameter->STDDEV, "0");
+        parameter->min = Allocate(sizeof(double));
+        parameter->max = Allocate(sizeof(double));
+        *static_cast<double*>(parameter->min) = -1e300;
+        *static_cast<double*>(parameter->max) = 1e300;
+        InsertParameterSorted(&component.parameters, parameter);
+        return *parameter;
+    }
+
     Component& Add(const std::string& type, const std::string& name, std::int32_t inputs = 0,
                    std::int32_t outputs = 0) {
         Component* made = AddComponent(*workspace, type, name, inputs, outputs, catalogue);

@@ -1,0 +1,358 @@
+// Sweeps and statistical runs: points, coordinates, what runs again, what is restored, how they
+// fail and stop.
+#include <set>
+
+#include "base/escape.h"
+#include "kernel/passes.h"
+#include "kernel/result_names.h"
+#include "kernel/symbols.h"
+#include "support/sweep_link.h"
+
+namespace photrak {
+namespace {
+
+using Names = std::vector<std::string>;
+using Values = std::vector<double>;
+
+/// source (gives 1) - front - back - sink; by default back adds x.
+struct ChainLink : SweepLink {
+    Component& source = Add("Source", "source");
+    Component& front;
+    Component& back;
+    Component& sink = Add("Sink", "sink");
+
+    explicit ChainLink(const std::string& atFront = "0", const std::string& atBack = "x")
+        : front(AddStep("front", atFront)), back(AddStep("back", atBack)) {
+        Chain({&source, &front, &back, &sink});
+    }
+
+    /// What the sink gets, less the 1 of the source.
+    Values Swept() const {
+        Values values;
+        for (const double value : arrived) values.push_back(value - 1);
+        return values;
+    }
+};
+
+struct PointsRow {
+    const char *start, *stop, *step;
+    Values values;
+};
+
+TEST(Sweep, TakesItsPoints) {
+    const PointsRow rows[] = {
+        {"0", "10", "3", {0, 3, 6, 9, 10}},  // the last one is moved to the stop
+        {"10", "0", "-5", {10, 5, 0}},
+        {"10", "0", "-4", {10, 6, 2, 0}},
+        {"5", "5", "1", {5}},
+        {"5", "5", "-1", {5}},
+        {"1", "0.5", "1", {1}},  // the step points away, but not by a whole one
+        {" 2*k ", "k^2, ", "k - 2;", {6, 7, 8, 9}},
+        {"0", "2", "1e9", {0, 2}},
+    };
+    for (const PointsRow& row : rows) {
+        SCOPED_TRACE(Concat(row.start, ":", row.stop, ":", row.step));
+        ChainLink link;
+        AddVariable(*link.workspace, "k", DoubleType, "3");
+        link.Inner("x", row.start, row.stop, row.step);
+        EXPECT_EQ(link.Scan(), Status::Success) << link.Text();
+        EXPECT_EQ(link.Swept(), row.values);
+    }
+}
+
+TEST(Sweep, KeptDeliberatelyCountsPointsWithoutTolerance) {
+    ChainLink link;
+    link.Outer("x", "0", "0.07", "0.01");
+    EXPECT_EQ(link.Scan(), Status::Success) << link.Text();
+    ASSERT_EQ(link.arrived.size(), 9u);
+    EXPECT_EQ(link.arrived.back(), 1 + 0.07);
+}
+
+struct FaultRow {
+    const char *start, *stop, *step;
+    std::vector<const char*> words;  // of the faults, each as in "ERROR in outer sweep start..."
+};
+
+TEST(Sweep, RefusesSettingsThatMakeNone) {
+    const FaultRow rows[] = {
+        {"0", "10", "0", {""}},
+        {"0", "10", "-1", {""}},
+        {"0", "10", "1e-9", {""}},
+        {"0", "1e999", "1", {""}},
+        {"1/1e-320", "1", "1", {""}},
+        {"1e999 - 1e999", "1", "1", {""}},
+        {"nobody", "1", "1", {"start "}},
+        {"0", "1 +", "1", {"stop "}},
+        {"nobody", "(", "1/0", {"start ", "stop ", "step ", ""}},
+    };
+    for (const SweepFields& fields : {outerSweepFields, innerSweepFields}) {
+        for (const FaultRow& row : rows) {
+            SCOPED_TRACE(Concat(fields.word, " ", row.start, ":", row.stop, ":", row.step));
+            std::string expected;
+            for (const char* word : row.words) {
+                expected += Concat("ERROR in ", fields.word, " sweep ", word, "settings\n");
+            }
+            ChainLink link;
+            link.Sweep(fields, "x", row.start, row.stop, row.step);
+            EXPECT_EQ(link.Scan(), Status::Error);
+            EXPECT_EQ(link.Text(), expected);
+            EXPECT_TRUE(link.models.calls.empty());
+            EXPECT_EQ(link.Options().outerCount, 0);
+            EXPECT_EQ(link.Options().innerCount, 0);
+        }
+    }
+}
+
+TEST(Sweep, RefusesANameThatNoSymbolCanHave) {
+    ChainLink link;
+    link.Outer(std::string(32, 'x'), "0", "1", "1");
+    EXPECT_EQ(link.Scan(), Status::Error);
+    EXPECT_EQ(link.Text(), "ERROR in outer sweep settings\n");
+}
+
+TEST(Sweep, IsAskedForByAllItsTextsOnly) {
+    ChainLink link("0", "1");
+    link.Outer("x", "0", "3", "");
+    link.Inner("x", "0", "3", "1");
+    link.Options().NUMRUNSTODO = -4;
+    link.Options().mode = simMode::savedStatistical | simMode::statistical | simMode::outerSweep;
+    AskForScan(link.Options());
+    EXPECT_EQ(link.Options().mode, simMode::savedStatistical | simMode::innerSweep);
+    EXPECT_EQ(link.Options().NUMRUNSTODO, 0);
+    EXPECT_EQ(link.Options().innerCount, 1);
+    EXPECT_EQ(link.Options().outerCount, 0);
+    AskForSimulation(link.Options());
+    EXPECT_EQ(link.Run(), Status::Success);  // texts of a sweep alone ask for nothing
+    EXPECT_EQ(link.arrived.size(), 1u);
+}
+
+TEST(Sweep, RunsOnlyWhatDependsOnWhatChanged) {
+    SweepLink link;
+    std::vector<Component*> blocks = {&link.Add("Source", "source")};
+    for (int i = 1; i <= 8; ++i) {
+        blocks.push_back(&link.AddStep(Concat("b", i), i == 6 ? "2*x" : i == 3 ? "y" : "1"));
+    }
+    blocks.push_back(&link.Add("Sink", "sink"));
+    link.Chain(blocks);
+    link.Inner("x", "0", "19", "1");
+    AddVariable(*link.workspace, "y", DoubleType, "0");
+    EXPECT_EQ(link.Scan(), Status::Success) << link.Text();
+    // The source and five blocks once, three and the sink with each of the 20 points.
+    const std::string log = link.Log();
+    EXPECT_EQ(std::count(log.begin(), log.end(), '\n'), 6 + 4 * 20);
+    EXPECT_EQ(link.arrived.back(), 7 + 2 * 19);
+
+    link.models.calls.clear();
+    link.Outer("y", "1", "3", "1");
+    EXPECT_EQ(link.Scan(), Status::Success) << link.Text();
+    EXPECT_EQ(link.RunsOf({"source", "b2", "b3", "b5", "b6", "sink"}),
+              (std::vector<long>{1, 1, 3, 3, 60, 60}));
+    EXPECT_EQ(link.arrived.back(), 7 + 3 + 2 * 19);
+}
+
+/// The outer sweep, the inner one and the runs, from the outside in, with the first pass of an
+/// inner loop at the first value again.
+TEST(Sweep, NestsWithStatisticalRunsInside) {
+    ChainLink link("y", "100*x");
+    link.Outer("y", "1", "2", "1");
+    link.Inner("x", "0", "1", "1");
+    Component& noisy = link.AddStep("noisy", "0");
+    Parameter& number = *FindParameter("number", noisy.parameters);
+    SetText(&number.STDDEV, "1e-3");
+    number.PROBDIST = UniformProbDist;
+    Component& tail = link.Add("Sink", "tail");
+    link.Chain({&link.source, &noisy, &tail});
+    link.Options().NUMRUNSTODO = 2;
+    Names places;
+    std::vector<std::int32_t> records;
+    link.models.byType["Sink"] = [&](const ModelCall& call) {
+        const SigRecord& record = *call.component.inputs[0].node->signals;
+        if (call.component.name == "tail") {
+            places.push_back(Coordinates(call.options));
+        } else {
+            link.arrived.push_back(ValueOf(call.inputs));
+            for (const std::int32_t index : {record.OUTERSWEEP, record.INNERSWEEP, record.RUN}) {
+                records.push_back(index);
+            }
+        }
+        return Status::Success;
+    };
+    EXPECT_EQ(link.Scan(), Status::Success) << link.Text();
+    EXPECT_EQ(link.arrived, (Values{2, 102, 3, 103}));
+    EXPECT_EQ(records, (std::vector<std::int32_t>{1, 1, 1, 1, 2, 1, 2, 1, 1, 2, 2, 1}));
+    EXPECT_EQ(places,
+              (Names{"1 1 1", "1 1 2", "1 2 1", "1 2 2", "2 1 1", "2 1 2", "2 2 1", "2 2 2"}));
+    EXPECT_EQ(link.RunsOf({"source", "front", "back"}), (std::vector<long>{1, 2, 4}));
+}
+
+TEST(Sweep, NamesResultsAfterThePoint) {
+    ChainLink link("y", "x");
+    link.Outer("y", "1", "2", "1");
+    link.Inner("x", "0", "1", "1");
+    link.Options().SCANPREFIX = "p";
+    link.Options().SCANMETA2 = "_o";
+    link.Options().SCANMETA1 = "_i";
+    Names names;
+    link.models.byType["Sink"] = [&](const ModelCall& call) {
+        names.push_back(ResultStem(call.options, "R"));
+        return Status::Success;
+    };
+    EXPECT_EQ(link.Scan(), Status::Success) << link.Text();
+    EXPECT_EQ(names, (Names{"pR_o1_i1", "pR_o1_i2", "pR_o2_i1", "pR_o2_i2"}));
+}
+
+TEST(Sweep, PutsTheSymbolsBack) {
+    ChainLink link("a", "x");
+    link.Outer("a", "1", "2", "1");
+    link.Inner("x", "0", "1", "1");
+    AddVariable(*link.workspace, "a", DoubleType, "3 * b");
+    AddVariable(*link.workspace, "b", DoubleType, "7");
+    std::string text;
+    ASSERT_EQ(BuildSymbolTable(*link.workspace, text), Status::Success);
+    RunOrder order;
+    NodeSet nodes;
+    ASSERT_EQ(OrderWorkspace(*link.workspace, order, nodes, text), Status::Success);
+    AskForScan(link.Options());
+    EXPECT_EQ(RunPasses(order, *link.workspace, {{}, &link.models}, text), Status::Success);
+    EXPECT_EQ(link.Swept(), (Values{1, 2, 2, 3}));
+    const Symbol* a = FindSymbol(link.workspace->symbols, "a");
+    const Symbol* x = FindSymbol(link.workspace->symbols, "x");
+    ASSERT_NE(a, nullptr);
+    EXPECT_STREQ(a->text, "3 * b");
+    ASSERT_NE(x, nullptr);  // did not exist: an empty entry stays
+    EXPECT_EQ(x->value, 0.0);
+    EXPECT_STREQ(x->text, "");
+    for (const auto& component : link.workspace->components) {
+        EXPECT_EQ(component->runFlags & ~(runFlag::ordered | runFlag::hasRun), 0);
+    }
+}
+
+TEST(Sweep, WarnsAtEachPointWithNothingToRun) {
+    ChainLink link("0", "1");
+    link.Outer("unused", "1", "3", "1");
+    EXPECT_EQ(link.Scan(), Status::Warning);
+    EXPECT_EQ(link.arrived.size(), 1u);
+    EXPECT_EQ(link.Text(), "");
+    const std::string log = link.Log();
+    EXPECT_EQ(log.substr(log.find("WARNING")),
+              "WARNING: nothing to simulate in outer sweep 2, inner sweep 1, run 1\n"
+              "WARNING: nothing to simulate in outer sweep 3, inner sweep 1, run 1\n");
+}
+
+TEST(Sweep, StopsInTheMiddle) {
+    ChainLink link("y", "x");
+    link.Outer("y", "1", "9", "1");
+    link.Inner("x", "0", "9", "1");
+    link.models.byType["Sink"] = [&](const ModelCall& call) {
+        link.arrived.push_back(ValueOf(call.inputs));
+        if (Coordinates(call.options) == "2 3 1") call.options.stop = 1;
+        return Status::Success;
+    };
+    EXPECT_EQ(link.Scan(), Status::Success) << link.Text();
+    EXPECT_EQ(link.arrived.size(), 13u);
+    EXPECT_EQ(link.Options().innerCount, 0);
+    AskForSimulation(link.Options());
+    AddVariable(*link.workspace, "x", DoubleType, "40");
+    AddVariable(*link.workspace, "y", DoubleType, "1");
+    EXPECT_EQ(link.Run(), Status::Success) << link.Text();
+    EXPECT_EQ(link.arrived.back(), 42);
+}
+
+/// A block with a deviation inside a loop of two repetitions, in three runs.
+struct RandomLink : SweepLink {
+    Component& source = Add("Source", "source");
+    Component& begin = Add("LoopBeginBlock", "begin");
+    Component& body = AddStep("body", "5");
+    Component& end = Add("LoopEndBlock", "end");
+    Component& sink = Add("Sink", "sink");
+    Values seen;
+
+    RandomLink() {
+        SetText(&begin.parameters->value, "2");
+        Chain({&source, &begin, &body, &end, &sink});
+        Parameter& number = *FindParameter("number", body.parameters);
+        SetText(&number.STDDEV, "s");
+        number.PROBDIST = GausProbDist;
+        AddVariable(*workspace, "s", DoubleType, "0.5");
+        Options().NUMRUNSTODO = 3;
+        models.byType["Step"] = [this, plain = models.byType["Step"]](const ModelCall& call) {
+            seen.push_back(Number(call.component));
+            return plain(call);
+        };
+    }
+};
+
+TEST(StatisticalRuns, TakeEveryDrawOnce) {
+    RandomLink link;
+    Values draws;  // in the order of the ring
+    link.models.byType["Source"] = [&](const ModelCall& call) {
+        const Parameter& number = *FindParameter("number", link.body.parameters);
+        for (const ParameterDraw* d = number.draws; d; d = d->next) draws.push_back(d->re);
+        Emit(call.outputs, 1);
+        return Status::Success;
+    };
+    EXPECT_EQ(link.Scan(), Status::Success) << link.Text();
+    ASSERT_EQ(draws.size(), 6u);
+    ASSERT_EQ(link.seen.size(), 6u);
+    for (std::size_t i = 0; i < 6; ++i) EXPECT_DOUBLE_EQ(link.seen[i], 5 + 0.5 * draws[i]);
+    EXPECT_EQ(std::set<double>(draws.begin(), draws.end()).size(), 6u);
+    ASSERT_EQ(link.arrived.size(), 3u);
+    for (std::size_t run = 0; run < 3; ++run) {
+        EXPECT_DOUBLE_EQ(link.arrived[run], 1 + link.seen[2 * run] + link.seen[2 * run + 1]);
+    }
+    EXPECT_EQ(link.RunsOf({"source"}), std::vector<long>{1});
+
+    const Values first = std::exchange(link.seen, {});
+    EXPECT_EQ(link.Scan(), Status::Success) << link.Text();
+    EXPECT_EQ(link.seen, first);  // each run of the program draws the same
+    link.seen.clear();
+    AskForSimulation(link.Options());
+    EXPECT_EQ(link.Run(), Status::Success) << link.Text();
+    EXPECT_EQ(link.seen, (Values{5, 5}));
+}
+
+TEST(StatisticalRuns, FollowTheSweepOfADeviation) {
+    RandomLink link;
+    SetText(&link.begin.parameters->value, "1");
+    link.Inner("s", "1", "2", "1");
+    EXPECT_EQ(link.Scan(), Status::Success) << link.Text();
+    ASSERT_EQ(link.seen.size(), 6u);  // the ring of three serves each point from its start
+    for (std::size_t i = 0; i < 3; ++i) {
+        EXPECT_NEAR(link.seen[i + 3] - 5, 2 * (link.seen[i] - 5), 1e-12);
+    }
+}
+
+TEST(StatisticalRuns, LeaveNoDrawsBehindAnEscape) {
+    RandomLink link;
+    link.models.byType["Sink"] = [](const ModelCall&) -> Status { throw Escape{"gone"}; };
+    EXPECT_EQ(link.Scan(), Status::Error);
+    link.models.byType["Sink"] = [](const ModelCall&) { return Status::Success; };
+    link.seen.clear();
+    AskForSimulation(link.Options());
+    EXPECT_EQ(link.Run(), Status::Success) << link.Text();
+    EXPECT_EQ(link.seen, (Values{5, 5}));
+}
+
+/// Two sweeps of 100 points: what a node holds does not grow with them.
+TEST(Sweep, HoldsNoMoreForMorePoints) {
+    ChainLink link("y", "x");
+    link.Outer("y", "1", "100", "1");
+    link.Inner("x", "1", "100", "1");
+    std::size_t mostSignals = 0, mostSummaries = 0;
+    link.models.byType["Sink"] = [&](const ModelCall& call) {
+        std::size_t signals = 0;
+        for (const auto& [number, node] : call.workspace.nodes) {
+            for (const SigRecord* r = node->signals; r; r = r->next) ++signals;
+            mostSummaries = std::max(mostSummaries, node->summaries.size());
+        }
+        mostSignals = std::max(mostSignals, signals);
+        link.models.calls.clear();
+        return Status::Success;
+    };
+    EXPECT_EQ(link.Scan(), Status::Success) << link.Text();
+    EXPECT_EQ(mostSignals, 3u);
+    EXPECT_LE(mostSummaries, maxSummariesOnNode);
+}
+
+}  // namespace
+}  // namespace photrak

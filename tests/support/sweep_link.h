@@ -1,0 +1,67 @@
+// A small link whose blocks add a number of theirs, for sweeps, statistical runs and pass lists.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "kernel/sweep_settings.h"
+#include "support/small_link.h"
+
+namespace photrak {
+
+struct SweepLink : SmallLink {
+    SweepLink() {
+        LoopModels();
+        models.byType["Step"] = [](const ModelCall& call) {
+            Emit(call.outputs, ValueOf(call.inputs) + Number(call.component));
+            return Status::Success;
+        };
+    }
+
+    static double Number(const Component& component) {
+        return GetParamDouble(component.parameters, "number", 1);
+    }
+    /// A block that adds what the text comes to.
+    Component& AddStep(const std::string& name, const std::string& number) {
+        Component& step = Add("Step", name);
+        GiveNumber(step, "number", number);
+        return step;
+    }
+
+    SimOptions& Options() const { return *workspace->options; }
+    void Sweep(const SweepFields& fields, const std::string& name, const std::string& start,
+               const std::string& stop, const std::string& step) const {
+        Options().*fields.variable = name;
+        Options().*fields.start = start;
+        Options().*fields.stop = stop;
+        Options().*fields.step = step;
+    }
+    void Outer(const std::string& name, const std::string& start, const std::string& stop,
+               const std::string& step) const {
+        Sweep(outerSweepFields, name, start, stop, step);
+    }
+    void Inner(const std::string& name, const std::string& start, const std::string& stop,
+               const std::string& step) const {
+        Sweep(innerSweepFields, name, start, stop, step);
+    }
+    Status Scan() {
+        AskForScan(Options());
+        return Run();
+    }
+
+    /// How often each component ran, in the order of `names`.
+    std::vector<long> RunsOf(const std::vector<std::string>& names) const {
+        std::vector<long> counts;
+        for (const std::string& name : names) {
+            counts.push_back(std::count(models.calls.begin(), models.calls.end(), name));
+        }
+        return counts;
+    }
+};
+
+/// Where a run stands, as "outer inner run".
+inline std::string Coordinates(const SimOptions& options) {
+    return Concat(options.outerIndex, " ", options.innerIndex, " ", options.runIndex);
+}
+
+}  // namespace photrak
