@@ -56,7 +56,8 @@ bool CarriesSignal(std::int32_t sigType) {
     return sigType == OpSigType || sigType == ElecSigType || sigType == BinSigType;
 }
 
-void PutOnNode(Nodelist& cell, Node& node, const Component& component, const SimOptions& options) {
+Status PutOnNode(Nodelist& cell, Node& node, const Component& component, const SimOptions& options,
+                 std::string& errorText) {
     auto* record = new SigRecord;
     record->SET = options.set;
     record->INNERSWEEP = options.innerIndex;
@@ -70,6 +71,7 @@ void PutOnNode(Nodelist& cell, Node& node, const Component& component, const Sim
     record->next = node.signals;
     node.signals = record;
     SetNodeSigType(node, record->sigType);
+    return KeepSignalSummary(*record, options.mode, node, errorText);
 }
 
 constexpr std::uint16_t lowFlags =
@@ -126,7 +128,7 @@ Status StoreOutputs(Component& component, const SimOptions& options, Owned<Nodel
         if (port.node) port.node->FreeSignals();
         if (port.node && cell && cell->sig) {
             if (CarriesSignal(cell->sigType)) {
-                PutOnNode(*cell, *port.node, component, options);
+                MergeStatus(status, PutOnNode(*cell, *port.node, component, options, errorText));
             } else {
                 AppendPiece(errorText, Concat("ERROR: component '", component.name,
                                               "' left an output of no known signal type\n"));

@@ -12,6 +12,7 @@
 #include <string_view>
 #include <vector>
 
+#include "kernel/signal_summary.h"
 #include "kernel/signals.h"
 
 namespace photrak {
@@ -46,6 +47,7 @@ struct Node {
     std::list<Component*> readers;  // components with an input here, latest attached first
     std::list<Component*> drivers;  // components with an output here, latest attached first
     SigRecord* signals = nullptr;   // owned, newest first
+    SignalSummaries summaries;      // of the latest signals; they outlive the runs
     std::int32_t type = UnknownSigType;
     std::int32_t SIGNALSAVEMODE = 0;  // 0 delete, 1 save in memory, 2 save on disk
     std::vector<NodeLine> lines;

@@ -1,0 +1,162 @@
+// What a node remembers of the signals that passed: the numbers, their order and their bound.
+#include "kernel/signal_summary.h"
+
+#include "support/sweep_link.h"
+
+namespace photrak {
+namespace {
+
+TEST(SignalSummary, OutlivesTheSignalWithItsCoordinates) {
+    SweepLink link;
+    Component& source = link.Add("Source", "source");
+    Component& step = link.AddStep("step", "x");
+    Component& sink = link.Add("Sink", "sink");
+    link.Chain({&source, &step, &sink});
+    link.Inner("x", "5", "7", "1");
+    ASSERT_EQ(link.Scan(), Status::Success) << link.Text();
+    EXPECT_EQ(source.outputs[0].node->summaries.size(), 1u);
+    const Node& node = *step.outputs[0].node;
+    EXPECT_EQ(node.signals, nullptr);
+    ASSERT_EQ(node.summaries.size(), 3u);
+    std::int32_t point = 3;  // newest first
+    for (const SignalSummary& summary : node.summaries) {
+        EXPECT_EQ(summary.SET, 1);
+        EXPECT_EQ(summary.INNERSWEEP, point);
+        EXPECT_EQ(summary.OUTERSWEEP, 1);
+        EXPECT_EQ(summary.mode, simMode::innerSweep);
+        EXPECT_EQ(summary.bitRate, 5 + point);  // source 1, x = 4 + point
+        --point;
+    }
+}
+
+TEST(SignalSummary, KeepsTheNewestOfALongScan) {
+    SweepLink link;
+    Component& step = link.AddStep("step", "x");
+    link.Chain({&link.Add("Source", "source"), &step, &link.Add("Sink", "sink")});
+    link.Inner("x", "1", "1000", "1");
+    ASSERT_EQ(link.Scan(), Status::Success) << link.Text();
+    const SignalSummaries& kept = step.outputs[0].node->summaries;
+    EXPECT_EQ(kept.size(), maxSummariesOnNode);
+    EXPECT_EQ(kept.front().INNERSWEEP, 1000);
+}
+
+/// A stored signal, freed at the end of a scope.
+struct Stored {
+    Node node;
+    SigRecord& record = *new SigRecord;
+    std::string text;
+
+    Stored(void* sig, std::int32_t sigType) {
+        record.sig = sig;
+        record.sigType = sigType;
+        node.signals = &record;
+    }
+    const SignalSummaries& Keep() {
+        EXPECT_EQ(KeepSignalSummary(record, 0, node, text), Status::Success) << text;
+        return node.summaries;
+    }
+};
+
+OpSig* AddChannel(OpSignal& signal, double wavelength, std::int32_t n, Complex field) {
+    OpSig* channel = nullptr;
+    EXPECT_EQ(CreateOpSig(&channel, n), 0);
+    std::fill_n(channel->Ex_samples + 1, n, field);
+    channel->wavelength = wavelength;
+    channel->tStep = 2e-12;
+    channel->startTime = -1e-12;
+    channel->bitRate = 10e9;
+    channel->patternLength = 4;
+    OpSig** end = &signal.channels;
+    while (*end) end = &(*end)->next;
+    *end = channel;
+    return channel;
+}
+
+TEST(SignalSummary, HoldsARecordForEachChannel) {
+    OpSignal* signal = nullptr;
+    ASSERT_EQ(CreateOpSignal(&signal), 0);
+    AddChannel(*signal, 1.54e-6, 8, {0.03, 0.04});
+    OpSig* both = AddChannel(*signal, 1.55e-6, 8, {0.1, 0});
+    ASSERT_EQ(AddEySamples(both), 0);
+    std::fill_n(both->Ey_samples + 1, 8, Complex{0, 0.1});
+    for (const double peak : {3e-17, 8e-17}) {
+        OpSigASE* noise = nullptr;
+        ASSERT_EQ(CreateOpSigASE(&noise, 5), 0);
+        noise->powerSamples[5] = peak;
+        noise->next = signal->noise;
+        signal->noise = noise;
+    }
+    signal->noise->powerSamples[1] = 1e-17;  // of the first spectrum, whose peak is 8e-17
+
+    Stored stored(signal, OpSigType);
+    const SignalSummaries& kept = stored.Keep();
+    ASSERT_EQ(kept.size(), 2u);
+    const SignalSummary &first = kept.front(), &second = kept.back();
+    EXPECT_EQ(first.wavelength, 1.54e-6);
+    EXPECT_DOUBLE_EQ(first.average, 0.0025);
+    EXPECT_EQ(second.wavelength, 1.55e-6);
+    EXPECT_DOUBLE_EQ(second.average, 0.02);
+    EXPECT_EQ(second.noiseFigure, 8e-17);
+    EXPECT_EQ(second.unit, "");
+    EXPECT_DOUBLE_EQ(second.duration, 16e-12);
+    EXPECT_EQ(second.tStep, 2e-12);
+    EXPECT_EQ(second.startTime, -1e-12);
+    EXPECT_EQ(second.bitRate, 10e9);
+    EXPECT_EQ(second.patternLength, 4);
+}
+
+TEST(SignalSummary, KeepsASignalOfManyChannelsWhole) {
+    OpSignal* signal = nullptr;
+    ASSERT_EQ(CreateOpSignal(&signal), 0);
+    const std::size_t channels = maxSummariesOnNode + 10;
+    for (std::size_t i = 0; i < channels; ++i) AddChannel(*signal, 1e-6, 1, {});
+    Stored stored(signal, OpSigType);
+    EXPECT_EQ(stored.Keep().size(), channels);
+    EXPECT_EQ(stored.Keep().size(), channels);
+}
+
+TEST(SignalSummary, MeasuresWaveformsAndBits) {
+    ElecSig* wave = nullptr;
+    ASSERT_EQ(CreateElecSig(&wave, 64), 0);
+    std::fill_n(wave->elecSamples + 1, 64, Complex{-0.5, 0});
+    std::fill_n(wave->sigmaSamples + 1, 64, Complex{0.01, 0});
+    wave->tStep = 1e-12;
+    wave->UnitType = VoltageUnit;
+    Stored volts(wave, ElecSigType);
+    const SignalSummary& electrical = volts.Keep().front();
+    EXPECT_EQ(electrical.unit, "V");
+    // An integral over 63 steps, taken for 64.
+    EXPECT_NEAR(electrical.average, 0.5 * 63 / 64, 1e-12);
+    EXPECT_NEAR(electrical.noiseFigure, 0.01 * 63 / 64, 1e-12);
+    EXPECT_DOUBLE_EQ(electrical.duration, 64e-12);
+    EXPECT_EQ(electrical.wavelength, 0.0);
+    wave->UnitType = CurrentUnit;
+    EXPECT_EQ(volts.Keep().front().unit, "A");
+
+    BinSig* bits = nullptr;
+    ASSERT_EQ(CreateBinSig(&bits, 8), 0);
+    for (int i = 1; i <= 8; ++i) bits->bitSequence[i] = i <= 3;
+    bits->bitRate = 4e9;
+    bits->startTime = 1e-9;
+    Stored sequence(bits, BinSigType);
+    const SignalSummary& binary = sequence.Keep().front();
+    EXPECT_DOUBLE_EQ(binary.average, 3.0 / 8);
+    EXPECT_EQ(binary.patternLength, 8);
+    EXPECT_DOUBLE_EQ(binary.duration, 2e-9);
+    EXPECT_EQ(binary.startTime, 1e-9);
+    EXPECT_EQ(binary.tStep, 0.0);
+}
+
+TEST(SignalSummary, SurvivesSignalsWithoutSamples) {
+    ElecSig* wave = nullptr;
+    ASSERT_EQ(CreateElecSig(&wave, 0), 0);
+    Stored nothing(wave, ElecSigType);
+    EXPECT_EQ(nothing.Keep().front().average, 0.0);
+    OpSignal* dark = nullptr;
+    ASSERT_EQ(CreateOpSignal(&dark), 0);
+    Stored noChannel(dark, OpSigType);
+    EXPECT_TRUE(noChannel.Keep().empty());
+}
+
+}  // namespace
+}  // namespace photrak

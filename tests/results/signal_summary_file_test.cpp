@@ -1,0 +1,109 @@
+// Summary files, letter by letter.
+#include "results/signal_summary_file.h"
+
+#include <filesystem>
+
+#include "kernel/result_names.h"
+#include "support/temp_dir.h"
+
+namespace photrak {
+namespace {
+
+SignalSummary Record(std::int32_t sigType) {
+    SignalSummary summary;
+    summary.SET = 2;
+    summary.INNERSWEEP = 3;
+    summary.OUTERSWEEP = 4;
+    summary.RUN = 5;
+    summary.sigType = sigType;
+    summary.NAME = "100%s";
+    summary.average = 0.002;
+    summary.bitRate = 1e10;
+    summary.startTime = -1e-12;
+    summary.duration = 1.28e-8;
+    summary.tStep = 2.5e-12;
+    summary.patternLength = 128;
+    return summary;
+}
+
+TEST(SummaryFile, HasASectionForEachRecord) {
+    SignalSummaries summaries = {Record(OpSigType), Record(ElecSigType), Record(BinSigType)};
+    auto at = summaries.begin();
+    at->wavelength = 1.55e-6;
+    at->noiseFigure = 1e-16;
+    at->mode = simMode::innerSweep | simMode::outerSweep;
+    ++at;
+    at->unit = "V";
+    at->noiseFigure = 0.01;
+    at->mode = simMode::statistical;
+    at->LOOP = 6;
+    EXPECT_EQ(SummaryText(summaries),
+              "Optical Signal Summary 100%s\n"
+              "Set = 2, Inner Iter = 3, Outer Iter = 4\n"
+              "Wavelength = 1.55e-06 m \n"
+              "Average = 0.002 W / 3.0103 dBm\n"
+              "Peak noise density = 1e-16 W/Hz / -130 dBm/Hz\n"
+              "Bitrate = 1e+10 bps \n"
+              "Pattern length = 128 bits\n"
+              "Start time = -1e-12 s \n"
+              "Duration = 1.28e-08 s \n"
+              "Time step = 2.5e-12 s \n"
+              "================================================\n"
+              "Electrical Signal Summary 100%s\n"
+              "Set = 2, Stat Run = 5, Loop Iter = 6\n"
+              "Average = 0.002 V\n"
+              "Avg. noise std. dev. = 0.01\n"
+              "Bitrate = 1e+10 bps \n"
+              "Pattern length = 128 bits\n"
+              "Start time = -1e-12 s \n"
+              "Duration = 1.28e-08 s \n"
+              "Time step = 2.5e-12 s \n"
+              "================================================\n"
+              "Binary Signal Summary 100%s\n"
+              "Set = 2\n"
+              "Average = 0.002\n"
+              "Bitrate = 1e+10 bps \n"
+              "Pattern length = 128 bits\n"
+              "Start time = -1e-12 s \n"
+              "Duration = 1.28e-08 s \n"
+              "================================================\n");
+}
+
+TEST(SummaryFile, LeavesOutNoiseThatIsNotThereAndTellsDarkness) {
+    SignalSummaries dark = {Record(OpSigType)};
+    dark.front().average = 0.0;
+    const std::string text = SummaryText(dark);
+    EXPECT_NE(text.find("Average = 0 W / -inf dBm\n"), std::string::npos) << text;
+    EXPECT_EQ(text.find("noise"), std::string::npos) << text;
+}
+
+TEST(SummaryFile, IsNamedAfterPortBlockOrNode) {
+    SimOptions options;
+    options.OUTPUTPREFIX = "run_";
+    options.SCANPREFIX = "scan_";
+    Node node;
+    node.number = 12;
+    EXPECT_EQ(SummaryFileName(options, "Fiber", 2), "run_Fiber_p2_sig.sum");
+    EXPECT_EQ(SummaryFileName(options, "Fiber", 0), "run_Fiber_sig.sum");
+    options.mode = simMode::statistical;
+    EXPECT_EQ(SummaryFileName(options, node), "scan_node_12_sig.sum");
+}
+
+TEST(SummaryFile, IsWrittenOrReportsWhyNot) {
+    const TempDir directory;
+    const SignalSummaries summaries = {Record(BinSigType)};
+    std::string text;
+    EXPECT_EQ(WriteSummaryFile("a.sum", summaries, text), Status::Success);
+    EXPECT_EQ(text, "");
+    EXPECT_EQ(directory.Read("a.sum"), SummaryText(summaries));
+    std::filesystem::create_directory("b.sum");
+    EXPECT_EQ(WriteSummaryFile("b.sum", summaries, text), Status::Error);
+    EXPECT_EQ(text, "Could not open file for signal summary data\n");
+    text.clear();
+    EXPECT_EQ(WriteSummaryFile("../c.sum", summaries, text), Status::Error);
+    EXPECT_NE(text.find("does not stay inside"), std::string::npos) << text;
+    ResetResultFiles();
+}
+
+}  // namespace
+}  // namespace photrak
