@@ -3,6 +3,7 @@
 
 #include "models/detection/electrical_filter.h"
 #include "models/detection/receiver.h"
+#include "models/signal_blocks.h"
 #include "models/sources/lasers.h"
 #include "models/sources/modulator.h"
 #include "models/sources/prbs.h"
@@ -19,6 +20,14 @@ Status RunChirpPlot(const ModelCall& call) {
     return ChirpPlot(call.options, call.component, call.inputs, call.errorText);
 }
 
+Status RunSaveSigBlock(const ModelCall& call) {
+    return SaveSigBlock(call.options, call.component, call.inputs, call.errorText);
+}
+
+Status RunLoadSigBlock(const ModelCall& call) {
+    return LoadSigBlock(call.options, call.component, call.outputs, call.errorText);
+}
+
 constexpr ModelEntry builtInModels[] = {
     {"PseudoRandomBinarySequenceGenerator", RunPrbs},
     {"ElectricalFilter", ElectricalFilter},
@@ -31,6 +40,8 @@ constexpr ModelEntry builtInModels[] = {
     {"ModeLockedLaserModel", RunModeLockedLaser},
     {"CWLaserModel", RunCwLaser},
     {"Modulator", RunModulator},
+    {"SaveSigBlock", RunSaveSigBlock},
+    {"LoadSigBlock", RunLoadSigBlock},
 };
 
 }  // namespace

@@ -1,0 +1,114 @@
+#include "models/signal_blocks.h"
+
+#include <gtest/gtest.h>
+
+#include "kernel/result_names.h"
+#include "support/model_parameters.h"
+#include "support/signals.h"
+#include "support/temp_dir.h"
+
+namespace photrak {
+namespace {
+
+class SignalBlocks : public testing::Test {
+  protected:
+    SignalBlocks() { ResetResultFiles(); }
+
+    Status Save(const SimOptions& options, std::string_view fileName, const Nodelist* inputs) {
+        ModelBlock block("probe");
+        block.Word("FileName", fileName);
+        errorText.clear();
+        return SaveSigBlock(options, block.component, inputs, errorText);
+    }
+    Status Load(std::string_view fileName, Nodelist* outputs) {
+        ModelBlock block("source");
+        block.Word("FileName", fileName);
+        errorText.clear();
+        return LoadSigBlock({}, block.component, outputs, errorText);
+    }
+    /// An optical and an electrical input around one without a signal.
+    static Owned<Nodelist> Inputs() {
+        Owned<Nodelist> list;
+        PushCell(list, RampWaveform(4, 1e-12), ElecSigType);
+        PushCell(list, Owned<BinSig>(), UnknownSigType);
+        PushCell(list, Multiplex(4, 1e-12), OpSigType);
+        return list;
+    }
+
+    TempDir directory;
+    std::string errorText;
+};
+
+TEST_F(SignalBlocks, FeedBackWhatPassedOutputByOutput) {
+    const Owned<Nodelist> inputs = Inputs();
+    ASSERT_EQ(Save({}, "kept", inputs.get()), Status::Success) << errorText;
+    EXPECT_EQ(ResultFiles(), std::vector<std::string>{"kept.sgd"});
+
+    Owned<Nodelist> outputs;
+    for (int i = 0; i < 3; ++i) PushCell(outputs, Owned<BinSig>(), UnknownSigType);
+    ASSERT_EQ(Load("kept.sgd", outputs.get()), Status::Success) << errorText;
+    const Nodelist& optical = *outputs;
+    ASSERT_EQ(optical.sigType, OpSigType);
+    EXPECT_EQ(static_cast<const OpSignal*>(optical.sig)->channels->next->wavelength, 1.55e-6);
+    ASSERT_EQ(optical.next->sigType, ElecSigType);
+    EXPECT_EQ(static_cast<const ElecSig*>(optical.next->sig)->sigmaSamples[4].re, 1004.0);
+    EXPECT_EQ(optical.next->next->sig, nullptr) << "no group is left";
+
+    ASSERT_EQ(Save({}, "again", outputs.get()), Status::Success);
+    EXPECT_EQ(directory.Read("again.sgd"), directory.Read("kept.sgd"));
+}
+
+TEST_F(SignalBlocks, NameAFileForEachPointOfAScan) {
+    SimOptions options;
+    options.OUTPUTPREFIX = "out_";
+    options.SCANPREFIX = "scan_";
+    options.SCANMETA1 = "i";
+    options.SCANMETA2 = "o";
+    options.BINMETA = "b";
+    const Owned<Nodelist> inputs = Inputs();
+    ASSERT_EQ(Save(options, "", inputs.get()), Status::Success);
+    options.mode = simMode::innerSweep | simMode::outerSweep | simMode::statistical;
+    options.innerCount = 3;
+    options.innerIndex = 2;
+    options.outerCount = options.outerIndex = 4;
+    options.NUMRUNSTODO = 2;  // with an empty tag: the file is written all the same
+    options.runIndex = 1;
+    ASSERT_EQ(Save(options, "x", inputs.get()), Status::Success);
+    EXPECT_EQ(ResultFiles(), (std::vector<std::string>{"out_probe.sgd", "scan_xo4i21.sgd"}));
+    EXPECT_NE(directory.Read("scan_xo4i21.sgd").find("\nINNERSWEEP 2\nOUTERSWEEP 4\nSTATRUN 1\n"),
+              std::string::npos);
+}
+
+TEST_F(SignalBlocks, SayWhatIsMissing) {
+    const Owned<Nodelist> inputs = Inputs();
+    Owned<Nodelist> outputs;
+    PushCell(outputs, Owned<BinSig>(), UnknownSigType);
+    EXPECT_EQ(Save({}, "x", nullptr), Status::Warning);
+    EXPECT_EQ(errorText, "Unable to save signals: no node selected.\n");
+    EXPECT_EQ(Load("x", nullptr), Status::Warning);
+    EXPECT_EQ(errorText, "Unable to load signals: no node selected.\n");
+    EXPECT_EQ(Load("", outputs.get()), Status::Warning);
+    EXPECT_EQ(errorText, "Unable to load signals: no filename given.\n");
+    EXPECT_EQ(Load("none%s.sgd", outputs.get()), Status::Error);
+    EXPECT_EQ(errorText,
+              "ERROR: Unable to load signals: could not open file.\n"
+              "  component 'source', file 'none%s.sgd': No such file or directory\n");
+    EXPECT_EQ(Save({}, "no/such/x", inputs.get()), Status::Error);
+    EXPECT_EQ(errorText,
+              "ERROR: Unable to save signals: could not create output file.\n"
+              "  component 'probe', file 'no/such/x.sgd'\n");
+    EXPECT_EQ(Save({}, "../x", inputs.get()), Status::Error) << "it would leave the directory";
+}
+
+TEST_F(SignalBlocks, NameComponentFileAndLineOfABrokenFile) {
+    directory.Write("bad.sgd", "BinSigType\nnoPoints 2147483647\nENDSIG\n");
+    Owned<Nodelist> outputs;
+    PushCell(outputs, Owned<BinSig>(), UnknownSigType);
+    EXPECT_EQ(Load("bad.sgd", outputs.get()), Status::Error);
+    EXPECT_EQ(errorText,
+              "ERROR: signal file 'bad.sgd', line 2: noPoints is 2147483647, which the file cannot "
+              "hold\n  component 'source', file 'bad.sgd'\n");
+}
+
+}  // namespace
+}  // namespace photrak
