@@ -4,9 +4,12 @@
 #include "models/detection/electrical_filter.h"
 #include "models/detection/receiver.h"
 #include "models/signal_blocks.h"
+#include "models/sources/analog_sine.h"
+#include "models/sources/custom_signal.h"
 #include "models/sources/lasers.h"
 #include "models/sources/modulator.h"
 #include "models/sources/prbs.h"
+#include "models/sources/signal_generator.h"
 #include "results/signal_plot.h"
 
 namespace photrak {
@@ -30,6 +33,8 @@ Status RunLoadSigBlock(const ModelCall& call) {
 
 constexpr ModelEntry builtInModels[] = {
     {"PseudoRandomBinarySequenceGenerator", RunPrbs},
+    {"ElectricalSignalGenerator", RunSignalGenerator},
+    {"CustomSignalGenerator", RunCustomSignal},
     {"ElectricalFilter", ElectricalFilter},
     {"ReceiverModel", ReceiverModel},
     // The two older names stand in topologies and catalogs from before the plots were one.
@@ -37,6 +42,7 @@ constexpr ModelEntry builtInModels[] = {
     {"Optical_Plot", RunSignalPlot},
     {"SignalPlot", RunSignalPlot},
     {"ChirpPlot", RunChirpPlot},
+    {"AnalogSineGenerator", RunAnalogSine},
     {"ModeLockedLaserModel", RunModeLockedLaser},
     {"CWLaserModel", RunCwLaser},
     {"Modulator", RunModulator},

@@ -1,0 +1,77 @@
+#include "models/sources/analog_sine.h"
+
+#include <cmath>
+#include <gtest/gtest.h>
+#include <numbers>
+
+#include "support/model_parameters.h"
+
+namespace photrak {
+namespace {
+
+/// Expects Voffset + Vpp/2 sin(2 pi f t + phase) at t = 0, tStep, ...
+void ExpectSine(const ElecSig& wave, const AnalogSineParams& params) {
+    for (std::int32_t i = 0; i < wave.noPoints; ++i) {
+        const long double turns = static_cast<long double>(params.frequency) * wave.tStep * i +
+                                  static_cast<long double>(params.phase) / 360.0L;
+        const long double expected =
+            params.Voffset +
+            params.Vpp / 2.0L * std::sin(2.0L * std::numbers::pi_v<long double> * turns);
+        ASSERT_NEAR(wave.elecSamples[i + 1].re, static_cast<double>(expected), 1e-12) << i;
+        ASSERT_EQ(wave.elecSamples[i + 1].im, 0.0);
+    }
+}
+
+TEST(AnalogSine, FitsWholePeriodsUnlessAperiodic) {
+    const Component bare;
+    AnalogSineParams params = ReadAnalogSineParams(bare);
+    std::string text;
+    OutputCell periodic(ElecSigType);
+    ASSERT_EQ(AnalogSine(params, &periodic, text), Status::Success) << text;
+    const ElecSig& wave = periodic.As<ElecSig>();
+    EXPECT_EQ(wave.noPoints, 128);
+    EXPECT_DOUBLE_EQ(wave.tStep * 128, 4e-9);
+    EXPECT_EQ(wave.bitRate, 2e9);
+    EXPECT_EQ(wave.patternLength, 8);
+    EXPECT_DOUBLE_EQ(wave.elecSamples[1].re, 0.0) << "starts at its trough";
+    ExpectSine(wave, params);
+
+    params.mode = "Aperiodic";
+    params.frequency = 0.77e9;
+    params.phase = 33.0;
+    OutputCell aperiodic(ElecSigType);
+    ASSERT_EQ(AnalogSine(params, &aperiodic, text), Status::Success) << text;
+    EXPECT_EQ(aperiodic.As<ElecSig>().noPoints, 4096);
+    EXPECT_EQ(aperiodic.As<ElecSig>().tStep, 3.125e-12);
+    EXPECT_EQ(aperiodic.As<ElecSig>().bitRate, 0.0);
+    EXPECT_EQ(aperiodic.As<ElecSig>().patternLength, 0);
+    ExpectSine(aperiodic.As<ElecSig>(), params);
+}
+
+TEST(AnalogSine, RefusesGridsThatAreNone) {
+    const struct {
+        std::string mode;
+        std::int32_t exponent;
+        double frequency, timeStep;
+    } rows[] = {{"", -1, 1e9, 1e-12},        {"", 14, 1e9, 1e-12},
+                {"", INT32_MAX, 1e9, 1e-12}, {"", 3, 0.0, 1e-12},
+                {"", 3, -1e9, 1e-12},        {"", 3, HUGE_VAL, 1e-12},
+                {"", 3, 1e-320, 1e-12},      {"Aperiodic", 27, 1e9, 1e-12},
+                {"Aperiodic", 3, 1e9, 0.0},  {"Aperiodic", 3, 1e9, std::nan("")}};
+    for (const auto& row : rows) {
+        AnalogSineParams params;
+        params.owner = "tone";
+        params.mode = row.mode;
+        params.ptsPerPeriod = params.noPeriods = params.noSamples = row.exponent;
+        params.frequency = row.frequency;
+        params.timeStep = row.timeStep;
+        OutputCell output(ElecSigType);
+        std::string text;
+        EXPECT_EQ(AnalogSine(params, &output, text), Status::Error);
+        EXPECT_NE(text.find("component 'tone'"), std::string::npos) << text;
+        EXPECT_EQ(output.sig, nullptr);
+    }
+}
+
+}  // namespace
+}  // namespace photrak

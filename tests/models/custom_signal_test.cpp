@@ -1,0 +1,217 @@
+#include "models/sources/custom_signal.h"
+
+#include <cmath>
+#include <gtest/gtest.h>
+#include <numbers>
+
+#include "base/text.h"
+#include "models/sources/custom_table.h"
+#include "support/model_parameters.h"
+#include "support/signals.h"
+#include "support/temp_dir.h"
+
+namespace photrak {
+namespace {
+
+constexpr double degree = std::numbers::pi / 180.0;
+
+/// Two bits of four samples, 1 s apart.
+CustomSignalParams Params(std::string_view type) {
+    CustomSignalParams params;
+    params.owner = "scope";
+    params.signalType = type;
+    params.filename = "wave.txt";
+    params.bitRate = 0.25;
+    params.pointsPerBit = 4;
+    params.patternLength = 2;
+    params.wavelength = 1.55e-6;
+    return params;
+}
+
+class CustomSignal : public testing::Test {
+  protected:
+    struct Result {
+        OutputCell bits{BinSigType}, wave{UnknownSigType};
+        Status status = Status::Success;
+        std::string text;
+        std::complex<double> At(std::int32_t i) const {
+            return wave.sigType == ElecSigType ? Value(wave.As<ElecSig>().elecSamples[i])
+                                               : Value(wave.As<OpSignal>().channels->Ex_samples[i]);
+        }
+    };
+
+    std::unique_ptr<Result> Run(const CustomSignalParams& params, std::string_view file) {
+        directory.Write("wave.txt", file);
+        auto result = std::make_unique<Result>();
+        result->wave.next = &result->bits;
+        result->status = Signal_Gen_Custom(params, &result->wave, result->text);
+        return result;
+    }
+
+    TempDir directory;
+};
+
+/// Eight lines at 0 s to 7 s with these columns behind the time.
+std::string Lines(std::string_view columns) {
+    std::string text;
+    for (int i = 0; i < 8; ++i) text += Concat(i, "\t", columns, "\n");
+    return text;
+}
+
+TEST_F(CustomSignal, UnderstandsTheEightSignalTypes) {
+    const struct {
+        std::string_view type, columns;
+        std::complex<double> sample;
+    } rows[] = {
+        {"VOLTAGE", "-1.5 free text 7", {-1.5, 0}},
+        {"CURRENT", "2e-3", {2e-3, 0}},
+        {"OPTICALDBM", "3", {std::sqrt(std::pow(10.0, 0.3) * 1e-3), 0}},
+        {"OPTICALWATT", "0.25", {0.5, 0}},
+        {"OPTICALWATT", "-1", {0, 0}},
+        {"OPTICAL_REAL_IMAG", "0.5 -0.25", {0.5, -0.25}},
+        {"OPTICAL_AMP_PHASE", "2\t30", std::polar(2.0, 30 * degree)},
+        {"OPTICAL_AMP_PHASE_RAD", "2 -1.25", std::polar(2.0, -1.25)},
+        {"OPTICAL_POWER_PHASE", "4 120", std::polar(2.0, 120 * degree)},
+    };
+    for (const auto& [type, columns, sample] : rows) {
+        SCOPED_TRACE(type);
+        const auto result = Run(Params(type), Lines(columns));
+        ASSERT_EQ(result->status, Status::Success) << result->text;
+        for (std::int32_t i = 1; i <= 8; ++i) {
+            EXPECT_LT(std::abs(result->At(i) - sample), 1e-15) << i;
+        }
+    }
+}
+
+TEST_F(CustomSignal, GivesWaveformAndBitsOneGrid) {
+    const std::string file = "10 0\n11 0\n12 0\n13 0\n14 0\n15 2\n16 5\n17 5\n18 5\n";
+    const auto electrical = Run(Params("CURRENT"), file);
+    ASSERT_NE(electrical->status, Status::Error) << electrical->text;
+    const auto& wave = electrical->wave.As<ElecSig>();
+    EXPECT_EQ(wave.UnitType, CurrentUnit);
+    EXPECT_EQ(wave.noPoints, 8);
+    EXPECT_EQ(wave.tStep, 1.0);
+    EXPECT_EQ(wave.startTime, 10.0);
+    EXPECT_EQ(wave.bitRate, 0.25);
+    EXPECT_EQ(wave.patternLength, 2);
+    const auto& bits = electrical->bits.As<BinSig>();
+    EXPECT_EQ(bits.noPoints, 2);
+    EXPECT_EQ(bits.bitRate, 0.25);
+    EXPECT_EQ(bits.startTime, 10.0);
+    EXPECT_EQ(bits.bitSequence[1], 0);
+    EXPECT_EQ(bits.bitSequence[2], 1) << "by sample 7, the middle of the bit";
+
+    const auto optical = Run(Params("OPTICALWATT"), file);
+    const OpSig& channel = *optical->wave.As<OpSignal>().channels;
+    EXPECT_EQ(channel.wavelength, 1.55e-6);
+    EXPECT_EQ(channel.patternLength, 2);
+    EXPECT_EQ(channel.startTime, 10.0);
+}
+
+// Kept deliberately: real parts find the extremes, whose magnitudes set the threshold. Here the
+// lowest real part has the greatest magnitude, and no sample exceeds half of the sum.
+TEST_F(CustomSignal, FindsExtremesByTheRealPartAndHoldsTheirMagnitude) {
+    const auto result = Run(Params("VOLTAGE"), "0 1\n1 1\n2 1\n3 1\n4 -9\n5 -9\n6 -9\n7 -9\n");
+    ASSERT_NE(result->status, Status::Error);
+    EXPECT_EQ(result->bits.As<BinSig>().bitSequence[1], 0) << "1 is below (1 + 9)/2";
+    EXPECT_EQ(result->bits.As<BinSig>().bitSequence[2], 1) << "the magnitude 9 is above";
+}
+
+// A cubic goes through four points exactly, between the lines, and beyond the last.
+TEST_F(CustomSignal, ResamplesACubicExactly) {
+    const auto cubic = [](double t) { return 50.0 + t - 0.5 * t * t + 0.25 * t * t * t; };
+    std::string file;
+    for (const double t : {0.0, 0.7, 1.1, 2.5, 3.0, 4.9}) {
+        file += Concat(t, " ", FormatSignificant(cubic(t), 17), "\n");
+    }
+    const auto result = Run(Params("VOLTAGE"), file);
+    ASSERT_EQ(result->status, Status::Success) << result->text;
+    for (std::int32_t i = 1; i <= 8; ++i) {
+        EXPECT_NEAR(result->At(i).real(), cubic(i - 1), 1e-11) << i;
+    }
+    const auto longer = Run(Params("VOLTAGE"), Lines("3") + "8 3\n9 3\n10 3\n");
+    EXPECT_EQ(longer->wave.As<ElecSig>().noPoints, 8) << "a longer file is cut";
+}
+
+TEST_F(CustomSignal, PassesOverFreeTextUpToAnAsterisk) {
+    const auto result =
+        Run(Params("VOLTAGE"), "0 1 V * a remark\n\n  1\t1 * 2 1 * 3 1\r\n4 1* 5 1\n6 1,0 V\n7 1");
+    ASSERT_EQ(result->status, Status::Success) << result->text;
+    EXPECT_EQ(result->At(8), std::complex<double>(1.0, 0.0));
+}
+
+TEST_F(CustomSignal, WarnsOfUncertainSamplesOneByOneOrTogether) {
+    // A spike in the middle of zeros: on it the interpolation is sure, beside it it is not.
+    const std::string spike = "0 0\n1 0\n2 0\n3 100\n4 0\n5 0\n6 0\n7 0\n";
+    CustomSignalParams params = Params("VOLTAGE");
+    params.bitRate = 0.5;  // steps of 0.5 s
+    const auto few = Run(params, spike);
+    EXPECT_EQ(few->status, Status::Warning);
+    EXPECT_NE(few->wave.sig, nullptr);
+    // At 0.5 s the cubic through 0, 0, 0, 100 gives 6.25, corrected by as much in its last step.
+    EXPECT_TRUE(few->text.starts_with(
+        "Warning: Error exceeds 100 percent while interpolate current input!\n"
+        "t=5e+11ps, real input = 6.25, imag input = 0, error = 6.25\n"))
+        << few->text;
+    params.bitRate = 0.25;
+    params.pointsPerBit = 64;
+    const auto many = Run(params, spike);
+    EXPECT_EQ(many->status, Status::Warning);
+    EXPECT_EQ(std::count(many->text.begin(), many->text.end(), '\n'), 3) << many->text;
+    EXPECT_NE(many->text.find("component 'scope': this concerns "), std::string::npos);
+}
+
+TEST_F(CustomSignal, RefusesBadFiles) {
+    std::string huge;
+    for (int i = 0; i <= maxCustomLines + 1; ++i) huge += "\n";
+    const struct {
+        std::string_view what, file, complaint;
+    } rows[] = {
+        {"empty", "", "has 0 samples; at least 4"},
+        {"one line", "0 1\n", "has 1 samples; at least 4"},
+        {"equal times", "0 1\n1 1\n1 2\n2 1\n", "line 3, is not later"},
+        {"falling times", "3 1\n2 1\n1 2\n0 1\n", "line 2, is not later"},
+        {"words", "time volts\n0 1\n", "line 1, does not hold 2 numbers"},
+        {"no value", "0 1\n1\n2 1\n", "line 2, does not hold 2 numbers"},
+        {"beyond range", "0 1\n1 1e999\n", "line 2, holds a value beyond"},
+        {"too long", huge, "has more than"},
+        {"no spacing", "0 1\n1e-30 2\n2e-30 1\n3e-30 4\n", "too close"},
+    };
+    for (const auto& [what, file, complaint] : rows) {
+        SCOPED_TRACE(what);
+        const auto result = Run(Params("VOLTAGE"), file);
+        EXPECT_EQ(result->status, Status::Error);
+        EXPECT_NE(result->text.find(complaint), std::string::npos) << result->text;
+        EXPECT_NE(result->text.find("component 'scope'"), std::string::npos) << result->text;
+        EXPECT_NE(result->text.find("'wave.txt'"), std::string::npos) << result->text;
+        EXPECT_EQ(result->wave.sig, nullptr);
+    }
+}
+
+TEST_F(CustomSignal, RefusesBadParameters) {
+    const auto tell = [&](const CustomSignalParams& params) {
+        const auto result = Run(params, Lines("1"));
+        EXPECT_EQ(result->status, Status::Error);
+        return result->text;
+    };
+    CustomSignalParams params = Params("VOLT");
+    EXPECT_EQ(tell(params), "ERROR: signal type of component scope invalid\n");
+    params = Params("VOLTAGE");
+    params.filename = "none%s.txt";
+    EXPECT_TRUE(tell(params).starts_with("Cannot open file: none%s.txt.\n"));
+    for (const auto& [points, bits] : {std::pair{0, 2}, {4, 0}, {-4, -2}, {1 << 20, 1 << 20}}) {
+        params = Params("VOLTAGE");
+        params.pointsPerBit = points;
+        params.patternLength = bits;
+        EXPECT_NE(tell(params).find("make no signal"), std::string::npos);
+    }
+    params = Params("VOLTAGE");
+    params.bitRate = 0.0;
+    EXPECT_NE(tell(params).find("'bitRate'"), std::string::npos);
+    params = Params("OPTICALWATT");
+    params.wavelength = 0.0;
+    EXPECT_NE(tell(params).find("'wavelength'"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace photrak
