@@ -1,0 +1,121 @@
+// Grid union and resampling.
+#include "models/optical/ase_spectra.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "base/text.h"
+#include "kernel/sample_arrays.h"
+#include "numeric/messages.h"
+
+namespace photrak {
+namespace {
+
+struct SpectrumGrid {
+    double fstart, fstep, last;  // Hz
+    bool operator==(const SpectrumGrid&) const = default;
+};
+
+SpectrumGrid GridOf(const OpSigASE& spectrum) {
+    return {spectrum.fstart, spectrum.fstep, LastFrequency(spectrum)};
+}
+
+SpectrumGrid Union(const SpectrumGrid& a, const SpectrumGrid& b) {
+    return {std::min(a.fstart, b.fstart), std::min(a.fstep, b.fstep), std::max(a.last, b.last)};
+}
+
+bool IsSound(const SpectrumGrid& grid) {
+    return std::isfinite(grid.fstart) && std::isfinite(grid.last) && std::isfinite(grid.fstep) &&
+           grid.fstep > 0.0;
+}
+
+/// In steps: an end point of the source that rounding moved this far out still counts.
+constexpr double gridTolerance = 1e-6;
+
+double DensityAt(const OpSigASE& spectrum, double nu) {
+    const std::int32_t n = spectrum.noPoints;
+    const double position = (nu - spectrum.fstart) / spectrum.fstep;
+    if (!(position >= -gridTolerance && position <= n - 1 + gridTolerance)) return 0.0;
+    const auto interval = static_cast<std::int32_t>(position);
+    const std::int32_t below = std::min(interval + 1, n), above = std::min(interval + 2, n);
+    const double u = std::max(position - interval, 0.0);
+    const double* power = spectrum.powerSamples;
+    return power[below] + u * (power[above] - power[below]);
+}
+
+void AddResampled(OpSigASE& sum, const OpSigASE& source) {
+    for (std::int32_t i = 1; i <= sum.noPoints; ++i) {
+        sum.powerSamples[i] += DensityAt(source, SpectrumFrequency(sum, i));
+    }
+}
+
+/// Moves `sum` onto the grid.
+Status Regrid(OpSigASE& sum, const SpectrumGrid& grid, std::string& errorText) {
+    const double intervals = std::round((grid.last - grid.fstart) / grid.fstep);
+    if (!(intervals < maxSpectrumPoints)) {
+        AppendPiece(errorText, Concat("ERROR: the sum of two noise spectra has ", intervals + 1,
+                                      " points; at most ", maxSpectrumPoints, " are kept\n"));
+        return Status::Error;
+    }
+    Owned<OpSigASE> wider;
+    if (Make(wider, CreateOpSigASE, SaturateToInt(intervals) + 1)) {
+        ReportNoMemory(errorText, "a noise spectrum");
+        return Status::Error;
+    }
+    wider->fstart = grid.fstart;
+    wider->fstep = grid.fstep;
+    AddResampled(*wider, sum);
+    std::swap(sum.powerSamples, wider->powerSamples);
+    std::swap(sum.noPoints, wider->noPoints);
+    sum.fstart = grid.fstart;
+    sum.fstep = grid.fstep;
+    return Status::Success;
+}
+
+/// A record without points takes over the other spectrum.
+Status TakeOver(OpSigASE& sum, const OpSigASE& added, std::string& errorText) {
+    double* samples = nullptr;
+    if (!CopySamples(samples, added.powerSamples, added.noPoints)) {
+        ReportNoMemory(errorText, "a noise spectrum");
+        return Status::Error;
+    }
+    Release(std::exchange(sum.powerSamples, samples));
+    sum.noPoints = added.noPoints;
+    sum.fstart = added.fstart;
+    sum.fstep = added.fstep;
+    return Status::Success;
+}
+
+}  // namespace
+
+void ScaleSpectra(OpSigASE* spectra, double factor) {
+    for (OpSigASE& spectrum : Items(spectra)) {
+        for (std::int32_t i = 1; i <= spectrum.noPoints; ++i) spectrum.powerSamples[i] *= factor;
+    }
+}
+
+Status AddSpectrum(OpSigASE& sum, const OpSigASE& added, std::string& errorText) {
+    if (added.noPoints < 1) return Status::Success;
+    if (sum.noPoints < 1) return TakeOver(sum, added, errorText);
+    if (sum.noPoints == added.noPoints && sum.fstart == added.fstart && sum.fstep == added.fstep) {
+        for (std::int32_t i = 1; i <= sum.noPoints; ++i) {
+            sum.powerSamples[i] += added.powerSamples[i];
+        }
+        return Status::Success;
+    }
+    const SpectrumGrid own = GridOf(sum), other = GridOf(added);
+    if (!IsSound(own) || !IsSound(other)) {
+        AppendPiece(errorText, "ERROR: a noise spectrum has no frequency step above 0\n");
+        return Status::Error;
+    }
+    const SpectrumGrid grid = Union(own, other);
+    if (grid != own) {
+        const Status status = Regrid(sum, grid, errorText);
+        if (status != Status::Success) return status;
+    }
+    AddResampled(sum, added);
+    return Status::Success;
+}
+
+}  // namespace photrak
