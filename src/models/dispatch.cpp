@@ -3,6 +3,7 @@
 
 #include "models/detection/electrical_filter.h"
 #include "models/detection/receiver.h"
+#include "models/optical/amplifier.h"
 #include "models/signal_blocks.h"
 #include "models/sources/analog_sine.h"
 #include "models/sources/custom_signal.h"
@@ -46,6 +47,7 @@ constexpr ModelEntry builtInModels[] = {
     {"ModeLockedLaserModel", RunModeLockedLaser},
     {"CWLaserModel", RunCwLaser},
     {"Modulator", RunModulator},
+    {"OpticalAmplifier", RunOpticalAmplifier},
     {"SaveSigBlock", RunSaveSigBlock},
     {"LoadSigBlock", RunLoadSigBlock},
 };
