@@ -16,6 +16,10 @@ struct WrittenFiles {
     std::unordered_set<std::string> known;  // the same, for the search
 };
 
+bool IsControl(char c) {
+    return static_cast<unsigned char>(c) < ' ' || c == '\x7f';
+}
+
 WrittenFiles& Written() {
     static WrittenFiles written;
     return written;
@@ -42,9 +46,11 @@ std::string ResultStem(const SimOptions& options, std::string_view root) {
     return Concat(PrefixInUse(options), root, ResultTags(options));
 }
 
-// A topology may come from anyone: its result names must not reach beyond its own directory.
+// A topology may come from anyone: its result names must not reach beyond its own directory, and
+// they stand bare on the lines of command files, where a line end would start a line of their own.
 bool IsAllowedResultName(std::string_view name) {
-    if (name.empty() || name.front() == '/' || name.find('\0') != name.npos) return false;
+    if (name.empty() || name.front() == '/') return false;
+    if (std::any_of(name.begin(), name.end(), IsControl)) return false;
     for (std::size_t start = 0; start <= name.size();) {
         const std::size_t end = std::min(name.find('/', start), name.size());
         if (name.substr(start, end - start) == "..") return false;
@@ -55,8 +61,11 @@ bool IsAllowedResultName(std::string_view name) {
 
 bool WriteResultFile(const std::string& name, std::string_view content, std::string& errorText) {
     if (!IsAllowedResultName(name)) {
-        errorText += Concat("ERROR: result file name '", name,
-                            "' does not stay inside the directory of the topology\n");
+        std::string shown(name);
+        std::replace_if(shown.begin(), shown.end(), IsControl, '?');
+        errorText += Concat("ERROR: result file name '", shown,
+                            "' does not stay inside the directory of the topology",
+                            shown == name ? "\n" : " or holds control characters\n");
         return false;
     }
     if (!WriteWholeFile(name, content)) return false;

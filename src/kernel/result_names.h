@@ -14,7 +14,8 @@ std::string ResultTags(const SimOptions& options);
 /// Prefix, root, tags: what every result writer's name starts with.
 std::string ResultStem(const SimOptions& options, std::string_view root);
 
-/// True if a result may be written under this name: not empty, not absolute, no "..".
+/// True if a result may be written under this name: not empty, not absolute, no "..",
+/// no control characters.
 bool IsAllowedResultName(std::string_view name);
 /// Writes a result file and records its name. False (nothing recorded) if the name is not allowed
 /// or the file cannot be written; a refused name appends an error to `errorText`.

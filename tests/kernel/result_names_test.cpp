@@ -53,6 +53,10 @@ TEST(ResultNames, StayInsideTheDirectory) {
         EXPECT_FALSE(IsAllowedResultName(name)) << name;
     }
     EXPECT_FALSE(IsAllowedResultName(std::string_view("a\0b", 3)));
+    // Names stand bare on the lines of command files, which the viewer reads as a script.
+    for (const char* name : {"a\n/quit", "a\rb", "a\tb", "\x1b[2J", "a\x7f"}) {
+        EXPECT_FALSE(IsAllowedResultName(name));
+    }
 }
 
 TEST(ResultNames, WrittenFilesAreListedOnceInOrder) {

@@ -31,25 +31,13 @@ class PlotBlock : public PlotTest {
 };
 
 TEST_F(PlotBlock, NamesItsFilesByPrefixRootAndTags) {
-    options.mode = simMode::innerSweep | simMode::statistical;
+    options.mode = simMode::innerSweep;
     options.OUTPUTPREFIX = "out_";
-    options.SCANPREFIX = "scan_";
     options.SCANMETA1 = "_i";
-    options.SCANMETA2 = "_o";
-    options.RUNMETA = "_r";
-    options.innerCount = 2;
-    options.innerIndex = 1;
-    options.outerCount = 3;
-    options.outerIndex = 3;
-    options.NUMRUNSTODO = 5;
-    options.runIndex = 4;
-    EXPECT_EQ(PlotFileRoot(options, "a_name", ""), "scan_a_name_o3_i1_r4");
+    options.innerCount = options.innerIndex = 2;
+    EXPECT_EQ(PlotFileRoot(options, "a_name", ""), "phtmpa_name_i2");
     options.mode = 0;
-    EXPECT_EQ(PlotFileRoot(options, "a_name", "ro_ot"), "out_ro_ot_o3_i1");
-    options.OUTPUTPREFIX.clear();
-    options.innerCount = options.outerCount = 1;
-    EXPECT_EQ(PlotFileRoot(options, "a_name", ""), "phtmpa_name");
-    EXPECT_EQ(options.OUTPUTPREFIX, "");
+    EXPECT_EQ(PlotFileRoot(options, "a_name", "ro_ot"), "out_ro_ot_i2");
 }
 
 TEST_F(PlotBlock, WritesNothingWhenPassesWouldOverwriteEachOther) {
@@ -165,20 +153,16 @@ TEST_F(PlotBlock, TellsWhenTheInputsCannotBeCopied) {
     EXPECT_EQ(dir.Files(), Names{});
 }
 
-TEST_F(PlotBlock, DrawsTheChirpOfXWithoutAPolarizationParameter) {
-    AddChannel(AddOptical(), {{1}, {1}});
-    ParameterList none;
-    EXPECT_EQ(Run(none, /*chirp=*/true), Status::Success);
-    EXPECT_EQ(dir.Files(), (Names{"phtmpmy_plot.pcs", "phtmpmy_plot_xchirp.sig"}));
-}
-
 TEST_F(PlotBlock, KeepsNamesFromBreakingTheCommandFile) {
-    component.name = "a_b\"c\t%s";
+    component.name = "a_b\"c %s";
     AddElectrical({{1}, {2}});
     EXPECT_EQ(Run(), Status::Success);
-    const std::string script = dir.Read("phtmpa_b\"c\t%s.pcs");
+    const std::string script = dir.Read("phtmpa_b\"c %s.pcs");
     EXPECT_NE(script.find("/tt\"a b'c %s Signal Plot\"\n"), std::string::npos) << script;
-    EXPECT_NE(script.find("\nphtmpa_b\"c\t%s_real.sig\n"), std::string::npos);
+    EXPECT_NE(script.find("\nphtmpa_b\"c %s_real.sig\n"), std::string::npos);
+    component.name = "a\n/quit";
+    EXPECT_EQ(Run(), Status::Error);
+    EXPECT_EQ(dir.Files().size(), 2u);
 }
 
 }  // namespace
