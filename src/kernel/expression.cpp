@@ -3,6 +3,7 @@
 // present token into the end of the text, at which every rule of the grammar returns.
 #include "kernel/expression.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "kernel/expression_functions.h"
@@ -14,7 +15,10 @@ namespace {
 
 constexpr int maxSymbolDepth = 199;  // symbols whose texts name symbols
 constexpr int maxNesting = 2000;     // open atoms, through all symbols: bounds the C++ stack
-constexpr int maxSteps = 1'000'000;  // tokens, through all symbols: bounds the time
+// Tokens, through all symbols: bounds the time. The free ones are far more than a sensible
+// expression has; the others count against the table, so that many exploding expressions cost
+// little more than a few.
+constexpr std::int64_t maxSteps = 1'000'000, freeSteps = 1'000;
 
 /// A token with its meaning.
 struct Lexeme {
@@ -27,11 +31,13 @@ struct Lexeme {
 
 class Evaluator {
   public:
-    explicit Evaluator(const SymbolTable& table) : table_(table) {}
+    explicit Evaluator(const SymbolTable& table)
+        : table_(table), stepsAllowed_(std::min(maxSteps, freeSteps + table.stepsLeft)) {}
 
     double Run(std::string_view text, ExprError& error) {
         const double value = Text(text);
         error = error_;
+        table_.stepsLeft -= std::clamp<std::int64_t>(steps_ - freeSteps, 0, table_.stepsLeft);
         return error_ == ExprError::None ? value : 0.0;
     }
 
@@ -68,7 +74,9 @@ class Evaluator {
     TokenReader reader_;
     Lexeme token_;
     ExprError error_ = ExprError::None;
-    int depth_ = 0, nesting_ = 0, steps_ = 0;
+    int depth_ = 0, nesting_ = 0;
+    const std::int64_t stepsAllowed_;
+    std::int64_t steps_ = 0;
 };
 
 /// A whole text, the first or that of a symbol; what was being read goes on afterwards.
@@ -86,7 +94,7 @@ double Evaluator::Text(std::string_view text) {
 
 void Evaluator::Advance() {
     if (Failed()) return;
-    if (++steps_ > maxSteps) {
+    if (++steps_ > stepsAllowed_) {
         Fail(ExprError::TooDeep);
         return;
     }

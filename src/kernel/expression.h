@@ -15,7 +15,8 @@ namespace photrak {
 
 enum class ExprError { None = 0, Syntax = 1, Parenthesis = 2, DivisionByZero = 3, TooDeep = 4 };
 
-/// The value, 0.0 after a failure. Total work is bounded: 10^6 steps, then TooDeep.
+/// The value, 0.0 after a failure. Total work is bounded: 10^6 steps, then TooDeep. What goes
+/// beyond a thousand steps is taken from the table's stepsLeft, and may not be more.
 double ExprEval(const SymbolTable& table, std::string_view text, ExprError& error);
 
 /// What a numeric field means: a plain number, or else an expression. Trailing blanks, commas and

@@ -69,6 +69,7 @@ bool SymbolLookup(const SymbolTable& table, std::string_view name, Symbol* out) 
 
 bool AllocateSymbols(SymbolTable& table, std::int32_t capacity) {
     table.count = 0;
+    table.stepsLeft = symbolTableSteps;
     table.entries.reset(new (std::nothrow) Symbol[static_cast<std::size_t>(capacity)]);
     return table.entries != nullptr;
 }

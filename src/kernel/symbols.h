@@ -16,7 +16,8 @@ std::string_view StripNumberText(std::string_view text);
 const Symbol* FindSymbol(const SymbolTable& table, std::string_view name);
 /// Copies the entry to `out`, or zeroes it when there is none.
 bool SymbolLookup(const SymbolTable& table, std::string_view name, Symbol* out);
-/// Makes room for `capacity` entries and empties the table; false when memory is exhausted.
+/// Makes room for `capacity` entries and empties the table, its steps whole; false when memory is
+/// exhausted.
 bool AllocateSymbols(SymbolTable& table, std::int32_t capacity);
 /// Inserts in order or replaces; the table needs its entries. False (error word 1) for a name over
 /// 31 or a text over 79 characters, or either with a zero byte. A full table goes to FatalError

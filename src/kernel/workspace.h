@@ -115,6 +115,7 @@ struct Variable {
 
 inline constexpr std::size_t symbolNameCapacity = 32, symbolTextCapacity = 80;
 inline constexpr std::int32_t symbolTableCapacity = 512;
+inline constexpr std::int64_t symbolTableSteps = 30'000'000;
 
 /// Entry of a symbol table; an empty text means that the value is final.
 struct Symbol {
@@ -127,6 +128,9 @@ struct Symbol {
 struct SymbolTable {
     std::int32_t count = 0;
     std::unique_ptr<Symbol[]> entries;  // null outside a run or load
+    /// What the unusually long evaluations over this table may still cost together, in steps of the
+    /// evaluator: a load or a run with many exploding expressions ends in seconds.
+    mutable std::int64_t stepsLeft = symbolTableSteps;
 };
 
 /// Bits of SimOptions::mode.

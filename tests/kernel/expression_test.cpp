@@ -240,6 +240,14 @@ TEST(Expression, EndsExponentialWorkInTime) {
     // Some 0.1 s without sanitizers; unbounded it would be 10^18 steps.
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
     EXPECT_EQ(ValueOf(table, "s50"), 1024.0);
+
+    // Many of them share what the table may spend; expressions of usual length go on without it.
+    EXPECT_LT(table.stepsLeft, symbolTableSteps - 990'000);
+    table.stepsLeft = 5'000;
+    EXPECT_EQ(ErrorOf(table, "s0"), ExprError::TooDeep);
+    EXPECT_EQ(table.stepsLeft, 0);
+    EXPECT_EQ(ErrorOf(table, "s50"), ExprError::TooDeep);
+    EXPECT_EQ(ValueOf(table, "s54+sqrt(s56)"), 68.0);
 }
 
 TEST(Expression, BoundsTheNestingOfTheText) {
