@@ -39,9 +39,9 @@ template <auto Member>
 void StoreText(Definition& definition) {
     definition.prototype.*Member = definition.reader.Text();
 }
-template <auto Member>
+template <auto Member, std::int32_t least = 0>
 void StorePortCount(Definition& definition) {
-    definition.prototype.*Member = std::clamp(ReadInt(definition.reader.Word()), 0, maxPorts);
+    definition.prototype.*Member = std::clamp(ReadInt(definition.reader.Word()), least, maxPorts);
 }
 
 void StoreEqualCounts(Definition& definition) {
@@ -177,6 +177,7 @@ void ReadParameterBlock(Definition& definition) {
     ++definition.parameterCount;
 }
 
+// A greatest count below 0 stays so: a topology refuses every block of such a model.
 constexpr struct {
     std::string_view word;
     void (*act)(Definition& definition);
@@ -184,9 +185,9 @@ constexpr struct {
     {"ICON", StoreWord<&Component::ICON>},
     {"NOTE", StoreText<&Component::NOTE>},
     {"MININPUTS", StorePortCount<&Component::MININPUTS>},
-    {"MAXINPUTS", StorePortCount<&Component::MAXINPUTS>},
+    {"MAXINPUTS", StorePortCount<&Component::MAXINPUTS, -1>},
     {"MINOUTPUTS", StorePortCount<&Component::MINOUTPUTS>},
-    {"MAXOUTPUTS", StorePortCount<&Component::MAXOUTPUTS>},
+    {"MAXOUTPUTS", StorePortCount<&Component::MAXOUTPUTS, -1>},
     {"NUMINEQNUMOUTNODES", StoreEqualCounts},
     {"NUMINPUTNODES", StorePortCount<&Component::NUMINPUTS>},
     {"NUMINPUTS", StorePortCount<&Component::NUMINPUTS>},

@@ -120,12 +120,6 @@ TEST(TopologyReader, ReadsEveryBlock) {
     EXPECT_EQ(FindParameter("power", laser.parameters)->PROBDIST, UniformProbDist);
 }
 
-TEST(TopologyReader, TakesALoneNoteAndAFileOfBlanks) {
-    EXPECT_EQ(Load("NOTE only this").status, Status::Success);
-    EXPECT_EQ(Load(" \n\r\n\t").status, Status::Success);
-    EXPECT_EQ(Load("").workspace->nodes.size(), 1u);
-}
-
 TEST(TopologyReader, LoadsUnknownKeywordsAndTellsThemOnTheErrorStream) {
     testing::internal::CaptureStderr();
     const Loaded loaded = Load("FUTURE %n%s\nNOTE kept\n");
@@ -284,6 +278,10 @@ TEST(TopologyReader, BoundsWhatAHostileFileCanAskFor) {
     const Loaded loaded = Load(wide, catalogue);
     EXPECT_EQ(loaded.status, Status::Error);
     EXPECT_NE(loaded.Errors().find("component 'w' would have more ports"), std::string::npos);
+
+    ASSERT_TRUE(AddModel(catalogue, "Barred", "MAXINPUTS -3\nMAXOUTPUTS 1\nNUMOUTPUTS 1\n"));
+    EXPECT_EQ(Load(Block("b Barred", "", "0"), catalogue).Errors(),
+              "\nTopology load ERROR in b input or output node counts\n  at link.top:7\n");
 
     std::string nodes = "BEGINNODES";
     for (int i = 0; i < (1 << 20) + 5; ++i) nodes += Concat(" ", i);
