@@ -53,12 +53,6 @@ TEST(ComputeChirp, WalksAllSamplesCyclically) {
     }
 }
 
-TEST(ComputeChirp, IsZeroWithoutSamples) {
-    double out[] = {9, 9, 9, 9};
-    ComputeChirp(3, out, nullptr, 1e-12, 1);
-    EXPECT_EQ(std::vector<double>(out, out + 4), (std::vector<double>{9, 0, 0, 0}));
-}
-
 using ChirpPlotWriter = PlotTest;
 
 TEST_F(ChirpPlotWriter, WritesOneColumnForEachChannelOfTheSameLength) {
@@ -94,16 +88,6 @@ TEST_F(ChirpPlotWriter, WritesOneColumnForEachChannelOfTheSameLength) {
     EXPECT_EQ(dir.Read("P_ychirp.sig"), "0 0 0\n");
     EXPECT_NE(dir.Read("P.pcs").find("/tb\"y polarization\"\n/st7\nP_ychirp.sig\n"),
               std::string::npos);
-}
-
-TEST_F(ChirpPlotWriter, HasNoChirpOfCombinedPolarizations) {
-    AddChannel(AddOptical(), {{1}, {1}});
-    std::string text;
-    EXPECT_EQ(WriteChirpPlot(Job(plotFlag::combined), text), Status::Warning);
-    EXPECT_EQ(text,
-              "WARNING in signal plot 'my_plot': selected representation not compatible\n"
-              "with combine_x_and_y mode; changed to x_only\n");
-    EXPECT_EQ(dir.Files(), (std::vector<std::string>{"P.pcs", "P_xchirp.sig"}));
 }
 
 }  // namespace
