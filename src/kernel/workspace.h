@@ -115,7 +115,7 @@ struct Variable {
 
 inline constexpr std::size_t symbolNameCapacity = 32, symbolTextCapacity = 80;
 inline constexpr std::int32_t symbolTableCapacity = 512;
-inline constexpr std::int64_t symbolTableSteps = 30'000'000;
+inline constexpr std::int64_t symbolTableSteps = 5'000'000;
 
 /// Entry of a symbol table; an empty text means that the value is final.
 struct Symbol {
