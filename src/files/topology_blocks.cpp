@@ -2,6 +2,7 @@
 #include "files/topology_blocks.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "base/text.h"
 #include "files/topology_words.h"
@@ -47,8 +48,13 @@ namespace {
 
 constexpr std::int32_t unknownVariableType = -1;
 
-/// "name type value"; a variable of an unknown type is told and stored all the same.
+/// "name type value"; a variable of an unknown type is told and stored all the same, one beyond the
+/// bound is told and left out, once.
 Status ReadVariable(TopologyContext& context, std::string_view name) {
+    if (context.workspace.variables.size() == maxTopologyVariables) {
+        if (std::exchange(context.isFullOfVariables, true)) return Status::Error;
+        return Fault(context, "ERROR reading topology file: too many variables\n");
+    }
     const std::string_view typeWord = context.lines.Word();
     const auto type = CodeOf(variableTypeWords, typeWord);
     const Status status =

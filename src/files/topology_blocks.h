@@ -19,6 +19,8 @@ namespace photrak {
 inline constexpr std::size_t maxTopologyBytes = std::size_t{1} << 26;
 inline constexpr std::size_t maxSuperBlockBytes = std::size_t{1} << 22;
 inline constexpr std::size_t maxTopologyComponents = std::size_t{1} << 18;
+// Far above what the symbol table takes, and low enough for a list kept in order.
+inline constexpr std::size_t maxTopologyVariables = std::size_t{1} << 14;
 inline constexpr std::size_t maxTopologyNodes = std::size_t{1} << 20;
 inline constexpr std::size_t maxNodeTokens = 254;  // on an INPUTFROM or OUTPUTTO line
 
@@ -50,6 +52,8 @@ struct TopologyContext {
     NodeListCells beginNodes, endNodes;
     SuperBlockPrototypes superBlocks;
     bool lineIsUnread = false;  // the present line starts the next block
+    bool isFullOfVariables = false;
+    int unknownKeywords = 0;
 };
 
 /// Appends a text to the error text, and the place it is about: "  at FILE:LINE\n".

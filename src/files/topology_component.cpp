@@ -220,13 +220,15 @@ bool ComponentReader::CreateFrom(const Component* prototype) {
         return Fail(Concat("ERROR reading topology file: component '", name_,
                            "' would have more ports than a file can wire (", limit, ")\n"));
     }
-    component_ =
-        CreateComponentFrom(*prototype, name_, inputs_, outputs_, context_.workspace.components);
+    // Into its place among the others it comes with all of them, at the end of the load.
+    ComponentList made;
+    component_ = CreateComponentFrom(*prototype, name_, inputs_, outputs_, made);
     if (!component_) {
         return Fail(Concat("ERROR reading topology file: Cannot create component '", name_,
                            "' of model type '", type_, "'\n"));
     }
     component_->superBlockFile = superBlock_;
+    context_.workspace.components.push_back(std::move(made.front()));
     return true;
 }
 

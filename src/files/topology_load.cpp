@@ -9,6 +9,7 @@
 #include "files/topology.h"
 #include "files/topology_blocks.h"
 #include "files/topology_check.h"
+#include "files/topology_words.h"
 #include "kernel/graph.h"
 #include "kernel/symbols.h"
 #include "platform/file_system.h"
@@ -40,9 +41,9 @@ Status ReadBlock(TopologyContext& context) {
     if (block != std::end(blockKeywords)) return block->read(context);
     // Kept deliberately: an unknown keyword is told on the error stream only; files of newer
     // versions load.
-    if (!keyword.empty()) {
-        std::cerr << "\nTopologyLoad: I do not understand the following keyword: " << keyword
-                  << "\n";
+    if (!keyword.empty() && context.unknownKeywords++ < maxFaultsTold) {
+        std::cerr << "\nTopologyLoad: I do not understand the following keyword: "
+                  << CleanWord(keyword) << "\n";
     }
     return Status::Success;
 }
@@ -71,6 +72,15 @@ NodeListCells CellsOf(const std::vector<Node*>& nodes) {
     return list;
 }
 
+/// From the order of the file into that of a workspace: ascending by name, of equal names the later
+/// first. At once, since a sorted list of 10^5 blocks is not built one by one.
+void SortComponents(ComponentList& components) {
+    std::ranges::reverse(components);
+    std::ranges::stable_sort(components, {}, [](const auto& component) -> const std::string& {
+        return component->name;
+    });
+}
+
 /// Reads all blocks into a new workspace. The lists of nodes are put back and the symbol table is
 /// freed however the reading ends.
 Status ReadTopology(LineReader& lines, Workspace& workspace, const Catalogue& catalogue,
@@ -92,6 +102,7 @@ Status ReadTopology(LineReader& lines, Workspace& workspace, const Catalogue& ca
     } catch (const std::bad_alloc&) {
         status = Fault(context, "ERROR: TopologyLoad: out of memory\n");
     }
+    SortComponents(workspace.components);
     workspace.BEGINNODES.assign(context.beginNodes.cells.begin(), context.beginNodes.cells.end());
     workspace.ENDNODES.assign(context.endNodes.cells.begin(), context.endNodes.cells.end());
     FreeSymbolTable(workspace);

@@ -127,6 +127,14 @@ TEST(TopologyReader, LoadsUnknownKeywordsAndTellsThemOnTheErrorStream) {
               "\nTopologyLoad: I do not understand the following keyword: FUTURE\n");
     EXPECT_EQ(loaded.status, Status::Success);
     EXPECT_EQ(loaded.workspace->NOTE, "kept");
+
+    std::string flood;
+    for (int i = 0; i < 100'000; ++i) flood += "\x1b[2J\n";
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(Load(flood).status, Status::Success);
+    const std::string told = testing::internal::GetCapturedStderr();
+    EXPECT_LT(told.size(), 200'000u);
+    EXPECT_EQ(told.find('\x1b'), std::string::npos) << "no word of a file steers a terminal";
 }
 
 TEST(TopologyReader, CutsNodeListsAsItReadsThem) {
@@ -286,6 +294,13 @@ TEST(TopologyReader, BoundsWhatAHostileFileCanAskFor) {
     std::string nodes = "BEGINNODES";
     for (int i = 0; i < (1 << 20) + 5; ++i) nodes += Concat(" ", i);
     EXPECT_EQ(Load(nodes).status, Status::Error);
+
+    // In descending order, each goes in front of all the others.
+    std::string variables = "BEGINVARIABLES\n";
+    for (int i = 1'000'000; i > 0; --i) variables += Concat("v", 1'000'000 + i, " IntType 1\n");
+    const Loaded many = Load(variables);
+    EXPECT_LT(many.workspace->variables.size(), 100'000u);
+    EXPECT_NE(many.Errors().find("too many variables\n  at link.top:"), std::string::npos);
 }
 
 TEST(TopologyReader, SurvivesTruncationAtEveryByte) {
