@@ -12,6 +12,7 @@ inline constexpr int stoppedBase = 128;
 }  // namespace exitStatus
 
 int RunCommand(const CommandOptions& options);
+int ScanCommand(const CommandOptions& options);
 int CheckCommand(const CommandOptions& options);
 int ModelsCommand(const CommandOptions& options);
 

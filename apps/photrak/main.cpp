@@ -25,6 +25,9 @@ struct Command {
 constexpr Command commandTable[] = {
     {"run", "photrak run [options] FILE.top", "simulate a topology once and write its results",
      commandBit::run, FileWanted::Needed, RunCommand},
+    {"scan", "photrak scan [options] FILE.top",
+     "simulate it at each point of its sweeps and for each statistical run", commandBit::scan,
+     FileWanted::Needed, ScanCommand},
     {"check", "photrak check [options] FILE.top",
      "load a topology and list all its faults; run nothing", commandBit::check, FileWanted::Needed,
      CheckCommand},
@@ -44,8 +47,10 @@ std::string Help() {
     text +=
         "  photrak FILE.top                    open the workbench (this build has none)\n"
         "  photrak --help | --version\n\n"
-        "Options of run:\n";
+        "Options of run and scan:\n";
     text += OptionHelp(commandBit::run);
+    text += "\nMore options of scan, which replace what the topology asks for:\n";
+    text += OptionHelp(commandBit::scan, commandBit::run);
     text +=
         "\nResult files and log.txt are written in the topology's directory. Standard output lists "
         "the\n"

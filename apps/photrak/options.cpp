@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 
 #include "base/text.h"
 
@@ -48,8 +49,40 @@ Problem SetPlotting(CommandOptions& options, const std::string& value) {
     return {};
 }
 
-Problem SetPrefix(CommandOptions& options, const std::string& value) {
-    options.prefix = value;
+template <std::optional<std::string> CommandOptions::*text>
+Problem SetText(CommandOptions& options, const std::string& value) {
+    options.*text = value;
+    return {};
+}
+
+template <std::optional<SweepOption> CommandOptions::*sweep>
+Problem SetSweep(CommandOptions& options, const std::string& value) {
+    const std::size_t equals = value.find('=');
+    const std::size_t first = value.find(':', equals);
+    const std::size_t second = first == std::string::npos ? first : value.find(':', first + 1);
+    SweepOption read;
+    if (second != std::string::npos && value.find(':', second + 1) == std::string::npos) {
+        read = {value.substr(0, equals), value.substr(equals + 1, first - equals - 1),
+                value.substr(first + 1, second - first - 1), value.substr(second + 1)};
+    }
+    if (read.name.empty() || read.start.empty() || read.stop.empty() || read.step.empty()) {
+        return Concat("a sweep is NAME=START:STOP:STEP, not '", value, "'");
+    }
+    if (read.name.size() >= symbolNameCapacity) {
+        return Concat("the name '", read.name, "' of a sweep is longer than 31 characters");
+    }
+    options.*sweep = std::move(read);
+    return {};
+}
+
+Problem SetRuns(CommandOptions& options, const std::string& value) {
+    std::int32_t runs = -1;
+    const char* end = value.data() + value.size();
+    const auto [stop, error] = std::from_chars(value.data(), end, runs);
+    if (error != std::errc() || stop != end || runs < 0) {
+        return Concat("--runs wants a number of runs, not '", value, "'");
+    }
+    options.runs = runs;
     return {};
 }
 
@@ -59,17 +92,31 @@ Problem Raise(CommandOptions& options, const std::string&) {
     return {};
 }
 
-constexpr unsigned anyCommand = commandBit::run | commandBit::check | commandBit::models;
-constexpr unsigned topologyCommand = commandBit::run | commandBit::check;
+constexpr unsigned simulating = commandBit::run | commandBit::scan;
+constexpr unsigned topologyCommand = simulating | commandBit::check;
+constexpr unsigned anyCommand = topologyCommand | commandBit::models;
 
 constexpr Option optionTable[] = {
     {"--set", "NAME=EXPR", topologyCommand, SetSymbol,
      "give a symbol a number or an expression for this run; repeatable"},
-    {"--prefix", "TEXT", commandBit::run, SetPrefix, "start the names of result files with TEXT"},
-    {"--plotting", "MODE", commandBit::run, SetPlotting,
+    {"--prefix", "TEXT", simulating, SetText<&CommandOptions::prefix>,
+     "start the names of result files with TEXT"},
+    {"--plotting", "MODE", simulating, SetPlotting,
      "none, save (files only), display (start the viewer) or icon (as each block says)"},
-    {"--no-commands", nullptr, commandBit::run, Raise<&CommandOptions::noCommands>,
+    {"--no-commands", nullptr, simulating, Raise<&CommandOptions::noCommands>,
      "start no external program: no viewer, no command of a block"},
+    {"--inner", "RANGE", commandBit::scan, SetSweep<&CommandOptions::inner>,
+     "sweep a symbol; RANGE is NAME=START:STOP:STEP, of numbers or expressions"},
+    {"--outer", "RANGE", commandBit::scan, SetSweep<&CommandOptions::outer>,
+     "sweep another one around it: the whole inner sweep at each of its points"},
+    {"--runs", "N", commandBit::scan, SetRuns,
+     "N runs at each point, with new draws of the randomized parameters; 0 for none"},
+    {"--inner-tag", "TEXT", commandBit::scan, SetText<&CommandOptions::innerTag>,
+     "put TEXT and the number of the point into the names of result files;"},
+    {"--outer-tag", "TEXT", commandBit::scan, SetText<&CommandOptions::outerTag>,
+     "likewise for the outer sweep;"},
+    {"--run-tag", "TEXT", commandBit::scan, SetText<&CommandOptions::runTag>,
+     "likewise for the runs; an empty tag skips the plots of that loop"},
     {"--strict", nullptr, topologyCommand, Raise<&CommandOptions::strict>,
      "exit with 2 if there were warnings"},
     {"--quiet", nullptr, topologyCommand, Raise<&CommandOptions::quiet>,
@@ -124,10 +171,10 @@ std::optional<std::string> ParseOptions(const std::vector<std::string>& argument
     return {};
 }
 
-std::string OptionHelp(unsigned command) {
+std::string OptionHelp(unsigned command, unsigned except) {
     std::string text;
     for (const Option& option : optionTable) {
-        if (!(option.commands & command)) continue;
+        if (!(option.commands & command) || (option.commands & except)) continue;
         std::string left =
             Concat("  ", option.name, option.value ? " " : "", option.value ? option.value : "");
         left.resize(std::max<std::size_t>(left.size() + 2, 24), ' ');

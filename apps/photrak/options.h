@@ -10,12 +10,20 @@
 
 namespace photrak {
 
+/// NAME=START:STOP:STEP, expressions as typed.
+struct SweepOption {
+    std::string name, start, stop, step;
+};
+
 /// What the user asked for on the command line, for the commands that run or load a topology.
 struct CommandOptions {
     std::string file;  // the topology, or the model type of `models`
     std::vector<std::pair<std::string, std::string>> symbols;  // --set NAME=EXPR, in order
     std::optional<std::string> prefix;
     std::optional<std::int16_t> plotting;  // PLOTTING code
+    std::optional<SweepOption> inner, outer;
+    std::optional<std::int32_t> runs;
+    std::optional<std::string> innerTag, outerTag, runTag;
     bool noCommands = false, strict = false, quiet = false, verbose = false, help = false;
 };
 
@@ -24,12 +32,12 @@ struct CommandOptions {
 std::optional<std::string> ParseOptions(const std::vector<std::string>& arguments, unsigned command,
                                         CommandOptions& options);
 
-/// The option lines of a command's help, aligned.
-std::string OptionHelp(unsigned command);
+/// The option lines of a command's help, aligned, without those of the commands in `except`.
+std::string OptionHelp(unsigned command, unsigned except = 0);
 
 /// Bits of the commands in the option table.
 namespace commandBit {
-inline constexpr unsigned run = 1, check = 2, models = 4;
+inline constexpr unsigned run = 1, check = 2, models = 4, scan = 8;
 }
 
 }  // namespace photrak

@@ -1,0 +1,79 @@
+// photrak scan: the Parameter Scan command without a display. Sweeps and statistical runs are those
+// of the topology, each replaced by the command line's if it has one.
+
+#include "base/text.h"
+#include "kernel/sweep_settings.h"
+#include "photrak/commands.h"
+#include "photrak/console.h"
+#include "photrak/simulation.h"
+
+namespace photrak {
+namespace {
+
+void Replace(SimOptions& simOptions, const SweepFields& fields,
+             const std::optional<SweepOption>& sweep) {
+    if (!sweep) return;
+    simOptions.*fields.variable = sweep->name;
+    simOptions.*fields.start = sweep->start;
+    simOptions.*fields.stop = sweep->stop;
+    simOptions.*fields.step = sweep->step;
+}
+
+struct ScanLoop {
+    std::string_view name, option;
+    std::int16_t modeBit;
+    std::string SimOptions::*tag;
+    std::optional<std::string> CommandOptions::*given;
+};
+constexpr ScanLoop scanLoops[] = {
+    {"inner sweep", "--inner-tag", simMode::innerSweep, &SimOptions::SCANMETA1,
+     &CommandOptions::innerTag},
+    {"outer sweep", "--outer-tag", simMode::outerSweep, &SimOptions::SCANMETA2,
+     &CommandOptions::outerTag},
+    {"statistical runs", "--run-tag", simMode::statistical, &SimOptions::RUNMETA,
+     &CommandOptions::runTag},
+};
+
+/// Loops without a tag, whose passes would overwrite each other's plots.
+void TellOfMissingTags(const SimOptions& simOptions) {
+    if (simOptions.PLOTTING == DoNotPlot) return;
+    for (const ScanLoop& loop : scanLoops) {
+        const bool once = loop.modeBit == simMode::statistical && simOptions.NUMRUNSTODO < 2;
+        if (!(simOptions.mode & loop.modeBit) || once || !(simOptions.*loop.tag).empty()) continue;
+        Report("note", Concat("the ", loop.name, " has no tag, so its plots are skipped; ",
+                              loop.option, " gives one"));
+    }
+}
+
+void TellOfSweep(const SimOptions& simOptions, const SweepFields& fields) {
+    if (!(simOptions.mode & fields.modeBit)) return;
+    WriteError(Concat("photrak: ", fields.word, " sweep: ", simOptions.*fields.variable, " from ",
+                      simOptions.*fields.start, " to ", simOptions.*fields.stop, " by ",
+                      simOptions.*fields.step, "\n"));
+}
+
+void PrepareScan(SimOptions& simOptions, const CommandOptions& options) {
+    Replace(simOptions, innerSweepFields, options.inner);
+    Replace(simOptions, outerSweepFields, options.outer);
+    if (options.runs) simOptions.NUMRUNSTODO = *options.runs;
+    for (const ScanLoop& loop : scanLoops) {
+        if (options.*loop.given) simOptions.*loop.tag = *(options.*loop.given);
+    }
+    if (options.prefix) simOptions.SCANPREFIX = simOptions.OUTPUTPREFIX = *options.prefix;
+    AskForScan(simOptions);
+    if (!(simOptions.mode & simMode::anyScan)) {
+        Report("note", "no sweep and no statistical runs are asked for; simulating once");
+    }
+    TellOfMissingTags(simOptions);
+    if (!options.verbose) return;
+    TellOfSweep(simOptions, outerSweepFields);
+    TellOfSweep(simOptions, innerSweepFields);
+}
+
+}  // namespace
+
+int ScanCommand(const CommandOptions& options) {
+    return SimulateTopology(options, {"Parameter Scan", PrepareScan});
+}
+
+}  // namespace photrak

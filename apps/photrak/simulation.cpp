@@ -1,0 +1,99 @@
+#include "photrak/simulation.h"
+
+#include <chrono>
+
+#include "base/log.h"
+#include "base/text.h"
+#include "files/topology.h"
+#include "kernel/external_commands.h"
+#include "kernel/result_names.h"
+#include "photrak/commands.h"
+#include "photrak/console.h"
+#include "photrak/session.h"
+
+namespace photrak {
+namespace {
+
+/// Loads the topology and reports its texts, in the log file too. False if it cannot run.
+bool LoadForRun(Session& session, const CommandOptions& options, Status& status) {
+    status = TopologyLoad(session.fileName, session.workspace, session.catalogue);
+    if (!session.workspace) return false;
+    std::string& text = session.workspace->errorText;
+    if (!text.empty()) LogText(Concat(text, "\n"));
+    Report(status == Status::Error ? "error" : "warning", text);
+    text.clear();
+    if (status == Status::Error) {
+        Report("error", Concat(options.file, ": the topology did not load"));
+        return false;
+    }
+    return true;
+}
+
+void TellBeforeRun(const Session& session, const CommandOptions& options) {
+    if (!options.verbose) return;
+    const Workspace& workspace = *session.workspace;
+    WriteError(Concat("photrak: ", session.catalogue.models.size(), " models from ",
+                      session.catalogue.modelDirectory, "\n"));
+    WriteError(Concat("photrak: ", session.fileName, ": ", workspace.components.size(),
+                      " components, ", workspace.nodes.size(), " nodes\n"));
+    for (const Variable& variable : workspace.variables) {
+        WriteError(Concat("photrak: symbol ", variable.name, " = ", variable.value, "\n"));
+    }
+}
+
+int Conclude(Status status, bool warned, const Session& session, const ConsoleMessages& messages,
+             const CommandOptions& options) {
+    for (const std::string& name : ResultFiles()) WriteOut(Concat(name, "\n"));
+    if (status == Status::Error) {
+        const std::string& text = session.workspace->errorText;
+        Report("error", text.empty() ? messages.ErrorText() : InterpretPercent(text));
+        Report("error", Concat(options.file, ": the run failed; see log.txt beside the topology"));
+        return exitStatus::failed;
+    }
+    if (const int signal = StopOnSignal::Received()) {
+        Report("note", "stopped on request; the result files above are those of what had finished");
+        return exitStatus::stoppedBase + signal;
+    }
+    if (status == Status::Warning) {
+        Report("note", "warnings occurred during the simulation; see log.txt beside the topology");
+    }
+    return (warned || status == Status::Warning) && options.strict ? exitStatus::warnings
+                                                                   : exitStatus::success;
+}
+
+}  // namespace
+
+int SimulateTopology(const CommandOptions& options, const SimulationKind& kind) {
+    ConsoleMessages messages(options.quiet ? Progress::Silent : Progress::Shown);
+    Host host = CurrentHost();
+    host.messages = &messages;
+    const HostScope scope(host);
+
+    Session session;
+    Status loaded = Status::Success;
+    if (!OpenCatalogue(session) || !EnterDirectory(session, options.file) ||
+        !LoadForRun(session, options, loaded)) {
+        return exitStatus::failed;
+    }
+    ApplySymbols(*session.workspace, options);
+    SimOptions& simOptions = *session.workspace->options;
+    if (options.plotting) simOptions.PLOTTING = *options.plotting;
+    kind.prepare(simOptions, options);
+    AllowExternalCommands(!options.noCommands);
+    TellBeforeRun(session, options);
+
+    ResetResultFiles();
+    const StopOnSignal stop(simOptions);
+    const auto start = std::chrono::steady_clock::now();
+    LogText(Concat("Starting ", kind.name, "\n"));
+    const Status status = RunSimulation(session.workspace.get(), session.Models());
+    LogText(Concat(kind.name, " Completed\n"));
+    messages.EndStatusLine();
+    if (options.verbose) {
+        const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
+        WriteError(Concat("photrak: the run took ", elapsed.count(), " s\n"));
+    }
+    return Conclude(status, loaded == Status::Warning, session, messages, options);
+}
+
+}  // namespace photrak
