@@ -4,6 +4,7 @@
 #include "models/detection/electrical_filter.h"
 #include "models/detection/receiver.h"
 #include "models/optical/amplifier.h"
+#include "models/optical/splitter.h"
 #include "models/signal_blocks.h"
 #include "models/sources/analog_sine.h"
 #include "models/sources/custom_signal.h"
@@ -43,6 +44,7 @@ constexpr ModelEntry builtInModels[] = {
     {"Optical_Plot", RunSignalPlot},
     {"SignalPlot", RunSignalPlot},
     {"ChirpPlot", RunChirpPlot},
+    {"IdealOpticalSplitter", RunOpticalSplitter},
     {"AnalogSineGenerator", RunAnalogSine},
     {"ModeLockedLaserModel", RunModeLockedLaser},
     {"CWLaserModel", RunCwLaser},

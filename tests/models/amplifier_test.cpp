@@ -10,9 +10,8 @@
 
 #include "base/text.h"
 #include "models/optical/ase_spectra.h"
+#include "models/optical_fixture.h"
 #include "numeric/samples.h"
-#include "support/model_parameters.h"
-#include "support/signals.h"
 #include "support/temp_dir.h"
 
 namespace photrak {
@@ -54,32 +53,6 @@ EdfaParams CurveAmplifier(std::string_view curves) {
     params.type = "custom";
     params.gainCurves = Curves(curves);
     return params;
-}
-
-/// n samples of a constant field of `power` watts, 1 ps apart.
-Owned<OpSignal> Carrier(double power, std::int32_t n = 4, double wavelength = center) {
-    Owned<OpSignal> signal;
-    EXPECT_EQ(Make(signal, CreateOpSignalWithSig, n), 0);
-    OpSig& channel = *signal->channels;
-    channel.wavelength = wavelength;
-    channel.tStep = 1e-12;
-    for (std::int32_t i = 1; i <= n; ++i) channel.Ex_samples[i].re = std::sqrt(power);
-    return signal;
-}
-
-void AppendChannel(OpSignal& signal, Owned<OpSignal> other) {
-    signal.channels->next = std::exchange(other->channels, nullptr);
-}
-
-void AddNoise(OpSignal& signal, double fstart, double fstep, std::initializer_list<double> power) {
-    Owned<OpSigASE> spectrum;
-    ASSERT_EQ(Make(spectrum, CreateOpSigASE, static_cast<std::int32_t>(power.size())), 0);
-    spectrum->fstart = fstart;
-    spectrum->fstep = fstep;
-    std::copy(power.begin(), power.end(), spectrum->powerSamples + 1);
-    OpSigASE** tail = &signal.noise;
-    while (*tail) tail = &(*tail)->next;
-    *tail = spectrum.release();
 }
 
 class Amplifier {

@@ -1,0 +1,28 @@
+// Joining of optical signals to one: what all multiplexers have in common behind their filters.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "base/status.h"
+#include "kernel/signals.h"
+
+namespace photrak {
+
+/// Owned copies of the signals at the input ports; null where a port holds none.
+using OpSignals = std::vector<Owned<OpSignal>>;
+
+/// Copies the inputs; each must be an optical port. `device` ("MUX", ...) is named in messages.
+[[nodiscard]] Status CopyInputs(std::string_view device, const Nodelist* inputs, OpSignals& copies,
+                                std::string& errorText);
+
+/// Moves all channels into one list ascending by wavelength and sums all noise spectra into one
+/// record; without noise there is none. Channels of equal wavelength stand in any order.
+[[nodiscard]] Status JoinSignals(std::string_view device, OpSignals& parts, Owned<OpSignal>& joined,
+                                 std::string& errorText);
+
+/// Replaces the channels by their sum on a common carrier.
+[[nodiscard]] Status MergeToOneChannel(OpSignal& signal, std::string& errorText);
+
+}  // namespace photrak
