@@ -1,0 +1,348 @@
+// Gathers channels of one wavelength across the inputs, weights and adds them per output. The wide
+// form does so on spectra: exponent sign +1 forward, so that bin m stands at m df above the
+// carrier.
+#include "models/optical/multiport.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+#include <vector>
+
+#include "base/text.h"
+#include "kernel/external_commands.h"
+#include "kernel/parameters.h"
+#include "kernel/sample_arrays.h"
+#include "models/optical/spectrum_grid.h"
+#include "numeric/fft.h"
+#include "platform/file_system.h"
+
+namespace photrak {
+namespace {
+
+constexpr double beyondAllWavelengths = 1e30;  // m
+
+Status Refuse(std::string_view owner, std::string_view reason, std::string& errorText) {
+    AppendPiece(errorText, Concat("ERROR: component '", owner, "': ", reason, "\n"));
+    return Status::Error;
+}
+
+Status Fail(std::string_view text, std::string& errorText) {
+    errorText.append(text);
+    return Status::Error;
+}
+
+// --- Ports ---
+
+struct InputPort {
+    const OpSig* next = nullptr;  // channel at the head of what is left
+    const OpSigASE* noise = nullptr;
+};
+
+struct OutputPort {
+    Owned<OpSignal> signal;
+    OpSig* last = nullptr;  // end of the channels
+
+    void Append(Owned<OpSig> channel) {
+        channel->prev = last;
+        OpSig* added = channel.release();
+        (last ? last->next : signal->channels) = added;
+        last = added;
+    }
+};
+
+/// What one call works on.
+struct Device {
+    std::string_view owner;
+    const TransferMatrix& matrix;
+    SignalBandwidth bandwidth;
+    std::string& errorText;
+    std::vector<InputPort> inputs;
+    std::vector<OutputPort> outputs;
+    OwnedBlock<Complex> spectrum;  // work array of the wide form
+    std::int32_t spectrumSize = 0;
+};
+
+Status OpenPorts(Device& device, const Nodelist* inputs, const Nodelist* outputs) {
+    for (const Nodelist& cell : Items(inputs)) {
+        InputPort port;
+        if (cell.sig) {
+            if (cell.sigType != OpSigType) {
+                return Refuse(device.owner, "an input is not optical", device.errorText);
+            }
+            const auto* signal = static_cast<const OpSignal*>(cell.sig);
+            port = {signal->channels, signal->noise};
+        }
+        device.inputs.push_back(port);
+    }
+    for (const Nodelist* cell = outputs; cell; cell = cell->next) device.outputs.emplace_back();
+    if (device.inputs.size() == static_cast<std::size_t>(device.matrix.rows) &&
+        device.outputs.size() == static_cast<std::size_t>(device.matrix.columns)) {
+        return Status::Success;
+    }
+    return Fail("mismatch in number of input/output nodes.", device.errorText);
+}
+
+/// Channels of one wavelength, by input; null where an input has none.
+using Gathered = std::vector<const OpSig*>;
+
+/// Takes the channels of the shortest wavelength off the heads; false when all lists are empty.
+bool Gather(std::vector<InputPort>& inputs, Gathered& gathered) {
+    double shortest = beyondAllWavelengths;
+    for (const InputPort& input : inputs) {
+        if (input.next) shortest = std::min(shortest, input.next->wavelength);
+    }
+    gathered.assign(inputs.size(), nullptr);
+    bool any = false;
+    for (std::size_t i = 0; i < inputs.size(); ++i) {
+        const OpSig* channel = inputs[i].next;
+        if (!channel || channel->wavelength != shortest) continue;
+        gathered[i] = channel;
+        inputs[i].next = channel->next;
+        any = true;
+    }
+    return any;
+}
+
+/// No wavelength that Gather cannot meet, or it would leave channels behind.
+Status CheckWavelengths(const Device& device) {
+    for (const InputPort& input : device.inputs) {
+        for (const OpSig& channel : Items(input.next)) {
+            if (channel.wavelength > 0.0 && channel.wavelength < beyondAllWavelengths) continue;
+            return Refuse(device.owner,
+                          Concat("a channel has the wavelength ", channel.wavelength, " m"),
+                          device.errorText);
+        }
+    }
+    return Status::Success;
+}
+
+// --- Fields ---
+
+const OpSig& FirstOf(const Gathered& gathered) {
+    return **std::find_if(gathered.begin(), gathered.end(), [](const OpSig* c) { return c; });
+}
+
+/// The channels that are to be added must lie on one time grid, fit for the transform in use.
+Status CheckGrid(const Device& device, const Gathered& gathered) {
+    const OpSig& first = FirstOf(gathered);
+    for (const OpSig* channel : gathered) {
+        if (!channel) continue;
+        if (channel->noPoints != first.noPoints || channel->tStep != first.tStep) {
+            return Refuse(device.owner,
+                          Concat("channels of the wavelength ", first.wavelength,
+                                 " m differ in number of samples or time step"),
+                          device.errorText);
+        }
+    }
+    if (device.bandwidth == SignalBandwidth::Narrow) return Status::Success;
+    return CheckSpectrumGrid(first, device.owner, device.errorText);
+}
+
+/// A channel with the settings of the first gathered one and no light.
+bool AppendDark(OutputPort& output, const Gathered& gathered) {
+    Owned<OpSig> channel;
+    if (Make(channel, CopyOpSig, &FirstOf(gathered))) return false;
+    const bool polarized = std::any_of(gathered.begin(), gathered.end(),
+                                       [](const OpSig* c) { return c && c->Ey_samples; });
+    if (polarized && !channel->Ey_samples && AddEySamples(channel.get())) return false;
+    for (Complex* field : {channel->Ex_samples, channel->Ey_samples}) {
+        if (field) std::fill_n(field + 1, channel->noPoints, Complex{});
+    }
+    output.Append(std::move(channel));
+    return true;
+}
+
+using Polarization = Complex* OpSig::*;
+constexpr Polarization polarizations[] = {&OpSig::Ex_samples, &OpSig::Ey_samples};
+
+void AddNarrow(Device& device, std::int32_t row, const OpSig& channel) {
+    for (std::int32_t column = 1; column <= device.matrix.columns; ++column) {
+        const Complex element = device.matrix.At(row, column, channel.wavelength);
+        OpSig& sum = *device.outputs[static_cast<std::size_t>(column - 1)].last;
+        for (const Polarization field : polarizations) {
+            const Complex* in = channel.*field;
+            if (!in) continue;
+            Complex* out = sum.*field;
+            for (std::int32_t k = 1; k <= channel.noPoints; ++k) out[k] = out[k] + element * in[k];
+        }
+    }
+}
+
+/// Adds the input's weighted spectrum to the outputs, which hold spectra until all are added.
+void AddWide(Device& device, std::int32_t row, const OpSig& channel) {
+    const SpectrumGrid grid(channel, channel.noPoints);
+    Complex* spectrum = device.spectrum.get();
+    for (const Polarization field : polarizations) {
+        if (!(channel.*field)) continue;
+        std::copy_n(channel.*field + 1, grid.n, spectrum + 1);
+        DoFFTFlagged(spectrum, grid.n, 1, 0);
+        for (std::int32_t column = 1; column <= device.matrix.columns; ++column) {
+            Complex* out = device.outputs[static_cast<std::size_t>(column - 1)].last->*field;
+            for (std::int32_t k = 1; k <= grid.n; ++k) {
+                const double wavelength = lightSpeed / grid.Frequency(k);
+                out[k] = out[k] + device.matrix.At(row, column, wavelength) * spectrum[k];
+            }
+        }
+    }
+}
+
+void ReturnToTime(OpSig& channel) {
+    for (const Polarization field : polarizations) {
+        if (channel.*field) DoFFTFlagged(channel.*field, channel.noPoints, -1, fftDivideByN);
+    }
+}
+
+bool SizeSpectrum(Device& device, std::int32_t n) {
+    if (n <= device.spectrumSize) return true;
+    device.spectrum.reset(NewUnclearedSamples<Complex>(n));
+    device.spectrumSize = device.spectrum ? n : 0;
+    return device.spectrum != nullptr;
+}
+
+Status AddChannels(Device& device, const Gathered& gathered) {
+    const bool wide = device.bandwidth == SignalBandwidth::Wide;
+    if (CheckGrid(device, gathered) != Status::Success) return Status::Error;
+    bool made = !wide || SizeSpectrum(device, FirstOf(gathered).noPoints);
+    for (OutputPort& output : device.outputs) made = made && AppendDark(output, gathered);
+    if (!made) return Fail("can't allocate output signal.", device.errorText);
+    for (std::size_t i = 0; i < gathered.size(); ++i) {
+        if (gathered[i] && gathered[i]->noPoints >= 1) {
+            (wide ? AddWide : AddNarrow)(device, static_cast<std::int32_t>(i) + 1, *gathered[i]);
+        }
+    }
+    for (OutputPort& output : device.outputs) {
+        if (wide && output.last->noPoints >= 1) ReturnToTime(*output.last);
+    }
+    return Status::Success;
+}
+
+// --- Noise ---
+
+/// The first noise record, or null; a mismatch is told in the status.
+Status CommonNoiseGrid(const Device& device, const OpSigASE*& common) {
+    common = nullptr;
+    for (const InputPort& input : device.inputs) {
+        if (!input.noise) continue;
+        if (!common) common = input.noise;
+        if (input.noise->noPoints != common->noPoints || input.noise->fstep != common->fstep ||
+            input.noise->fstart != common->fstart) {
+            return Fail("mismatch in ASE noise signal info", device.errorText);
+        }
+    }
+    return Status::Success;
+}
+
+bool AddNoise(Device& device, const OpSigASE& common) {
+    for (std::size_t column = 0; column < device.outputs.size(); ++column) {
+        OpSignal& signal = *device.outputs[column].signal;
+        if (CreateOpSigASE(&signal.noise, common.noPoints)) return false;
+        signal.noise->fstep = common.fstep;
+        signal.noise->fstart = common.fstart;
+        for (std::size_t row = 0; row < device.inputs.size(); ++row) {
+            const OpSigASE* input = device.inputs[row].noise;
+            if (!input) continue;
+            for (std::int32_t k = 1; k <= common.noPoints; ++k) {
+                const double wavelength = lightSpeed / (common.fstart + (k - 1) * common.fstep);
+                const Complex element =
+                    device.matrix.At(static_cast<std::int32_t>(row) + 1,
+                                     static_cast<std::int32_t>(column) + 1, wavelength);
+                signal.noise->powerSamples[k] += SquaredMagnitude(element) * input->powerSamples[k];
+            }
+        }
+    }
+    return true;
+}
+
+Status FillOutputs(Device& device) {
+    const OpSigASE* noise = nullptr;
+    if (CommonNoiseGrid(device, noise) != Status::Success ||
+        CheckWavelengths(device) != Status::Success) {
+        return Status::Error;
+    }
+    bool made = true;
+    for (OutputPort& output : device.outputs) made = made && !Make(output.signal, CreateOpSignal);
+    if (!made) return Fail("can't allocate output signal.", device.errorText);
+    Gathered gathered;
+    while (Gather(device.inputs, gathered)) {
+        if (AddChannels(device, gathered) != Status::Success) return Status::Error;
+    }
+    if (noise && !AddNoise(device, *noise)) {
+        return Fail("can't allocate output signal.", device.errorText);
+    }
+    return Status::Success;
+}
+
+// --- The table's file ---
+
+Status RunCommand(const MultiportParams& params, std::string& errorText) {
+    if (params.commandLine.find_first_not_of(" \t") == std::string::npos) return Status::Success;
+    if (!ExternalCommandsAllowed()) {
+        return Refuse(params.owner, "its command line is refused: external commands are off",
+                      errorText);
+    }
+    if (Spawn(params.commandLine, {}, Wait::Yes) == 0) return Status::Success;
+    return Refuse(params.owner, Concat("can't run '", params.commandLine, "'"), errorText);
+}
+
+Status ReadTable(const MultiportParams& params, std::string& errorText) {
+    std::string text, reason;
+    if (!ReadWholeFile(params.fileName, text, reason, maxMatrixFileBytes)) {
+        errorText += "can't open transfer matrix file.";
+        return Refuse(params.owner, Concat("file '", params.fileName, "': ", reason), errorText);
+    }
+    const Status status = ReadTransferMatrix(text, params.fileName, TransferTable(), reason);
+    if (status == Status::Success) return status;
+    AppendPiece(errorText, Concat("ERROR: component '", params.owner, "': ", reason));
+    return status;
+}
+
+}  // namespace
+
+MultiportParams ReadMultiportParams(const Component& component) {
+    MultiportParams params;
+    params.owner = component.name;
+    params.commandLine = GetParamText(component.parameters, "CommandLine", "");
+    params.fileName = GetParamText(component.parameters, "FileName", "");
+    params.bandwidth = GetParamText(component.parameters, "SignalBandwidth", "Narrow") == "Narrow"
+                           ? SignalBandwidth::Narrow
+                           : SignalBandwidth::Wide;
+    return params;
+}
+
+TransferMatrix& TransferTable() {
+    static TransferMatrix table;
+    return table;
+}
+
+void ResetTransferTable() {
+    TransferTable() = {};
+}
+
+Status ApplyTransferTable(std::string_view owner, const Nodelist* inputs, Nodelist* outputs,
+                          SignalBandwidth bandwidth, std::string& errorText) {
+    const TransferMatrix& matrix = TransferTable();
+    if (matrix.points == 0) return Refuse(owner, "there is no transfer matrix yet", errorText);
+    Device device{owner, matrix, bandwidth, errorText, {}, {}, nullptr, 0};
+    if (OpenPorts(device, inputs, outputs) != Status::Success ||
+        FillOutputs(device) != Status::Success) {
+        return Status::Error;
+    }
+    for (OutputPort& output : device.outputs) {
+        outputs->sig = output.signal.release();
+        outputs->sigType = OpSigType;
+        outputs = outputs->next;
+    }
+    return Status::Success;
+}
+
+Status RunMultiportOpticalDevice(const ModelCall& call) {
+    const MultiportParams params = ReadMultiportParams(call.component);
+    if (RunCommand(params, call.errorText) != Status::Success ||
+        ReadTable(params, call.errorText) != Status::Success) {
+        return Status::Error;
+    }
+    return ApplyTransferTable(params.owner, call.inputs, call.outputs, params.bandwidth,
+                              call.errorText);
+}
+
+}  // namespace photrak

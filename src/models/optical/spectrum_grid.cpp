@@ -1,0 +1,38 @@
+// The checks before a channel is transformed.
+#include "models/optical/spectrum_grid.h"
+
+#include <cmath>
+
+#include "base/text.h"
+
+namespace photrak {
+namespace {
+
+constexpr std::int32_t longestChannel = 1 << 29;  // samples; twice as many still fit 32 bits
+
+std::string Complaint(const OpSig& channel) {
+    if (!std::isfinite(channel.wavelength) || !(channel.wavelength > 0.0)) {
+        return Concat("a channel has the wavelength ", channel.wavelength, " m");
+    }
+    if (channel.noPoints <= 1) return {};
+    if (!IsPowerOfTwo(channel.noPoints) || channel.noPoints > longestChannel) {
+        return Concat("a channel has ", channel.noPoints,
+                      " samples; its spectrum needs a power of two up to ", longestChannel);
+    }
+    if (!(channel.tStep > 0.0) || !std::isfinite(1.0 / channel.tStep)) {
+        return Concat("a channel has the time step ", channel.tStep,
+                      " s; its spectrum needs one above 0");
+    }
+    return {};
+}
+
+}  // namespace
+
+Status CheckSpectrumGrid(const OpSig& channel, std::string_view owner, std::string& errorText) {
+    const std::string complaint = Complaint(channel);
+    if (complaint.empty()) return Status::Success;
+    AppendPiece(errorText, Concat("ERROR: component '", owner, "': ", complaint, "\n"));
+    return Status::Error;
+}
+
+}  // namespace photrak
