@@ -4,6 +4,8 @@
 #include "models/detection/electrical_filter.h"
 #include "models/detection/receiver.h"
 #include "models/optical/amplifier.h"
+#include "models/optical/multiport.h"
+#include "models/optical/optical_filter.h"
 #include "models/optical/splitter.h"
 #include "models/signal_blocks.h"
 #include "models/sources/analog_sine.h"
@@ -45,11 +47,13 @@ constexpr ModelEntry builtInModels[] = {
     {"SignalPlot", RunSignalPlot},
     {"ChirpPlot", RunChirpPlot},
     {"IdealOpticalSplitter", RunOpticalSplitter},
+    {"MultiportOpticalDevice", RunMultiportOpticalDevice},
     {"AnalogSineGenerator", RunAnalogSine},
     {"ModeLockedLaserModel", RunModeLockedLaser},
     {"CWLaserModel", RunCwLaser},
     {"Modulator", RunModulator},
     {"OpticalAmplifier", RunOpticalAmplifier},
+    {"OpticalFilter", RunOpticalFilter},
     {"SaveSigBlock", RunSaveSigBlock},
     {"LoadSigBlock", RunLoadSigBlock},
 };
