@@ -4,6 +4,7 @@
 #include "models/detection/electrical_filter.h"
 #include "models/detection/receiver.h"
 #include "models/optical/amplifier.h"
+#include "models/optical/multiplexers.h"
 #include "models/optical/multiport.h"
 #include "models/optical/optical_filter.h"
 #include "models/optical/splitter.h"
@@ -46,6 +47,11 @@ constexpr ModelEntry builtInModels[] = {
     {"Optical_Plot", RunSignalPlot},
     {"SignalPlot", RunSignalPlot},
     {"ChirpPlot", RunChirpPlot},
+    {"IdealOpticalMUX", RunIdealOpticalMux},
+    {"OpticalAddMUX", RunOpticalAddMux},
+    {"OpticalDropMUX", RunOpticalDropMux},
+    {"OpticalAddDropMUX", RunOpticalAddDropMux},
+    {"OpticalDEMUX", RunOpticalDemux},
     {"IdealOpticalSplitter", RunOpticalSplitter},
     {"MultiportOpticalDevice", RunMultiportOpticalDevice},
     {"AnalogSineGenerator", RunAnalogSine},
