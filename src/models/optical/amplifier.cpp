@@ -10,6 +10,7 @@
 #include "kernel/sample_arrays.h"
 #include "models/optical/amplifier_noise.h"
 #include "models/optical/ase_spectra.h"
+#include "models/optical/spectrum_grid.h"
 #include "models/parameter_limits.h"
 #include "numeric/fft.h"
 #include "numeric/messages.h"
@@ -19,7 +20,6 @@
 namespace photrak {
 namespace {
 
-constexpr double lightSpeed = 299792458.0;  // m/s
 constexpr double nanometersPerMeter = 1e9;
 
 Status Fail(std::string_view text, std::string& errorText) {
@@ -74,27 +74,6 @@ double PowerFactor(const SCurvePair& curves, double nu) {
     return std::pow(10.0, 0.1 * SCurveValue(curves, lightSpeed / nu * nanometersPerMeter));
 }
 
-/// The transform needs a power of two, the curves a wavelength in each bin.
-Status CheckChannel(const EdfaParams& params, const OpSig& channel, std::string& errorText) {
-    const std::int32_t n = channel.noPoints;
-    if (!IsPowerOfTwo(n)) {
-        return Refuse(params,
-                      Concat("a channel has ", n, " samples; gain curves need a power of two"),
-                      errorText);
-    }
-    if (n > 1 && !(channel.tStep > 0.0 && std::isfinite(1.0 / (n * channel.tStep)))) {
-        return Refuse(params,
-                      Concat("a channel has the time step ", channel.tStep,
-                             " s; gain curves need one above 0"),
-                      errorText);
-    }
-    if (channel.wavelength > 0.0 && std::isfinite(channel.wavelength)) return Status::Success;
-    return Refuse(params,
-                  Concat("a channel has the wavelength ", channel.wavelength,
-                         " m; gain curves need one above 0"),
-                  errorText);
-}
-
 /// Multiplies the spectrum by the factors of its bins, in the order of the transform.
 void MultiplySpectrum(Complex* samples, std::int32_t n, const double* factors) {
     if (!samples) return;
@@ -105,20 +84,19 @@ void MultiplySpectrum(Complex* samples, std::int32_t n, const double* factors) {
 
 Status AmplifyChannel(const EdfaParams& params, OpSig& channel, Gain& gain,
                       std::string& errorText) {
-    const Status status = CheckChannel(params, channel, errorText);
-    if (status != Status::Success) return status;
+    const Status status = CheckSpectrumGrid(channel, params.owner, errorText);
+    if (status != Status::Success || channel.noPoints < 1) return status;
     const std::int32_t n = channel.noPoints;
     OwnedBlock<double> factors(NewUnclearedSamples<double>(n));
     if (!factors) {
         ReportNoMemory(errorText, "EDFA - gainArray");
         return Status::Error;
     }
-    const double binWidth = n > 1 ? 1.0 / (n * channel.tStep) : 0.0;
-    gain.nu = lightSpeed / channel.wavelength;
+    const SpectrumGrid grid(channel, n);
+    gain.nu = grid.carrier;
     bool finite = true;
     for (std::int32_t k = 1; k <= n; ++k) {
-        const double nu = FFTIndexToBin(n, k) * binWidth + gain.nu;
-        const double x = lightSpeed / nu * nanometersPerMeter;
+        const double x = lightSpeed / grid.Frequency(k) * nanometersPerMeter;
         gain.g = factors.get()[k] = std::pow(10.0, 0.05 * SCurveValue(gain.curves, x));
         finite = finite && std::isfinite(gain.g);
     }

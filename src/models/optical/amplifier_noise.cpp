@@ -7,12 +7,12 @@
 
 #include "base/text.h"
 #include "models/optical/ase_spectra.h"
+#include "models/optical/spectrum_grid.h"
 #include "models/parameter_limits.h"
 
 namespace photrak {
 namespace {
 
-constexpr double lightSpeed = 299792458.0;  // m/s
 constexpr double nanometersPerMeter = 1e9;
 constexpr double halfPlanck = 3.313085e-34;  // J s
 

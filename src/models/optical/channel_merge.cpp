@@ -4,13 +4,12 @@
 #include <cmath>
 
 #include "base/text.h"
+#include "models/optical/spectrum_grid.h"
 #include "numeric/fft.h"
 #include "numeric/samples.h"
 
 namespace photrak {
 namespace {
-
-constexpr double speedOfLight = 299792458.0;  // m/s
 
 Status Fail(std::string_view text, std::string& errorText) {
     AppendPiece(errorText, text);
@@ -25,7 +24,7 @@ struct CommonGrid {
 };
 
 double Carrier(const OpSig& channel) {
-    return speedOfLight / channel.wavelength;
+    return lightSpeed / channel.wavelength;
 }
 
 /// Every later step relies on these.
@@ -109,7 +108,7 @@ bool CreateSum(const OpSig& first, const CommonGrid& grid, Owned<OpSig>& sum) {
     for (const OpSig& channel : Items(&first)) {
         if (channel.Ey_samples && AddEySamples(sum.get())) return false;
     }
-    sum->wavelength = speedOfLight / grid.carrier;
+    sum->wavelength = lightSpeed / grid.carrier;
     sum->tStep = first.tStep;
     sum->startTime = grid.startTime;
     sum->bitRate = first.bitRate;
