@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 #include <string>
 
-#include "base/log.h"
 #include "support/recording_host.h"
 #include "support/temp_dir.h"
 
@@ -68,14 +67,6 @@ TEST(NumericFailure, LeavesThreeLinesAndThrowsFromAnyLevel) {
     EXPECT_EQ(host.Errors(), "Singular %d");
     RuntimeError("lost");
     EXPECT_TRUE(directory.Read("pherror.txt").ends_with("Photrak runtime error:\nlost\n\n"));
-}
-
-TEST(Log, GrowsAndTakesAnyText) {
-    const TempDir directory;
-    const std::string longText(100000, '%');
-    LogText("one\n");
-    LogText(longText);
-    EXPECT_EQ(directory.Read("log.txt"), "one\n" + longText);
 }
 
 }  // namespace

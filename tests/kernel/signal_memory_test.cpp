@@ -7,7 +7,6 @@
 #include "base/memory.h"
 #include "kernel/align.h"
 #include "kernel/signals.h"
-#include "kernel/support_table.h"
 #include "support/signals.h"
 
 namespace photrak {
@@ -64,9 +63,6 @@ std::int32_t ResizedWaveform(std::int64_t k) {
     EXPECT_EQ(sig->noPoints, result ? 0 : 9);
     EXPECT_EQ(sig->elecSamples == nullptr, result == 1);
     EXPECT_EQ(sig->sigmaSamples == nullptr, result == 1);
-    EXPECT_EQ(sig->fftView == nullptr, result == 1);
-    Owned<ElecSig> copy;
-    EXPECT_EQ(Make(copy, CopyElecSig, sig.get()), 0);
     return result;
 }
 
@@ -75,14 +71,6 @@ std::int32_t PolarizedChannel(std::int64_t k) {
     const std::int32_t result = Refusing(k, [&] { return AddEySamples(sig.get()); });
     EXPECT_EQ(sig->Ey_samples == nullptr, result == 1);
     EXPECT_NE(sig->Ex_samples, nullptr);
-    return result;
-}
-
-std::int32_t LibraryBlock(std::int64_t k) {
-    void* block = &k;
-    const std::int32_t result = Refusing(k, [&] { return SupportTable().Allocate(&block, 64); });
-    EXPECT_EQ(block == nullptr, result == 1);
-    Release(block);
     return result;
 }
 
@@ -132,7 +120,6 @@ TEST(SignalMemory, EveryOperationSurvivesTheRefusalOfEachAllocation) {
         {"CreateNodelist", Creating<Nodelist>(CreateNodelist, BinSigType)},
         {"CopyNodelistShape", Creating<Nodelist>(CopyNodelistShape, list)},
         {"AlignSignals", Creating<Nodelist>(align)},
-        {"the library's Allocate", LibraryBlock},
     };
     testing::internal::CaptureStderr();
     for (const Case& row : cases) {

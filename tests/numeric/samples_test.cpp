@@ -8,7 +8,6 @@
 #include <vector>
 
 #include "base/arrays.h"
-#include "numeric/messages.h"
 #include "numeric/number_file.h"
 
 namespace photrak {
@@ -153,35 +152,21 @@ TEST(Channels, AreFoundByTheirExactWavelength) {
     EXPECT_EQ(FindOpSigByWavelength(&first, 1.3e-6), nullptr);
 }
 
-TEST(NumberFile, ReadsOneValueToALine) {
-    NumberFile file("  3 rows follow 7\n1.5e-3 mW * 2 rest\n\n-4*5*6\n+7");
+TEST(NumberFile, ReadsOneValueToALineAndStaysWhereNoneStands) {
+    NumberFile file("  3 rows follow 7\n1.5e-3 mW * 2 rest\n\n-4*5*6\n+7\nnan 1\n2");
     EXPECT_EQ(file.NextInt(), 3);
     EXPECT_EQ(file.NextDouble(), 1.5e-3);
     EXPECT_EQ(file.NextDouble(), 2.0);
     EXPECT_EQ(file.NextDouble(), -4.0);
     EXPECT_EQ(file.NextInt(), 5);
     EXPECT_EQ(file.NextInt(), 6);
-    EXPECT_FALSE(file.AtEnd());
     EXPECT_EQ(file.NextInt(), 7);
-    EXPECT_TRUE(file.AtEnd());
-    EXPECT_EQ(file.NextDouble(), std::nullopt);
-    file.SkipToLineEnd();
-    EXPECT_EQ(file.BytesLeft(), 0u);
-}
-
-TEST(NumberFile, StaysWhereNoNumberStands) {
-    NumberFile file("\n nan 1\n2");
-    EXPECT_EQ(file.NextDouble(), std::nullopt);
+    EXPECT_EQ(file.NextDouble(), std::nullopt);  // and stays in front of the word
     EXPECT_EQ(file.NextInt(), std::nullopt);
-    file.SkipToLineEnd();  // the blank first line
     file.SkipToLineEnd();
     EXPECT_EQ(file.NextInt(), 2);
-}
-
-TEST(Messages, NameTheArrayWithoutMemory) {
-    std::string text = "x\n";
-    ReportNoMemory(text, "Receiver() -- %s");
-    EXPECT_EQ(text, "x\nInsufficient memory for dynamic allocation to Receiver() -- %s\n");
+    EXPECT_TRUE(file.AtEnd());
+    EXPECT_EQ(file.NextDouble(), std::nullopt);
 }
 
 }  // namespace
