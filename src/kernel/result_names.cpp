@@ -25,6 +25,22 @@ WrittenFiles& Written() {
     return written;
 }
 
+bool WriteAllowed(const std::string& name, std::string_view content,
+                  bool (*write)(const std::string& path, std::string_view text),
+                  std::string& errorText) {
+    if (!IsAllowedResultName(name)) {
+        std::string shown(name);
+        std::replace_if(shown.begin(), shown.end(), IsControl, '?');
+        errorText += Concat("ERROR: result file name '", shown,
+                            "' does not stay inside the directory of the topology",
+                            shown == name ? "\n" : " or holds control characters\n");
+        return false;
+    }
+    if (!write(name, content)) return false;
+    if (Written().known.insert(name).second) Written().names.push_back(name);
+    return true;
+}
+
 }  // namespace
 
 const std::string& PrefixInUse(const SimOptions& options) {
@@ -60,17 +76,11 @@ bool IsAllowedResultName(std::string_view name) {
 }
 
 bool WriteResultFile(const std::string& name, std::string_view content, std::string& errorText) {
-    if (!IsAllowedResultName(name)) {
-        std::string shown(name);
-        std::replace_if(shown.begin(), shown.end(), IsControl, '?');
-        errorText += Concat("ERROR: result file name '", shown,
-                            "' does not stay inside the directory of the topology",
-                            shown == name ? "\n" : " or holds control characters\n");
-        return false;
-    }
-    if (!WriteWholeFile(name, content)) return false;
-    if (Written().known.insert(name).second) Written().names.push_back(name);
-    return true;
+    return WriteAllowed(name, content, WriteWholeFile, errorText);
+}
+
+bool AppendResultFile(const std::string& name, std::string_view content, std::string& errorText) {
+    return WriteAllowed(name, content, AppendToFile, errorText);
 }
 
 const std::vector<std::string>& ResultFiles() {

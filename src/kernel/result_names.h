@@ -20,6 +20,8 @@ bool IsAllowedResultName(std::string_view name);
 /// Writes a result file and records its name. False (nothing recorded) if the name is not allowed
 /// or the file cannot be written; a refused name appends an error to `errorText`.
 bool WriteResultFile(const std::string& name, std::string_view content, std::string& errorText);
+/// The same behind what the file already holds.
+bool AppendResultFile(const std::string& name, std::string_view content, std::string& errorText);
 
 /// Names of the files written since the last ResetResultFiles, each once, in order of first
 /// writing.
