@@ -1,6 +1,7 @@
 // The built-in models in the order in which a component's type is compared. A new model is one row.
 #include "models/dispatch.h"
 
+#include "models/detection/ber_tester.h"
 #include "models/detection/electrical_filter.h"
 #include "models/detection/receiver.h"
 #include "models/optical/amplifier.h"
@@ -62,6 +63,7 @@ constexpr ModelEntry builtInModels[] = {
     {"OpticalFilter", RunOpticalFilter},
     {"SaveSigBlock", RunSaveSigBlock},
     {"LoadSigBlock", RunLoadSigBlock},
+    {"BERTester", RunBerTester},
 };
 
 }  // namespace

@@ -1,0 +1,262 @@
+// Lids and measures by hand, the average eye, the decision eye's noise, and the lid files.
+#include <algorithm>
+#include <numbers>
+
+#include "base/text.h"
+#include "models/ber_fixture.h"
+#include "numeric/random.h"
+
+namespace photrak {
+namespace {
+
+using Values = std::vector<double>;
+
+Values FromOne(const double* array, std::int32_t n) {
+    return Values(array + 1, array + 1 + n);
+}
+
+EyeLids MakeLids(const Values& upper, const Values& lower) {
+    EyeLids lids;
+    std::string text;
+    EXPECT_TRUE(AllocateLids(static_cast<std::int32_t>(upper.size()), lids, text));
+    std::copy(upper.begin(), upper.end(), lids.upper.get() + 1);
+    std::copy(lower.begin(), lower.end(), lids.lower.get() + 1);
+    return lids;
+}
+
+EyeResult Measured(const Values& upper, const Values& lower) {
+    EyeResult eye;
+    eye.lidLength = static_cast<std::int32_t>(upper.size());
+    eye.samplesPerBit = eye.lidLength / 2;
+    eye.decisionLevel = 7.0;
+    MeasureEye(MakeLids(upper, lower), eye);
+    return eye;
+}
+
+class EyeTest : public BerTest {
+  protected:
+    /// Five bits of two samples each, without noise.
+    Pair AddSmallPattern() {
+        const Pair pair = AddPair({0, 1, 1, 0, 1}, 2, 0.0, 1.0, 0.0);
+        const Values volts = {0.125, 0.25, 1.0, 1.0, 0.75, 0.75, 0.25, 0.0, 1.25, 1.0};
+        for (std::size_t i = 0; i < volts.size(); ++i) {
+            pair.wave->elecSamples[i + 1] = {volts[i], 0.0};
+        }
+        return pair;
+    }
+    Status Diagram(BerPairs& set, int plotEyeLids = 0) {
+        message.clear();
+        eye = {};
+        return DoEyeDiagram({options, "ber", "ber", plotEyeLids}, set, eye, message);
+    }
+};
+
+TEST_F(EyeTest, LidsAreTheExtremesOrTheSumsOfTheirBits) {
+    AddSmallPattern();
+    BerPairs set = Filled();
+    EyeLids lids = MakeLids(Values(4, 0.0), Values(4, 0.0));
+    BuildEyeLids(set, EyeMode::WorstCase, lids);
+    EXPECT_EQ(FromOne(lids.lower.get(), 4), (Values{0.25, 0.25, 1.25, 1.0}));
+    EXPECT_EQ(FromOne(lids.upper.get(), 4), (Values{0.75, 0.75, 0.25, 0.0}));
+    BuildEyeLids(set, EyeMode::Average, lids);  // four windows of four samples
+    EXPECT_EQ(FromOne(lids.lower.get(), 4), (Values{0.09375, 0.0625, 0.5625, 0.5}));
+    EXPECT_EQ(FromOne(lids.upper.get(), 4), (Values{0.4375, 0.4375, 0.25, 0.1875}));
+
+    std::fill_n(set.pairs[0].bits.get() + 1, 5, std::int16_t{1});
+    BuildEyeLids(set, EyeMode::WorstCase, lids);
+    EXPECT_EQ(FromOne(lids.lower.get(), 4), Values(4, -1e32)) << "no bit has set it";
+    EXPECT_EQ(FromOne(lids.upper.get(), 4), (Values{0.125, 0.0, 0.25, 0.0}));
+}
+
+TEST_F(EyeTest, MeasuresTheSpanAroundTheWidestOpening) {
+    eye = Measured({0, 1, 2, 4, 3, 2, 0, 0.5}, {1, 0.5, 0, 0, 0.5, 1, 0, 1});
+    EXPECT_EQ(eye.eyeStart, 2u);
+    EXPECT_EQ(eye.eyeEnd, 7u) << "lids that touch belong to it on the right";
+    EXPECT_EQ(eye.decisionIndex, 4u);  // 41.5 / 10
+    EXPECT_EQ(eye.eyeOpening, 4.0);
+    EXPECT_EQ(eye.decisionLevel, 2.0);
+    EXPECT_DOUBLE_EQ(eye.eyeWidth, 4.5 / 4);  // from sample 2 to between samples 6 and 7
+    const double area =
+        0.5 * 3 / 8 + 2.0 * 7 / 6 + 4.0 * 23 / 24 + 2.5 * 23 / 24 + 1.0 * 7 / 6 + 0.0;
+    EXPECT_NEAR(eye.eyeArea, std::numbers::pi * area / 8, 1e-14);
+}
+
+TEST_F(EyeTest, LevelLineMayEndOnTheOtherLid) {
+    eye = Measured({1, 3, 3, 3}, {0, 0, 2, 2});
+    EXPECT_EQ(eye.decisionIndex, 2u);
+    EXPECT_DOUBLE_EQ(eye.eyeWidth, 1.5 / 2);  // the upper lid's 1 V is met by the lower one
+    EXPECT_DOUBLE_EQ(Measured({1, 1, 1, 1}, {0, 0, 0, 0}).eyeWidth, 3.0 / 2) << "the whole span";
+}
+
+TEST_F(EyeTest, TakesTheFirstOfEqualOpeningsAndItsSpanOnly) {
+    eye = Measured({0, 2, 1, 0, 2, 2}, {0, 1, 1, 1, 1, 1});
+    EXPECT_EQ(eye.eyeStart, 2u) << "lids that touch do not belong to it on the left";
+    EXPECT_EQ(eye.eyeEnd, 3u);
+    EXPECT_EQ(eye.decisionIndex, 2u);
+    EXPECT_NEAR(eye.eyeArea, std::numbers::pi / 6, 1e-15) << "a span below six samples: a sum";
+}
+
+TEST_F(EyeTest, ShutEyeLeavesTheDecision) {
+    eye = Measured({0, 1, 1, 0}, {0, 1, 2, 3});
+    EXPECT_EQ(eye.eyeArea, 0.0);
+    EXPECT_EQ(eye.eyeStart + eye.eyeEnd, 0u);
+    EXPECT_EQ(eye.decisionLevel, 7.0);
+    EXPECT_EQ(eye.eyeOpening + eye.eyeWidth, 0.0);
+}
+
+TEST_F(EyeTest, DecisionBecomesTheFirstSample) {
+    Values samples = {-1, 1, 2, 3, 4, 5};
+    RotateToDecisionPoint(samples.data(), 5, 1);
+    EXPECT_EQ(samples, (Values{-1, 1, 2, 3, 4, 5}));
+    RotateToDecisionPoint(samples.data(), 5, 4);
+    EXPECT_EQ(samples, (Values{-1, 4, 5, 1, 2, 3}));
+
+    AddSmallPattern();
+    BerPairs set = Filled();
+    EXPECT_EQ(Diagram(set), Status::Success);
+    EXPECT_EQ(eye.decisionIndex, 2u);
+    EXPECT_EQ(FromOne(set.pairs[0].voltage.get(), 3), (Values{0.25, 1.0, 1.0}));
+}
+
+TEST_F(EyeTest, AverageEyeServesWhereOneBitShutsTheWorst) {
+    const Pair pair = AddPair({0, 1, 1, 0, 1, 0, 0, 1, 1, 1, 0, 1}, 4, 0.0, 1.0, 0.1);
+    for (int i = 5; i <= 8; ++i) pair.wave->elecSamples[i].re = 0.0;  // a 1 that never came
+    BerPairs set = Filled();
+    const Values before = FromOne(set.pairs[0].voltage.get(), 48);
+    EXPECT_EQ(Diagram(set), Status::Warning);
+    EXPECT_EQ(message, "NOTICE: Used Average Eye Method to set BER decision time.\n");
+    EXPECT_GT(eye.eyeArea, 0.0);
+    EXPECT_EQ(FromOne(set.pairs[0].voltage.get(), 48), before) << "nothing is turned";
+    // Five 1s of six and five 0s count in the first half of the lid: 5/8 and 0.
+    EXPECT_EQ(eye.decisionLevel, 5.0 / 8 / 2);
+
+    EXPECT_EQ(Compute(), Status::Warning);
+    EXPECT_EQ(message, "NOTICE: Used Average Eye Method to set BER decision time.\n");
+    EXPECT_GT(eye.BER, 0.0);
+}
+
+TEST_F(EyeTest, NoEyeAtAllGivesNoRate) {
+    AddPair({0, 1, 0, 1, 1, 0, 1, 0}, 4, 0.0, 0.0, 0.1);
+    EXPECT_EQ(Compute(), Status::Warning);
+    EXPECT_EQ(message,
+              "No open eye was found. \n"
+              "NOTICE: Used Average Eye Method to set BER decision time.\n"
+              "WARNING in ComputeBER -- DoEyeDiagram, can not calculate BER\n");
+    EXPECT_NE(eye.eyeData, nullptr) << "its draws belong to the sequence";
+}
+
+/// Draws for the decision eye come first, from a sequence of their own; then time and level in
+/// turn, trial by trial.
+TEST_F(EyeTest, DrawsComeInTheirOrder) {
+    AddPair({0, 1, 0, 1, 0}, 2, 0.0, 1.0, 0.5);
+    AddPair({0, 1, 0, 1, 0}, 2, 0.0, 2.0, 0.25);
+    params.timingJitter = params.decisionLevelJitter = 1e-30;
+    ResetRandomState();
+    Rate();
+    int word = 5;
+    const double afterwards = UniformRandom(&word);
+
+    ResetRandomState();
+    int seed = -10, jitterSeed = 1;
+    for (int k = 0; k < 2; ++k) {
+        for (int b = 0; b < 4; ++b) {
+            for (int i = 0; i < 4; ++i) {
+                const bool mark = (b + i / 2) % 2 != 0;
+                const double value = (mark ? 1.0 + k : 0.0) + GaussianRandom(&seed) * 0.5 / (1 + k);
+                EXPECT_EQ(eye.eyeData[1 + 16 * k + 4 * b + i], value);
+            }
+        }
+    }
+    for (int draw = 0; draw < 2 * 256; ++draw) ClippedGaussianRandom(&jitterSeed);  // one bit
+    EXPECT_EQ(UniformRandom(&(word = 5)), afterwards);
+}
+
+TEST_F(EyeTest, LidFilesHoldOffsetsFromTheDecision) {
+    AddSmallPattern();
+    options.PLOTTING = PlotToFilesOnly;
+    BerPairs set = Filled();
+    EXPECT_EQ(Diagram(set, 1), Status::Success);
+    EXPECT_EQ(dir.Files(), (std::vector<std::string>{"ber_Eyelids.eye", "ber_Eyelids.lid",
+                                                     "ber_Eyelids.pdt", "ber_Eyelids.pld"}));
+    EXPECT_EQ(dir.Read("ber_Eyelids.lid"),
+              "-1e-12 0.25 -0.25\n0 0.25 -0.25\n1e-12 -0.25 0.75\n2e-12 -0.5 0.5\n");
+    EXPECT_EQ(dir.Read("ber_Eyelids.eye"),
+              "-1e-12 -0.375 0.5 0.25 -0.25\n0 -0.25 0.5 0.25 -0.5\n"
+              "1e-12 0.5 0.25 -0.25 0.75\n2e-12 0.5 0.25 -0.5 0.5\n")
+        << "before anything is turned";
+    const std::string axes = "/xl\"Decision Time Offset (s)\"\n/yl\"Decision Level Offset (V)\"\n";
+    EXPECT_EQ(dir.Read("ber_Eyelids.pld"),
+              "/tt\"BER Tester Eye Lids\"\n" + axes +
+                  "/l\nber_Eyelids.lid\n/lt\"Upper lid\"\n/lt\"Lower lid\"\n");
+    EXPECT_EQ(dir.Read("ber_Eyelids.pdt"), "/tt\"BER Tester Decision Eye\"\n" + axes +
+                                               "/lc2\n/ls1\nber_Eyelids.eye\n/nx1 /ny4\n");
+    EXPECT_TRUE(host.commands.empty());
+}
+
+TEST_F(EyeTest, LidFilesComeWhenAskedForOrInDoubt) {
+    const struct {
+        std::int16_t plotting;
+        int plotEyeLids;
+        bool shut;
+        std::size_t files, viewers;
+    } rows[] = {
+        {DoNotPlot, 2, true, 0, 0},
+        {PlotToFilesOnly, 0, false, 0, 0},
+        {PlotToFilesOnly, 0, true, 4, 0},
+        {PlotToFilesOnly, 2, false, 4, 0},
+        {DisplayAllPlots, 1, false, 4, 2},
+        {UsePlotIconSettings, 1, false, 4, 0},
+        {UsePlotIconSettings, 2, false, 4, 2},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(Concat(row.plotting, " ", row.plotEyeLids, " ", row.shut));
+        inputs.reset();
+        host.commands.clear();
+        for (const std::string& name : dir.Files()) std::filesystem::remove(dir.Path() + name);
+        AddPair({0, 1, 0, 1, 1, 0}, 2, 0.0, row.shut ? 0.0 : 1.0, 0.0);
+        options.PLOTTING = row.plotting;
+        BerPairs set = Filled();
+        EXPECT_EQ(Diagram(set, row.plotEyeLids), row.shut ? Status::Warning : Status::Success);
+        EXPECT_EQ(dir.Files().size(), row.files);
+        EXPECT_EQ(host.commands.size(), row.viewers);
+        EXPECT_EQ(dir.Read("ber_Eyelids.pld").find("(Ave Eye Method)") != std::string::npos,
+                  row.files > 0 && row.shut);
+    }
+}
+
+TEST_F(EyeTest, SweepsTagTheFilesOrLeaveThemOut) {
+    AddSmallPattern();
+    params.plotEyeLids = params.plotSignals = true;
+    options.PLOTTING = PlotToFilesOnly;
+    options.mode = simMode::outerSweep;
+    options.outerCount = 3;
+    options.outerIndex = 2;
+    options.SCANPREFIX = "unused";
+    Rate();
+    EXPECT_TRUE(dir.Files().empty()) << "without a tag each pass would write over the last";
+    options.SCANMETA2 = "_o";
+    Rate();
+    EXPECT_EQ(dir.Files(), (std::vector<std::string>{
+                               "ber_Eyelids_o2.eye", "ber_Eyelids_o2.lid", "ber_Eyelids_o2.pdt",
+                               "ber_Eyelids_o2.pld", "ber_signalpair_1_o2.pcs",
+                               "ber_signalpair_1_o2_bin.sig", "ber_signalpair_1_o2_real.sig"}));
+}
+
+TEST_F(EyeTest, PairPlotsShowTheVotesOfDerivedBits) {
+    AddWaveAlone({0, 1, 1, 0, 1, 0, 1, 0}, 2, 0.0, 1.0, 0.1);
+    options.PLOTTING = PlotToFilesOnly;
+    params.plotSignals = true;
+    params.decisionLevelDefined = true;
+    params.decisionLevel = -0.5;  // all bits that count are seen as 1s
+    Rate();
+    std::string values;
+    const std::string rows = dir.Read("ber_signalpair_1_bin.sig");
+    for (std::size_t end = rows.find('\n'); end != rows.npos; end = rows.find('\n', end + 1)) {
+        values += rows[end - 1];
+    }
+    // The first bit and the last two have no vote; the last sample of a trace is its first.
+    EXPECT_EQ(values, "0011111111001100");
+}
+
+}  // namespace
+}  // namespace photrak

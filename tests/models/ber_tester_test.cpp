@@ -1,0 +1,286 @@
+// Results over sweeps and runs: slots by hand, table and curve as text, the life of the record.
+#include "models/detection/ber_tester.h"
+
+#include "base/text.h"
+#include "models/ber_fixture.h"
+#include "models/dispatch.h"
+#include "results/ber_report.h"
+#include "support/model_parameters.h"
+
+namespace photrak {
+namespace {
+
+class BerTesterTest : public BerTest {
+  protected:
+    BerTesterTest() {
+        ResetBerReport();
+        options.innerIndex = options.outerIndex = options.runIndex = 1;
+    }
+
+    void Inner(int count, const char* start, const char* step, const char* stop) {
+        options.innerCount = count;
+        options.INNERSWEEPVARIABLE = "rx_power";
+        options.INNERSWEEPSTARTVAL = start;
+        options.INNERSWEEPSTEPVAL = step;
+        options.INNERSWEEPSTOPVAL = stop;
+        options.mode |= simMode::innerSweep;
+    }
+    void Outer(int count, const char* start, const char* step, const char* stop) {
+        options.outerCount = count;
+        options.OUTERSWEEPVARIABLE = "span";
+        options.OUTERSWEEPSTARTVAL = start;
+        options.OUTERSWEEPSTEPVAL = step;
+        options.OUTERSWEEPSTOPVAL = stop;
+        options.mode |= simMode::outerSweep;
+    }
+    void Runs(int count) {
+        options.NUMRUNSTODO = count;
+        options.mode |= simMode::statistical;
+    }
+    BERResults Made() {
+        BERResults results;
+        std::string text;
+        EXPECT_EQ(MakeBerResults(options, workspace.symbols, "ber", results, text),
+                  Status::Success);
+        EXPECT_EQ(text, "");
+        return results;
+    }
+    /// One call of the model on an ideal eye with this Q; 0: without a signal.
+    Status Pass(int outer, int inner, int run, double Q) {
+        options.outerIndex = outer;
+        options.innerIndex = inner;
+        options.runIndex = run;
+        inputs.reset();
+        AddPair(MixedBits(16), 4, 0.0, 1.0, 0.5 / std::max(Q, 1.0));
+        if (Q == 0.0) FreeSignal(&inputs->sig, ElecSigType);
+        message.clear();
+        return RunBerTester({workspace, block.component, options, inputs.get(), nullptr, message});
+    }
+
+    /// The block without parameters.
+    ModelBlock& Afresh() {
+        FreeParameterList(&block.component.parameters);
+        return block;
+    }
+
+    ModelBlock block{"ber"};
+    Workspace workspace;
+};
+
+/// As rows of the table show them.
+std::string Row(const std::string& before, double Q) {
+    return before + FormatExponent(TailBeyond(Q)) + "\t" + FormatDefault(Q) + "\n";
+}
+
+TEST_F(BerTesterTest, StatisticsFollowTheRuns) {
+    Inner(2, "0", "1", "1");
+    Runs(4);
+    BERResults results = Made();
+    ASSERT_EQ(results.BER.size(), 14u);
+    options.innerIndex = 2;
+    // In Q the third run is extreme; in the rate it is not.
+    const struct {
+        double BER, Q;
+        std::vector<double> average, minimum, maximum;
+    } rows[] = {
+        {4e-3, 3.0, {4e-3, 3.0}, {4e-3, 3.0}, {4e-3, 3.0}},
+        {2e-3, 5.0, {3e-3, 4.0}, {2e-3, 5.0}, {4e-3, 3.0}},
+        {3e-3, 10.0, {3e-3, 6.0}, {2e-3, 5.0}, {4e-3, 3.0}},
+        {7e-3, 2.0, {4e-3, 5.0}, {2e-3, 5.0}, {7e-3, 2.0}},
+    };
+    for (const auto& row : rows) {
+        StoreBerResult(options, Status::Success, row.BER, row.Q, results);
+        const auto at = [&](std::size_t slot) {
+            return std::vector<double>{results.BER[7 + slot], results.Q[7 + slot]};
+        };
+        EXPECT_EQ(at(2 + static_cast<std::size_t>(options.runIndex)),
+                  (std::vector<double>{row.BER, row.Q}));
+        EXPECT_NEAR(at(0)[0], row.average[0], 1e-17);
+        EXPECT_EQ(at(0)[1], row.average[1]);
+        EXPECT_EQ(at(1), row.minimum);
+        EXPECT_EQ(at(2), row.maximum);
+        ++options.runIndex;
+    }
+    EXPECT_EQ(results.BER[0], -1.0) << "the other point is not computed";
+}
+
+/// Kept deliberately: a run without a result takes the statistics with it.
+TEST_F(BerTesterTest, RunWithoutAResultFillsAllSlots) {
+    Runs(3);
+    BERResults results = Made();
+    StoreBerResult(options, Status::Success, 1e-3, 3.0, results);
+    options.runIndex = 2;
+    StoreBerResult(options, Status::Warning, 0.3, 0.5, results);
+    EXPECT_EQ(results.BER, (std::vector<double>{1, 1, 1, 1e-3, 1, -1}));
+    EXPECT_EQ(results.Q, (std::vector<double>{0, 0, 0, 3, 0, 0}));
+    options.runIndex = 3;
+    StoreBerResult(options, Status::Success, 0.25, 1.0, results);
+    EXPECT_EQ(results.BER, (std::vector<double>{0.75, 0.25, 1, 1e-3, 1, 0.25}));
+}
+
+TEST_F(BerTesterTest, SweepValuesEndOnTheStop) {
+    Inner(5, "0", "3", "10");
+    Outer(3, "10", "-5", "0");
+    const BERResults results = Made();
+    EXPECT_EQ(results.sweep, (std::vector<double>{0, 3, 6, 9, 10, 10, 5, 0}));
+    options.innerCount = 0;
+    options.NUMRUNSTODO = 5;  // without the statistical bit
+    EXPECT_EQ(Made().sweep, (std::vector<double>{0, 10, 5, 0}));
+    EXPECT_EQ(Made().BER.size(), 3u);
+}
+
+TEST_F(BerTesterTest, RefusesMoreResultsThanItKeeps) {
+    Inner(1'000'000'000, "0", "1", "1e9");
+    Outer(1'000'000'000, "0", "1", "1e9");
+    Runs(2'000'000'000);
+    EXPECT_EQ(Pass(1, 1, 1, 3), Status::Error);
+    EXPECT_EQ(message,
+              "ERROR: component 'ber': 2e+27 results of a scan are too many to keep, at most "
+              "10000000\n");
+    EXPECT_EQ(block.component.modelState, nullptr);
+}
+
+TEST_F(BerTesterTest, SinglePassWritesOneResult) {
+    EXPECT_EQ(Pass(1, 1, 1, 6), Status::Success);
+    EXPECT_EQ(dir.Read("ber.bdt"), Row("BER\tQ\n1\t", 6));
+    EXPECT_EQ(dir.Read("ber.ber"), "0 " + FormatDefault(TailBeyond(6)) + "\n");
+    EXPECT_EQ(ResultFiles(), (std::vector<std::string>{"ber.ber", "ber.pcb", "ber.bdt"}));
+    EXPECT_EQ(block.component.modelState, nullptr) << "the last pass is done";
+    ASSERT_EQ(BerReport().size(), 1u);
+    EXPECT_EQ(BerReport()[0].component, "ber");
+    EXPECT_NEAR(BerReport()[0].Q, 6.0, 1e-6);
+    // The table goes on, the curve begins anew.
+    EXPECT_EQ(Pass(1, 1, 1, 3), Status::Success);
+    EXPECT_EQ(dir.Read("ber.bdt"), Row("BER\tQ\n1\t", 6) + Row("BER\tQ\n1\t", 3));
+    EXPECT_NEAR(BerReport().at(0).Q, 3.0, 1e-6);
+}
+
+TEST_F(BerTesterTest, SweepFillsCurveAndTable) {
+    Inner(2, "-30", "2", "-28");
+    Outer(2, "1", "1", "2");
+    options.PLOTTING = DisplayAllPlots;
+    const auto rate = [](double Q) { return FormatDefault(TailBeyond(Q)); };
+    EXPECT_EQ(Pass(1, 1, 1, 3), Status::Success);
+    EXPECT_EQ(dir.Read("ber.ber"), "-30 " + rate(3) + " . \n-28 . . \n");
+    EXPECT_EQ(host.commands.size(), 1u);
+    EXPECT_EQ(Pass(1, 2, 1, 4), Status::Success);
+    EXPECT_EQ(Pass(2, 1, 1, 0), Status::Warning);
+    EXPECT_EQ(message, "No input electrical signal to BER Tester\n\n");
+    EXPECT_EQ(dir.Read("ber.ber"), "-30 " + rate(3) + " 1\n-28 " + rate(4) + " . \n");
+    EXPECT_NE(block.component.modelState, nullptr);
+    EXPECT_EQ(Pass(2, 2, 1, 5), Status::Success);
+    EXPECT_EQ(block.component.modelState, nullptr);
+    EXPECT_EQ(host.commands.size(), 1u) << "the viewer follows the file";
+    const std::string a = "-3.000000e+01\t", b = "-2.800000e+01\t";
+    const std::string one = "1.000000e+00\t", two = "2.000000e+00\t";
+    EXPECT_EQ(dir.Read("ber.bdt"), "rx_power\tspan\tBER\tQ\n" + Row(a + one + "1\t", 3) +
+                                       Row(b + one + "1\t", 4) + a + two + "1\t1.000000e+00\t0\n" +
+                                       Row(b + two + "1\t", 5));
+}
+
+TEST_F(BerTesterTest, LastRunOfAPointBringsItsStatistics) {
+    Outer(2, "1", "1", "2");
+    Runs(2);
+    block.Word("StatisticalPlotMode", "Latest");
+    EXPECT_EQ(Pass(1, 1, 1, 3), Status::Success);
+    EXPECT_EQ(Pass(1, 1, 2, 2), Status::Success);
+    EXPECT_EQ(Pass(2, 1, 1, 4), Status::Success);
+    const std::string average = FormatExponent((TailBeyond(3) + TailBeyond(2)) / 2);
+    const std::string one = "1.000000e+00\t", two = "2.000000e+00\t";
+    EXPECT_EQ(dir.Read("ber.bdt"), "span\tRUN#\tBER\tQ\n" + Row(one + "1\t", 3) +
+                                       Row(one + "2\t", 2) + Row(one + "MIN\t", 3) + one + "AVE\t" +
+                                       average + "\t2.5\n" + Row(one + "MAX\t", 2) +
+                                       Row(two + "1\t", 4));
+    // Every point shows the run that is under way.
+    const auto curve = [](double first, double second) {
+        return Concat("0 ", FormatDefault(TailBeyond(first)), " ",
+                      FormatDefault(TailBeyond(second)), "\n");
+    };
+    EXPECT_EQ(dir.Read("ber.ber"), curve(3, 4));
+    EXPECT_EQ(Pass(2, 1, 2, 5), Status::Success);
+    EXPECT_EQ(dir.Read("ber.ber"), curve(2, 5));
+}
+
+TEST_F(BerTesterTest, PlotModeSelectsTheStatistic) {
+    const struct {
+        const char* word;
+        double BER;
+    } rows[] = {{"Average", (TailBeyond(3) + TailBeyond(4)) / 2},
+                {"Minimum", TailBeyond(4)},
+                {"Maximum", TailBeyond(3)}};
+    Runs(2);
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.word);
+        Afresh().Word("StatisticalPlotMode", row.word);
+        EXPECT_EQ(Pass(1, 1, 1, 3), Status::Success);
+        EXPECT_EQ(Pass(1, 1, 2, 4), Status::Success);
+        EXPECT_EQ(dir.Read("ber.ber"), "0 " + FormatDefault(row.BER) + "\n");
+    }
+}
+
+TEST_F(BerTesterTest, WritesWhatIsAskedFor) {
+    block.Word("PlotCurves", "NO").Word("FilenameRoot", "sub_root");
+    EXPECT_EQ(Pass(1, 1, 1, 3), Status::Success);
+    EXPECT_EQ(dir.Files(), std::vector<std::string>{"sub_root.bdt"});
+    Afresh().Word("PlotCurves", "NO").Word("SaveAllData", "NO");
+    EXPECT_EQ(Pass(1, 1, 1, 0), Status::Success) << "not even computed";
+    EXPECT_EQ(message, "");
+}
+
+TEST_F(BerTesterTest, ErrorsFreeTheResults) {
+    Inner(2, "0", "1", "1");
+    EXPECT_EQ(Pass(1, 1, 1, 3), Status::Success);
+    EXPECT_NE(block.component.modelState, nullptr);
+    block.Number("timingJitter", std::nan(""));
+    EXPECT_EQ(Pass(1, 2, 1, 3), Status::Error);
+    EXPECT_EQ(message,
+              "ERROR: component 'ber': parameter 'timingJitter' is nan; it must be a finite "
+              "number\n");
+    EXPECT_EQ(block.component.modelState, nullptr);
+
+    Afresh().Word("FilenameRoot", "../out");
+    EXPECT_EQ(Pass(1, 1, 1, 3), Status::Error);
+    EXPECT_EQ(message,
+              "ERROR: result file name '../out.ber' does not stay inside the directory of the "
+              "topology\n");
+}
+
+/// A repetition loop around the tester calls it several times in a pass.
+TEST_F(BerTesterTest, ResultsOutliveTheRepetitionsOfAPass) {
+    Inner(2, "0", "1", "1");
+    options.loopReps = 2;
+    for (const int inner : {1, 2}) {
+        for (options.loopIndex = 1; options.loopIndex <= 2; ++options.loopIndex) {
+            EXPECT_EQ(Pass(1, inner, 1, inner + options.loopIndex), Status::Success);
+        }
+    }
+    EXPECT_EQ(dir.Read("ber.ber"), Concat("0 ", FormatDefault(TailBeyond(3)), "\n1 ",
+                                          FormatDefault(TailBeyond(4)), "\n"));
+    const std::string table = dir.Read("ber.bdt");
+    EXPECT_EQ(table.rfind("rx_power"), 0u) << "one header";
+    EXPECT_EQ(std::count(table.begin(), table.end(), '\n'), 5);
+}
+
+TEST_F(BerTesterTest, ReadsItsParametersByName) {
+    block.Number("timingJitter", 1e-12).Number("decisionLevelJitter", 2).Number("decisionLevel", 3);
+    block.Number("decisionPointShift", 0.25).Whole("bitsPerLine", 40);
+    block.Word("decisionLevelSelection", "Defined").Word("FilenameRoot", "root");
+    block.Word("PlotEyeLids", "YES").Word("PlotSignals", "YES").Word("SaveOrDisplayPlots", "Save");
+    const BerParams read = ReadBerParams(block.component);
+    EXPECT_EQ(read.timingJitter, 1e-12);
+    EXPECT_EQ(read.decisionLevelJitter, 2);
+    EXPECT_EQ(read.decisionLevel, 3);
+    EXPECT_EQ(read.decisionPointShift, 0.25);
+    EXPECT_EQ(read.bitsPerLine, 40);
+    EXPECT_TRUE(read.decisionLevelDefined && read.plotEyeLids && read.plotSignals);
+    EXPECT_EQ(read.saveOrDisplay, 1);
+    EXPECT_EQ(read.root, "root");
+    for (const ModelEntry& entry : BuiltInModels()) {
+        if (entry.type == "BERTester") {
+            EXPECT_EQ(entry.run, RunBerTester);
+        }
+    }
+}
+
+}  // namespace
+}  // namespace photrak
