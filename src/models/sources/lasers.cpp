@@ -252,8 +252,8 @@ CwLaserParams ReadCwLaserParams(const Component& component) {
     params.wavelength = GetParamDouble(list, "wavelength", defaultWavelength);
     params.RIN = FromDecibels(GetParamDouble(list, "RIN", defaultRin));
     params.signalType = GetParamText(list, "signalType", "CW");
-    params.noSamples = GetParamInt(list, "noSamples", 10);
-    params.timeStep = GetParamDouble(list, "timeStep", 1e-12);
+    params.noSamples = GetParamInt(list, "noSamples", 12);
+    params.timeStep = GetParamDouble(list, "timeStep", 3.125e-12);
     params.phase = GetParamDouble(list, "phase", 0.0);
     return params;
 }

@@ -183,8 +183,8 @@ SignalGeneratorParams ReadSignalGeneratorParams(const Component& component, cons
     params.timeJitter = GetParamDouble(list, "timeJitter", 0.0);
     params.filterType = GetParamText(list, "filterType", "None");
     params.modulationType = GetParamText(list, "modulationType", "NRZ");
-    params.f0 = GetParamDouble(list, "f0", 10e9);
-    params.gamma = GetParamDouble(list, "gamma", 10e9);
+    params.f0 = GetParamDouble(list, "f0", 15e9);
+    params.gamma = GetParamDouble(list, "gamma", 15e9);
     if (input && input->sigType == BinSigType && input->sig) {
         params.bitWidth = 1.0 / static_cast<const BinSig*>(input->sig)->bitRate;
     }
