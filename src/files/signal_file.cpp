@@ -111,8 +111,10 @@ void AppendBinary(std::string& text, const BinSig& bits) {
     AppendLine(text, "startTime", bits.startTime);
     AppendLine(text, "noPoints", bits.noPoints);
     text += "bitSequence \n";
-    for (std::int32_t i = 1; i <= bits.noPoints; ++i)
-        AppendPiece(text, bits.bitSequence[i]), text += '\n';
+    for (std::int32_t i = 1; i <= bits.noPoints; ++i) {
+        AppendPiece(text, bits.bitSequence[i]);
+        text += '\n';
+    }
 }
 
 bool IsStorable(std::int32_t sigType, const void* sig) {

@@ -17,7 +17,7 @@ namespace photrak {
 namespace {
 
 constexpr double speedOfLight = 299792458.0;  // m/s
-constexpr std::int32_t fewestSamples = 8;     // the noise integrals weigh three points at each end
+constexpr std::int32_t fewestSamples = 8;     // fewer have next to no spectrum to integrate over
 constexpr std::size_t maxTableFileBytes = std::size_t{1} << 28;
 
 Status Fail(std::string_view text, std::string& message) {
@@ -43,7 +43,9 @@ struct NearestSample {
     double tStep, startTime, otherStep, otherStart;  // s
     std::int32_t count;
 
-    double Position(std::int32_t i) const { return ((i - 1) * tStep + startTime - otherStart) / otherStep + 0.5; }
+    double Position(std::int32_t i) const {
+        return ((i - 1) * tStep + startTime - otherStart) / otherStep + 0.5;
+    }
     /// Positions that a 64-bit integer can hold for all of 1..n. One sample needs no position.
     bool Works(std::int32_t n) const {
         constexpr double farthest = 4e18;
