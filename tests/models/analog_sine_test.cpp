@@ -53,11 +53,9 @@ TEST(AnalogSine, RefusesGridsThatAreNone) {
         std::string mode;
         std::int32_t exponent;
         double frequency, timeStep;
-    } rows[] = {{"", -1, 1e9, 1e-12},        {"", 14, 1e9, 1e-12},
-                {"", INT32_MAX, 1e9, 1e-12}, {"", 3, 0.0, 1e-12},
-                {"", 3, -1e9, 1e-12},        {"", 3, HUGE_VAL, 1e-12},
-                {"", 3, 1e-320, 1e-12},      {"Aperiodic", 27, 1e9, 1e-12},
-                {"Aperiodic", 3, 1e9, 0.0},  {"Aperiodic", 3, 1e9, std::nan("")}};
+    } rows[] = {{"", 14, 1e9, 1e-12},          {"", INT32_MAX, 1e9, 1e-12},
+                {"", 3, 0.0, 1e-12},           {"", 3, 1e-320, 1e-12},
+                {"Aperiodic", 27, 1e9, 1e-12}, {"Aperiodic", 3, 1e9, std::nan("")}};
     for (const auto& row : rows) {
         AnalogSineParams params;
         params.owner = "tone";
