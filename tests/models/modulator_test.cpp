@@ -320,15 +320,6 @@ TEST(Modulator, LevelTakesItsGridFromTheDriveAndSampledChannelsKeepTheirs) {
     EXPECT_EQ(Value(light->channels->next->Ex_samples[3]), Field(3.0, -3.0));
 }
 
-TEST(Modulator, DefaultsOpenTheEyeForADriveOfTwoVolts) {
-    const Owned<ElecSig> drive = Drive([](std::int32_t i) { return i <= samples / 2 ? 2.0 : 0.0; });
-    drive->tStep = 50e-12;
-    const Modulated out(ReadModulatorParams(nullptr), drive);
-    // The response takes about a quarter of the swing: sines of 79 and 11 degrees, 5 dB down.
-    EXPECT_NEAR(std::abs(out[samples / 4]), 0.982 * 0.562, 0.01);
-    EXPECT_NEAR(std::abs(out[3 * samples / 4]), 0.2 * 0.562, 0.01);
-}
-
 // --- Bad input ---
 
 TEST(Modulator, ReportsPortsInOrder) {
