@@ -8,6 +8,8 @@
 #include "models/optical/multiplexers.h"
 #include "models/optical/multiport.h"
 #include "models/optical/optical_filter.h"
+#include "models/optical/passive_blocks.h"
+#include "models/optical/polarization_transformer.h"
 #include "models/optical/splitter.h"
 #include "models/signal_blocks.h"
 #include "models/sources/analog_sine.h"
@@ -48,6 +50,12 @@ constexpr ModelEntry builtInModels[] = {
     {"Optical_Plot", RunSignalPlot},
     {"SignalPlot", RunSignalPlot},
     {"ChirpPlot", RunChirpPlot},
+    {"OpticalAttenuator", RunOpticalAttenuator},
+    {"OpticalNormalizer", RunOpticalNormalizer},
+    {"PhaseShift", RunPhaseShift},
+    {"FiberDelay", RunFiberDelay},
+    {"IdealFrequencyConverter", RunIdealFrequencyConverter},
+    {"PolarizationTransformer", RunPolarizationTransformer},
     {"IdealOpticalMUX", RunIdealOpticalMux},
     {"OpticalAddMUX", RunOpticalAddMux},
     {"OpticalDropMUX", RunOpticalDropMux},

@@ -1,0 +1,16 @@
+// Blocks that change light in one simple way each: what goes in at a port leaves, changed, at the
+// output port of the same place. An input without data leaves its output empty.
+#pragma once
+
+#include "kernel/driver.h"
+
+namespace photrak {
+
+Status RunOpticalAttenuator(const ModelCall& call);
+/// A warning when it had to amplify.
+Status RunOpticalNormalizer(const ModelCall& call);
+Status RunPhaseShift(const ModelCall& call);
+Status RunFiberDelay(const ModelCall& call);
+Status RunIdealFrequencyConverter(const ModelCall& call);
+
+}  // namespace photrak

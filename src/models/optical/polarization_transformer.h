@@ -1,0 +1,11 @@
+// A device that mixes the two polarizations of every channel by one matrix: rotator, polarizer or
+// any other. Light of one polarization gets the second.
+#pragma once
+
+#include "kernel/driver.h"
+
+namespace photrak {
+
+Status RunPolarizationTransformer(const ModelCall& call);
+
+}  // namespace photrak

@@ -1,0 +1,59 @@
+// Runs a model on borrowed signals and frees what it stored at its outputs.
+#pragma once
+
+#include <array>
+#include <string>
+#include <vector>
+
+#include "kernel/driver.h"
+#include "support/model_parameters.h"
+
+namespace photrak {
+
+class BlockRun {
+  public:
+    struct Input {
+        Input(OpSignal* light) : sigType(OpSigType), sig(light) {}
+        Input(ElecSig* wave) : sigType(ElecSigType), sig(wave) {}
+        Input(const Owned<OpSignal>& light) : Input(light.get()) {}
+        Input(const Owned<ElecSig>& wave) : Input(wave.get()) {}
+        std::int32_t sigType;
+        void* sig;
+    };
+
+    BlockRun(Status (*model)(const ModelCall&), ModelBlock& block, std::vector<Input> signals,
+             std::size_t outputCount = 1) {
+        std::array<Nodelist, 4> inputs{};
+        for (std::size_t i = 0; i < signals.size(); ++i) {
+            inputs[i] = {i + 1 < signals.size() ? &inputs[i + 1] : nullptr, signals[i].sigType,
+                         signals[i].sig};
+        }
+        for (std::size_t i = 0; i + 1 < outputCount; ++i) outputs_[i].next = &outputs_[i + 1];
+        status =
+            model({workspace_, block.component, options_, inputs.data(), outputs_.data(), text});
+    }
+    ~BlockRun() {
+        for (Nodelist& cell : outputs_) FreeSignal(&cell.sig, cell.sigType);
+    }
+    BlockRun(const BlockRun&) = delete;
+    BlockRun& operator=(const BlockRun&) = delete;
+
+    bool IsEmpty(std::size_t port = 0) const { return !outputs_[port].sig; }
+    const OpSignal& Light(std::size_t port = 0) const {
+        return *static_cast<const OpSignal*>(outputs_[port].sig);
+    }
+    const OpSig& Channel(std::size_t port = 0) const { return *Light(port).channels; }
+    const ElecSig& Wave(std::size_t port = 0) const {
+        return *static_cast<const ElecSig*>(outputs_[port].sig);
+    }
+
+    Status status = Status::Error;
+    std::string text;
+
+  private:
+    Workspace workspace_;
+    SimOptions options_;
+    std::array<Nodelist, 4> outputs_{};
+};
+
+}  // namespace photrak
