@@ -5,6 +5,7 @@
 #include "models/detection/electrical_filter.h"
 #include "models/detection/receiver.h"
 #include "models/optical/amplifier.h"
+#include "models/optical/couplers.h"
 #include "models/optical/multiplexers.h"
 #include "models/optical/multiport.h"
 #include "models/optical/optical_filter.h"
@@ -56,6 +57,8 @@ constexpr ModelEntry builtInModels[] = {
     {"FiberDelay", RunFiberDelay},
     {"IdealFrequencyConverter", RunIdealFrequencyConverter},
     {"PolarizationTransformer", RunPolarizationTransformer},
+    {"OpticalCoupler", RunOpticalCoupler},
+    {"ControlledOpticalCoupler", RunControlledOpticalCoupler},
     {"IdealOpticalMUX", RunIdealOpticalMux},
     {"OpticalAddMUX", RunOpticalAddMux},
     {"OpticalDropMUX", RunOpticalDropMux},
