@@ -2,6 +2,7 @@
 #include "models/dispatch.h"
 
 #include "models/detection/ber_tester.h"
+#include "models/detection/crosstalk.h"
 #include "models/detection/electrical_filter.h"
 #include "models/detection/receiver.h"
 #include "models/optical/amplifier.h"
@@ -57,6 +58,7 @@ constexpr ModelEntry builtInModels[] = {
     {"FiberDelay", RunFiberDelay},
     {"IdealFrequencyConverter", RunIdealFrequencyConverter},
     {"PolarizationTransformer", RunPolarizationTransformer},
+    {"CrosstalkBlock", RunCrosstalkBlock},
     {"OpticalCoupler", RunOpticalCoupler},
     {"ControlledOpticalCoupler", RunControlledOpticalCoupler},
     {"IdealOpticalMUX", RunIdealOpticalMux},
