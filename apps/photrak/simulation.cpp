@@ -10,6 +10,7 @@
 #include "photrak/commands.h"
 #include "photrak/console.h"
 #include "photrak/session.h"
+#include "results/ber_report.h"
 
 namespace photrak {
 namespace {
@@ -41,9 +42,19 @@ void TellBeforeRun(const Session& session, const CommandOptions& options) {
     }
 }
 
+/// The files that the run wrote, then what its testers found last.
+void TellResults() {
+    constexpr int digits = 3;
+    for (const std::string& name : ResultFiles()) WriteOut(Concat(name, "\n"));
+    for (const BerReading& reading : BerReport()) {
+        WriteOut(Concat("BER ", reading.component, ": ", FormatSignificant(reading.BER, digits),
+                        "  Q: ", FormatSignificant(reading.Q, digits), "\n"));
+    }
+}
+
 int Conclude(Status status, bool warned, const Session& session, const ConsoleMessages& messages,
              const CommandOptions& options) {
-    for (const std::string& name : ResultFiles()) WriteOut(Concat(name, "\n"));
+    TellResults();
     if (status == Status::Error) {
         const std::string& text = session.workspace->errorText;
         Report("error", text.empty() ? messages.ErrorText() : InterpretPercent(text));
@@ -83,6 +94,7 @@ int SimulateTopology(const CommandOptions& options, const SimulationKind& kind) 
     TellBeforeRun(session, options);
 
     ResetResultFiles();
+    ResetBerReport();
     const StopOnSignal stop(simOptions);
     const auto start = std::chrono::steady_clock::now();
     LogText(Concat("Starting ", kind.name, "\n"));
