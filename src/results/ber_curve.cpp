@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "base/text.h"
+#include "results/curve_file.h"
 
 namespace photrak {
 namespace {
@@ -13,26 +14,21 @@ constexpr std::string_view curveTitle = "BER Graph", curveLabel = "BER";
 constexpr std::string_view notComputed = ". ";  // which the viewer skips
 constexpr double lowerMargin = 0.1, upperMargin = 10.0;
 
-struct Range {
-    double least, greatest;
-    bool IsFlat() const { return least == greatest; }
-};
-
 /// The axes of the plot.
 struct Limits {
-    Range x{}, y{};
+    AxisRange x{}, y{};
     bool logarithmic = true;
     bool told = false;  // they differ from those of the data
 };
 
-Range RangeOf(const std::vector<double>& values) {
+AxisRange RangeOf(const std::vector<double>& values) {
     const auto [least, greatest] = std::minmax_element(values.begin(), values.end());
     return {*least, *greatest};
 }
 
 /// Rates above 0 set the lower limit, all that are known the upper one.
-Range RangeOfRates(const std::vector<double>& rates, bool& anyZero) {
-    Range range{0.0, 0.0};
+AxisRange RangeOfRates(const std::vector<double>& rates, bool& anyZero) {
+    AxisRange range{0.0, 0.0};
     for (const double rate : rates) {
         if (rate == 0.0) anyZero = true;
         if (!(rate > 0.0)) continue;
@@ -48,8 +44,7 @@ Limits LimitsOf(const std::vector<double>& innerValues, const std::vector<double
     limits.x = RangeOf(innerValues);
     limits.y = RangeOfRates(rates, anyZero);
     if (limits.x.IsFlat() && !limits.y.IsFlat()) {
-        limits.x = limits.x.least == 0.0 ? Range{-1.0, 1.0}
-                                         : Range{0.5 * limits.x.least, 2.0 * limits.x.least};
+        limits.x = WidenedRange(limits.x.least);
         limits.told = true;
     }
     if (limits.y.greatest == 0.0) {
@@ -65,14 +60,14 @@ Limits LimitsOf(const std::vector<double>& innerValues, const std::vector<double
 }
 
 /// The powers of ten around rates; a rate has one from 1e-323 on.
-Range Decades(Range rates) {
+AxisRange Decades(AxisRange rates) {
     constexpr double least = -323.0;
     return {std::pow(10.0, std::max(std::floor(std::log10(rates.least)), least)),
             std::pow(10.0, std::max(std::ceil(std::log10(rates.greatest)), least))};
 }
 
 /// "X0,X1,Y0,Y1"; flat limits in x are left open.
-std::string WindowText(Range x, Range y) {
+std::string WindowText(AxisRange x, AxisRange y) {
     const std::string ends = x.IsFlat() ? "," : Concat(x.least, ',', x.greatest);
     return Concat("/w", ends, ',', y.least, ',', y.greatest, '\n');
 }
@@ -118,7 +113,7 @@ const std::vector<std::string>& BerCurve::Lines() {
 std::string BerCurve::Script(std::string_view dataFile) const {
     const bool onePoint = innerValues_.size() == 1, oneCurve = outerValues_.size() == 1;
     const Limits limits = LimitsOf(innerValues_, BER_);
-    const Range y = limits.logarithmic ? Decades(limits.y) : limits.y;
+    const AxisRange y = limits.logarithmic ? Decades(limits.y) : limits.y;
     std::string script;
     AppendTextLine(script, "/tt", curveTitle);
     AppendTextLine(script, "/xl",

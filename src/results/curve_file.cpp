@@ -1,0 +1,52 @@
+// Rows and options of a single curve.
+#include "results/curve_file.h"
+
+#include <algorithm>
+
+#include "base/text.h"
+
+namespace photrak {
+namespace {
+
+AxisRange RangeOf(std::span<const double> values) {
+    const auto [least, greatest] = std::minmax_element(values.begin(), values.end());
+    return {*least, *greatest};
+}
+
+/// The limits of both axes when one of them needs room, otherwise nothing.
+std::string WindowLine(const CurvePlot& plot) {
+    AxisRange x = RangeOf(plot.x), y = RangeOf(plot.y);
+    if (!x.IsFlat() && !y.IsFlat()) return {};
+    if (x.IsFlat()) x = WidenedRange(x.least);
+    if (y.IsFlat()) y = WidenedRange(y.least);
+    return Concat("/w", x.least, ',', x.greatest, ',', y.least, ',', y.greatest, '\n');
+}
+
+std::string ScriptText(const CurvePlot& plot) {
+    std::string script;
+    AppendTextLine(script, "/xl", LabelText(plot.xLabel));
+    AppendTextLine(script, "/yl", LabelText(plot.yLabel));
+    AppendTextLine(script, "/tt", LabelText(plot.title));
+    script.append(curveColors).append("\n/ls1\n");
+    if (plot.x.size() == 1) script += "/st7\n";
+    return script += Concat(WindowLine(plot), plot.name, ".lic\n/nx1\n");
+}
+
+}  // namespace
+
+AxisRange WidenedRange(double value) {
+    if (value == 0.0) return {-1.0, 1.0};
+    return {std::min(0.5 * value, 2.0 * value), std::max(0.5 * value, 2.0 * value)};
+}
+
+Status WriteCurve(const CurvePlot& plot, std::string& errorText) {
+    if (plot.x.empty()) return Status::Success;
+    std::string rows;
+    for (std::size_t i = 0; i < plot.x.size(); ++i) rows += Concat(plot.x[i], ' ', plot.y[i], '\n');
+    const FileResult data = WritePlotFile(plot.name + ".lic", rows, errorText);
+    if (data == FileResult::Refused) return Status::Error;
+    if (data == FileResult::Failed) return Status::Success;
+    return WriteCommandFile(plot.name + ".pcl", ScriptText(plot), plot.mode, errorText);
+}
+
+}  // namespace photrak

@@ -1,0 +1,30 @@
+// A single curve as a plot: data file ".lic", command file ".pcl".
+#pragma once
+
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "base/status.h"
+#include "results/plot_files.h"
+
+namespace photrak {
+
+/// Ends of a plot's axis, ascending.
+struct AxisRange {
+    double least = 0.0, greatest = 0.0;
+    bool IsFlat() const { return least == greatest; }
+};
+/// From half the value to twice, -1 to 1 around 0: an axis for values that are all the same.
+AxisRange WidenedRange(double value);
+
+struct CurvePlot {
+    std::string name;  // file stem
+    std::string_view title, xLabel, yLabel;
+    std::span<const double> x, y;  // of equal length
+    PlotMode mode = PlotMode::Files;
+};
+/// Writes both files; nothing without points. With Display the viewer starts.
+Status WriteCurve(const CurvePlot& plot, std::string& errorText);
+
+}  // namespace photrak

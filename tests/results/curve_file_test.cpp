@@ -1,0 +1,48 @@
+// A single curve, and the room that its axes get.
+#include "results/curve_file.h"
+
+#include "results/plot_fixture.h"
+
+namespace photrak {
+namespace {
+
+TEST_F(PlotTest, CurveFilesHoldPointsAndTexts) {
+    const std::vector<double> current = {0.0, 0.01, 0.02}, power = {0.0, 1e-3, 2.5e-3};
+    std::string text;
+    const CurvePlot plot{"li",  "Laser_L-I \"Curve\"", "Current_(A)", "Power (W)", current,
+                         power, PlotMode::Display};
+    EXPECT_EQ(WriteCurve(plot, text), Status::Success);
+    EXPECT_EQ(text, "");
+    EXPECT_EQ(dir.Read("li.lic"), "0 0\n0.01 0.001\n0.02 0.0025\n");
+    EXPECT_EQ(dir.Read("li.pcl"),
+              "/xl\"Current (A)\"\n/yl\"Power (W)\"\n/tt\"Laser L-I 'Curve'\"\n"
+              "/lcm2,1,3,4,5,6,7,8,9,10,11,12,13,14\n/ls1\nli.lic\n/nx1\n");
+    EXPECT_EQ(host.commands.size(), 1u);
+}
+
+TEST_F(PlotTest, FlatCurvesGetRoom) {
+    const struct {
+        std::vector<double> x, y;
+        std::string lines;  // between line style and file
+    } rows[] = {
+        {{1, 2}, {3, 3}, "/w1,2,1.5,6\n"},
+        {{-2, -2}, {0, 1}, "/w-4,-1,0,1\n"},
+        {{4}, {0}, "/st7\n/w2,8,-1,1\n"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.lines);
+        std::string text;
+        EXPECT_EQ(WriteCurve({"c", "t", "x", "y", row.x, row.y, PlotMode::Files}, text),
+                  Status::Success);
+        const std::string script = dir.Read("c.pcl");
+        EXPECT_NE(script.find("/ls1\n" + row.lines + "c.lic\n"), std::string::npos) << script;
+    }
+    std::string text;
+    EXPECT_EQ(WriteCurve({"none", "t", "x", "y", {}, {}, PlotMode::Files}, text), Status::Success);
+    EXPECT_EQ(WriteCurve({"/c", "t", "x", "y", rows[0].x, rows[0].y, PlotMode::Files}, text),
+              Status::Error);
+    EXPECT_EQ(dir.Files(), (std::vector<std::string>{"c.lic", "c.pcl"}));
+}
+
+}  // namespace
+}  // namespace photrak
