@@ -234,7 +234,10 @@ TEST_F(BerTest, RefusesWhatItCannotMeasure) {
         Change change;  // of two good pairs
     } rows[] = {
         {Status::Error, odd + "The 3 input signal type must be ELECSIG.\n",
-         [](Nodelist& c) { c.next->next->sigType = BinSigType; }},
+         [](Nodelist& c) {
+             FreeSignal(&c.next->next->sig, ElecSigType);
+             c.next->next->sigType = BinSigType;
+         }},
         {Status::Warning, "No input electrical signal to BER Tester\n",
          [](Nodelist& c) { FreeSignal(&c.next->next->sig, ElecSigType); }},
         {Status::Error,
