@@ -150,7 +150,8 @@ TEST_F(EyeTest, NoEyeAtAllGivesNoRate) {
 TEST_F(EyeTest, DrawsComeInTheirOrder) {
     AddPair({0, 1, 0, 1, 0}, 2, 0.0, 1.0, 0.5);
     AddPair({0, 1, 0, 1, 0}, 2, 0.0, 2.0, 0.25);
-    params.timingJitter = params.decisionLevelJitter = 1e-30;
+    params.timingJitter = 1e-30;
+    params.decisionLevelJitter = 0.1;
     ResetRandomState();
     Rate();
     int word = 5;
@@ -167,7 +168,13 @@ TEST_F(EyeTest, DrawsComeInTheirOrder) {
             }
         }
     }
-    for (int draw = 0; draw < 2 * 256; ++draw) ClippedGaussianRandom(&jitterSeed);  // one bit
+    double sum = 0.0;
+    for (int trial = 0; trial < 256; ++trial) {  // of the one bit that counts, a 1
+        ClippedGaussianRandom(&jitterSeed);
+        const double level = 0.5 + 0.1 * ClippedGaussianRandom(&jitterSeed);
+        sum += std::max(TailBeyond((1.0 - level) / 0.5), TailBeyond((2.0 - level) / 0.25));
+    }
+    EXPECT_NEAR(eye.BER / (sum / 256), 1.0, 1e-12);
     EXPECT_EQ(UniformRandom(&(word = 5)), afterwards);
 }
 
