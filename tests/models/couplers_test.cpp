@@ -53,20 +53,23 @@ TEST_F(Couplers, CustomElementsAndLoss) {
     EXPECT_NEAR(run.Channel(1).Ex_samples[1].im, 0.6, tolerance);
 }
 
+/// A copy that outlives the run that made it.
+Owned<OpSignal> Taken(const OpSignal& light) {
+    Owned<OpSignal> copy;
+    EXPECT_EQ(Make(copy, CopyOpSignal, &light), 0);
+    return copy;
+}
+
 // Two even couplers with a phase phi in one arm: cos^2(phi / 2) crosses.
 TEST_F(Couplers, MachZehnderFringe) {
     const Owned<OpSignal> light = Carrier(1.0), none;
-    for (const double degrees : {0.0, 60.0, 90.0, 180.0, 270.0}) {
+    for (const double degrees : {0.0, 60.0, 90.0, 180.0}) {
         ModelBlock even, arm;
         arm.Number("phaseShift", degrees);
         const BlockRun split(RunOpticalCoupler, even, {light, none}, 2);
-        Owned<OpSignal> straight, crossed;
-        ASSERT_EQ(Make(straight, CopyOpSignal, &split.Light(0)), 0);
-        ASSERT_EQ(Make(crossed, CopyOpSignal, &split.Light(1)), 0);
-        const BlockRun shifted(RunPhaseShift, arm, {straight});
-        Owned<OpSignal> turned;
-        ASSERT_EQ(Make(turned, CopyOpSignal, &shifted.Light()), 0);
-        const BlockRun joined(RunOpticalCoupler, even, {turned, crossed}, 2);
+        const BlockRun turned(RunPhaseShift, arm, {Taken(split.Light(0))});
+        const Owned<OpSignal> one = Taken(turned.Light()), two = Taken(split.Light(1));
+        const BlockRun joined(RunOpticalCoupler, even, {one, two}, 2);
         const double half = std::cos(degrees * std::numbers::pi / 360.0);
         EXPECT_NEAR(Power(joined.Channel(1)), half * half, tolerance);
         EXPECT_NEAR(Power(joined.Channel(0)), 1.0 - half * half, tolerance);
@@ -89,7 +92,7 @@ TEST_F(Couplers, ControlSelectsTheRatioByItsFirstSample) {
 
 TEST_F(Couplers, RefuseWhatTheyCannotCouple) {
     const Owned<OpSignal> light = Carrier(1.0), longer = Carrier(1.0, 8), none;
-    const Owned<ElecSig> control = RampWaveform(4, 1e-12), missing;
+    const Owned<ElecSig> control = RampWaveform(4, 1e-12);
     ModelBlock block, wrong;
     wrong.Number("alpha", 1.5);
     struct Case {
@@ -106,28 +109,16 @@ TEST_F(Couplers, RefuseWhatTheyCannotCouple) {
          {light, longer},
          "OpticalCoupler error: incompatible input signals\n"},
         {RunOpticalCoupler,
-         block,
-         {light, control},
-         "OpticalCoupler error: incompatible input signals\n"},
-        {RunOpticalCoupler,
          wrong,
          {light, none},
          "ERROR: component 'block': parameter 'alpha' is 1.5; it must be between 0 and 1\n"},
         {controlled,
          block,
-         {light, none},
-         "Improper number of input ports to ControlledOpticalCoupler\n"},
-        {controlled,
-         block,
-         {light, longer, control},
+         {light, control, control},
          "ControlledOpticalCoupler error: incompatible input signals\n"},
         {controlled,
          block,
          {light, none, light},
-         "ControlledOpticalCoupler error: incorrect control input signal type\n"},
-        {controlled,
-         block,
-         {light, none, missing},
          "ControlledOpticalCoupler error: incorrect control input signal type\n"}};
     for (const Case& row : cases) {
         const BlockRun run(row.model, row.block, row.inputs, 2);

