@@ -10,6 +10,11 @@ struct UsageRow {
     const char* expected;  // part of standard error or output
 };
 
+/// Names the case by its arguments.
+void PrintTo(const UsageRow& row, std::ostream* out) {
+    *out << "photrak " << row.arguments;
+}
+
 class Usage : public ::testing::TestWithParam<UsageRow> {
   protected:
     TempDir directory_;
