@@ -23,13 +23,20 @@ if(PHOTRAK_COVERAGE)
   target_link_options(photrak_flags INTERFACE --coverage)
 endif()
 
-# The hot loops of numeric/ are compiled once for each vector width; numeric/simd.cpp chooses.
+# The hot loops of numeric/ are compiled once for each vector width; numeric/simd.cpp chooses. They
+# are written in vectors already: what the compiler would bundle on top only costs moves.
 function(photrak_set_instruction_sets)
+  set(plain -fno-tree-slp-vectorize)
+  set(avx2)
+  set(avx512)
   if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64")
-    set(numeric ${PROJECT_SOURCE_DIR}/src/numeric)
-    set_source_files_properties(${numeric}/simd_avx2.cpp PROPERTIES COMPILE_OPTIONS -mavx2)
-    set_source_files_properties(${numeric}/simd_avx512.cpp PROPERTIES COMPILE_OPTIONS "-mavx512f;-mavx512dq")
+    set(avx2 -mavx2)
+    set(avx512 -mavx512f -mavx512dq -mavx512vl)
   endif()
+  foreach(level plain avx2 avx512)
+    set_source_files_properties(${PROJECT_SOURCE_DIR}/src/numeric/simd_${level}.cpp
+      PROPERTIES COMPILE_OPTIONS "${plain};${${level}}")
+  endforeach()
 endfunction()
 
 # photrak_add_floors(NAMES...): a library photrak_<floor> for each folder of src/ that has sources.

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "numeric/simd.h"
+#include "numeric/transfer_plan.h"
 
 namespace photrak {
 
@@ -13,6 +14,10 @@ namespace {
 // Rows up to this many are transformed in one go; more are split in two levels, so that what is
 // worked on stays near the processor.
 constexpr long singleLevelRows = 256;
+
+// From here on a column bundle takes 16 columns: the caller's array is seldom aligned, so wider
+// bundles share fewer cache lines with their neighbors.
+constexpr long largeTransform = 1L << 15;
 
 long ColumnLength(long n) {
     const long rows = n / 8;
@@ -53,13 +58,10 @@ void TransformShort(double* data, long n, int sign) {
         }
 }
 
-// Scratch of the calling thread. What very long transforms need goes back at once.
-constexpr std::size_t keptScratch = std::size_t{1} << 22;
-
 }  // namespace
 
 TransformPlan::TransformPlan(long n)
-    : entry_(GroupedFactors(n, 8)), columns_(ColumnLength(n)), rows_(n / 8 / ColumnLength(n)) {
+    : entry_(n, 8), columns_(ColumnLength(n)), rows_(n / 8 / ColumnLength(n)) {
     const long m1 = ColumnLength(n), m2 = n / 8 / m1;
     if (m1 > 1) {
         const Roots roots(n / 8);
@@ -72,7 +74,13 @@ TransformPlan::TransformPlan(long n)
                 *at++ = w.imag();
             }
     }
-    view_ = {n, entry_.Data(), columns_.View(), rows_.View(), middle_.Data()};
+    const bool large = n >= largeTransform;
+    view_ = {.entry = entry_.View(),
+             .columns = columns_.View(),
+             .rows = rows_.View(),
+             .middle = middle_.Data(),
+             .bundle = large ? 16 : 8,
+             .together = m1 > 1 ? 4 : 1};
 }
 
 std::shared_ptr<const TransformPlan> TransformPlan::For(long n) {
@@ -82,15 +90,13 @@ std::shared_ptr<const TransformPlan> TransformPlan::For(long n) {
 void TransformInterleaved(double* data, long n, int sign) {
     if (n < fftLeaf) return TransformShort(data, n, sign);
     const std::shared_ptr<const TransformPlan> plan = TransformPlan::For(n);
-    const auto need = static_cast<std::size_t>(TransformScratch(plan->View()));
-    thread_local AlignedDoubles scratch;
-    if (scratch.Size() < need) scratch = AlignedDoubles(need);
+    ScratchDoubles scratch(static_cast<std::size_t>(TransformScratch(plan->View())));
     Kernels().transform(plan->View(), data, scratch.Data(), sign < 0);
-    if (need > keptScratch) scratch = AlignedDoubles();
 }
 
 void ResetFFTPlans() {
     Plans().Clear();
+    ResetTransferPlans();
 }
 
 }  // namespace photrak

@@ -4,8 +4,10 @@
 
 #include <memory>
 #include <mutex>
+#include <new>
 #include <unordered_map>
 
+#include "base/escape.h"
 #include "numeric/fft_tables.h"
 
 namespace photrak {
@@ -23,8 +25,9 @@ class TransformPlan {
     const TransformView& View() const { return view_; }
 
   private:
-    AlignedDoubles entry_, middle_;
+    GroupedStage entry_;
     RowPlan columns_, rows_;
+    AlignedDoubles middle_;
     TransformView view_;
 };
 
@@ -38,7 +41,11 @@ class PlanCache {
     std::shared_ptr<const Plan> Find(long n) {
         const std::lock_guard lock(mutex_);
         std::shared_ptr<const Plan>& plan = plans_[n];
-        if (!plan) plan = std::make_shared<const Plan>(n);
+        try {
+            if (!plan) plan = std::make_shared<const Plan>(n);
+        } catch (const std::bad_alloc&) {
+            NumericFailure("Insufficient memory for the tables of a Fourier transform");
+        }
         return plan;
     }
     void Clear() {

@@ -14,63 +14,84 @@ PHOTRAK_INLINE void StoreStreams(const Cv* x, double* re, double* im, long dista
     for (int j = 0; j < R; ++j) Store(re + distance * j, im + distance * j, x[j]);
 }
 
+// The factors of a vector of neighbors in a stage of radix R, from one table or the product of two.
+template <int R, bool Coarse>
+struct Factors {
+    const double *fine, *coarse;
+
+    Factors(const FFTStage& stage, long k)
+        : fine(stage.factors + (Coarse ? 0 : k / 8 * (fftRow * (R - 1))) + (W < 8 ? k % 8 : 0)),
+          coarse(Coarse ? stage.coarse + k / 8 * (2 * (R - 1)) : nullptr) {}
+
+    PHOTRAK_INLINE Cv operator[](int t) const {
+        const Cv w = Load(fine + fftRow * (t - 1), fine + fftRow * (t - 1) + 8);
+        if constexpr (Coarse)
+            return w * Cv{Broadcast(coarse[2 * t - 2]), Broadcast(coarse[2 * t - 1])};
+        return w;
+    }
+};
+
 // Butterfly and factors of a forward stage; factors and butterfly of an inverse one.
-template <int R>
-PHOTRAK_INLINE void Down(Cv* x, const double* w) {
+template <int R, class Table>
+PHOTRAK_INLINE void Down(Cv* x, const Table& w) {
     Butterfly<R, +1>(x);
 #pragma GCC unroll 8
-    for (int t = 1; t < R; ++t) x[t] = x[t] * Load(w + fftRow * (t - 1), w + fftRow * (t - 1) + 8);
+    for (int t = 1; t < R; ++t) x[t] = x[t] * w[t];
 }
 
-template <int R>
-PHOTRAK_INLINE void Up(Cv* x, const double* w) {
+template <int R, class Table>
+PHOTRAK_INLINE void Up(Cv* x, const Table& w) {
 #pragma GCC unroll 8
-    for (int t = 1; t < R; ++t)
-        x[t] = TimesConjugate(x[t], Load(w + fftRow * (t - 1), w + fftRow * (t - 1) + 8));
+    for (int t = 1; t < R; ++t) x[t] = TimesConjugate(x[t], w[t]);
     Butterfly<R, -1>(x);
 }
 
-// Calls use(k, factors) for each vector of neighbors in one block of a stage.
-template <int R, class Use>
-PHOTRAK_INLINE void OverStage(const FFTStage& stage, Use use) {
-    const long distance = stage.length / R;
-    const double* w = stage.factors;
-    for (long k = 0; k < distance; k += 8, w += fftRow * (R - 1))
-#pragma GCC unroll 1
-        for (int part = 0; part < Parts; ++part) use(k + W * part, w + W * part);
+// Calls use.operator()<R, Coarse>() for the kind of a stage.
+template <class Use>
+PHOTRAK_INLINE void ByKind(const FFTStage& stage, Use use) {
+    if (stage.coarse) return use.template operator()<8, true>();
+    if (stage.radix == 8) return use.template operator()<8, false>();
+    if (stage.radix == 4) return use.template operator()<4, false>();
+    return use.template operator()<2, false>();
 }
 
-template <int R>
-void DownStage(const FFTStage& stage, double* re, double* im) {
+template <int R, bool Coarse>
+void DownStage(const FFTStage& stage, FieldView field) {
     const long distance = stage.length / R;
-    OverStage<R>(stage, [&](long k, const double* w) {
+    for (long k = 0; k < distance; k += W) {
         Cv x[R];
-        LoadStreams<R>(x, re + k, im + k, distance);
-        Down<R>(x, w);
-        StoreStreams<R>(x, re + k, im + k, distance);
-    });
+        LoadStreams<R>(x, field.re + k, field.im + k, distance);
+        Down<R>(x, Factors<R, Coarse>(stage, k));
+        StoreStreams<R>(x, field.re + k, field.im + k, distance);
+    }
 }
 
-template <int R>
-void UpStage(const FFTStage& stage, double* re, double* im) {
+template <int R, bool Coarse>
+void UpStage(const FFTStage& stage, FieldView field) {
     const long distance = stage.length / R;
-    OverStage<R>(stage, [&](long k, const double* w) {
+    for (long k = 0; k < distance; k += W) {
         Cv x[R];
-        LoadStreams<R>(x, re + k, im + k, distance);
-        Up<R>(x, w);
-        StoreStreams<R>(x, re + k, im + k, distance);
-    });
+        LoadStreams<R>(x, field.re + k, field.im + k, distance);
+        Up<R>(x, Factors<R, Coarse>(stage, k));
+        StoreStreams<R>(x, field.re + k, field.im + k, distance);
+    }
+}
+
+PHOTRAK_INLINE void DownStage(const FFTStage& stage, FieldView field) {
+    ByKind(stage, [&]<int R, bool Coarse>() { DownStage<R, Coarse>(stage, field); });
+}
+PHOTRAK_INLINE void UpStage(const FFTStage& stage, FieldView field) {
+    ByKind(stage, [&]<int R, bool Coarse>() { UpStage<R, Coarse>(stage, field); });
 }
 
 // The last 64 points: both stages down, product, both stages up. The bins stand turned: place
 // 8 * b + a holds what the two stages leave at 8 * a + b.
-PHOTRAK_INLINE void FilterLeaf(const double* factors, double* re, double* im, const double* hRe,
-                               const double* hIm) {
+PHOTRAK_INLINE void FilterLeaf(const FFTStage& leaf, FieldView field, ConstFieldView h) {
     V r[8][Parts], i[8][Parts];
     for (int part = 0; part < Parts; ++part) {
         Cv x[8];
-        LoadStreams<8>(x, re + W * part, im + W * part, 8);
-        Down<8>(x, factors + W * part);
+        LoadStreams<8>(x, field.re + W * part, field.im + W * part, 8);
+        Down<8>(x, Factors<8, false>(leaf, W * part));
 #pragma GCC unroll 8
         for (int k = 0; k < 8; ++k) r[k][part] = x[k].r, i[k][part] = x[k].i;
     }
@@ -83,7 +104,7 @@ PHOTRAK_INLINE void FilterLeaf(const double* factors, double* re, double* im, co
         Butterfly<8, +1>(x);
 #pragma GCC unroll 8
         for (int k = 0; k < 8; ++k)
-            x[k] = x[k] * Load(hRe + 8 * k + W * part, hIm + 8 * k + W * part);
+            x[k] = x[k] * Load(h.re + 8 * k + W * part, h.im + 8 * k + W * part);
         Butterfly<8, -1>(x);
 #pragma GCC unroll 8
         for (int k = 0; k < 8; ++k) r[k][part] = x[k].r, i[k][part] = x[k].i;
@@ -94,33 +115,84 @@ PHOTRAK_INLINE void FilterLeaf(const double* factors, double* re, double* im, co
         Cv x[8];
 #pragma GCC unroll 8
         for (int k = 0; k < 8; ++k) x[k] = {r[k][part], i[k][part]};
-        Up<8>(x, factors + W * part);
-        StoreStreams<8>(x, re + W * part, im + W * part, 8);
+        Up<8>(x, Factors<8, false>(leaf, W * part));
+        StoreStreams<8>(x, field.re + W * part, field.im + W * part, 8);
     }
 }
 
-void FilterBlock(const SplitPlanView& plan, long stageAt, double* re, double* im, const double* hRe,
-                 const double* hIm) {
-    if (stageAt == plan.stageCount) return FilterLeaf(plan.leafFactors, re, im, hRe, hIm);
-    const FFTStage& stage = plan.stages[stageAt];
-    const long distance = stage.length / stage.radix;
-    if (stage.radix == 8)
-        DownStage<8>(stage, re, im);
-    else if (stage.radix == 4)
-        DownStage<4>(stage, re, im);
-    else
-        DownStage<2>(stage, re, im);
-    for (long at = 0; at < stage.length; at += distance)
-        FilterBlock(plan, stageAt + 1, re + at, im + at, hRe + at, hIm + at);
-    if (stage.radix == 8)
-        UpStage<8>(stage, re, im);
-    else if (stage.radix == 4)
-        UpStage<4>(stage, re, im);
-    else
-        UpStage<2>(stage, re, im);
+PHOTRAK_INLINE FieldView From(FieldView field, long at) {
+    return {field.re + at, field.im + at};
+}
+PHOTRAK_INLINE ConstFieldView From(ConstFieldView field, long at) {
+    return {field.re + at, field.im + at};
 }
 
-void Filter(const SplitPlanView& plan, double* re, double* im, const double* hRe,
-            const double* hIm) {
-    FilterBlock(plan, 0, re, im, hRe, hIm);
+void FilterBlock(const SplitPlanView& plan, long stageAt, FieldView field, ConstFieldView h) {
+    if (stageAt == plan.stageCount) return FilterLeaf(plan.leaf, field, h);
+    const FFTStage& stage = plan.stages[stageAt];
+    DownStage(stage, field);
+    for (long at = 0; at < stage.length; at += stage.length / stage.radix)
+        FilterBlock(plan, stageAt + 1, From(field, at), From(h, at));
+    UpStage(stage, field);
+}
+
+void Filter(const SplitPlanView& plan, FieldView field, ConstFieldView h) {
+    FilterBlock(plan, 0, field, h);
+}
+
+void FilterInside(const SplitPlanView& plan, FieldView field, ConstFieldView h) {
+    const long distance = plan.stages[0].length / plan.stages[0].radix;
+    for (long at = 0; at < plan.n; at += distance)
+        FilterBlock(plan, 1, From(field, at), From(h, at));
+}
+
+// First stage down from interleaved numbers, last stage up to them.
+template <int R, bool Coarse, bool Conjugate>
+void EnterSplit(const FFTStage& stage, const double* data, FieldView field) {
+    const long distance = stage.length / R;
+    for (long k = 0; k < distance; k += W) {
+        Cv x[R];
+#pragma GCC unroll 8
+        for (int j = 0; j < R; ++j)
+            x[j] = LoadInterleaved<Conjugate>(data + 2 * (k + distance * j));
+        Down<R>(x, Factors<R, Coarse>(stage, k));
+        StoreStreams<R>(x, field.re + k, field.im + k, distance);
+    }
+}
+
+template <int R, bool Coarse, bool Conjugate>
+void LeaveSplit(const FFTStage& stage, FieldView field, double* data) {
+    const long distance = stage.length / R;
+    for (long k = 0; k < distance; k += W) {
+        Cv x[R];
+        LoadStreams<R>(x, field.re + k, field.im + k, distance);
+        Up<R>(x, Factors<R, Coarse>(stage, k));
+#pragma GCC unroll 8
+        for (int j = 0; j < R; ++j)
+            StoreInterleaved<Conjugate>(data + 2 * (k + distance * j), x[j]);
+    }
+}
+
+void FilterInterleaved(const SplitPlanView& plan, double* data, FieldView scratch, ConstFieldView h,
+                       bool conjugate) {
+    if (plan.stageCount == 0) {
+        const FieldView field = conjugate ? FieldView{scratch.im, scratch.re} : scratch;
+        Split(plan.n, data, field);
+        Filter(plan, scratch, h);
+        return Join(plan.n, {field.re, field.im}, data);
+    }
+    const FFTStage& stage = plan.stages[0];
+    ByKind(stage, [&]<int R, bool Coarse>() {
+        if (conjugate)
+            EnterSplit<R, Coarse, true>(stage, data, scratch);
+        else
+            EnterSplit<R, Coarse, false>(stage, data, scratch);
+    });
+    FilterInside(plan, scratch, h);
+    ByKind(stage, [&]<int R, bool Coarse>() {
+        if (conjugate)
+            LeaveSplit<R, Coarse, true>(stage, scratch, data);
+        else
+            LeaveSplit<R, Coarse, false>(stage, scratch, data);
+    });
 }

@@ -13,6 +13,10 @@ int Log2(std::uint64_t n) {
     return std::bit_width(n) - 1;
 }
 
+// From this length on the factors of a stage of radix 8 are products of two tables; one table would
+// outgrow the cache that the samples need.
+constexpr long longestTable = 1L << 16;
+
 // Radices of a transform by rows: 4 first, since an early stage has more factors to apply, then 8.
 // A remainder of one bit takes two stages of 4 in place of one of 8.
 std::vector<long> RowRadices(long length) {
@@ -62,18 +66,30 @@ std::complex<double> Roots::operator[](std::uint64_t k) const {
     }
 }
 
-AlignedDoubles GroupedFactors(long length, long radix) {
-    const long distance = length / radix;
+GroupedStage::GroupedStage(long length, long radix) : length_(length), radix_(radix) {
+    const bool split = radix == 8 && length >= longestTable;
+    const long distance = length / radix, neighbors = split ? 8 : distance;
     const Roots roots(length);
-    AlignedDoubles table(static_cast<std::size_t>(2 * distance * (radix - 1)));
-    for (long k = 0; k < distance; ++k)
+    const auto root = [&](long k, long t) { return roots[static_cast<std::uint64_t>(k * t)]; };
+    factors_ = AlignedDoubles(static_cast<std::size_t>(2 * neighbors * (radix - 1)));
+    for (long k = 0; k < neighbors; ++k)
         for (long t = 1; t < radix; ++t) {
-            const std::complex<double> w = roots[static_cast<std::uint64_t>(k * t)];
-            double* place = table.Data() + k / 8 * fftRow * (radix - 1) + fftRow * (t - 1) + k % 8;
-            place[0] = w.real();
-            place[8] = w.imag();
+            double* place = factors_.Data() + k / 8 * fftRow * (radix - 1) + fftRow * (t - 1);
+            place[k % 8] = root(k, t).real();
+            place[k % 8 + 8] = root(k, t).imag();
         }
-    return table;
+    if (!split) return;
+    coarse_ = AlignedDoubles(static_cast<std::size_t>(distance / 8 * 2 * (radix - 1)));
+    double* at = coarse_.Data();
+    for (long k = 0; k < distance; k += 8)
+        for (long t = 1; t < radix; ++t) {
+            *at++ = root(k, t).real();
+            *at++ = root(k, t).imag();
+        }
+}
+
+FFTStage GroupedStage::View() const {
+    return {length_, radix_, factors_.Data(), coarse_.Data()};
 }
 
 RowPlan::RowPlan(long length) : length_(length) {
@@ -83,7 +99,7 @@ RowPlan::RowPlan(long length) : length_(length) {
     for (std::size_t s = 0; s < radices.size(); ++s) {
         const long radix = radices[s];
         if (s + 1 == radices.size()) {
-            stages_.push_back({rest, radix, nullptr});
+            stages_.push_back({rest, radix, nullptr, nullptr});
             break;
         }
         const Roots roots(rest);
@@ -95,7 +111,7 @@ RowPlan::RowPlan(long length) : length_(length) {
                 *at++ = w.real();
                 *at++ = w.imag();
             }
-        stages_.push_back({rest, radix, table.Data()});
+        stages_.push_back({rest, radix, table.Data(), nullptr});
         factors_.push_back(std::move(table));
         // Block b of this stage splits into blocks of bins order[b] + t * (blocks so far).
         const long blocks = length / rest;

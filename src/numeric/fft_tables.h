@@ -26,8 +26,16 @@ class Roots {
     std::vector<Wide> coarse_, fine_;
 };
 
-/// Factors of a stage for every eight neighbors k < length / radix (at least 8 of them).
-AlignedDoubles GroupedFactors(long length, long radix);
+/// A stage of `radix` over blocks of `length` points with its tables, at least eight neighbors.
+class GroupedStage {
+  public:
+    GroupedStage(long length, long radix);
+    FFTStage View() const;
+
+  private:
+    long length_, radix_;
+    AlignedDoubles factors_, coarse_;
+};
 
 /// A transform of `length` rows (a power of two, 8 or more, or 1): its stages and tables.
 class RowPlan {

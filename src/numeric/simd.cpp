@@ -43,7 +43,10 @@ constexpr Level levels[] = {
     {SimdLevel::Avx2, "avx2", &simd_avx2::kernels,
      [] { return __builtin_cpu_supports("avx2") != 0; }},
     {SimdLevel::Avx512, "avx512", &simd_avx512::kernels,
-     [] { return __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512dq"); }},
+     [] {
+         return __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512dq") &&
+                __builtin_cpu_supports("avx512vl");
+     }},
 #endif
 };
 

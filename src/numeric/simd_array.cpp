@@ -14,4 +14,22 @@ AlignedDoubles::AlignedDoubles(std::size_t count) : size_(count) {
     data_ = reinterpret_cast<double*>((address + line - 1) / line * line);
 }
 
+namespace {
+
+thread_local AlignedDoubles keptScratch;
+constexpr std::size_t mostKept = std::size_t{1} << 22;  // doubles
+
+}  // namespace
+
+ScratchDoubles::ScratchDoubles(std::size_t count) {
+    if (keptScratch.Size() >= count)
+        memory_ = std::move(keptScratch);
+    else
+        memory_ = AlignedDoubles(count);
+}
+
+ScratchDoubles::~ScratchDoubles() {
+    if (memory_.Size() <= mostKept) keptScratch = std::move(memory_);
+}
+
 }  // namespace photrak

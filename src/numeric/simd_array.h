@@ -36,4 +36,18 @@ class AlignedDoubles {
     std::size_t size_ = 0;
 };
 
+/// Scratch doubles for the length of a scope, from a block that the calling thread keeps for the
+/// next time unless it is very large. One at a time per thread.
+class ScratchDoubles {
+  public:
+    explicit ScratchDoubles(std::size_t count);
+    ~ScratchDoubles();
+    ScratchDoubles(const ScratchDoubles&) = delete;
+    ScratchDoubles& operator=(const ScratchDoubles&) = delete;
+    double* Data() { return memory_.Data(); }
+
+  private:
+    AlignedDoubles memory_;
+};
+
 }  // namespace photrak

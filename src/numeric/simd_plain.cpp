@@ -5,15 +5,10 @@
 namespace photrak::simd_plain {
 
 namespace {
-#include "numeric/simd_vector.inl"
-//
-#include "numeric/fft_butterflies.inl"
-//
-#include "numeric/fft_rows.inl"
-#include "numeric/fft_split.inl"
+#include "numeric/simd_loops.inl"
 }  // namespace
 
 extern const FFTKernels kernels;
-const FFTKernels kernels = {Transform, Filter};
+const FFTKernels kernels = hotLoops;
 
 }  // namespace photrak::simd_plain

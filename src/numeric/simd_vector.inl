@@ -129,14 +129,19 @@ PHOTRAK_INLINE void Transpose(V* a) {
 }
 #endif
 
-// W complex numbers from and to interleaved memory.
+// W complex numbers from and to interleaved memory; `Exchange` swaps real and imaginary parts,
+// which is the conjugate times i and turns a transform of one sign into that of the other.
+template <bool Exchange = false>
 PHOTRAK_INLINE Cv LoadInterleaved(const double* p) {
     const V a = LoadLoose(p), b = LoadLoose(p + W);
+    if constexpr (Exchange) return {Odd(a, b), Even(a, b)};
     return {Even(a, b), Odd(a, b)};
 }
+template <bool Exchange = false>
 PHOTRAK_INLINE void StoreInterleaved(double* p, Cv v) {
-    StoreLoose(p, ZipLow(v.r, v.i));
-    StoreLoose(p + W, ZipHigh(v.r, v.i));
+    const Cv a = Exchange ? Cv{v.i, v.r} : v;
+    StoreLoose(p, ZipLow(a.r, a.i));
+    StoreLoose(p + W, ZipHigh(a.r, a.i));
 }
 
 // Turns an 8 x 8 block held as 8 rows of Parts vectors.

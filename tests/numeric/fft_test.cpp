@@ -5,23 +5,17 @@
 #include <complex>
 #include <cstring>
 #include <numbers>
-#include <random>
 #include <vector>
 
 #include "base/arrays.h"
 #include "gtest/gtest.h"
-#include "numeric/simd.h"
 #include "support/failure.h"
+#include "support/fft_support.h"
 
 namespace photrak {
 namespace {
 
 using Wide = std::complex<long double>;
-
-// Comparable and printable.
-std::complex<double> Value(Complex a) {
-    return {a.re, a.im};
-}
 
 // Recursive, every factor from sine and cosine: slow, and exact enough to judge doubles.
 void ExactTransform(std::vector<Wide>& x, int sign) {
@@ -37,14 +31,6 @@ void ExactTransform(std::vector<Wide>& x, int sign) {
         x[k] = even[k] + turned;
         x[k + n / 2] = even[k] - turned;
     }
-}
-
-std::vector<Complex> RandomSamples(long n, unsigned seed = 1) {
-    std::mt19937_64 generator(seed);
-    std::uniform_real_distribution<double> uniform(-1, 1);
-    std::vector<Complex> samples(static_cast<std::size_t>(n) + 1);
-    for (Complex& s : samples) s = {uniform(generator), uniform(generator)};
-    return samples;
 }
 
 std::vector<Wide> ExactTransform(const std::vector<Complex>& samples, int sign) {
@@ -64,23 +50,6 @@ double Deviation(const std::vector<Complex>& samples, const std::vector<Wide>& e
     }
     return static_cast<double>(std::sqrt(difference / size));
 }
-
-// The levels that this processor has; the active one is restored at the end.
-class FftLevels : public testing::Test {
-  protected:
-    ~FftLevels() override { UseSimdLevel(before_); }
-    template <class Use>
-    void ForEachLevel(Use use) {
-        for (SimdLevel level : {SimdLevel::Plain, SimdLevel::Avx2, SimdLevel::Avx512})
-            if (UseSimdLevel(level)) {
-                SCOPED_TRACE(SimdLevelName(level));
-                use();
-            }
-    }
-
-  private:
-    SimdLevel before_ = ActiveSimdLevel();
-};
 
 // Lengths on both sides of every change of method: short, one level, two levels, factors in two
 // tables.
