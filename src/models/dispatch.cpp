@@ -7,6 +7,7 @@
 #include "models/detection/receiver.h"
 #include "models/optical/amplifier.h"
 #include "models/optical/couplers.h"
+#include "models/optical/fiber.h"
 #include "models/optical/multiplexers.h"
 #include "models/optical/multiport.h"
 #include "models/optical/optical_filter.h"
@@ -45,6 +46,7 @@ constexpr ModelEntry builtInModels[] = {
     {"PseudoRandomBinarySequenceGenerator", RunPrbs},
     {"ElectricalSignalGenerator", RunSignalGenerator},
     {"CustomSignalGenerator", RunCustomSignal},
+    {"NonlinearFiberModel", RunFiber},
     {"ElectricalFilter", ElectricalFilter},
     {"ReceiverModel", ReceiverModel},
     // The two older names stand in topologies and catalogs from before the plots were one.

@@ -1,0 +1,207 @@
+// Symmetric split steps: half a linear step, the nonlinear one, half a linear step. Two linear
+// halves that follow each other with nothing between are one stretch, which saves half of the
+// transforms; an adaptive step has the peak power between them, so there they stay apart.
+#include "models/optical/fiber_steps.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "base/log.h"
+#include "base/text.h"
+#include "models/optical/fiber_fields.h"
+#include "models/optical/fiber_pmd.h"
+#include "numeric/messages.h"
+#include "platform/host.h"
+
+namespace photrak {
+
+double NextStep(FiberParams& params, double gamma0, double z, double peakPower) {
+    double dz = params.zStepSize;
+    if (params.zStepFac > 0) {
+        params.LNL = gamma0 == 0 ? infiniteLength : 1.0 / (gamma0 * peakPower);
+        dz = params.distance - z;
+        for (const double length : {params.LD, params.L3, params.LNL}) {
+            if (length != infiniteLength) dz = std::min(dz, params.zStepFac * length);
+        }
+    }
+    if (z + dz > params.distance && z < params.distance) dz = params.distance - z;
+    return dz;
+}
+
+namespace {
+
+constexpr std::string_view workArrays = "Fiber() - temp arrays";
+
+class FiberRun {
+  public:
+    FiberRun(FiberChannels& channels, FiberFields& fields, FiberParams& params,
+             const std::atomic<std::int16_t>& stop)
+        : channels_(channels),
+          fields_(fields),
+          params_(params),
+          stop_(stop),
+          gamma0_(channels.front()->gamma),
+          needsPeak_(params.zStepFac > 0 && gamma0_ != 0) {}
+
+    Status Run(double peakPower, std::string& errorText);
+
+  private:
+    bool Goes() const;
+    bool Moves() const;
+    void Announce() const;
+    void PrepareStep();
+    double ModeDelay(double length) const;
+    LinearStretch FirstHalf() const;
+    LinearStretch CarriedHalf() const;
+    LinearStretch SecondHalf();
+    void GoOn();
+    bool Step();
+
+    FiberChannels& channels_;
+    FiberFields& fields_;
+    FiberParams& params_;
+    const std::atomic<std::int16_t>& stop_;
+    double gamma0_;
+    bool needsPeak_;  // adaptive steps follow the field's power
+    double z_ = 0;
+    double carry_ = 0;  // linear length still due from the steps so far, merged
+    RotationSource rotations_;
+};
+
+/// A step that is lost against the length of the fiber would never arrive there. The last one may
+/// be as short as it is.
+bool FiberRun::Moves() const {
+    const double dz = params_.dz, L = params_.distance;
+    return z_ + dz > z_ && (L + dz > L || z_ + dz >= L);
+}
+
+void FiberRun::Announce() const {
+    if (!params_.showStatus) return;
+    const std::string text = Concat("Z=", z_, " and dZ=", params_.dz, " in NLFiber ", params_.name);
+    LogText(text + "\n");
+    CurrentHost().messages->ShowStatusText(text);
+}
+
+void FiberRun::PrepareStep() {
+    const OpSig& first = channels_.front()->signal;
+    for (const auto& channel : channels_) {
+        channel->shift = WalkOffShift(channel->signal.startTime, first.startTime, first.tStep,
+                                      channel->workEx->Size());
+        if (fields_.TurnsPolarizations()) rotations_.Draw(*channel);
+    }
+}
+
+/// The modes part like a random walk: by pmdCoefficient * sqrt(dz) in a step of dz.
+double FiberRun::ModeDelay(double length) const {
+    if (!fields_.TurnsPolarizations()) return 0;
+    return params_.pmdCoefficient / std::sqrt(params_.dz) * length;
+}
+
+LinearStretch FiberRun::CarriedHalf() const {
+    return {carry_, ModeDelay(carry_)};
+}
+
+/// Kept deliberately: a half carried over from the step before parts the polarizations at the rate
+/// of the present step.
+LinearStretch FiberRun::FirstHalf() const {
+    const double length = params_.dz / 2 + carry_;
+    return {length, ModeDelay(length)};
+}
+
+LinearStretch FiberRun::SecondHalf() {
+    const double half = params_.dz / 2;
+    const bool isLast = z_ + params_.dz >= params_.distance;
+    carry_ = params_.mergesHalfSteps && !isLast ? half : 0;
+    if (carry_ > 0) return {};
+    return {half, ModeDelay(half)};
+}
+
+void FiberRun::GoOn() {
+    for (const auto& channel : channels_) channel->signal.startTime += params_.dz / channel->vg;
+    const double peakPower = needsPeak_ ? fields_.PeakPower() : 0;
+    z_ += params_.dz;
+    params_.dz = NextStep(params_, gamma0_, z_, peakPower);
+}
+
+bool FiberRun::Goes() const {
+    return z_ < params_.distance && stop_.load(std::memory_order_relaxed) == 0;
+}
+
+/// The nonlinear step with what is linear around it, up to the end of this step or, where the next
+/// one can be foreseen, up to its middle. A stop finishes the half that is due.
+bool FiberRun::Step() {
+    Announce();
+    PrepareStep();
+    const double dz = params_.dz;
+    const LinearStretch due = SecondHalf();
+    if (needsPeak_) fields_.Nonlinear(dz, due);
+    GoOn();
+    const bool goes = Goes();
+    const LinearStretch next = goes ? FirstHalf() : CarriedHalf();
+    if (!needsPeak_)
+        fields_.Nonlinear(dz, due + next);
+    else if (next.length > 0)
+        fields_.Linear(next);
+    return goes;
+}
+
+Status FiberRun::Run(double peakPower, std::string& errorText) {
+    params_.dz = NextStep(params_, gamma0_, 0, peakPower);
+    bool goes = Goes();
+    if (goes && Moves()) fields_.Linear(FirstHalf());
+    while (goes) {
+        if (!Moves()) {
+            errorText += Concat("Error in fiber '", params_.name, "': a step of ", params_.dz,
+                                " m at z = ", z_, " m does not lead to the end at ",
+                                params_.distance, " m.\n");
+            return Status::Error;
+        }
+        goes = Step();
+    }
+    Announce();
+    return Status::Success;
+}
+
+Status AddSecondPolarization(const FiberChannels& channels, std::string& errorText) {
+    for (const auto& channel : channels) {
+        if (AddEySamples(&channel->signal) == 0) continue;
+        ReportNoMemory(errorText, workArrays);
+        return Status::Error;
+    }
+    return Status::Success;
+}
+
+/// All at once, so that a run that does not fit is refused before it begins.
+Status CheckMemory(double bytes, std::string& errorText) {
+    if (bytes < static_cast<double>(PTRDIFF_MAX)) {
+        const OwnedBlock<void> all(Allocate(static_cast<std::size_t>(bytes)));
+        if (all) return Status::Success;
+    }
+    ReportNoMemory(errorText, workArrays);
+    return Status::Error;
+}
+
+}  // namespace
+
+Status PropagateSteps(FiberChannels& channels, FiberParams& params, double peakPower,
+                      const std::atomic<std::int16_t>& stop, std::string& errorText) {
+    // The turns mix the polarizations, so that both must be there.
+    if (IsCoarseStep(params) && AddSecondPolarization(channels, errorText) != Status::Success)
+        return Status::Error;
+    const FiberWindow window =
+        MakeFiberWindow(channels.front()->signal.noPoints, params.doublesWindow);
+    if (CheckMemory(WorkBytes(channels, window, params), errorText) != Status::Success)
+        return Status::Error;
+    FiberFields fields(channels, window, params);
+    if (!fields.CoversBand()) {
+        errorText += Concat("Error in fiber '", params.name,
+                            "': the band of the signal is wider than its dispersion curve.\n");
+        return Status::Error;
+    }
+    FiberRun run(channels, fields, params, stop);
+    if (run.Run(peakPower, errorText) != Status::Success) return Status::Error;
+    fields.Store();
+    return Status::Success;
+}
+
+}  // namespace photrak

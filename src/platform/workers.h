@@ -1,0 +1,67 @@
+// A team of threads for loops that repeat thousands of times, as the steps of a fiber do: the
+// threads stay between two loops and wait for the next one awake for a moment, then asleep. What a
+// loop gives must not depend on which thread does what; then it does not depend on their number.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <exception>
+#include <mutex>
+#include <thread>
+#include <type_traits>
+#include <vector>
+
+namespace photrak {
+
+/// Threads that one run may use: what the environment variable PHOTRAK_THREADS says (1 to 256), or
+/// the number of processors that the process may run on.
+int ThreadBudget();
+
+class Workers {
+  public:
+    /// A team of `threads` with the caller as one of them; fewer if the system gives no more.
+    explicit Workers(int threads);
+    ~Workers();
+    Workers(const Workers&) = delete;
+    Workers& operator=(const Workers&) = delete;
+
+    int Count() const { return static_cast<int>(crew_.size()) + 1; }
+
+    /// Calls work(task, worker) for every task 0..count-1 and returns when all are done. Worker
+    /// number w (0 is the caller) takes its own run of neighboring tasks, the same in every loop of
+    /// the same count, so that what it works on stays in its processor's cache. The first exception
+    /// of a task is thrown on from here.
+    template <class Work>
+    void Share(long count, Work&& work) {
+        if (crew_.empty() || count < 2) {
+            for (long task = 0; task < count; ++task) work(task, 0);
+            return;
+        }
+        using Plain = std::remove_reference_t<Work>;
+        Run({[](void* context, long task, int worker) {
+                 (*static_cast<Plain*>(context))(task, worker);
+             },
+             const_cast<void*>(static_cast<const void*>(&work)), count});
+    }
+
+  private:
+    struct Loop {
+        void (*call)(void* context, long task, int worker) = nullptr;
+        void* context = nullptr;
+        long count = 0;
+    };
+
+    void Run(const Loop& loop);
+    void Work(int worker) noexcept;
+    void Attend(int worker);
+
+    std::vector<std::thread> crew_;
+    Loop loop_;
+    std::atomic<std::uint32_t> round_{0};  // number of the present loop
+    std::atomic<std::uint32_t> busy_{0};   // crew members not yet done with it
+    std::atomic<bool> ends_{false};
+    std::mutex failureLock_;
+    std::exception_ptr failure_;
+};
+
+}  // namespace photrak

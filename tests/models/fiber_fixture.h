@@ -1,0 +1,159 @@
+// Signals and runs for the tests of the fiber.
+#pragma once
+
+#include <cmath>
+#include <complex>
+#include <functional>
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+#include "models/optical/fiber.h"
+#include "support/recording_host.h"
+#include "support/signals.h"
+#include "support/temp_dir.h"
+
+namespace photrak {
+
+using Cplx = std::complex<double>;
+using Waveform = std::function<Cplx(double t)>;  // sqrt(W) at t seconds from the middle
+
+/// A polarized channel of 2^exponent samples.
+struct ChannelSpec {
+    Waveform x, y;  // y may be empty
+    double wavelength = 1.55e-6;
+    double startTime = 0;
+};
+
+inline Owned<OpSig> MakeChannel(const ChannelSpec& spec, int n, double tStep) {
+    Owned<OpSig> sig;
+    EXPECT_EQ(Make(sig, CreateOpSig, n), 0);
+    if (spec.y) {
+        EXPECT_EQ(AddEySamples(sig.get()), 0);
+    }
+    const auto fill = [&](Complex* samples, const Waveform& waveform) {
+        for (int i = 1; i <= n; ++i) {
+            const Cplx value = waveform((i - 1 - n / 2) * tStep);
+            samples[i] = {value.real(), value.imag()};
+        }
+    };
+    fill(sig->Ex_samples, spec.x);
+    if (spec.y) fill(sig->Ey_samples, spec.y);
+    sig->tStep = tStep;
+    sig->wavelength = spec.wavelength;
+    sig->startTime = spec.startTime;
+    sig->bitRate = 1e10;
+    return sig;
+}
+
+inline Owned<OpSignal> MakeSignal(const std::vector<ChannelSpec>& specs, int n, double tStep) {
+    Owned<OpSignal> pair;
+    EXPECT_EQ(Make(pair, CreateOpSignal), 0);
+    OpSig** place = &pair->channels;
+    OpSig* last = nullptr;
+    for (const ChannelSpec& spec : specs) {
+        *place = MakeChannel(spec, n, tStep).release();
+        (*place)->prev = last;
+        last = *place;
+        place = &last->next;
+    }
+    return pair;
+}
+
+/// A lossless, linear, dispersionless fiber of 1 km in steps of 100 m without padding.
+inline FiberParams BareFiber() {
+    FiberParams params;
+    params.name = "Fib";
+    params.dataType = "custom";
+    params.distance = 1000;
+    params.zStepSize = 100;
+    params.diameter = 1e-5;
+    params.aEff = 1.0;
+    params.curve.n1 = 1.468;
+    params.curve.lambda0 = 1.55e-6;
+    params.doublesWindow = false;
+    return params;
+}
+
+/// The text's own gamma for BareFiber's area.
+inline double GammaOf(double n2, double wavelength) {
+    return n2 * 2 * M_PI / (wavelength * M_PI * 0.25e-10);
+}
+
+struct FiberResult {
+    Status status = Status::Success;
+    std::string text;
+    Owned<OpSignal> signal;
+    FiberParams params;  // as the fiber left them
+
+    const OpSig& Channel(int index = 0) const {
+        const OpSig* at = signal->channels;
+        while (index-- > 0) at = at->next;
+        return *at;
+    }
+    Cplx X(int i, int channel = 0) const { return Value(Channel(channel).Ex_samples[i]); }
+    Cplx Y(int i, int channel = 0) const { return Value(Channel(channel).Ey_samples[i]); }
+};
+
+/// One run in a fresh directory; `threads` is a text for PHOTRAK_THREADS.
+inline FiberResult RunThrough(const OpSignal* input, FiberParams params,
+                              const std::string& threads = "1") {
+    const TempDir directory;
+    RecordingHost host;
+    host.environment["PHOTRAK_THREADS"] = threads;
+    Nodelist in{}, out{};
+    in.sigType = OpSigType;
+    in.sig = const_cast<OpSignal*>(input);
+    const std::atomic<std::int16_t> stop{0};
+    FiberResult result;
+    result.status = Fiber(&in, params, stop, &out, result.text);
+    result.signal.reset(static_cast<OpSignal*>(out.sig));
+    result.params = std::move(params);
+    return result;
+}
+
+inline FiberResult RunThrough(const Owned<OpSignal>& input, const FiberParams& params,
+                              const std::string& threads = "1") {
+    FiberResult result = RunThrough(input.get(), params, threads);
+    EXPECT_EQ(result.status, Status::Success) << result.text;
+    return result;
+}
+
+inline double Energy(const OpSig& sig) {
+    double sum = 0;
+    for (int i = 1; i <= sig.noPoints; ++i) {
+        sum += SquaredMagnitude(sig.Ex_samples[i]);
+        if (sig.Ey_samples) sum += SquaredMagnitude(sig.Ey_samples[i]);
+    }
+    return sum;
+}
+
+/// Mean time and mean square width of |Ex|^2, in seconds from the middle.
+struct Moments {
+    double mean = 0, variance = 0;
+};
+inline Moments MomentsOf(const OpSig& sig) {
+    double sum = 0, first = 0, second = 0;
+    for (int i = 1; i <= sig.noPoints; ++i) {
+        const double p = SquaredMagnitude(sig.Ex_samples[i]);
+        const double t = (i - 1 - sig.noPoints / 2) * sig.tStep;
+        sum += p;
+        first += p * t;
+        second += p * t * t;
+    }
+    const double mean = first / sum;
+    return {mean, second / sum - mean * mean};
+}
+
+inline Waveform Gauss(double power, double T0, double chirp = 0) {
+    return [=](double t) {
+        const Cplx exponent(1, chirp);
+        return std::sqrt(power) * std::exp(-0.5 * exponent * (t / T0) * (t / T0));
+    };
+}
+
+inline Waveform Constant(Cplx field) {
+    return [=](double) { return field; };
+}
+
+}  // namespace photrak

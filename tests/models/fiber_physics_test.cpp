@@ -1,0 +1,308 @@
+// The fiber against closed forms: dispersion of Gaussian pulses, self- and cross-phase modulation,
+// the soliton, loss, walk-off, Raman transfer and polarization mode dispersion.
+#include "models/fiber_fixture.h"
+#include "models/optical/fiber_raman.h"
+
+namespace photrak {
+namespace {
+
+constexpr double ps = 1e-12;
+
+// Agrawal, Nonlinear Fiber Optics, 3.2 and 3.3: the pulse exp(-(1 + iC) t^2 / 2 T0^2) gets the mean
+// square width T0^2/2 ((1 + C b2 z / T0^2)^2 + (b2 z / T0^2)^2), and by b3 alone, without chirp,
+// T0^2/2 (1 + (b3 z / T0^3)^2 / 4). The window is wide, so that sums over samples are exact to
+// rounding.
+TEST(FiberPhysics, BroadensGaussianPulses) {
+    const double T0 = 10 * ps, z = 10000;
+    const struct {
+        double chirp, beta2, beta3;
+    } rows[] = {{0, -2.17e-26, 0}, {0, 2.17e-26, 0}, {2, -2.17e-26, 0}, {2, 2.17e-26, 0},
+                {0, 0, 2e-37},     {0, 0, -2e-37},   {-1, 1e-26, 0}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.chirp);
+        SCOPED_TRACE(row.beta2);
+        FiberParams params = BareFiber();
+        params.distance = z;
+        params.zStepSize = 3000;
+        params.curve.beta2 = row.beta2;
+        params.curve.beta3 = row.beta3;
+        const auto input = MakeSignal({{Gauss(1e-3, T0, row.chirp), {}}}, 2048, 0.5 * ps);
+        const FiberResult out = RunThrough(input, params);
+        const Moments moments = MomentsOf(out.Channel());
+        const double a = row.beta2 * z / (T0 * T0), b = row.beta3 * z / (T0 * T0 * T0);
+        const double ratio = (1 + row.chirp * a) * (1 + row.chirp * a) + a * a + b * b / 4;
+        EXPECT_NEAR(moments.variance / (T0 * T0 / 2), ratio, 1e-9 * ratio);
+        // The delay b3 w^2 z / 2 averages to b3 z / (4 T0^2) over the spectrum. Here it comes
+        // early: the third-order phase has the sign opposite to that of the books.
+        EXPECT_NEAR(moments.mean, -row.beta3 * z / (4 * T0 * T0), 1e-9 * T0);
+        EXPECT_NEAR(Energy(out.Channel()), Energy(*input->channels),
+                    1e-12 * Energy(*input->channels));
+    }
+}
+
+// The two curves at three wavelengths, against derivatives of the group delay that they belong to:
+// tau(lambda) is 1/vg, D its slope, and beta2 = -D lambda^2 / (2 pi c).
+TEST(FiberPhysics, DerivesDispersionFromTheGroupDelay) {
+    DispersionCurve curve;
+    curve.kind = DispersionKind::Defined;
+    curve.lambda0 = 1.312e-6;
+    curve.S0 = 90;
+    curve.D0 = 2e-7;
+    curve.n1 = 1.468;
+    for (const double lambda : {1.28e-6, 1.312e-6, 1.55e-6}) {
+        SCOPED_TRACE(lambda);
+        const double h = 1e-10, w = 2 * M_PI * 299792458.0 / lambda, dw = w * 1e-4;
+        const double slope =
+            (curve.GroupDelay(lambda + h) - curve.GroupDelay(lambda - h)) / (2 * h);
+        // Differences over h lose half of the digits of a delay of 5e-9 s/m.
+        EXPECT_NEAR(curve.D(lambda), slope, 2e-9);
+        EXPECT_NEAR(curve.Beta2(lambda), -slope * lambda * lambda / (2 * M_PI * 299792458.0),
+                    3e-30);
+        const double up = curve.Beta2(2 * M_PI * 299792458.0 / (w + dw));
+        const double down = curve.Beta2(2 * M_PI * 299792458.0 / (w - dw));
+        EXPECT_NEAR(curve.Beta3(lambda), (up - down) / (2 * dw), 1e-5 * curve.Beta3(lambda));
+    }
+    // ITU-T G.652 at 1550 nm: about 17 ps/(nm km).
+    EXPECT_NEAR(curve.D(1.55e-6), 17e-6, 1e-6);
+    curve.kind = DispersionKind::Defined2;
+    EXPECT_NEAR(curve.D(1.322e-6), 10e-9 * 90 + 2e-7, 1e-15);
+    const double up = curve.Beta2(twoPiC / (twoPiC / 1.55e-6 + 1e11));
+    const double down = curve.Beta2(twoPiC / (twoPiC / 1.55e-6 - 1e11));
+    EXPECT_NEAR(curve.Beta3(1.55e-6), (up - down) / 2e11, 1e-5 * curve.Beta3(1.55e-6));
+}
+
+// Without dispersion every sample turns by gamma P L, the other polarization counting two thirds
+// and another channel twice.
+TEST(FiberPhysics, TurnsThePhaseByThePowerOfAllFields) {
+    const double n2 = 2.6e-20, L = 20000, pxA = 5e-3, pyA = 3e-3, pxB = 4e-3;
+    FiberParams params = BareFiber();
+    params.distance = L;
+    params.zStepSize = 1000;
+    params.n2 = n2;
+    const double lambdaB = 1.56e-6, gammaA = GammaOf(n2, 1.55e-6), gammaB = GammaOf(n2, lambdaB);
+    const auto near = [&](Cplx out, Cplx in, double phase) {
+        EXPECT_NEAR(std::abs(out - in * std::polar(1.0, phase)), 0, 1e-13);
+    };
+    for (const bool hasPair : {false, true}) {
+        for (const bool hasY : {false, true}) {
+            std::vector<ChannelSpec> specs = {{Constant(std::sqrt(pxA)), {}}};
+            if (hasY) specs[0].y = Constant(Cplx(0, std::sqrt(pyA)));
+            if (hasPair) specs.push_back({Constant(std::sqrt(pxB)), {}, lambdaB});
+            const FiberResult out = RunThrough(MakeSignal(specs, 16, ps), params);
+            const double x = pxA + (hasPair ? 2 * pxB : 0), y = hasY ? pyA : 0;
+            near(out.X(5), std::sqrt(pxA), gammaA * L * (x + 2.0 / 3 * y));
+            if (hasY)
+                near(out.Y(5), Cplx(0, std::sqrt(pyA)),
+                     gammaA * L * (y + 2.0 / 3 * (pxA + (hasPair ? 2 * pxB : 0))));
+            if (hasPair)
+                near(out.X(5, 1), std::sqrt(pxB),
+                     gammaB * L * (pxB + 2 * pxA + 2.0 / 3 * 2 * (hasY ? pyA : 0)));
+        }
+    }
+}
+
+// sech with gamma P T0^2 = |beta2| keeps its shape and turns by half a radian per dispersion
+// length; the split step departs from it by its second order in the step.
+TEST(FiberPhysics, KeepsTheFundamentalSoliton) {
+    const double T0 = 10 * ps, beta2 = -2e-26, n2 = 2.6e-20;
+    const double P = 2e-26 / (GammaOf(n2, 1.55e-6) * T0 * T0);
+    const auto sech = [=](double t) { return Cplx(std::sqrt(P) / std::cosh(t / T0)); };
+    const auto input = MakeSignal({{sech, {}}}, 512, ps);
+    FiberParams params = BareFiber();
+    params.curve.beta2 = beta2;
+    params.n2 = n2;
+    const double LD = T0 * T0 / 2e-26, periods = 5, L = periods * LD * M_PI / 2;
+    params.distance = L;
+    std::vector<double> errors;
+    for (const double steps : {200.0, 400.0}) {
+        params.zStepSize = L / steps;
+        const FiberResult out = RunThrough(input, params);
+        double worst = 0;
+        for (int i = 1; i <= 512; ++i) {
+            const Cplx exact = sech((i - 257) * ps) * std::polar(1.0, L / (2 * LD));
+            worst = std::max(worst, std::abs(out.X(i) - exact) / std::sqrt(P));
+        }
+        errors.push_back(worst);
+    }
+    EXPECT_LT(errors[1], 1e-3);
+    EXPECT_NEAR(errors[0] / errors[1], 4, 0.4);
+
+    // Counted in soliton periods of the bit: T is the bit's length, here T0 by choice.
+    params.distance = -2000;
+    params.zStepSize = 1000;
+    input->channels->bitRate = 1 / T0;
+    const FiberResult counted = RunThrough(input, params);
+    EXPECT_NEAR(counted.params.distance, 2 * LD * M_PI / 2, 1e-9 * LD);
+    EXPECT_NEAR(counted.params.z0, LD * M_PI / 2, 1e-9 * LD);
+}
+
+TEST(FiberPhysics, MergedHalfStepsAndAdaptiveStepsAgreeToTheOrderOfTheStep) {
+    FiberParams params = BareFiber();
+    params.distance = 40000;
+    params.curve.beta2 = -2.17e-26;
+    params.n2 = 2.6e-20;
+    params.loss = 0.2;
+    params.zStepSize = 50;
+    const auto input = MakeSignal(
+        {{Gauss(30e-3, 20 * ps), {}}, {Gauss(30e-3, 30 * ps), {}, 1.552e-6}}, 256, 2 * ps);
+    const FiberResult fine = RunThrough(input, params);
+    const auto distance = [&](const FiberResult& other) {
+        double worst = 0;
+        for (int c : {0, 1})
+            for (int i = 1; i <= 256; ++i)
+                worst = std::max(worst, std::abs(fine.X(i, c) - other.X(i, c)));
+        return worst / std::sqrt(30e-3);
+    };
+    params.zStepSize = -1;
+    params.zStepFac = 0.02;
+    EXPECT_LT(distance(RunThrough(input, params)), 0.02);
+    params.mergesHalfSteps = true;
+    EXPECT_LT(distance(RunThrough(input, params)), 0.02);
+    params.zStepFac = 0.002;
+    EXPECT_LT(distance(RunThrough(input, params)), 0.002);
+}
+
+// 10 dB over 50 km; the nonlinear phase grows with the effective length. Midpoint steps take the
+// integral of exp(-alpha z) to second order in alpha dz = 2.3e-3.
+TEST(FiberPhysics, LosesDecibelsPerKilometer) {
+    FiberParams params = BareFiber();
+    params.distance = 50000;
+    params.zStepSize = 50;
+    params.loss = 0.2;
+    params.n2 = 2.6e-20;
+    const double P = 10e-3;
+    const FiberResult out = RunThrough(MakeSignal({{Constant(std::sqrt(P)), {}}}, 8, ps), params);
+    EXPECT_NEAR(std::norm(out.X(3)), P / 10, 1e-15);
+    const double alpha = 0.2e-3 * std::log(10) / 10, effective = (1 - 0.1) / alpha;
+    EXPECT_NEAR(std::arg(out.X(3)), GammaOf(2.6e-20, 1.55e-6) * P * effective, 1e-6);
+}
+
+// A pulse and a weak neighbor that starts in front of it and is slower: cross-phase modulation
+// paints the pulse's passage on the neighbor from where both meet to where they part. The walk-off
+// is d = beta2 dw per meter; the phase, twice gamma times the pulse's energy over d, is spread
+// between the delays 0 and d L.
+TEST(FiberPhysics, PaintsAPassingPulseAlongTheWalkOff) {
+    const double n2 = 2.6e-20, P = 0.01, T0 = 5 * ps, L = 20000, tStep = 0.5 * ps;
+    const double lambda2 = 1.56e-6;
+    FiberParams params = BareFiber();
+    params.distance = L;
+    params.zStepSize = 20;
+    params.curve.beta2 = 5e-28;  // 50 km of dispersion length, 4 ps/km of walk-off
+    params.n2 = n2;
+    const auto input = MakeSignal({{Gauss(P, T0), {}}, {Constant(1e-4), {}, lambda2}}, 1024, tStep);
+    const FiberResult out = RunThrough(input, params);
+    const double delay = params.curve.GroupDelay(lambda2) - params.curve.GroupDelay(1.55e-6);
+    EXPECT_NEAR(delay, 5e-28 * 2 * M_PI * 299792458.0 * (1 / lambda2 - 1 / 1.55e-6), 1e-18);
+    EXPECT_NEAR(out.Channel(1).startTime - out.Channel(0).startTime, delay * L, 1e-15);
+    // In the frame of the neighbor, the pulse moves from the middle by -delay L.
+    const double end = -delay * L;
+    const auto phaseAt = [&](double t) {
+        const double energy = P * T0 * std::sqrt(M_PI) / 2;  // times erf((t - t1)/T0) + ...
+        const double inside = std::erf(t / T0) - std::erf((t - end) / T0);
+        return 2 * GammaOf(n2, lambda2) * energy * inside / std::fabs(delay) * (end > 0 ? 1 : -1);
+    };
+    double worst = 0, largest = 0;
+    for (int i = 1; i <= 1024; ++i) {
+        const double t = (i - 1 - 512) * tStep;
+        worst = std::max(worst, std::fabs(std::arg(out.X(i, 1)) - phaseAt(t)));
+        largest = std::max(largest, phaseAt(t));
+    }
+    EXPECT_GT(largest, 0.05);
+    // Whole-sample offsets: half a sample of 0.5 ps on slopes of 1/T0; the probe's own dispersion.
+    EXPECT_LT(worst, 0.1 * largest);
+}
+
+// The channel of the longer wavelength gains, photon for photon, what the other loses. The rate by
+// hand from the listed points at 440 1/cm.
+TEST(FiberPhysics, RamanMovesPhotonsToTheLongerWavelength) {
+    const double listed = 1 / (1 / 1.45e-6 - 44000);  // 440 1/cm below: a listed point
+    EXPECT_NEAR(RamanGain(440), 0.998 + 0.045, 1e-12);
+    EXPECT_NEAR(RamanGain(0), 0.005, 1e-12);
+    EXPECT_EQ(RamanGain(2000), 0);
+    const double area = 80e-12, gain = 1.043 * 4.9e-20 / 1.45e-6 / area / 2;
+    EXPECT_NEAR(RamanCoefficient(listed, 1.45e-6, false, area), gain, 1e-9 * gain);
+    EXPECT_NEAR(RamanCoefficient(1.45e-6, listed, true, area), -gain * listed / 1.45e-6,
+                1e-9 * gain);
+    // Kept deliberately: of two equal wavelengths the earlier in the list gains.
+    EXPECT_GT(RamanCoefficient(1.5e-6, 1.5e-6, true, area), 0);
+
+    FiberParams params = BareFiber();
+    params.hasRaman = true;
+    params.distance = 1000;
+    params.zStepSize = 10;
+    const double pump = 0.2, probe = 1e-3;
+    const std::vector<ChannelSpec> both = {{Constant(std::sqrt(pump)), {}, 1.45e-6},
+                                           {Constant(std::sqrt(probe)), {}, listed}};
+    for (const bool reversed : {false, true}) {
+        const FiberResult out = RunThrough(
+            MakeSignal(reversed ? std::vector<ChannelSpec>{both[1], both[0]} : both, 8, ps),
+            params);
+        const double pumpOut = std::norm(out.X(1, reversed ? 1 : 0));
+        const double probeOut = std::norm(out.X(1, reversed ? 0 : 1));
+        const double rate = 1.043 * 4.9e-20 / 1.45e-6 / params.aEff / (M_PI * 0.25e-10);
+        EXPECT_NEAR(std::log(probeOut / probe), rate * pump * 1000, 2e-3 * rate * pump * 1000);
+        const double photonsLost = (pump - pumpOut) * 1.45e-6;
+        const double photonsGained = (probeOut - probe) * listed;
+        EXPECT_NEAR(photonsGained, photonsLost, 1e-3 * photonsLost);
+    }
+}
+
+// Random turns are unitary: with all effects but loss on, the energy of the pair stays, and it does
+// not stay in one polarization. Raman moves energy, so it is off.
+TEST(FiberPhysics, KeepsTheEnergyWithoutLoss) {
+    FiberParams params = BareFiber();
+    params.distance = 20000;
+    params.zStepSize = 400;
+    params.curve.beta2 = -2.17e-26;
+    params.curve.beta3 = 1.3e-40;
+    params.n2 = 2.6e-20;
+    params.pmdMethod = "Coarse_Step";
+    params.pmdCoefficient = 1e-13;
+    const auto input =
+        MakeSignal({{Gauss(0.05, 10 * ps), {}}, {Gauss(0.02, 20 * ps), {}, 1.56e-6}}, 256, 2 * ps);
+    const FiberResult out = RunThrough(input, params);
+    for (int c : {0, 1}) {
+        const OpSig& channel = out.Channel(c);
+        const double energy = Energy(c == 0 ? *input->channels : *input->channels->next);
+        EXPECT_NEAR(Energy(channel), energy, 1e-12 * energy);
+        ASSERT_NE(channel.Ey_samples, nullptr);
+        double inY = 0;
+        for (int i = 1; i <= 256; ++i) inY += SquaredMagnitude(channel.Ey_samples[i]);
+        EXPECT_GT(inY, 0.01 * energy);
+    }
+}
+
+// Turns aside, the modes part by pmd_coef * sqrt(dz) in a step. One step turns once, in the middle,
+// so that the first half of the delay shows in what went to the other polarization.
+TEST(FiberPhysics, PartsThePolarizationsByTheModeDelay) {
+    const double T0 = 20 * ps;
+    FiberParams params = BareFiber();
+    params.distance = params.zStepSize = 100;
+    params.pmdMethod = "Coarse_Step";
+    params.pmdCoefficient = 1e-12;
+    const auto meanDelay = [&](const FiberResult& out) {
+        const OpSig& channel = out.Channel();
+        std::vector<Moments> means;
+        double energies[2] = {0, 0};
+        OpSig view = channel;
+        means.push_back(MomentsOf(view));
+        view.Ex_samples = channel.Ey_samples;
+        means.push_back(MomentsOf(view));
+        for (int i = 1; i <= channel.noPoints; ++i) {
+            energies[0] += SquaredMagnitude(channel.Ex_samples[i]);
+            energies[1] += SquaredMagnitude(channel.Ey_samples[i]);
+        }
+        EXPECT_GT(energies[0], 0);
+        EXPECT_GT(energies[1], 0);
+        return std::pair(means[0].mean, means[1].mean);
+    };
+    // From x alone: half the delay as x before the turn, half as x or as y behind it.
+    const auto [x, y] =
+        meanDelay(RunThrough(MakeSignal({{Gauss(1e-3, T0), {}}}, 256, 2 * ps), params));
+    const double full = 1e-12 * 10;
+    EXPECT_NEAR(std::fabs(x), full / 2, 1e-3 * full);
+    EXPECT_NEAR(y, 0, 1e-3 * full);
+}
+
+}  // namespace
+}  // namespace photrak

@@ -1,0 +1,206 @@
+// The yardstick of the fiber: the split-step scheme written down step by step, with four textbook
+// transforms per step and field, channels turned sample by sample, and nothing saved. Slow and easy
+// to check against docs/models/fiber.md.
+#pragma once
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+#include "models/fiber_fixture.h"
+#include "models/optical/fiber_raman.h"
+#include "numeric/fft.h"
+#include "numeric/random.h"
+#include "numeric/samples.h"
+
+namespace photrak {
+
+class PlainFiber {
+  public:
+    /// Works on the signal in place. The parameters are those with which Fiber has been run, so
+    /// that distance and area are known.
+    PlainFiber(OpSignal& signal, const FiberParams& params) : params_(params) {
+        for (OpSig& sig : Items(signal.channels)) {
+            if (IsCoarse()) {
+                EXPECT_EQ(AddEySamples(&sig), 0);
+            }
+            channels_.push_back(&sig);
+        }
+        n_ = channels_[0]->noPoints;
+        points_ = params.doublesWindow ? 2 * n_ : n_;
+        first_ = params.doublesWindow ? n_ / 2 : 0;
+        for (OpSig* sig : channels_) {
+            x_.push_back(Load(sig->Ex_samples));
+            y_.push_back(Load(sig->Ey_samples));
+        }
+    }
+
+    void Run() {
+        double z = 0, carry = 0, dz = Next(0);
+        const double L = params_.distance;
+        while (z < L) {
+            const double r = IsCoarse() ? params_.pmdCoefficient / std::sqrt(dz) : 0;
+            std::vector<long> shifts = Shifts();
+            Linear(dz / 2 + carry, r);
+            if (channels_.size() > 1) {
+                if (params_.doublesWindow) RenewAll();
+                Walk(shifts, +1);
+            }
+            Nonlinear(dz);
+            if (channels_.size() > 1) Walk(shifts, -1);
+            if (IsCoarse()) Turn();
+            if (!params_.mergesHalfSteps || z + dz >= L)
+                Linear(dz / 2, r);
+            else
+                carry = dz / 2;
+            for (OpSig* sig : channels_)
+                sig->startTime += dz * params_.curve.GroupDelay(sig->wavelength);
+            z += dz;
+            dz = Next(z);
+            ++steps;
+        }
+        Store();
+    }
+
+    int steps = 0;
+
+  private:
+    using Field = std::vector<Complex>;  // one-based; empty without that polarization
+
+    bool IsCoarse() const { return params_.pmdMethod == "Coarse_Step"; }
+
+    Field Load(const Complex* samples) const {
+        if (!samples) return {};
+        Field field(static_cast<std::size_t>(points_) + 1);
+        std::copy_n(samples + 1, n_, field.begin() + 1 + first_);
+        Renew(field);
+        return field;
+    }
+    void Renew(Field& field) const {
+        if (field.empty()) return;
+        std::fill_n(field.begin() + 1, first_, field[1 + first_]);
+        std::fill(field.begin() + 1 + first_ + n_, field.end(), field[first_ + n_]);
+    }
+    void RenewAll() {
+        for (auto* fields : {&x_, &y_})
+            for (Field& field : *fields) Renew(field);
+    }
+    void Store() {
+        for (std::size_t c = 0; c < channels_.size(); ++c) {
+            std::copy_n(x_[c].begin() + 1 + first_, n_, channels_[c]->Ex_samples + 1);
+            if (!y_[c].empty())
+                std::copy_n(y_[c].begin() + 1 + first_, n_, channels_[c]->Ey_samples + 1);
+        }
+    }
+
+    double Next(double z) const {
+        const double L = params_.distance;
+        double dz = params_.zStepSize;
+        if (params_.zStepFac > 0) {
+            double peaks = 0;
+            for (std::size_t c = 0; c < x_.size(); ++c) {
+                double peak = 0;
+                for (long i = first_ + 1; i <= first_ + n_; ++i)
+                    peak = std::max(peak, Power(x_[c], i) + Power(y_[c], i));
+                peaks += peak;
+            }
+            const double lengths[] = {params_.LD, params_.L3, 1 / (Gamma(0) * peaks)};
+            dz = L - z;
+            for (double length : lengths)
+                if (length != infiniteLength) dz = std::min(dz, params_.zStepFac * length);
+        }
+        return z + dz > L && z < L ? L - z : dz;
+    }
+    double Gamma(std::size_t c) const {
+        return params_.n2 * 2 * M_PI / (channels_[c]->wavelength * params_.effectiveArea);
+    }
+    static double Power(const Field& field, long i) {
+        return field.empty() ? 0 : SquaredMagnitude(field[static_cast<std::size_t>(i)]);
+    }
+
+    std::vector<long> Shifts() const {
+        std::vector<long> shifts;
+        for (const OpSig* sig : channels_) {
+            const double x = std::fabs((sig->startTime - channels_[0]->startTime) / sig->tStep);
+            const long shift = static_cast<long>(x - points_ * std::floor(x / points_) + 0.5);
+            shifts.push_back(sig->startTime < channels_[0]->startTime ? -shift : shift);
+        }
+        return shifts;
+    }
+    void Walk(const std::vector<long>& shifts, int way) {
+        for (std::size_t c = 0; c < shifts.size(); ++c)
+            for (Field* field : {&x_[c], &y_[c]})
+                if (!field->empty()) RotateSamples(way * shifts[c], points_, field->data());
+    }
+
+    void Linear(double s, double r) {
+        const double dw = 2 * M_PI / (points_ * channels_[0]->tStep);
+        const auto n = static_cast<std::int32_t>(points_);
+        for (std::size_t c = 0; c < channels_.size(); ++c) {
+            const double omega0 = 2 * M_PI * 299792458.0 / channels_[c]->wavelength;
+            for (Field* field : {&x_[c], &y_[c]})
+                if (!field->empty()) DoFFTFlagged(field->data(), n, +1, 0);
+            for (std::int32_t k = 1; k <= n; ++k) {
+                const double w = FFTIndexToBin(n, k) * dw;
+                const double lambda = 2 * M_PI * 299792458.0 / (w + omega0);
+                const double beta2 = params_.curve.Beta2(lambda);
+                const double beta3 = params_.curve.Beta3(lambda);
+                const double phi = ((beta2 - beta3 * w / 3) * w * 0.5 - r * 0.5) * w;
+                const auto at = static_cast<std::size_t>(k);
+                const Complex h = Exp({-params_.alpha / 2 * s, phi * s});
+                x_[c][at] = x_[c][at] * h;
+                if (!y_[c].empty()) y_[c][at] = y_[c][at] * (h * Exp({0, r * w * s}));
+            }
+            for (Field* field : {&x_[c], &y_[c]})
+                if (!field->empty()) DoFFTFlagged(field->data(), n, -1, fftDivideByN);
+        }
+    }
+
+    void Nonlinear(double dz) {
+        const std::size_t count = channels_.size();
+        for (long i = 1; i <= points_; ++i) {
+            const auto at = static_cast<std::size_t>(i);
+            std::vector<double> px, py;
+            double sx = 0, sy = 0;
+            for (std::size_t c = 0; c < count; ++c) {
+                px.push_back(Power(x_[c], i));
+                py.push_back(Power(y_[c], i));
+                sx += px[c];
+                sy += py[c];
+            }
+            for (std::size_t c = 0; c < count; ++c) {
+                const double a = 2 * sx - px[c], b = 2 * sy - py[c];
+                double gain = 0;
+                for (std::size_t other = 0; params_.hasRaman && other < count; ++other) {
+                    if (other == c) continue;
+                    gain += (px[other] + py[other]) *
+                            RamanCoefficient(channels_[c]->wavelength, channels_[other]->wavelength,
+                                             c < other, params_.effectiveArea);
+                }
+                const double g = Gamma(c) * dz;
+                x_[c][at] = x_[c][at] * Exp({gain * dz, g * (a + b * 2 / 3)});
+                if (!y_[c].empty()) y_[c][at] = y_[c][at] * Exp({gain * dz, g * (b + a * 2 / 3)});
+            }
+        }
+    }
+
+    void Turn() {
+        for (std::size_t c = 0; c < channels_.size(); ++c) {
+            const double a = M_PI * ShuffledUniformRandom(&seed_);
+            const double b = M_PI * ShuffledUniformRandom(&seed_);
+            for (std::size_t i = 1; i < x_[c].size(); ++i) {
+                const Complex x = x_[c][i], y = y_[c][i];
+                x_[c][i] = Exp({0, b}) * (std::cos(a) * x + std::sin(a) * y);
+                y_[c][i] = -std::sin(a) * x + std::cos(a) * y;
+            }
+        }
+    }
+
+    FiberParams params_;
+    std::vector<OpSig*> channels_;
+    std::vector<Field> x_, y_;
+    long n_ = 0, points_ = 0, first_ = 0;
+    int seed_ = -1;
+};
+
+}  // namespace photrak

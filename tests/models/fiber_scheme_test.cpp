@@ -1,0 +1,278 @@
+// The fast passes of the fiber against the scheme written down plainly, and what must not change a
+// result: the number of threads, a run before, the way of cutting a fiber.
+#include <cstring>
+
+#include "models/fiber_plain.h"
+
+namespace photrak {
+namespace {
+
+constexpr double ps = 1e-12;
+
+struct SchemeCase {
+    const char* name;
+    std::vector<ChannelSpec> channels;
+    std::function<void(FiberParams&)> change;
+};
+
+std::vector<ChannelSpec> OneChannel() {
+    return {{Gauss(20e-3, 20 * ps), {}}};
+}
+
+/// Three channels, far enough apart to walk off by several samples; the second has one polarization
+/// only and starts earlier.
+std::vector<ChannelSpec> MixedChannels() {
+    return {{Gauss(20e-3, 20 * ps), Gauss(8e-3, 15 * ps, 1.0), 1.550e-6, 0},
+            {Gauss(15e-3, 25 * ps), {}, 1.556e-6, -7 * ps},
+            {Gauss(10e-3, 18 * ps), Gauss(12e-3, 30 * ps), 1.561e-6, 3 * ps}};
+}
+
+std::vector<ChannelSpec> XOnlyChannels() {
+    std::vector<ChannelSpec> channels = MixedChannels();
+    for (ChannelSpec& channel : channels) channel.y = {};
+    return channels;
+}
+
+FiberParams StandardFiber() {
+    FiberParams params = BareFiber();
+    params.distance = 20300;  // the last step is shorter
+    params.zStepSize = 1000;
+    params.loss = 0.2;
+    params.curve.beta2 = -2.17e-26;
+    params.curve.beta3 = 1.3e-40;
+    params.n2 = 2.6e-20;
+    return params;
+}
+
+void Adapt(FiberParams& params) {
+    params.zStepSize = -1;
+    params.zStepFac = 0.05;
+    params.n2 = 2.6e-19;  // so that the nonlinear length is the shortest
+}
+
+void TurnCoarsely(FiberParams& params) {
+    params.pmdMethod = "Coarse_Step";
+    params.pmdCoefficient = 3e-14;
+}
+
+void FollowCurve(FiberParams& params) {
+    params.dataType = "defined";
+    params.curve.lambda0 = 1.31e-6;
+    params.curve.S0 = 92;
+    params.curve.D0 = -1e-6;
+}
+
+const SchemeCase schemeCases[] = {
+    {"200 steps", OneChannel(), [](FiberParams& p) { p.zStepSize = p.distance / 200; }},
+    {"200 merged steps", OneChannel(),
+     [](FiberParams& p) {
+         p.zStepSize = p.distance / 200;
+         p.mergesHalfSteps = true;
+     }},
+    {"padded", OneChannel(), [](FiberParams& p) { p.doublesWindow = true; }},
+    {"two polarizations", {MixedChannels()[0]}, [](FiberParams&) {}},
+    {"adaptive, padded", OneChannel(),
+     [](FiberParams& p) {
+         Adapt(p);
+         p.doublesWindow = true;
+     }},
+    {"adaptive, merged", MixedChannels(),
+     [](FiberParams& p) {
+         Adapt(p);
+         p.mergesHalfSteps = true;
+     }},
+    {"adaptive by dispersion, defined2", OneChannel(),
+     [](FiberParams& p) {
+         Adapt(p);
+         FollowCurve(p);
+         p.zStepFac = 1e-3;
+         p.n2 = 2.6e-22;
+         p.dataType = "defined2";
+     }},
+    {"walk-off", XOnlyChannels(), [](FiberParams&) {}},
+    {"walk-off, mixed polarizations, padded", MixedChannels(),
+     [](FiberParams& p) { p.doublesWindow = true; }},
+    {"Raman, defined curve", MixedChannels(),
+     [](FiberParams& p) {
+         FollowCurve(p);
+         p.hasRaman = true;
+     }},
+    {"coarse steps, padded", OneChannel(),
+     [](FiberParams& p) {
+         TurnCoarsely(p);
+         p.doublesWindow = true;
+     }},
+    {"coarse steps, merged, channels", MixedChannels(),
+     [](FiberParams& p) {
+         TurnCoarsely(p);
+         p.mergesHalfSteps = true;
+     }},
+    {"coarse steps, adaptive", OneChannel(),
+     [](FiberParams& p) {
+         Adapt(p);
+         TurnCoarsely(p);
+     }},
+};
+
+/// Largest difference of two signals over the largest field of the second.
+double Deviation(const OpSig* a, const OpSig* b) {
+    double worst = 0, peak = 0;
+    for (; b; a = a->next, b = b->next) {
+        EXPECT_NE(a, nullptr);
+        if (b->Ey_samples) {
+            EXPECT_NE(a->Ey_samples, nullptr);
+        }
+        for (const auto samples : {&OpSig::Ex_samples, &OpSig::Ey_samples}) {
+            for (int i = 1; b->*samples && i <= b->noPoints; ++i) {
+                worst = std::max(worst, Magnitude((a->*samples)[i] - (b->*samples)[i]));
+                peak = std::max(peak, Magnitude((b->*samples)[i]));
+            }
+        }
+    }
+    return worst / peak;
+}
+
+// Both do the same arithmetic in another order: what parts them is rounding, some 1e-16 per
+// transform, of which there are up to 800 here.
+TEST(FiberScheme, FollowsThePlainScheme) {
+    for (const SchemeCase& row : schemeCases) {
+        SCOPED_TRACE(row.name);
+        const Owned<OpSignal> input = MakeSignal(row.channels, 256, 2 * ps);
+        FiberParams params = StandardFiber();
+        row.change(params);
+        const FiberResult fast = RunThrough(input, params);
+        ASSERT_TRUE(fast.signal);
+
+        Owned<OpSignal> plain;
+        ASSERT_EQ(Make(plain, CopyOpSignal, input.get()), 0);
+        PlainFiber scheme(*plain, fast.params);
+        scheme.Run();
+        EXPECT_GE(scheme.steps, 15);
+        EXPECT_LE(Deviation(fast.signal->channels, plain->channels), 1e-11);
+        for (const OpSig *a = fast.signal->channels, *b = plain->channels; b;
+             a = a->next, b = b->next) {
+            EXPECT_NEAR(a->startTime, b->startTime, 1e-15 * std::fabs(b->startTime) * 30);
+            EXPECT_EQ(a->fos, nullptr);
+        }
+        // The fiber did something worth comparing, and left its input alone.
+        EXPECT_GT(Deviation(fast.signal->channels, input->channels), 0.01);
+        EXPECT_EQ(Deviation(input->channels, MakeSignal(row.channels, 256, 2 * ps)->channels), 0);
+    }
+}
+
+bool SameBits(const OpSig* a, const OpSig* b) {
+    for (; a && b; a = a->next, b = b->next) {
+        const std::size_t bytes = sizeof(Complex) * static_cast<std::size_t>(a->noPoints);
+        if (std::memcmp(a->Ex_samples + 1, b->Ex_samples + 1, bytes) != 0) return false;
+        if (a->Ey_samples && std::memcmp(a->Ey_samples + 1, b->Ey_samples + 1, bytes) != 0)
+            return false;
+    }
+    return !a && !b;
+}
+
+// Sums over the channels are made in fixed groups, so that no bit depends on who adds them up.
+TEST(FiberScheme, GivesTheSameBitsOnAnyNumberOfThreads) {
+    std::vector<ChannelSpec> channels;
+    for (int c = 0; c < 9; ++c)
+        channels.push_back({Gauss(5e-3, (20 + c) * ps),
+                            c % 3 ? Gauss(3e-3, (30 - c) * ps) : Waveform{}, 1.55e-6 + c * 1.6e-9});
+    const Owned<OpSignal> input = MakeSignal(channels, 2048, 1 * ps);
+    for (const auto& change : std::vector<std::function<void(FiberParams&)>>{
+             [](FiberParams&) {}, [](FiberParams& p) { p.hasRaman = true; }, Adapt,
+             [](FiberParams& p) {
+                 FollowCurve(p);
+                 TurnCoarsely(p);
+                 p.doublesWindow = true;
+             }}) {
+        FiberParams params = StandardFiber();
+        params.distance = 3000;
+        change(params);
+        const FiberResult alone = RunThrough(input, params, "1");
+        for (const char* threads : {"2", "3", "8"}) {
+            const FiberResult team = RunThrough(input, params, threads);
+            EXPECT_TRUE(SameBits(alone.signal->channels, team.signal->channels)) << threads;
+        }
+    }
+}
+
+TEST(FiberScheme, TwoFibersInARowTurnThePolarizationsAlike) {
+    const Owned<OpSignal> input = MakeSignal(MixedChannels(), 256, 2 * ps);
+    FiberParams params = StandardFiber();
+    TurnCoarsely(params);
+    const FiberResult first = RunThrough(input, params), second = RunThrough(input, params);
+    EXPECT_TRUE(SameBits(first.signal->channels, second.signal->channels));
+}
+
+/// Sets the stop word when a number of steps have been announced.
+class StopAfter : public RecordingHost {
+  public:
+    explicit StopAfter(std::size_t steps) : steps_(steps) {}
+    void ShowStatusText(std::string_view text) override {
+        RecordingHost::ShowStatusText(text);
+        if (statusTexts.size() >= steps_) stop = 1;
+    }
+    std::atomic<std::int16_t> stop{0};
+
+  private:
+    std::size_t steps_;
+};
+
+/// What comes out when `host` watches, with the length of the run.
+FiberResult RunWatched(const OpSignal& input, FiberParams params, StopAfter& host) {
+    Nodelist in{}, out{};
+    in.sigType = OpSigType;
+    in.sig = const_cast<OpSignal*>(&input);
+    params.showStatus = true;
+    FiberResult result;
+    result.status = Fiber(&in, params, host.stop, &out, result.text);
+    result.signal.reset(static_cast<OpSignal*>(out.sig));
+    return result;
+}
+
+TEST(FiberScheme, StopsAtAWholeStepWithTheNoiseOfTheWholeLength) {
+    const TempDir directory;
+    Owned<OpSignal> input = MakeSignal(MixedChannels(), 256, 2 * ps);
+    input->noise = RampSpectrum(3).release();
+    for (const auto& change : std::vector<std::function<void(FiberParams&)>>{
+             [](FiberParams&) {}, [](FiberParams& p) { p.mergesHalfSteps = true; },
+             [](FiberParams& p) { p.doublesWindow = true; }}) {
+        FiberParams params = StandardFiber();
+        change(params);
+        StopAfter host(3);
+        const FiberResult stopped = RunWatched(*input, params, host);
+        ASSERT_EQ(stopped.status, Status::Success);
+        EXPECT_EQ(host.statusTexts.back(), "Z=3000 and dZ=1000 in NLFiber Fib");
+        const double transmission = std::pow(10, -0.02 * 20.3);
+        EXPECT_NEAR(stopped.signal->noise->powerSamples[2], 2 * transmission, 1e-12);
+
+        params.distance = 3000;
+        const FiberResult whole = RunThrough(input, params);
+        EXPECT_LE(Deviation(stopped.signal->channels, whole.signal->channels), 1e-12);
+    }
+    StopAfter atOnce(100);
+    atOnce.stop = 1;
+    const FiberResult nothing = RunWatched(*input, StandardFiber(), atOnce);
+    EXPECT_TRUE(SameBits(nothing.signal->channels, input->channels));
+}
+
+TEST(FiberScheme, TellsEveryStepAndTheTimeItTook) {
+    const TempDir directory;
+    const Owned<OpSignal> input = MakeSignal(OneChannel(), 64, 2 * ps);
+    FiberParams params = StandardFiber();
+    params.name = "50%s";
+    params.distance = 1500;
+    StopAfter host(100);
+    ASSERT_EQ(RunWatched(*input, params, host).status, Status::Success);
+    const std::vector<std::string> expected = {"Z=0 and dZ=1000 in NLFiber 50%s",
+                                               "Z=1000 and dZ=500 in NLFiber 50%s",
+                                               "Z=1500 and dZ=1000 in NLFiber 50%s"};
+    EXPECT_EQ(host.statusTexts, expected);
+    const std::string log = directory.Read("log.txt");
+    EXPECT_EQ(log.find(expected[0] + "\n" + expected[1] + "\n" + expected[2] +
+                       "\nNLFiber calculation time = "),
+              0u);
+    EXPECT_NE(log.find(" sec for distance = 1500 meters\n"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace photrak
