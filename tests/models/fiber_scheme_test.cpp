@@ -112,6 +112,14 @@ const SchemeCase schemeCases[] = {
          Adapt(p);
          TurnCoarsely(p);
      }},
+    {"coarse steps, adaptive, linear",
+     OneChannel(),
+     [](FiberParams& p) {
+         Adapt(p);
+         TurnCoarsely(p);
+         p.zStepFac = 0.002;  // of the dispersion length
+         p.n2 = 0;
+     }},
 };
 
 /// Largest difference of two signals over the largest field of the second.

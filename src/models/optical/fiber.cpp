@@ -168,6 +168,7 @@ Status PropagateChannels(OpSig* list, FiberParams& params, const std::atomic<std
         return Status::Error;
     for (const auto& channel : channels)
         channel->gamma = params.n2 * twoPi / (channel->signal.wavelength * params.effectiveArea);
+    params.LNL = NonlinearLength(channels.front()->gamma, peakPower);
     return PropagateSteps(channels, params, peakPower, stop, errorText);
 }
 

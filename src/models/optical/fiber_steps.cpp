@@ -15,10 +15,14 @@
 
 namespace photrak {
 
+double NonlinearLength(double gamma0, double peakPower) {
+    return gamma0 == 0 ? infiniteLength : 1.0 / (gamma0 * peakPower);
+}
+
 double NextStep(FiberParams& params, double gamma0, double z, double peakPower) {
     double dz = params.zStepSize;
     if (params.zStepFac > 0) {
-        params.LNL = gamma0 == 0 ? infiniteLength : 1.0 / (gamma0 * peakPower);
+        params.LNL = NonlinearLength(gamma0, peakPower);
         dz = params.distance - z;
         for (const double length : {params.LD, params.L3, params.LNL}) {
             if (length != infiniteLength) dz = std::min(dz, params.zStepFac * length);
@@ -93,7 +97,7 @@ void FiberRun::PrepareStep() {
 
 /// The modes part like a random walk: by pmdCoefficient * sqrt(dz) in a step of dz.
 double FiberRun::ModeDelay(double length) const {
-    if (!fields_.TurnsPolarizations()) return 0;
+    if (!fields_.TurnsPolarizations() || length == 0) return 0;
     return params_.pmdCoefficient / std::sqrt(params_.dz) * length;
 }
 
