@@ -97,6 +97,7 @@ void BM_FiberWays(benchmark::State& state) {
          [](FiberParams& p) {
              p.zStepSize = -1;
              p.zStepFac = 100 / (1e-20 / 2.17e-26);  // of the dispersion length: 100 m
+             p.n2 = 2.6e-22;                         // whose nonlinear length is beyond that
          }},
         {"Raman", [](FiberParams& p) { p.hasRaman = true; }},
         {"padded", [](FiberParams& p) { p.doublesWindow = true; }},
