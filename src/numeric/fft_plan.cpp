@@ -1,6 +1,7 @@
 // Plans of the transforms in natural order, their scratch memory, and the short lengths.
 #include "numeric/fft_plan.h"
 
+#include <algorithm>
 #include <bit>
 #include <utility>
 

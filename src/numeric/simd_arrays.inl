@@ -100,12 +100,18 @@ PHOTRAK_INLINE V SquaredMagnitude(Cv a) {
 
 double PeakPower(long n, ConstFieldView x, ConstFieldView y) {
     V peak{};
-    for (long k = 0; k < n; k += W) {
-        const long count = n - k;
-        V p = SquaredMagnitude({LoadSome(x.re + k, count), LoadSome(x.im + k, count)});
-        if (y.re) p += SquaredMagnitude({LoadSome(y.re + k, count), LoadSome(y.im + k, count)});
+    const auto take = [&](V xr, V xi, V yr, V yi) {
+        V p = SquaredMagnitude({xr, xi});
+        if (y.re) p += SquaredMagnitude({yr, yi});
         peak = p > peak ? p : peak;
-    }
+    };
+    long k = 0;
+    for (; k + W <= n; k += W)
+        take(LoadLoose(x.re + k), LoadLoose(x.im + k), y.re ? LoadLoose(y.re + k) : V{},
+             y.re ? LoadLoose(y.im + k) : V{});
+    const long rest = y.re ? n - k : 0;
+    take(LoadSome(x.re + k, n - k), LoadSome(x.im + k, n - k),
+         LoadSome(rest ? y.re + k : nullptr, rest), LoadSome(rest ? y.im + k : nullptr, rest));
     double most = 0;
     for (int lane = 0; lane < W; ++lane) most = peak[lane] > most ? peak[lane] : most;
     return most;

@@ -2,6 +2,7 @@
 #include "numeric/transfer_plan.h"
 
 #include <bit>
+#include <limits>
 
 #include "base/escape.h"
 #include "base/text.h"
@@ -61,6 +62,8 @@ void TransferPlan::OrderBins(std::size_t stage, long at, long first, long step) 
 std::shared_ptr<const TransferPlan> TransferPlan::For(long n) {
     if (!IsPowerOfTwo(n))
         NumericFailure(Concat("Transfer array of ", n, " samples: not a power of two"));
+    if (n > std::numeric_limits<std::int32_t>::max())  // bins are counted in 32 bits
+        NumericFailure(Concat("Transfer array of ", n, " samples: too long"));
     return Plans().Find(n);
 }
 

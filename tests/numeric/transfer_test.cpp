@@ -67,8 +67,8 @@ Values Filtered(std::vector<Complex> samples, const std::vector<Complex>& factor
     return ValuesOf(samples);
 }
 
-// The lengths take every mixture of stages: none, 2, 4, 4 4, 8, and so on, the last one factors from
-// two tables.
+// The lengths take every mixture of stages: none, 2, 4, 4 4, 8, and so on, the last one factors
+// from two tables.
 TEST_F(TransferLevels, ApplyTransferIsForwardProductInverse) {
     for (long n = 1; n <= 1 << 16; n *= 2)
         for (int sign : {+1, -1}) {
@@ -139,7 +139,7 @@ TEST_F(TransferLevels, FillPhasesIsTheSameAsFillingFactors) {
 }
 
 TEST(Transfer, LengthsThatDoNotFitAreRefused) {
-    for (long n : {0L, 12L, std::numeric_limits<long>::max()})
+    for (long n : {0L, 12L, 1L << 40, std::numeric_limits<long>::max()})
         EXPECT_NE(FailureOf([&] { TransferArray(n, 1); }), "") << n;
     for (long n : {0L, std::numeric_limits<long>::max()})
         EXPECT_NE(FailureOf([&] { SplitField field(n); }), "") << n;
