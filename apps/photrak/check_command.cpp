@@ -1,4 +1,5 @@
-// photrak check: loads a topology, tells every fault that can be seen without running, runs nothing.
+// photrak check: loads a topology, tells every fault that can be seen without running, runs
+// nothing.
 
 #include "base/text.h"
 #include "files/topology.h"
@@ -28,7 +29,8 @@ int CheckCommand(const CommandOptions& options) {
     const HostScope scope(host);
 
     Session session;
-    if (!OpenCatalogue(session) || !EnterDirectory(session, options.file)) return exitStatus::failed;
+    if (!OpenCatalogue(session) || !EnterDirectory(session, options.file))
+        return exitStatus::failed;
     Status status = TopologyCheck(session.fileName, session.workspace, session.catalogue);
     if (!session.workspace) return exitStatus::failed;
     Report(status == Status::Error ? "error" : "warning", session.workspace->errorText);

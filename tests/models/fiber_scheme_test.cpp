@@ -112,8 +112,7 @@ const SchemeCase schemeCases[] = {
          Adapt(p);
          TurnCoarsely(p);
      }},
-    {"coarse steps, adaptive, linear",
-     OneChannel(),
+    {"coarse steps, adaptive, linear", OneChannel(),
      [](FiberParams& p) {
          Adapt(p);
          TurnCoarsely(p);
