@@ -71,6 +71,17 @@ TEST_F(Links, NrzLinkLosesSixteenDecibelsAndKeepsItsEyeOpen) {
     EXPECT_GT(best, (top - bottom) / 3);
 }
 
+/// The fiber would go on for a very long time; what was written before the stop is whole.
+TEST_F(Links, AStopRequestEndsTheRunAndKeepsWhatWasWritten) {
+    const ProgramResult result =
+        RunProgram("timeout --preserve-status --signal=INT 2 " PHOTRAK_BINARY_DIR
+                   "/bin/photrak run --no-commands --quiet --set length=1e8 nrz-link.top");
+    EXPECT_EQ(result.status, 130) << result.error;
+    EXPECT_NE(result.error.find("stopped on request"), std::string::npos) << result.error;
+    EXPECT_EQ(Table("nrz-sent_mag.sig").size(), 4096u);
+    EXPECT_NE(FileText("log.txt").find("Simulation Completed"), std::string::npos);
+}
+
 /// A fundamental soliton of the scheme's own coefficients keeps its shape; fifty meters of step in
 /// a dispersion length of five kilometers leave errors of the second order, below a thousandth.
 TEST_F(Links, SolitonComesOutAsItWentIn) {
