@@ -55,7 +55,9 @@ int ThreadBudget() {
     return std::clamp(ProcessorCount(), 1, mostThreads);
 }
 
-Workers::Workers(int threads) {
+Workers::Workers(int threads)
+    : claims_(new Claims[static_cast<std::size_t>(std::max(threads, 1))]) {
+    crew_.reserve(static_cast<std::size_t>(std::max(threads, 1)));
     try {
         for (int worker = 1; worker < threads; ++worker)
             crew_.emplace_back([this, worker] { Attend(worker); });
@@ -73,33 +75,63 @@ Workers::~Workers() {
 
 void Workers::Run(const Loop& loop) {
     loop_ = loop;
-    busy_.store(static_cast<std::uint32_t>(crew_.size()), std::memory_order_relaxed);
-    round_.fetch_add(1, std::memory_order_release);
+    const std::uint32_t round = round_.load(std::memory_order_relaxed) + 1;
+    left_.store(static_cast<std::uint32_t>(loop.count), std::memory_order_relaxed);
+    for (int w = 0; w < Count(); ++w) {
+        const auto next = static_cast<std::uint64_t>(loop.count * w / Count());
+        const auto end = static_cast<std::uint64_t>(loop.count * (w + 1) / Count());
+        const std::uint64_t word =
+            static_cast<std::uint64_t>(round) << (2 * taskBits) | end << taskBits | next;
+        claims_[static_cast<std::size_t>(w)].word.store(word, std::memory_order_release);
+    }
+    round_.store(round, std::memory_order_release);
     round_.notify_all();
-    Work(0);
-    while (const std::uint32_t left = busy_.load(std::memory_order_acquire))
-        AwaitChange(busy_, left);
+    Work(round, 0);
+    while (const std::uint32_t left = left_.load(std::memory_order_acquire))
+        AwaitChange(left_, left);
     if (failure_) std::rethrow_exception(std::exchange(failure_, nullptr));
 }
 
-void Workers::Work(int worker) noexcept {
-    const long first = loop_.count * worker / Count(), end = loop_.count * (worker + 1) / Count();
+/// One's own run first, then what is left of the others'.
+void Workers::Work(std::uint32_t round, int worker) {
+    const int team = Count();
+    for (int turn = 0; turn < team; ++turn) {
+        Claims& claims = claims_[static_cast<std::size_t>((worker + turn) % team)];
+        for (long task = 0; Claim(claims, round, task);) Perform(task, worker);
+    }
+}
+
+bool Workers::Claim(Claims& claims, std::uint32_t round, long& task) {
+    constexpr std::uint64_t taskMask = (std::uint64_t{1} << taskBits) - 1;
+    const std::uint64_t numbered = static_cast<std::uint64_t>(round) << (2 * taskBits);
+    std::uint64_t word = claims.word.load(std::memory_order_acquire);
+    for (;;) {
+        const std::uint64_t next = word & taskMask, end = word >> taskBits & taskMask;
+        if ((word ^ numbered) >> (2 * taskBits) != 0 || next == end) return false;
+        if (claims.word.compare_exchange_weak(word, word + 1, std::memory_order_acq_rel)) {
+            task = static_cast<long>(next);
+            return true;
+        }
+    }
+}
+
+void Workers::Perform(long task, int worker) noexcept {
     try {
-        for (long task = first; task < end; ++task) loop_.call(loop_.context, task, worker);
+        loop_.call(loop_.context, task, worker);
     } catch (...) {
         const std::lock_guard lock(failureLock_);
         if (!failure_) failure_ = std::current_exception();
     }
+    if (left_.fetch_sub(1, std::memory_order_acq_rel) == 1) left_.notify_one();
 }
 
 void Workers::Attend(int worker) {
     std::uint32_t seen = 0;
     for (;;) {
         AwaitChange(round_, seen);
-        ++seen;
+        seen = round_.load(std::memory_order_acquire);
         if (ends_.load(std::memory_order_acquire)) return;
-        Work(worker);
-        if (busy_.fetch_sub(1, std::memory_order_release) == 1) busy_.notify_one();
+        Work(seen, worker);
     }
 }
 

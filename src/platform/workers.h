@@ -6,6 +6,7 @@
 #include <atomic>
 #include <cstdint>
 #include <exception>
+#include <memory>
 #include <mutex>
 #include <thread>
 #include <type_traits>
@@ -27,13 +28,15 @@ class Workers {
 
     int Count() const { return static_cast<int>(crew_.size()) + 1; }
 
-    /// Calls work(task, worker) for every task 0..count-1 and returns when all are done. Worker
-    /// number w (0 is the caller) takes its own run of neighboring tasks, the same in every loop of
-    /// the same count, so that what it works on stays in its processor's cache. The first exception
-    /// of a task is thrown on from here.
+    /// Calls work(task, worker) for every task 0..count-1 and returns when all are done; `worker`
+    /// is below Count() and no two calls of the same one overlap. Each thread begins with a run of
+    /// neighboring tasks of its own, the same in every loop of the same count, so that what it
+    /// works on stays in its processor's cache; then it helps out where others are late. Nobody
+    /// waits for a thread that the system has not let run. The first exception of a task is thrown
+    /// on from here.
     template <class Work>
     void Share(long count, Work&& work) {
-        if (crew_.empty() || count < 2) {
+        if (crew_.empty() || count < 2 || count > mostTasks) {
             for (long task = 0; task < count; ++task) work(task, 0);
             return;
         }
@@ -45,20 +48,31 @@ class Workers {
     }
 
   private:
+    static constexpr int taskBits = 20;
+    static constexpr long mostTasks = (1L << taskBits) - 1;
+
     struct Loop {
         void (*call)(void* context, long task, int worker) = nullptr;
         void* context = nullptr;
         long count = 0;
     };
+    /// Next task and end of one thread's run, with the low bits of the loop's number above them:
+    /// who comes late to a loop that is over claims nothing of the next by mistake.
+    struct alignas(64) Claims {
+        std::atomic<std::uint64_t> word{0};
+    };
 
     void Run(const Loop& loop);
-    void Work(int worker) noexcept;
+    void Work(std::uint32_t round, int worker);
+    static bool Claim(Claims& claims, std::uint32_t round, long& task);
+    void Perform(long task, int worker) noexcept;
     void Attend(int worker);
 
     std::vector<std::thread> crew_;
-    Loop loop_;
+    std::unique_ptr<Claims[]> claims_;     // one per thread
+    Loop loop_;                            // stays while a task of it is claimed and not done
     std::atomic<std::uint32_t> round_{0};  // number of the present loop
-    std::atomic<std::uint32_t> busy_{0};   // crew members not yet done with it
+    std::atomic<std::uint32_t> left_{0};   // tasks not yet done
     std::atomic<bool> ends_{false};
     std::mutex failureLock_;
     std::exception_ptr failure_;
