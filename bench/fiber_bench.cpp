@@ -2,6 +2,7 @@
 #include <benchmark/benchmark.h>
 #include <cmath>
 #include <cstdlib>
+#include <filesystem>
 #include <string>
 
 #include "models/optical/fiber.h"
@@ -55,6 +56,8 @@ FiberParams StandardFiber(int steps) {
 }
 
 void RunJob(benchmark::State& state, const Job& job, void (*change)(FiberParams&)) {
+    // Every fiber writes to log.txt in the working directory.
+    std::filesystem::current_path(std::filesystem::temp_directory_path());
     setenv("PHOTRAK_THREADS", std::to_string(job.threads).c_str(), 1);
     const Owned<OpSignal> input = MakePulses(job);
     const std::atomic<std::int16_t> stop{0};
