@@ -62,16 +62,26 @@ Entry FindEntry(void* library, const UserLine& line, std::string_view symbol,
     return reinterpret_cast<Entry>(found);
 }
 
+/// A transform that failed inside the call is an error even if the library took no notice.
+Status WithSupportFailure(Status status, std::string& text) {
+    if (const auto failure = TakeSupportFailure()) {
+        text += Concat("ERROR: in the user model: ", *failure, "\n");
+        return Status::Error;
+    }
+    return status;
+}
+
 /// Calls an entry with a place for its message and appends the text that it leaves there.
 template <class Call>
 Status CallLibrary(std::string& text, const Call& call) {
     char empty[] = "";
     char* message = empty;
+    TakeSupportFailure();  // what an earlier library may have left behind
     try {
         const std::int16_t status = call(&message);
         if (message) text.append(message);
         const bool known = status >= 0 && status <= 2;
-        return known ? static_cast<Status>(status) : Status::Error;
+        return WithSupportFailure(known ? static_cast<Status>(status) : Status::Error, text);
     } catch (const std::exception& fault) {
         text += Concat("ERROR: the user model threw: ", fault.what(), "\n");
     } catch (...) {

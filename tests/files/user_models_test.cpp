@@ -111,6 +111,16 @@ TEST_F(UserLibraries, WhatALibraryThrowsEndsAtTheCall) {
     EXPECT_NE(message, "");
 }
 
+TEST_F(UserLibraries, AFailedTransformIsAnErrorThoughTheLibraryTakesNoNotice) {
+    Load(
+        "Bad t.def t gain_model.so RunBadTransform TestGain\n"
+        "Gain t.def t gain_model.so RunGain TestGain\n");
+    Nodelist input{nullptr, EtcSigType, nullptr}, output = input;
+    EXPECT_EQ(Run("Bad", input, output), Status::Error);
+    EXPECT_NE(errorText_.find("ERROR: in the user model: "), std::string::npos) << errorText_;
+    EXPECT_EQ(Run("Gain", input, output), Status::Warning) << "the failure is told once";
+}
+
 TEST_F(UserLibraries, WhatDoesNotBindKeepsItsPlaceWithoutEntries) {
     dir_.Write("broken.so", "no library at all");
     Load(

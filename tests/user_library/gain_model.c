@@ -84,3 +84,13 @@ int16_t RunOddStatus(const PhotrakSupport* api, Parameter* parameters, Nodelist*
     *message = NULL;
     return -7;
 }
+
+/* Takes no notice of a transform that cannot be done. */
+int16_t RunBadTransform(const PhotrakSupport* api, Parameter* parameters, Nodelist* inputs,
+                        Nodelist* outputs, char** message) {
+    Complex samples[4];
+    (void)parameters, (void)inputs, (void)outputs, (void)message;
+    memset(samples, 0, sizeof samples);
+    api->DoFFTFlagged(samples, 3, 1, 0);
+    return 0;
+}
