@@ -1,17 +1,10 @@
 // The example topologies through the real program, from the command line to the result files.
-#include "link/run_program.h"
+#include "link/example_run.h"
 
 namespace photrak::test {
 namespace {
 
-class Examples : public ::testing::Test {
-  protected:
-    Examples() {
-        std::filesystem::copy(PHOTRAK_SOURCE_DIR "/examples", ".",
-                              std::filesystem::copy_options::recursive);
-    }
-    TempDir directory_;
-};
+class Examples : public ExampleRun {};
 
 std::vector<int> Bits(const std::vector<std::vector<double>>& rows, std::size_t column) {
     std::vector<int> bits;

@@ -1,40 +1,10 @@
 // The example links against the closed forms that their notes name.
-#include <algorithm>
-#include <cmath>
-
-#include "link/run_program.h"
+#include "link/example_run.h"
 
 namespace photrak::test {
 namespace {
 
-class Links : public ::testing::Test {
-  protected:
-    Links() {
-        std::filesystem::copy(PHOTRAK_SOURCE_DIR "/examples", ".",
-                              std::filesystem::copy_options::recursive);
-    }
-    static void Run(const std::string& arguments) {
-        const ProgramResult result = Photrak("run --no-commands --quiet " + arguments);
-        ASSERT_EQ(result.status, 0) << result.error;
-    }
-    TempDir directory_;
-};
-
-std::vector<double> Column(const std::filesystem::path& path, std::size_t column) {
-    std::vector<double> values;
-    for (const auto& row : Table(path)) values.push_back(row.at(column));
-    return values;
-}
-
-double Peak(const std::vector<double>& values) {
-    return values.empty() ? NAN : *std::max_element(values.begin(), values.end());
-}
-
-double Mean(const std::vector<double>& values) {
-    double sum = 0;
-    for (const double value : values) sum += value;
-    return sum / double(values.size());
-}
+class Links : public ExampleRun {};
 
 /// Root mean square width of a power trace, in samples.
 double Width(const std::vector<double>& power) {
@@ -49,7 +19,7 @@ double Width(const std::vector<double>& power) {
 
 /// 80 km at 0.2 dB/km take 16 dB, whatever dispersion and the Kerr effect do to the shape.
 TEST_F(Links, NrzLinkLosesSixteenDecibelsAndKeepsItsEyeOpen) {
-    Run("nrz-link.top");
+    Run("run nrz-link.top");
     const auto sent = Column("nrz-sent_mag.sig", 1), arrived = Column("nrz-arrived_mag.sig", 1);
     ASSERT_EQ(sent.size(), 4096u);
     ASSERT_EQ(arrived.size(), 4096u);
@@ -57,7 +27,7 @@ TEST_F(Links, NrzLinkLosesSixteenDecibelsAndKeepsItsEyeOpen) {
 
     // Some decision time within the bit separates ones from zeros by a third of the swing at least.
     const auto voltage = Column("nrz-received_real.sig", 1);
-    const double top = Peak(voltage), bottom = *std::min_element(voltage.begin(), voltage.end());
+    const double top = Peak(voltage), bottom = Least(voltage);
     double best = 0;
     for (std::size_t at = 0; at < 32; ++at) {
         double lowestOne = top, highestZero = bottom;
@@ -89,7 +59,7 @@ TEST_F(Links, AStopRequestEndsTheRunAndKeepsWhatWasWritten) {
 /// A fundamental soliton of the scheme's own coefficients keeps its shape; fifty meters of step in
 /// a dispersion length of five kilometers leave errors of the second order, below a thousandth.
 TEST_F(Links, SolitonComesOutAsItWentIn) {
-    Run("soliton.top");
+    Run("run soliton.top");
     const auto before = Column("soliton-before_mag.sig", 1),
                after = Column("soliton-after_mag.sig", 1);
     ASSERT_EQ(before.size(), after.size());
@@ -100,11 +70,20 @@ TEST_F(Links, SolitonComesOutAsItWentIn) {
 
 /// Behind z a Gaussian is sqrt(1 + (z / L)^2) times as wide: twice at z = sqrt(3) L.
 TEST_F(Links, GaussianDoublesItsWidth) {
-    Run("gaussian.top");
+    Run("run gaussian.top");
     const auto before = Column("gaussian-before_mag.sig", 1),
                after = Column("gaussian-after_mag.sig", 1);
     EXPECT_NEAR(Width(after) / Width(before), 2.0, 2e-3);
     EXPECT_NEAR(Peak(before) / Peak(after), 2.0, 2e-3);
+}
+
+/// The receiver cannot tell stored light from the light itself.
+TEST_F(Links, ASavedSignalLoadsBackInEveryDigit) {
+    Run("run save-signal.top");
+    Run("run load-signal.top");
+    const std::string received = FileText("save-received_real.sig");
+    EXPECT_EQ(std::count(received.begin(), received.end(), '\n'), 4096);
+    EXPECT_TRUE(FileText("load-received_real.sig") == received);
 }
 
 }  // namespace

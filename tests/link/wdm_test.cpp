@@ -1,0 +1,82 @@
+// Links of several wavelengths and interferometers through the real program, against the closed
+// forms that the notes of the examples name.
+#include "link/example_run.h"
+
+namespace photrak::test {
+namespace {
+
+class WdmLinks : public ExampleRun {};
+
+/// Three pulses turn the phase of a probe, each twice as far as it turns its own.
+TEST_F(WdmLinks, CrossPhaseModulationCountsTwice) {
+    Run("run cross-phase.top");
+    const auto phase = Column("xpm-probe_xphase.sig", 1), power = Column("xpm-probe_xmag.sig", 1);
+    ASSERT_EQ(phase.size(), 1024u);
+    const double gamma = 2 * M_PI * 2.6e-20 / (1548.4e-9 * 80e-12);
+    EXPECT_NEAR(Peak(phase) - Least(phase), 3 * 2 * gamma * 10e-3 * 10e3, 1e-5);
+    EXPECT_NEAR(Peak(power), 1e-6, 1e-11);
+    EXPECT_NEAR(Least(power), 1e-6, 1e-11);
+}
+
+/// Two couplers and a phase: sin^2 and cos^2 of half of it. The pulse has its peak in the middle.
+TEST_F(WdmLinks, InterferometerShowsItsFringes) {
+    Run("scan mach-zehnder.top");
+    for (int point = 1; point <= 5; ++point) {
+        const auto trace = [&](const std::string& name) {
+            return Column("mzi-" + name + "_phase" + std::to_string(point) + "_mag.sig", 1);
+        };
+        const double half = (point - 1) * M_PI / 8;
+        const double sine = std::sin(half), cosine = std::cos(half);
+        EXPECT_NEAR(Peak(trace("bar")), 1e-3 * sine * sine, 1e-8);
+        EXPECT_NEAR(Peak(trace("cross")), 1e-3 * cosine * cosine, 1e-8);
+        // 160 ps are 256 samples; each arm is turned by half of them to the common start.
+        const auto delayed = trace("delayed");
+        ASSERT_EQ(delayed.size(), 1024u);
+        EXPECT_NEAR(delayed[512 - 128], 0.5e-3, 1e-8);
+        EXPECT_NEAR(delayed[512 + 128], 0.5e-3, 1e-8);
+        EXPECT_LT(delayed[512], 1e-8);
+    }
+}
+
+/// The outer channels pass an add/drop node untouched, both receivers get the bits that they ask
+/// for, and the dropped light has gone from the line.
+TEST_F(WdmLinks, AddDropNodeChangesOneChannel) {
+    const auto readings = Readings(Run("run add-drop.top"));
+    ASSERT_EQ(readings.size(), 2u);
+    for (const auto& [rate, Q] : readings) {
+        EXPECT_LT(rate, 1e-12);
+        EXPECT_GT(Q, 7.0);
+    }
+    const auto line = Table("add-drop-line_mag.sig"), through = Table("add-drop-through_mag.sig");
+    ASSERT_EQ(line.size(), 4096u);
+    ASSERT_EQ(through.size(), 4096u);
+    ASSERT_EQ(through[0].size(), 5u);  // time, west, added and what is left of the dropped, west
+    const double peak = Peak(Column("add-drop-line_mag.sig", 1));
+    double changed = 0;
+    for (std::size_t k = 0; k < line.size(); ++k) {
+        changed = std::max(changed, std::fabs(line[k][1] - through[k][1]));
+        changed = std::max(changed, std::fabs(line[k][3] - through[k][4]));
+    }
+    EXPECT_LT(changed, 0.01 * peak);
+    const double one = Peak(Column("add-drop-through_mag.sig", 2));
+    const double other = Peak(Column("add-drop-through_mag.sig", 3));
+    EXPECT_NEAR(std::max(one, other), peak, 0.05 * peak);
+    EXPECT_LT(std::min(one, other), 0.01 * peak);
+}
+
+/// Noise of the amplifiers sets Q, which then goes with the root of the power; every channel of
+/// the flat line has the same.
+TEST_F(WdmLinks, EightChannelsHaveARateEach) {
+    const auto full = Readings(Run("run --set bits=7 wdm8.top"));
+    const auto quarter = Readings(Run("run --set bits=7 --set launch=1.5e-3 wdm8.top"));
+    ASSERT_EQ(full.size(), 8u);
+    ASSERT_EQ(quarter.size(), 8u);
+    for (std::size_t k = 0; k < 8; ++k) {
+        EXPECT_GT(full[k][1], 11.0) << k;
+        EXPECT_LT(full[k][1], 14.0) << k;
+        EXPECT_NEAR(full[k][1] / quarter[k][1], 2.0, 0.4) << k;
+    }
+}
+
+}  // namespace
+}  // namespace photrak::test
