@@ -53,11 +53,7 @@ std::int32_t CreateElecSigFromBin(ElecSig** place, const BinSig* source,
     std::int32_t n = 0;
     if (!source || !SampleCount(source->noPoints, samplesPerBit, n)) return 1;
     if (CreateElecSig(place, n)) return 1;
-    ElecSig& sig = **place;
-    sig.bitRate = source->bitRate;
-    sig.startTime = source->startTime;
-    sig.patternLength = source->noPoints;
-    sig.tStep = 1.0 / (samplesPerBit * source->bitRate);
+    SetTiming(**place, *source, samplesPerBit);
     return 0;
 }
 
@@ -65,13 +61,7 @@ std::int32_t CreateElecSigFromOp(ElecSig** place, const OpSig* source) {
     if (!place) return 1;
     *place = nullptr;
     if (!source || CreateElecSig(place, source->noPoints)) return 1;
-    ElecSig& sig = **place;
-    sig.domain = source->domain;
-    sig.bitRate = source->bitRate;
-    sig.patternLength = source->patternLength;
-    sig.tStep = source->tStep;
-    sig.spareCount = source->spareCount;
-    sig.startTime = source->startTime;
+    SetTiming(**place, *source);
     return 0;
 }
 
@@ -99,13 +89,8 @@ std::int32_t CopyElecSig(ElecSig** place, const ElecSig* source) {
     copy->fftView = DoubleView(copy->elecSamples);
     copy->sigmaFftView = DoubleView(copy->sigmaSamples);
     copy->noPoints = source->noPoints;
-    copy->tStep = source->tStep;
-    copy->startTime = source->startTime;
+    SetTiming(*copy, *source);
     copy->UnitType = source->UnitType;
-    copy->domain = source->domain;
-    copy->bitRate = source->bitRate;
-    copy->patternLength = source->patternLength;
-    copy->spareCount = source->spareCount;
     *place = copy.release();
     return 0;
 }

@@ -57,13 +57,7 @@ std::int32_t CreateOpSigFromElec(OpSig** place, const ElecSig* source) {
     if (!place) return 1;
     *place = nullptr;
     if (!source || CreateOpSig(place, source->noPoints)) return 1;
-    OpSig& sig = **place;
-    sig.domain = source->domain;
-    sig.bitRate = source->bitRate;
-    sig.patternLength = source->patternLength;
-    sig.tStep = source->tStep;
-    sig.spareCount = source->spareCount;
-    sig.startTime = source->startTime;
+    SetTiming(**place, *source);
     return 0;
 }
 
@@ -73,11 +67,7 @@ std::int32_t CreateOpSigFromBin(OpSig** place, const BinSig* source, std::int32_
     std::int32_t n = 0;
     if (!source || !SampleCount(source->noPoints, samplesPerBit, n)) return 1;
     if (CreateOpSig(place, n)) return 1;
-    OpSig& sig = **place;
-    sig.bitRate = source->bitRate;
-    sig.startTime = source->startTime;
-    sig.patternLength = source->noPoints;
-    sig.tStep = 1.0 / (samplesPerBit * source->bitRate);
+    SetTiming(**place, *source, samplesPerBit);
     return 0;
 }
 
@@ -106,13 +96,8 @@ std::int32_t CopyOpSig(OpSig** place, const OpSig* source) {
     }
     copy->fftView = DoubleView(copy->Ex_samples);
     copy->noPoints = source->noPoints;
-    copy->tStep = source->tStep;
-    copy->startTime = source->startTime;
+    SetTiming(*copy, *source);
     copy->wavelength = source->wavelength;
-    copy->domain = source->domain;
-    copy->bitRate = source->bitRate;
-    copy->patternLength = source->patternLength;
-    copy->spareCount = source->spareCount;
     copy->RIN = source->RIN;
     *place = copy.release();
     return 0;

@@ -1,11 +1,13 @@
 // Blocks of the signal records: one-based sample arrays (n + 1 elements for n samples, element 0 is
-// never a sample) and zeroed records, all from the one allocator.
+// never a sample) and zeroed records, all from the one allocator; and the timing fields that
+// optical and electrical signals share.
 #pragma once
 
 #include <algorithm>
 #include <cstdint>
 
 #include "base/memory.h"
+#include "kernel/signals.h"
 
 namespace photrak {
 
@@ -47,6 +49,26 @@ template <class T>
     const std::int64_t product = std::int64_t{bits} * samplesPerBit;
     count = static_cast<std::int32_t>(product);
     return count == product;
+}
+
+/// What both kinds of waveform know of their time axis, from either kind.
+template <class Target, class Source>
+void SetTiming(Target& target, const Source& source) {
+    target.domain = source.domain;
+    target.bitRate = source.bitRate;
+    target.patternLength = source.patternLength;
+    target.tStep = source.tStep;
+    target.spareCount = source.spareCount;
+    target.startTime = source.startTime;
+}
+
+/// The same for samples of a bit sequence; the domain stays as it is.
+template <class Target>
+void SetTiming(Target& target, const BinSig& bits, std::int32_t samplesPerBit) {
+    target.bitRate = bits.bitRate;
+    target.patternLength = bits.noPoints;
+    target.tStep = 1.0 / (samplesPerBit * bits.bitRate);
+    target.startTime = bits.startTime;
 }
 
 }  // namespace photrak
