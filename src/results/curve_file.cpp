@@ -40,13 +40,19 @@ AxisRange WidenedRange(double value) {
 }
 
 Status WriteCurve(const CurvePlot& plot, std::string& errorText) {
-    if (plot.x.empty()) return Status::Success;
+    return WriteCurveFiles(plot, errorText) == FileResult::Refused ? Status::Error
+                                                                   : Status::Success;
+}
+
+FileResult WriteCurveFiles(const CurvePlot& plot, std::string& errorText) {
+    if (plot.x.empty()) return FileResult::Written;
     std::string rows;
     for (std::size_t i = 0; i < plot.x.size(); ++i) rows += Concat(plot.x[i], ' ', plot.y[i], '\n');
     const FileResult data = WritePlotFile(plot.name + ".lic", rows, errorText);
-    if (data == FileResult::Refused) return Status::Error;
-    if (data == FileResult::Failed) return Status::Success;
-    return WriteCommandFile(plot.name + ".pcl", ScriptText(plot), plot.mode, errorText);
+    if (data != FileResult::Written) return data;
+    const Status script =
+        WriteCommandFile(plot.name + ".pcl", ScriptText(plot), plot.mode, errorText);
+    return script == Status::Success ? FileResult::Written : FileResult::Refused;
 }
 
 }  // namespace photrak

@@ -24,7 +24,10 @@ struct CurvePlot {
     std::span<const double> x, y;  // of equal length
     PlotMode mode = PlotMode::Files;
 };
-/// Writes both files; nothing without points. With Display the viewer starts.
+/// Writes both files; nothing without points. With Display the viewer starts. A disk that fails is
+/// no error.
 Status WriteCurve(const CurvePlot& plot, std::string& errorText);
+/// The same for a plot that was asked for by itself: tells when the data file could not be written.
+FileResult WriteCurveFiles(const CurvePlot& plot, std::string& errorText);
 
 }  // namespace photrak
