@@ -129,6 +129,11 @@ bool UserModelTable::Knows(std::string_view type) const {
     return Find(type) != nullptr;
 }
 
+bool UserModelTable::HasTest(std::string_view type) const {
+    const UserModelEntry* entry = Find(type);
+    return entry && entry->test;
+}
+
 Status UserModelTable::Run(const ModelCall& call) const {
     const UserModelEntry* entry = Find(call.component.type);
     if (!entry || !entry->run) {
@@ -145,7 +150,7 @@ Status UserModelTable::Test(std::string_view type, Parameter* parameters,
                             std::string& message) const {
     const UserModelEntry* entry = Find(type);
     if (!entry || !entry->test) {
-        message += "No parameter test available for this model.";
+        message += noModelTestText;
         return Status::Error;
     }
     return CallLibrary(message,

@@ -2,11 +2,14 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "kernel/driver.h"
 
 namespace photrak {
+
+inline constexpr std::string_view noModelTestText = "No parameter test available for this model.";
 
 struct UserModelEntry {
     std::string type, bitmap;
@@ -22,8 +25,8 @@ class UserModelTable : public UserModels {
     void LoadUserModels(const Catalogue& catalogue, std::string& messages);
     bool Knows(std::string_view type) const override;
     Status Run(const ModelCall& call) const override;
-    /// Runs the parameter test; a model without one gives "No parameter test available for this
-    /// model."
+    bool HasTest(std::string_view type) const;
+    /// Runs the parameter test; a model without one gives an error with noModelTestText.
     Status Test(std::string_view type, Parameter* parameters, std::string& message) const;
     const std::vector<UserModelEntry>& Entries() const { return entries_; }
 
