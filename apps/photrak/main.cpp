@@ -1,5 +1,6 @@
 // The command line program: finds the command and its options, and turns the rest over to it.
 
+#include <algorithm>
 #include <exception>
 #include <filesystem>
 #include <new>
@@ -11,28 +12,34 @@
 namespace photrak {
 namespace {
 
-enum class FileWanted { Needed, Optional };
-
 struct Command {
     std::string_view name;
     const char* usage;
     const char* help;
     unsigned bit;
-    FileWanted file;
+    Operands operands;
+    const char* wants;  // what must not be missing among them; null if all may
     int (*run)(const CommandOptions& options);
 };
 
+constexpr std::string CommandOptions::*fileOnly[] = {&CommandOptions::file};
+constexpr std::string CommandOptions::*componentAndFile[] = {&CommandOptions::component,
+                                                             &CommandOptions::file};
+
 constexpr Command commandTable[] = {
     {"run", "photrak run [options] FILE.top", "simulate a topology once and write its results",
-     commandBit::run, FileWanted::Needed, RunCommand},
+     commandBit::run, fileOnly, "a topology file", RunCommand},
     {"scan", "photrak scan [options] FILE.top",
      "simulate it at each point of its sweeps and for each statistical run", commandBit::scan,
-     FileWanted::Needed, ScanCommand},
+     fileOnly, "a topology file", ScanCommand},
     {"check", "photrak check [options] FILE.top",
-     "load a topology and list all its faults; run nothing", commandBit::check, FileWanted::Needed,
-     CheckCommand},
+     "load a topology and list all its faults; run nothing", commandBit::check, fileOnly,
+     "a topology file", CheckCommand},
+    {"test", "photrak test [options] COMPONENT FILE.top",
+     "draw what one block does (a filter its response), without a run", commandBit::test,
+     componentAndFile, "a component and a topology file", TestCommand},
     {"models", "photrak models [TYPE]", "list the models, or the ports and parameters of one",
-     commandBit::models, FileWanted::Optional, ModelsCommand},
+     commandBit::models, fileOnly, nullptr, ModelsCommand},
 };
 
 std::string Help() {
@@ -41,13 +48,13 @@ std::string Help() {
         "Usage:\n";
     for (const Command& command : commandTable) {
         std::string left = Concat("  ", command.usage);
-        left.resize(38, ' ');
+        left.resize(std::max<std::size_t>(left.size() + 2, 38), ' ');
         text += Concat(left, command.help, "\n");
     }
     text +=
         "  photrak FILE.top                    open the workbench (this build has none)\n"
         "  photrak --help | --version\n\n"
-        "Options of run and scan:\n";
+        "Options of run and scan, of which check and test have some:\n";
     text += OptionHelp(commandBit::run);
     text += "\nMore options of scan, which replace what the topology asks for:\n";
     text += OptionHelp(commandBit::scan, commandBit::run);
@@ -69,15 +76,15 @@ int BadUsage(std::string_view problem) {
 
 int Execute(const Command& command, const std::vector<std::string>& arguments) {
     CommandOptions options;
-    if (const auto problem = ParseOptions(arguments, command.bit, options))
+    if (const auto problem = ParseOptions(arguments, command.bit, command.operands, options))
         return BadUsage(*problem);
     if (options.help) {
         WriteOut(
             Concat("Usage: ", command.usage, "\n", command.help, "\n\n", OptionHelp(command.bit)));
         return exitStatus::success;
     }
-    if (options.file.empty() && command.file == FileWanted::Needed) {
-        return BadUsage(Concat("'", command.name, "' wants a topology file"));
+    if (command.wants && options.file.empty()) {
+        return BadUsage(Concat("'", command.name, "' wants ", command.wants));
     }
     return command.run(options);
 }

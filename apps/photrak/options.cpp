@@ -93,7 +93,8 @@ Problem Raise(CommandOptions& options, const std::string&) {
 }
 
 constexpr unsigned simulating = commandBit::run | commandBit::scan;
-constexpr unsigned topologyCommand = simulating | commandBit::check;
+constexpr unsigned plotting = simulating | commandBit::test;
+constexpr unsigned topologyCommand = plotting | commandBit::check;
 constexpr unsigned anyCommand = topologyCommand | commandBit::models;
 
 constexpr Option optionTable[] = {
@@ -101,9 +102,9 @@ constexpr Option optionTable[] = {
      "give a symbol a number or an expression for this run; repeatable"},
     {"--prefix", "TEXT", simulating, SetText<&CommandOptions::prefix>,
      "start the names of result files with TEXT"},
-    {"--plotting", "MODE", simulating, SetPlotting,
+    {"--plotting", "MODE", plotting, SetPlotting,
      "none, save (files only), display (start the viewer) or icon (as each block says)"},
-    {"--no-commands", nullptr, simulating, Raise<&CommandOptions::noCommands>,
+    {"--no-commands", nullptr, plotting, Raise<&CommandOptions::noCommands>,
      "start no external program: no viewer, no command of a block"},
     {"--inner", "RANGE", commandBit::scan, SetSweep<&CommandOptions::inner>,
      "sweep a symbol; RANGE is NAME=START:STOP:STEP, of numbers or expressions"},
@@ -121,7 +122,7 @@ constexpr Option optionTable[] = {
      "exit with 2 if there were warnings"},
     {"--quiet", nullptr, topologyCommand, Raise<&CommandOptions::quiet>,
      "no progress on standard error, only warnings and errors"},
-    {"--verbose", nullptr, topologyCommand, Raise<&CommandOptions::verbose>,
+    {"--verbose", nullptr, simulating | commandBit::check, Raise<&CommandOptions::verbose>,
      "tell more: catalogue, symbols, run order, times"},
     {"--help", nullptr, anyCommand, Raise<&CommandOptions::help>, "print this help"},
 };
@@ -136,18 +137,18 @@ const Option* FindOption(std::string_view name, unsigned command) {
 }  // namespace
 
 std::optional<std::string> ParseOptions(const std::vector<std::string>& arguments, unsigned command,
-                                        CommandOptions& options) {
-    bool onlyFiles = false;
+                                        Operands operands, CommandOptions& options) {
+    bool onlyOperands = false;
+    std::size_t given = 0;
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         const std::string& argument = arguments[i];
-        if (onlyFiles || argument.size() < 2 || argument[0] != '-') {
-            if (!options.file.empty())
-                return Concat("one file at a time: '", argument, "' is too many");
-            options.file = argument;
+        if (onlyOperands || argument.size() < 2 || argument[0] != '-') {
+            if (given == operands.size()) return Concat("the word '", argument, "' is too many");
+            options.*operands[given++] = argument;
             continue;
         }
         if (argument == "--") {
-            onlyFiles = true;
+            onlyOperands = true;
             continue;
         }
         const std::size_t equals = argument.find('=');

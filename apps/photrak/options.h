@@ -2,6 +2,7 @@
 #pragma once
 
 #include <optional>
+#include <span>
 #include <string>
 #include <utility>
 #include <vector>
@@ -17,7 +18,8 @@ struct SweepOption {
 
 /// What the user asked for on the command line, for the commands that run or load a topology.
 struct CommandOptions {
-    std::string file;  // the topology, or the model type of `models`
+    std::string component;  // the block of `test`
+    std::string file;       // the topology, or the model type of `models`
     std::vector<std::pair<std::string, std::string>> symbols;  // --set NAME=EXPR, in order
     std::optional<std::string> prefix;
     std::optional<std::int16_t> plotting;  // PLOTTING code
@@ -27,17 +29,20 @@ struct CommandOptions {
     bool noCommands = false, strict = false, quiet = false, verbose = false, help = false;
 };
 
+/// What the words of a command that are no options mean, in order.
+using Operands = std::span<std::string CommandOptions::*const>;
+
 /// Reads the arguments behind the command's word. A text that says what is wrong, or nothing.
-/// `command` is the bit of the command in the option table.
+/// `command` is the bit of the command in the option table. Words may be missing at the end.
 std::optional<std::string> ParseOptions(const std::vector<std::string>& arguments, unsigned command,
-                                        CommandOptions& options);
+                                        Operands operands, CommandOptions& options);
 
 /// The option lines of a command's help, aligned, without those of the commands in `except`.
 std::string OptionHelp(unsigned command, unsigned except = 0);
 
 /// Bits of the commands in the option table.
 namespace commandBit {
-inline constexpr unsigned run = 1, check = 2, models = 4, scan = 8;
+inline constexpr unsigned run = 1, check = 2, models = 4, scan = 8, test = 16;
 }
 
 }  // namespace photrak

@@ -2,8 +2,10 @@
 
 #include <filesystem>
 
+#include "base/log.h"
 #include "base/text.h"
 #include "files/catalogue.h"
+#include "files/topology.h"
 #include "kernel/graph.h"
 #include "models/dispatch.h"
 #include "photrak/console.h"
@@ -41,6 +43,22 @@ bool EnterDirectory(Session& session, const std::string& path) {
         Report("error", Concat(path, ": cannot enter the directory '", directory, "'"));
         return false;
     }
+    return true;
+}
+
+bool OpenTopology(Session& session, const CommandOptions& options, Status& loaded) {
+    if (!OpenCatalogue(session) || !EnterDirectory(session, options.file)) return false;
+    loaded = TopologyLoad(session.fileName, session.workspace, session.catalogue);
+    if (!session.workspace) return false;
+    std::string& text = session.workspace->errorText;
+    if (!text.empty()) LogText(Concat(text, "\n"));
+    Report(loaded == Status::Error ? "error" : "warning", text);
+    text.clear();
+    if (loaded == Status::Error) {
+        Report("error", Concat(options.file, ": the topology did not load"));
+        return false;
+    }
+    ApplySymbols(*session.workspace, options);
     return true;
 }
 

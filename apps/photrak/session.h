@@ -27,6 +27,9 @@ struct Session {
 bool OpenCatalogue(Session& session);
 /// Enters the topology's directory. False after a report.
 bool EnterDirectory(Session& session, const std::string& path);
+/// Both of these, then loads the topology, reports its texts, in the log file too, and declares the
+/// symbols of --set. False after a report if it cannot run; `loaded` tells of warnings.
+bool OpenTopology(Session& session, const CommandOptions& options, Status& loaded);
 /// Declares the symbols of --set as variables of the workspace, over those of the file.
 void ApplySymbols(Workspace& workspace, const CommandOptions& options);
 

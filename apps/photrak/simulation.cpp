@@ -4,7 +4,6 @@
 
 #include "base/log.h"
 #include "base/text.h"
-#include "files/topology.h"
 #include "kernel/external_commands.h"
 #include "kernel/result_names.h"
 #include "photrak/commands.h"
@@ -14,21 +13,6 @@
 
 namespace photrak {
 namespace {
-
-/// Loads the topology and reports its texts, in the log file too. False if it cannot run.
-bool LoadForRun(Session& session, const CommandOptions& options, Status& status) {
-    status = TopologyLoad(session.fileName, session.workspace, session.catalogue);
-    if (!session.workspace) return false;
-    std::string& text = session.workspace->errorText;
-    if (!text.empty()) LogText(Concat(text, "\n"));
-    Report(status == Status::Error ? "error" : "warning", text);
-    text.clear();
-    if (status == Status::Error) {
-        Report("error", Concat(options.file, ": the topology did not load"));
-        return false;
-    }
-    return true;
-}
 
 void TellBeforeRun(const Session& session, const CommandOptions& options) {
     if (!options.verbose) return;
@@ -82,11 +66,7 @@ int SimulateTopology(const CommandOptions& options, const SimulationKind& kind) 
 
     Session session;
     Status loaded = Status::Success;
-    if (!OpenCatalogue(session) || !EnterDirectory(session, options.file) ||
-        !LoadForRun(session, options, loaded)) {
-        return exitStatus::failed;
-    }
-    ApplySymbols(*session.workspace, options);
+    if (!OpenTopology(session, options, loaded)) return exitStatus::failed;
     SimOptions& simOptions = *session.workspace->options;
     if (options.plotting) simOptions.PLOTTING = *options.plotting;
     kind.prepare(simOptions, options);

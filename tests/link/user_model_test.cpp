@@ -50,6 +50,24 @@ TEST_F(OwnCatalogue, AModelInCRunsInATopology) {
     EXPECT_NE(Run("models Inverter").out.find("gain"), std::string::npos);
 }
 
+TEST_F(OwnCatalogue, ATestOfAModelInCTellsWhatItFound) {
+    std::filesystem::copy(PHOTRAK_BINARY_DIR "/user_library/gain_model.so", "models");
+    UserList("Inverter inverter.def inv gain_model.so RunGain TestGain\n");
+    std::string link = topology;
+    const std::string place = "INPUTFROM 1\nOUTPUTTO 2\n";
+    link.insert(link.find(place) + place.size(), "PARAM gain DoubleType\nVALUE g\nENDPARAM\n");
+    WriteText("link.top", "BEGINVARIABLES\ng DoubleType 2\nENDVARIABLES\n" + link);
+    const ProgramResult good = Run("test Turn link.top"), bad = Run("test --set g=0 Turn link.top");
+    EXPECT_EQ(good.status, 0) << good.error;
+    EXPECT_EQ(good.out, "Turn: no faults\n");
+    EXPECT_EQ(bad.status, 1);
+    EXPECT_NE(bad.error.find("gain must not be 0"), std::string::npos) << bad.error;
+
+    UserList("Inverter inverter.def inv gain_model.so RunGain\n");
+    EXPECT_NE(Run("test Turn link.top").error.find("No parameter test available for this model."),
+              std::string::npos);
+}
+
 TEST_F(OwnCatalogue, ALibraryThatIsNotThereIsToldAtStartAndAtTheRun) {
     UserList("Inverter inverter.def inv missing.so RunGain TestGain\n");
     const ProgramResult result = Run("run --no-commands link.top");

@@ -1,0 +1,62 @@
+// photrak test: what the Test button of a block's dialog does, on the command line.
+
+#include "base/text.h"
+#include "kernel/external_commands.h"
+#include "kernel/graph.h"
+#include "kernel/result_names.h"
+#include "models/model_tests.h"
+#include "photrak/commands.h"
+#include "photrak/console.h"
+#include "photrak/session.h"
+
+namespace photrak {
+namespace {
+
+/// The block to test, or null after a report.
+Component* FindTestable(const Session& session, const CommandOptions& options) {
+    Component* component = FindModel(options.component, session.workspace->components);
+    if (!component) {
+        Report("error", Concat(options.file, ": no component '", options.component, "'"));
+        return nullptr;
+    }
+    if (HasModelTest(component->type, session.userModels)) return component;
+    Report("error", Concat("component '", component->name, "' of type '", component->type,
+                           "': ", noModelTestText));
+    return nullptr;
+}
+
+void TellFiles(const CommandOptions& options, Status status) {
+    for (const std::string& name : ResultFiles()) WriteOut(Concat(name, "\n"));
+    if (status == Status::Success && ResultFiles().empty() && !options.quiet) {
+        WriteOut(Concat(options.component, ": no faults\n"));
+    }
+}
+
+}  // namespace
+
+int TestCommand(const CommandOptions& options) {
+    ConsoleMessages messages(Progress::Silent);
+    Host host = CurrentHost();
+    host.messages = &messages;
+    const HostScope scope(host);
+
+    Session session;
+    Status status = Status::Success;
+    if (!OpenTopology(session, options, status)) return exitStatus::failed;
+    Component* component = FindTestable(session, options);
+    if (!component) return exitStatus::failed;
+    Workspace& workspace = *session.workspace;
+    if (options.plotting) workspace.options->PLOTTING = *options.plotting;
+    AllowExternalCommands(!options.noCommands);
+
+    ResetResultFiles();
+    std::string text;
+    const Status tested = TestComponent(*component, workspace, session.userModels, text);
+    MergeStatus(status, tested);
+    TellFiles(options, tested);
+    Report(tested == Status::Error ? "error" : "warning", text);
+    if (status == Status::Error) return exitStatus::failed;
+    return status == Status::Warning && options.strict ? exitStatus::warnings : exitStatus::success;
+}
+
+}  // namespace photrak
