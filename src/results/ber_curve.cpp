@@ -55,13 +55,17 @@ Limits LimitsOf(const std::vector<double>& innerValues, const std::vector<double
         limits.y = {lowerMargin * limits.y.least, upperMargin * limits.y.greatest};
         limits.told = true;
     }
+    // Among other points of its curve a rate of 0 just goes missing; a curve of that point alone
+    // would be empty on a logarithmic axis.
     if (anyZero && innerValues.size() > 1) limits.told = true;
+    if (anyZero && innerValues.size() == 1) limits.logarithmic = false;
     return limits;
 }
 
-/// The powers of ten around rates; a rate has one from 1e-323 on.
+/// The powers of ten around rates; a rate has one from 1e-323 on, and limits around 0 have none.
 AxisRange Decades(AxisRange rates) {
     constexpr double least = -323.0;
+    if (rates.least < 0.0) return rates;
     return {std::pow(10.0, std::max(std::floor(std::log10(rates.least)), least)),
             std::pow(10.0, std::max(std::ceil(std::log10(rates.greatest)), least))};
 }
@@ -113,7 +117,7 @@ const std::vector<std::string>& BerCurve::Lines() {
 std::string BerCurve::Script(std::string_view dataFile) const {
     const bool onePoint = innerValues_.size() == 1, oneCurve = outerValues_.size() == 1;
     const Limits limits = LimitsOf(innerValues_, BER_);
-    const AxisRange y = limits.logarithmic ? Decades(limits.y) : limits.y;
+    const AxisRange y = Decades(limits.y);
     std::string script;
     AppendTextLine(script, "/tt", curveTitle);
     AppendTextLine(script, "/xl",

@@ -49,6 +49,12 @@ TEST(BerCurve, OptionsFollowPointsCurvesAndLimits) {
          {1e-3, 1e-12},
          single + "/l\n/st7\n/w-1,1,1e-12,0.001\n/ly 1e-12,0.001\nF\n"
                   "/lt\"fiber length = 5\"\n/lt\"fiber length = 6\"\n"},
+        {"a 0 for one of them",
+         {4},
+         {5, 6},
+         {0, 3e-3},
+         single + "/l\n/st7\n/w,,0.0001,0.1\nF\n"
+                  "/lt\"fiber length = 5\"\n/lt\"fiber length = 6\"\n"},
         {"several curves",
          {1, 2},
          {5, 6},
