@@ -1,6 +1,9 @@
 // Results over sweeps and runs: slots by hand, table and curve as text, the life of the record.
 #include "models/detection/ber_tester.h"
 
+#include <chrono>
+#include <thread>
+
 #include "base/text.h"
 #include "models/ber_fixture.h"
 #include "models/dispatch.h"
@@ -259,6 +262,29 @@ TEST_F(BerTesterTest, ResultsOutliveTheRepetitionsOfAPass) {
     const std::string table = dir.Read("ber.bdt");
     EXPECT_EQ(table.rfind("rx_power"), 0u) << "one header";
     EXPECT_EQ(std::count(table.begin(), table.end(), '\n'), 5);
+}
+
+/// The sum over this many bits takes about a second.
+TEST_F(BerTesterTest, StopAmidTheBitsLeavesTheFinishedPoints) {
+    Inner(2, "0", "1", "1");
+    block.Whole("bitsPerLine", 8);
+    EXPECT_EQ(Pass(1, 1, 1, 3), Status::Success);
+    const std::vector<std::string> names = dir.Files();
+    std::vector<std::string> before, after;
+    for (const std::string& name : names) before.push_back(dir.Read(name));
+
+    options.innerIndex = 2;
+    inputs.reset();
+    AddPair(MixedBits(1 << 16), 2, 0.0, 1.0, 0.1);
+    std::jthread stopper([this] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        options.stop = 1;
+    });
+    EXPECT_EQ(RunBerTester({workspace, block.component, options, inputs.get(), nullptr, message}),
+              Status::Success);
+    for (const std::string& name : names) after.push_back(dir.Read(name));
+    EXPECT_EQ(after, before);
+    EXPECT_NEAR(BerReport().at(0).Q, 3.0, 1e-6);
 }
 
 TEST_F(BerTesterTest, ReadsItsParametersByName) {

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cmath>
 #include <limits>
 #include <utility>
@@ -61,9 +62,12 @@ class ErrorSum {
         }
     }
 
-    /// The first bit and the last two stay out. NaN when a decision fell where nothing is defined.
-    double Run() {
+    /// The first bit and the last two stay out. NaN when a decision fell where nothing is defined,
+    /// and when the stop word was set, which `stopped` tells.
+    double Run(const std::atomic<std::int16_t>& stop, bool& stopped) {
         for (std::int32_t bit = 2; bit <= set_.patternLength - 3; ++bit) {
+            stopped = stop.load(std::memory_order_relaxed) != 0;
+            if (stopped) return std::numeric_limits<double>::quiet_NaN();
             Draw(bit);
             worstSpace_.fill(0.0);
             worstMark_.fill(0.0);
@@ -243,7 +247,8 @@ Status ComputeBER(const SimOptions& options, const Nodelist* inputs, const BerPa
     }
 
     ErrorSum sum(params, eye, set);
-    eye.BER = sum.Run();
+    eye.BER = sum.Run(options.stop, eye.stopped);
+    if (eye.stopped) return status;
     const bool doubtful = status != Status::Success;
     if (options.PLOTTING != DoNotPlot && (doubtful || params.plotSignals)) {
         MergeStatus(status, PlotPairs(options, params, set, message));

@@ -28,6 +28,7 @@ struct BerParams {
 
 /// BER and Q of the pairs on the input ports, with the files that belong to a pass. Warning: there
 /// is no signal, no open eye in the worst case, or no Q for the rate; the pass has no result then.
+/// A set stop word ends the sum over the bits at once: `eye.stopped` then says that there is none.
 /// `eye` is a fresh record whose decisionLevel is the parameter's.
 Status ComputeBER(const SimOptions& options, const Nodelist* inputs, const BerParams& params,
                   EyeResult& eye, std::string& message);

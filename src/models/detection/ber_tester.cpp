@@ -193,7 +193,7 @@ Status RunPass(const ModelCall& call, const BerParams& params) {
     std::string message;
     const Status status = ComputeBER(call.options, call.inputs, params, eye, message);
     if (status != Status::Success) call.errorText += message + "\n";
-    if (status == Status::Error) return status;
+    if (status == Status::Error || eye.stopped) return status;
 
     StoreBerResult(call.options, status, eye.BER, eye.Q, *results);
     const bool found = status == Status::Success;

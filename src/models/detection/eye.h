@@ -24,6 +24,7 @@ struct EyeResult {
     double eyeOpening = 0.0;          // upper minus lower lid at decisionIndex, V
     double eyeArea = 0.0;             // V; 0: no eye
     double BER = 0.0, Q = 0.0;
+    bool stopped = false;          // on request, before BER was known
     double erfcArgument = 0.0;     // minus the root x of erfc(x) = 2 BER
     OwnedBlock<double[]> eyeData;  // one-based: noisy traces of lidLength, by pair, then by bit, V
 };
