@@ -53,11 +53,15 @@ TEST_F(BerTest, DefinedLevelTakesThePlaceOfTheEyes) {
     EXPECT_EQ(eye.decisionLevel, 0.5) << "the record keeps the eye's";
 }
 
-/// The level moves by a Gaussian that is cut at 2.8 deviations.
-TEST_F(BerTest, LevelJitterAveragesOverACutGaussian) {
-    const double sigma = 0.1, jitter = 0.06, distance = 0.5;
-    AddPair(MixedBits(512), 2, 0.0, 2 * distance, sigma);
-    params.decisionLevelJitter = jitter;
+/// The level moves by a Gaussian that is cut at 2.8 deviations. On slopes of 0.1 V per sample, the
+/// same for 1s and 0s, a decision that comes early or late is a level that is off by as much.
+TEST_F(BerTest, JitterAveragesOverACutGaussian) {
+    const double sigma = 0.1, jitter = 0.06, distance = 0.5, slope = 0.1;
+    const int s = 10;
+    const Pair pair = AddPair(MixedBits(512), s, 0.0, 2 * distance, sigma);
+    for (std::int32_t i = 1; i <= pair.wave->noPoints; ++i) {
+        pair.wave->elecSamples[i].re += slope * ((i - 1) % s);
+    }
     long double sum = 0, weight = 0;
     for (int i = -2800; i <= 2800; ++i) {
         const long double x = i * 1e-3L, density = std::exp(-x * x / 2);
@@ -65,6 +69,10 @@ TEST_F(BerTest, LevelJitterAveragesOverACutGaussian) {
         weight += density;
     }
     // 130,000 trials; the tail varies over a factor of about 30 among them.
+    params.decisionLevelJitter = jitter;
+    EXPECT_NEAR(Rate() / static_cast<double>(sum / weight), 1.0, 0.03);
+    params.decisionLevelJitter = 0.0;
+    params.timingJitter = jitter / slope * tStep;
     EXPECT_NEAR(Rate() / static_cast<double>(sum / weight), 1.0, 0.03);
 }
 
@@ -126,6 +134,8 @@ TEST_F(BerTest, WorstPairCountsInEveryTrial) {
 
 TEST_F(BerTest, BitsComeFromTheWaveformWithoutASequence) {
     AddWaveAlone(MixedBits(64), 4, 0.2, 1.2, 0.1);
+    EXPECT_NEAR(Rate() / TailBeyond(5.0L), 1.0, 1e-12);
+    LastCell()->sigType = NoSigType;  // a port that is not wired
     EXPECT_NEAR(Rate() / TailBeyond(5.0L), 1.0, 1e-12);
     // Each decision believes itself: beyond the level there is no wrong side.
     params.decisionLevelDefined = true;
