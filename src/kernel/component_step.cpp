@@ -56,14 +56,13 @@ bool CarriesSignal(std::int32_t sigType) {
     return sigType == OpSigType || sigType == ElecSigType || sigType == BinSigType;
 }
 
-Status PutOnNode(Nodelist& cell, Node& node, const Component& component, const SimOptions& options,
-                 std::string& errorText) {
+Status PutOnNode(Nodelist& cell, Node& node, const SimOptions& options, std::string& errorText) {
     auto* record = new SigRecord;
     record->SET = options.set;
     record->INNERSWEEP = options.innerIndex;
     record->OUTERSWEEP = options.outerIndex;
     record->RUN = options.runIndex;
-    record->LOOP = component.iteration;
+    record->LOOP = options.loopIndex;
     record->BIN = options.binIndex;
     record->sigType = cell.sigType;
     record->sig = cell.sig;
@@ -128,7 +127,7 @@ Status StoreOutputs(Component& component, const SimOptions& options, Owned<Nodel
         if (port.node) port.node->FreeSignals();
         if (port.node && cell && cell->sig) {
             if (CarriesSignal(cell->sigType)) {
-                MergeStatus(status, PutOnNode(*cell, *port.node, component, options, errorText));
+                MergeStatus(status, PutOnNode(*cell, *port.node, options, errorText));
             } else {
                 AppendPiece(errorText, Concat("ERROR: component '", component.name,
                                               "' left an output of no known signal type\n"));

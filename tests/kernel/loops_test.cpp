@@ -45,17 +45,19 @@ TEST(RepetitionLoop, RunsItsBodyAsOftenAsAsked) {
     EXPECT_EQ(link.workspace->options->loopSuffix, "");
 }
 
-TEST(RepetitionLoop, StoresTheRepetitionWithWhatGoesRound) {
+TEST(RepetitionLoop, StoresTheRepetitionWithWhatItsBlocksMake) {
     LoopLink link("2");
-    link.Chain({link.source, link.begin, link.body, link.end, link.sink});
+    link.Chain(
+        {link.source, link.begin, link.body, &link.Add("Step", "second"), link.end, link.sink});
     std::vector<std::int32_t> repetitions;
-    link.models.byType["Step"] = [&](const ModelCall& call) {
-        repetitions.push_back(call.component.inputs[0].node->signals->LOOP);
-        Emit(call.outputs, 1);
-        return Status::Success;
-    };
+    for (const char* type : {"Step", "Sink"}) {
+        link.models.byType[type] = [&, plain = link.models.byType[type]](const ModelCall& call) {
+            repetitions.push_back(call.component.inputs[0].node->signals->LOOP);
+            return plain(call);
+        };
+    }
     EXPECT_EQ(link.Run(), Status::Success) << link.Text();
-    EXPECT_EQ(repetitions, (std::vector<std::int32_t>{1, 2}));
+    EXPECT_EQ(repetitions, (std::vector<std::int32_t>{1, 1, 2, 2, 0}));
 }
 
 TEST(RepetitionLoop, NestsAndNamesEveryRepetition) {
