@@ -249,4 +249,10 @@ double EvalNumberText(const SymbolTable& table, std::string_view text, ExprError
     return IsNumber(text, &value) ? value : ExprEval(table, text, error);
 }
 
+bool CanNameASymbol(std::string_view name) {
+    const Token token = TokenReader(name).Next();
+    return token.kind == Token::Kind::Word && token.word == name && StripNumberText(name) == name &&
+           !IsNumber(name) && !FindSymbol(PredefinedSymbols(), name);
+}
+
 }  // namespace photrak

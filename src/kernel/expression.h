@@ -23,4 +23,8 @@ double ExprEval(const SymbolTable& table, std::string_view text, ExprError& erro
 /// semicolons do not count.
 double EvalNumberText(const SymbolTable& table, std::string_view text, ExprError& error);
 
+/// True if an expression that holds nothing but `name` looks it up in its symbol table: it is one
+/// word, no number, and not predefined.
+bool CanNameASymbol(std::string_view name);
+
 }  // namespace photrak

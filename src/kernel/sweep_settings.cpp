@@ -93,6 +93,11 @@ Status ReadSweep(const SweepFields& fields, Workspace& workspace, Sweep& sweep,
         status = Status::Error;
         sweep.points = 1;
     }
+    if (status == Status::Success && !CanNameASymbol(name)) {
+        errorText += Concat("WARNING: the ", fields.word, " sweep of '", name,
+                            "' changes nothing: expressions read no symbol of that name\n");
+        status = Status::Warning;
+    }
     count = sweep.points;
     return status;
 }
