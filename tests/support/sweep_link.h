@@ -10,8 +10,8 @@
 namespace photrak {
 
 struct SweepLink : SmallLink {
-    SweepLink() {
-        LoopModels();
+    explicit SweepLink(std::size_t loopPorts = 1) {
+        LoopModels(loopPorts);
         models.byType["Step"] = [](const ModelCall& call) {
             Emit(call.outputs, ValueOf(call.inputs) + Number(call.component));
             return Status::Success;
