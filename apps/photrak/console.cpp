@@ -20,6 +20,13 @@ static_assert(std::atomic<std::atomic<std::int16_t>*>::is_always_lock_free &&
 
 constexpr int stopSignals[] = {SIGINT, SIGTERM, SIGHUP};
 
+/// True for the closing of a terminal that the caller asked to outlive (nohup).
+bool MustStayIgnored(int signal) {
+    struct sigaction before {};
+    return signal == SIGHUP && sigaction(signal, nullptr, &before) == 0 &&
+           before.sa_handler == SIG_IGN;
+}
+
 void RequestStop(int signal) {
     receivedSignal = signal;
     if (std::atomic<std::int16_t>* word = stopWord) *word = 1;
@@ -83,11 +90,15 @@ StopOnSignal::StopOnSignal(SimOptions& options) {
     struct sigaction action {};
     action.sa_handler = RequestStop;
     action.sa_flags = static_cast<int>(SA_RESETHAND | SA_RESTART);
-    for (const int signal : stopSignals) sigaction(signal, &action, nullptr);
+    for (const int signal : stopSignals) {
+        if (!MustStayIgnored(signal)) sigaction(signal, &action, nullptr);
+    }
 }
 
 StopOnSignal::~StopOnSignal() {
-    for (const int signal : stopSignals) std::signal(signal, SIG_DFL);
+    for (const int signal : stopSignals) {
+        if (!MustStayIgnored(signal)) std::signal(signal, SIG_DFL);
+    }
     stopWord = nullptr;
 }
 

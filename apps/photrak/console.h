@@ -36,7 +36,7 @@ class ConsoleMessages : public Messages {
 };
 
 /// While one exists, the first SIGINT, SIGTERM or SIGHUP sets the run's stop word; a second one has
-/// its usual effect.
+/// its usual effect. A SIGHUP that the caller ignores stays ignored.
 class StopOnSignal {
   public:
     explicit StopOnSignal(SimOptions& options);

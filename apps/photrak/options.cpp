@@ -123,7 +123,7 @@ constexpr Option optionTable[] = {
     {"--quiet", nullptr, topologyCommand, Raise<&CommandOptions::quiet>,
      "no progress on standard error, only warnings and errors"},
     {"--verbose", nullptr, simulating | commandBit::check, Raise<&CommandOptions::verbose>,
-     "tell more: catalogue, symbols, run order, times"},
+     "tell more: catalogue, symbols, sweeps, times"},
     {"--help", nullptr, anyCommand, Raise<&CommandOptions::help>, "print this help"},
 };
 

@@ -34,14 +34,17 @@ constexpr ScanLoop scanLoops[] = {
      &CommandOptions::runTag},
 };
 
-/// Loops without a tag, whose passes would overwrite each other's plots.
+/// Loops without a tag, whose passes would overwrite each other's plots. The points of a sweep are
+/// counted when it runs, behind all symbols.
 void TellOfMissingTags(const SimOptions& simOptions) {
     if (simOptions.PLOTTING == DoNotPlot) return;
     for (const ScanLoop& loop : scanLoops) {
-        const bool once = loop.modeBit == simMode::statistical && simOptions.NUMRUNSTODO < 2;
+        const bool isSweep = loop.modeBit != simMode::statistical;
+        const bool once = !isSweep && simOptions.NUMRUNSTODO < 2;
         if (!(simOptions.mode & loop.modeBit) || once || !(simOptions.*loop.tag).empty()) continue;
-        Report("note", Concat("the ", loop.name, " has no tag, so its plots are skipped; ",
-                              loop.option, " gives one"));
+        Report("note", Concat("no tag for the ", loop.name, ": plots are skipped",
+                              isSweep ? " if it has more than one point; " : "; ", loop.option,
+                              " gives one"));
     }
 }
 

@@ -2,6 +2,8 @@
 #pragma once
 
 #include <array>
+#include <chrono>
+#include <csignal>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -9,6 +11,8 @@
 #include <sstream>
 #include <string>
 #include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
 #include <vector>
 
 #include "support/temp_dir.h"
@@ -31,20 +35,44 @@ inline void WriteText(const std::filesystem::path& path, std::string_view text) 
     std::ofstream(path, std::ios::binary) << text;
 }
 
+inline ProgramResult ResultOf(int wait) {
+    return {WIFEXITED(wait) ? WEXITSTATUS(wait) : -1, FileText("program.out"),
+            FileText("program.err")};
+}
+
 /// Runs a shell command line in the working directory.
 inline ProgramResult RunProgram(const std::string& commandLine) {
     const std::string command = commandLine + " >program.out 2>program.err </dev/null";
-    const int wait = std::system(command.c_str());
-    ProgramResult result;
-    result.status = WIFEXITED(wait) ? WEXITSTATUS(wait) : -1;
-    result.out = FileText("program.out");
-    result.error = FileText("program.err");
-    return result;
+    return ResultOf(std::system(command.c_str()));
 }
 
 /// Runs the program with the words of a shell command line.
 inline ProgramResult Photrak(const std::string& arguments) {
     return RunProgram(PHOTRAK_BINARY_DIR "/bin/photrak " + arguments);
+}
+
+/// Runs the program, sends it the signal as soon as `file` is there, and waits for its end.
+inline ProgramResult InterruptedPhotrak(std::vector<std::string> words, int signal,
+                                        const std::filesystem::path& file) {
+    words.insert(words.begin(), PHOTRAK_BINARY_DIR "/bin/photrak");
+    std::vector<char*> arguments;
+    for (std::string& word : words) arguments.push_back(word.data());
+    arguments.push_back(nullptr);
+    const pid_t program = ::fork();
+    if (program == 0) {
+        if (std::freopen("program.out", "w", stdout) && std::freopen("program.err", "w", stderr)) {
+            ::execv(arguments[0], arguments.data());
+        }
+        ::_exit(127);
+    }
+    const auto latest = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+    while (!std::filesystem::exists(file) && std::chrono::steady_clock::now() < latest) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    ::kill(program, signal);
+    int wait = 0;
+    ::waitpid(program, &wait, 0);
+    return ResultOf(wait);
 }
 
 /// A table of numbers as the result files hold them: a row per line, columns split at blanks.
