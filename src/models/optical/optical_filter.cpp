@@ -5,63 +5,84 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numbers>
 
 #include "base/text.h"
 #include "kernel/parameters.h"
-#include "kernel/sample_arrays.h"
 #include "models/optical/spectrum_grid.h"
 #include "models/parameter_limits.h"
-#include "numeric/messages.h"
+#include "numeric/transfer.h"
 
 namespace photrak {
 namespace {
 
 // --- One channel ---
 
-/// The window in which a channel is filtered and what its bins are multiplied by.
+/// The window in which a channel is filtered.
 struct Window {
-    std::int32_t n = 0;         // samples of the window
+    SpectrumGrid grid;          // of the window; with shiftCarrier about the filter's frequency
     std::int32_t first = 0;     // of the channel's samples in the window, less 1
-    std::int32_t rotation = 0;  // bins toward higher frequencies
-    OwnedBlock<Complex> factors, work;
+    std::int32_t rotation = 0;  // bins toward higher frequencies, 0..n-1
 };
 
 /// Bins, modulo the window, from the channel's carrier to its place on the filter's scale.
 std::int32_t CarrierRotation(const SpectrumGrid& grid, double filterFrequency) {
-    const double bins = std::round((grid.carrier - filterFrequency) / grid.df);
-    const auto rotation = static_cast<std::int32_t>(std::fmod(bins, grid.n));
+    const double bins = std::fmod(std::round((grid.carrier - filterFrequency) / grid.df), grid.n);
+    if (!std::isfinite(bins)) return 0;  // too far to be counted
+    const auto rotation = static_cast<std::int32_t>(bins);
     return rotation < 0 ? rotation + grid.n : rotation;
 }
 
-bool OpenWindow(const FilterResponse& response, const OpSig& channel, Window& window) {
-    const OpticalFilterRecord& record = response.record;
-    window.n = record.usePadding ? 2 * channel.noPoints : channel.noPoints;
-    window.first = record.usePadding ? window.n / 4 : 0;
-    window.factors.reset(NewUnclearedSamples<Complex>(window.n));
-    window.work.reset(NewUnclearedSamples<Complex>(window.n));
-    if (!window.factors || !window.work) return false;
-    SpectrumGrid grid(channel, window.n);
-    if (record.shiftCarrier) {
-        const double filterFrequency = lightSpeed / record.wavelength;
-        window.rotation = CarrierRotation(grid, filterFrequency);
-        grid.carrier = filterFrequency;
-    }
-    for (std::int32_t k = 1; k <= window.n; ++k)
-        window.factors.get()[k] = response(grid.Frequency(k));
-    return true;
+Window WindowOf(const OpticalFilterRecord& record, const OpSig& channel) {
+    Window window = {SpectrumGrid(channel, (record.usePadding ? 2 : 1) * channel.noPoints)};
+    if (record.usePadding) window.first = window.grid.n / 4;
+    if (!record.shiftCarrier) return window;
+    const double filterFrequency = lightSpeed / record.wavelength;
+    window.rotation = CarrierRotation(window.grid, filterFrequency);
+    window.grid.carrier = filterFrequency;
+    return window;
 }
 
-void FilterField(const Window& window, Complex* field, std::int32_t noPoints) {
-    Complex* work = window.work.get();
-    const Complex* factors = window.factors.get();
-    std::fill_n(work + 1, window.first, field[1]);
-    std::copy_n(field + 1, noPoints, work + 1 + window.first);
-    std::fill(work + 1 + window.first + noPoints, work + 1 + window.n, field[noPoints]);
-    DoFFTFlagged(work, window.n, 1, 0);
-    std::rotate(work + 1, work + 1 + (window.n - window.rotation), work + 1 + window.n);
-    for (std::int32_t k = 1; k <= window.n; ++k) work[k] = factors[k] * work[k];
-    DoFFTFlagged(work, window.n, -1, fftDivideByN);
-    std::copy_n(work + 1 + window.first, noPoints, field + 1);
+/// Rotates the field's spectrum toward higher bins, which in time turns sample j by -2 pi j bins/n.
+/// Sines are worked out once for each run of samples and for the places within a run.
+void RotateSpectrum(SplitField& field, std::int64_t bins) {
+    constexpr std::int64_t longestRun = 64;
+    const std::int64_t n = field.Size(), run = std::min(n, longestRun);
+    const auto turn = [&](std::int64_t j) {
+        const double turns = static_cast<double>(bins * j % n) / static_cast<double>(n);
+        return Complex{std::cos(2.0 * std::numbers::pi * turns),
+                       -std::sin(2.0 * std::numbers::pi * turns)};
+    };
+    double withinRe[longestRun], withinIm[longestRun];
+    for (std::int64_t q = 0; q < run; ++q) {
+        const Complex within = turn(q);
+        withinRe[q] = within.re;
+        withinIm[q] = within.im;
+    }
+    for (std::int64_t start = 0; start < n; start += run) {
+        const Complex first = turn(start);
+        double *re = field.Re() + start, *im = field.Im() + start;
+        for (std::int64_t q = 0; q < run; ++q) {
+            const double c = first.re * withinRe[q] - first.im * withinIm[q];
+            const double s = first.re * withinIm[q] + first.im * withinRe[q];
+            const double x = re[q], y = im[q];
+            re[q] = c * x - s * y;
+            im[q] = c * y + s * x;
+        }
+    }
+}
+
+void FilterField(const Window& window, const TransferArray& factors, SplitField& work,
+                 Complex* field, std::int32_t noPoints) {
+    const std::int32_t behind = window.first + noPoints;
+    work.CopyFrom(field, window.first, noPoints);
+    std::fill_n(work.Re(), window.first, field[1].re);
+    std::fill_n(work.Im(), window.first, field[1].im);
+    std::fill(work.Re() + behind, work.Re() + work.Size(), field[noPoints].re);
+    std::fill(work.Im() + behind, work.Im() + work.Size(), field[noPoints].im);
+    if (window.rotation != 0) RotateSpectrum(work, window.rotation);
+    ApplyTransfer(work, factors);
+    work.CopyTo(field, window.first, noPoints);
 }
 
 void FilterLevel(const FilterResponse& response, OpSig& level) {
@@ -81,13 +102,14 @@ Status FilterChannel(const FilterResponse& response, OpSig& channel, std::string
         FilterLevel(response, channel);
         return Status::Success;
     }
-    Window window;
-    if (!OpenWindow(response, channel, window)) {
-        ReportNoMemory(errorText, Concat("the spectrum of a channel in '", record.owner, "'"));
-        return Status::Error;
-    }
+    const Window window = WindowOf(record, channel);
+    TransferArray factors(window.grid.n, +1);
+    factors.Fill([&](long bin) {
+        return response(static_cast<double>(bin) * window.grid.df + window.grid.carrier);
+    });
+    SplitField work(window.grid.n);
     for (Complex* field : {channel.Ex_samples, channel.Ey_samples}) {
-        if (field) FilterField(window, field, channel.noPoints);
+        if (field) FilterField(window, factors, work, field, channel.noPoints);
     }
     if (record.shiftCarrier) channel.wavelength = record.wavelength;
     return Status::Success;
@@ -220,8 +242,12 @@ Status TestOpticalFilter(const Component& component, FilterTest& test, std::stri
     Status status = CheckLimits<OpticalFilterRecord>(record, testLimits, errorText);
     if (status == Status::Success) status = PrepareFilterResponse(record, response, errorText);
     if (status != Status::Success) return status;
-    test = {};
     const double step = OppositeWidth(record.wavelength, record.BW) * 0.01;
+    if (!std::isfinite(step)) {
+        return RefuseParameter(record.owner, "BW", record.BW, "other than twice the wavelength",
+                               errorText);
+    }
+    test = {};
     for (std::int32_t i = 0; i < testBins; ++i) {
         const double f = (i - testCenter) * step + lightSpeed / record.wavelength;
         test.frequency.push_back(f);

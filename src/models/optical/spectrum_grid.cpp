@@ -11,7 +11,8 @@ namespace {
 constexpr std::int32_t longestChannel = 1 << 29;  // samples; twice as many still fit 32 bits
 
 std::string Complaint(const OpSig& channel) {
-    if (!std::isfinite(channel.wavelength) || !(channel.wavelength > 0.0)) {
+    const double carrier = lightSpeed / channel.wavelength;
+    if (!std::isfinite(carrier) || !(carrier > 0.0)) {
         return Concat("a channel has the wavelength ", channel.wavelength, " m");
     }
     if (channel.noPoints <= 1) return {};
@@ -19,9 +20,10 @@ std::string Complaint(const OpSig& channel) {
         return Concat("a channel has ", channel.noPoints,
                       " samples; its spectrum needs a power of two up to ", longestChannel);
     }
-    if (!(channel.tStep > 0.0) || !std::isfinite(1.0 / channel.tStep)) {
+    const double window = 2.0 * channel.noPoints * channel.tStep;
+    if (!(channel.tStep > 0.0) || !std::isfinite(1.0 / channel.tStep) || !std::isfinite(window)) {
         return Concat("a channel has the time step ", channel.tStep,
-                      " s; its spectrum needs one above 0");
+                      " s; its spectrum needs a finite one above 0");
     }
     return {};
 }
