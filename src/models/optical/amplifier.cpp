@@ -15,6 +15,7 @@
 #include "numeric/fft.h"
 #include "numeric/messages.h"
 #include "numeric/samples.h"
+#include "numeric/transfer.h"
 #include "platform/file_system.h"
 
 namespace photrak {
@@ -74,12 +75,15 @@ double PowerFactor(const SCurvePair& curves, double nu) {
     return std::pow(10.0, 0.1 * SCurveValue(curves, lightSpeed / nu * nanometersPerMeter));
 }
 
-/// Multiplies the spectrum by the factors of its bins, in the order of the transform.
-void MultiplySpectrum(Complex* samples, std::int32_t n, const double* factors) {
-    if (!samples) return;
-    DoFFTFlagged(samples, n, 1, 0);
-    for (std::int32_t k = 1; k <= n; ++k) samples[k] = factors[k] * samples[k];
-    DoFFTFlagged(samples, n, -1, fftDivideByN);
+/// Multiplies the spectra of both polarizations by the factors[1..n] of their bins.
+void MultiplySpectra(OpSig& channel, const double* factors) {
+    const std::int32_t n = channel.noPoints;
+    TransferArray transfer(n, +1);
+    transfer.Fill(
+        [&](long bin) { return factors[FFTBinToIndex(n, static_cast<std::int32_t>(bin))]; });
+    for (Complex* samples : {channel.Ex_samples, channel.Ey_samples}) {
+        if (samples) ApplyTransfer(samples, transfer);
+    }
 }
 
 Status AmplifyChannel(const EdfaParams& params, OpSig& channel, Gain& gain,
@@ -101,8 +105,7 @@ Status AmplifyChannel(const EdfaParams& params, OpSig& channel, Gain& gain,
         finite = finite && std::isfinite(gain.g);
     }
     if (!finite) return Refuse(params, "the gain curves are out of range", errorText);
-    MultiplySpectrum(channel.Ex_samples, n, factors.get());
-    MultiplySpectrum(channel.Ey_samples, n, factors.get());
+    MultiplySpectra(channel, factors.get());
     return Status::Success;
 }
 
