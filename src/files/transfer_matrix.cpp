@@ -92,7 +92,7 @@ class Scanner {
     Status Fail(std::string_view reason, std::string& errorText) {
         const auto line =
             1 + std::count(text_.begin(), text_.begin() + static_cast<std::ptrdiff_t>(at_), '\n');
-        AppendPiece(errorText, Concat(name_, ":", line, ": ", reason, "\n"));
+        AppendPiece(errorText, Concat(name_, ":", line, ": ", reason));
         return Status::Error;
     }
     Status FailMissing(std::string& errorText) {

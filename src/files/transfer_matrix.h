@@ -38,7 +38,7 @@ struct TransferMatrix {
 
 /// Reads a file's text; `name` is the file's for messages. A text that does not begin with the
 /// format's word leaves the matrix as it was, with success. So does a faulty file, with an error:
-/// "NAME:LINE: REASON\n" is appended.
+/// "NAME:LINE: REASON" is appended.
 Status ReadTransferMatrix(std::string_view text, std::string_view name, TransferMatrix& matrix,
                           std::string& errorText);
 

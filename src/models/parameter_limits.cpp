@@ -1,8 +1,6 @@
 // The ranges and their words.
 #include "models/parameter_limits.h"
 
-#include "base/text.h"
-
 namespace photrak {
 namespace {
 
@@ -17,13 +15,6 @@ constexpr RangeRule rules[] = {{[](double) { return true; }, "a finite number"},
                                {[](double value) { return value > 0.0; }, "finite and above 0"}};
 
 }  // namespace
-
-Status RefuseParameter(std::string_view owner, std::string_view name, double value,
-                       std::string_view rule, std::string& errorText) {
-    AppendPiece(errorText, Concat("ERROR: component '", owner, "': parameter '", name, "' is ",
-                                  value, "; it must be ", rule, "\n"));
-    return Status::Error;
-}
 
 Status CheckRange(std::string_view owner, std::string_view name, double value, Range range,
                   std::string& errorText) {

@@ -9,14 +9,11 @@
 #include <string_view>
 
 #include "base/status.h"
+#include "models/refusals.h"
 
 namespace photrak {
 
 enum class Range { Finite, NotZero, NotNegative, Positive };  // all of them finite
-
-/// Appends "ERROR: component 'OWNER': parameter 'NAME' is VALUE; it must be RULE\n".
-Status RefuseParameter(std::string_view owner, std::string_view name, double value,
-                       std::string_view rule, std::string& errorText);
 
 /// Refuses a value outside the range.
 Status CheckRange(std::string_view owner, std::string_view name, double value, Range range,

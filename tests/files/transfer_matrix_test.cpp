@@ -119,7 +119,7 @@ TEST(TransferMatrix, FaultyFilesAreToldByLineAndLeaveTheMatrixInUse) {
         EXPECT_EQ(ReadTransferMatrix(Concat("TransferMatrixFormat1 POWER LIN\n", row.text), "f.txt",
                                      matrix, errorText),
                   Status::Error);
-        EXPECT_EQ(errorText, Concat("f.txt:", row.complaint, "\n"));
+        EXPECT_EQ(errorText, Concat("f.txt:", row.complaint));
         EXPECT_EQ(matrix.rows, 2);
     }
 }

@@ -9,6 +9,7 @@
 #include "kernel/parameters.h"
 #include "kernel/result_names.h"
 #include "models/parameter_limits.h"
+#include "models/refusals.h"
 #include "results/ber_report.h"
 
 namespace photrak {
@@ -243,9 +244,9 @@ Status MakeBerResults(const SimOptions& options, const SymbolTable& symbols, std
     const double slots = static_cast<double>(results.innerPoints) * results.outerPoints *
                          static_cast<double>(results.SlotsPerPoint());
     if (slots > static_cast<double>(maxBerSlots)) {
-        errorText += Concat("ERROR: component '", owner, "': ", slots,
-                            " results of a scan are too many to keep, at most ", maxBerSlots, "\n");
-        return Status::Error;
+        return RefuseComponent(
+            owner, Concat(slots, " results of a scan are too many to keep, at most ", maxBerSlots),
+            errorText);
     }
     results.BER.assign(static_cast<std::size_t>(slots), notComputed);
     results.Q.assign(static_cast<std::size_t>(slots), 0.0);

@@ -12,6 +12,7 @@
 #include "kernel/parameters.h"
 #include "kernel/sample_arrays.h"
 #include "models/detection/electrical_spectrum.h"
+#include "models/refusals.h"
 #include "numeric/fft.h"
 #include "numeric/messages.h"
 #include "numeric/special_functions.h"

@@ -3,12 +3,7 @@
 // frequency (i - 1) df, df = 1 / (N tStep). Spectra come as double views (base/arrays.h).
 #pragma once
 
-#include <cstdint>
-#include <string>
-#include <string_view>
-
 #include "base/complex.h"
-#include "base/status.h"
 
 namespace photrak {
 
@@ -32,13 +27,5 @@ void MultiplyPairs(double* view, long n, double df, Transfer transfer) {
 
 /// Spectrum of electrical samples back to time, the division by N included.
 void ReturnToTime(double* view, long n);
-
-/// Refuses a length that is no power of two or below `least`, and a time step that is not positive
-/// and finite. The text names the component `owner`.
-Status CheckSampling(std::int32_t noPoints, double tStep, std::int32_t least,
-                     std::string_view owner, std::string& message);
-
-/// Appends "ERROR: component 'OWNER': REASON\n".
-Status RefuseComponent(std::string_view owner, std::string_view reason, std::string& message);
 
 }  // namespace photrak

@@ -9,6 +9,7 @@
 #include "kernel/parameters.h"
 #include "kernel/sample_arrays.h"
 #include "models/detection/electrical_spectrum.h"
+#include "models/refusals.h"
 #include "numeric/messages.h"
 #include "numeric/samples.h"
 #include "platform/file_system.h"

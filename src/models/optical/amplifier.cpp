@@ -12,6 +12,7 @@
 #include "models/optical/ase_spectra.h"
 #include "models/optical/spectrum_grid.h"
 #include "models/parameter_limits.h"
+#include "models/refusals.h"
 #include "numeric/fft.h"
 #include "numeric/messages.h"
 #include "numeric/samples.h"
@@ -26,10 +27,6 @@ constexpr double nanometersPerMeter = 1e9;
 Status Fail(std::string_view text, std::string& errorText) {
     AppendPiece(errorText, text);
     return Status::Error;
-}
-
-Status Refuse(const EdfaParams& params, std::string_view reason, std::string& errorText) {
-    return Fail(Concat("ERROR: component '", params.owner, "': ", reason, "\n"), errorText);
 }
 
 constexpr ParameterLimit<EdfaParams> limits[] = {
@@ -61,7 +58,9 @@ Status AmplifyEvenly(const EdfaParams& params, double inputPower, OpSignal& sign
     const double unsaturated = params.gain * params.gain;
     gain.g = std::sqrt(unsaturated / (inputPower / params.Psat * unsaturated + 1.0));
     gain.nu = lightSpeed / params.noiseCenter;
-    if (!std::isfinite(gain.g)) return Refuse(params, "the gain is out of range", errorText);
+    if (!std::isfinite(gain.g)) {
+        return RefuseComponent(params.owner, "the gain is out of range", errorText);
+    }
     for (OpSig& channel : Items(signal.channels)) {
         Multiply(channel.Ex_samples, channel.noPoints, gain.g);
         Multiply(channel.Ey_samples, channel.noPoints, gain.g);
@@ -104,7 +103,9 @@ Status AmplifyChannel(const EdfaParams& params, OpSig& channel, Gain& gain,
         gain.g = factors.get()[k] = std::pow(10.0, 0.05 * SCurveValue(gain.curves, x));
         finite = finite && std::isfinite(gain.g);
     }
-    if (!finite) return Refuse(params, "the gain curves are out of range", errorText);
+    if (!finite) {
+        return RefuseComponent(params.owner, "the gain curves are out of range", errorText);
+    }
     MultiplySpectra(channel, factors.get());
     return Status::Success;
 }
@@ -112,7 +113,9 @@ Status AmplifyChannel(const EdfaParams& params, OpSig& channel, Gain& gain,
 /// A gain for each bin of each channel.
 Status AmplifyByCurves(const EdfaParams& params, double inputPower, OpSignal& signal, Gain& gain,
                        std::string& errorText) {
-    if (params.gainCurves.empty()) return Refuse(params, "there are no gain curves", errorText);
+    if (params.gainCurves.empty()) {
+        return RefuseComponent(params.owner, "there are no gain curves", errorText);
+    }
     gain.curves = ChooseSCurves(params.gainCurves, inputPower);
     // Without a channel the center of the noise stands for the last one.
     gain.nu = lightSpeed / params.noiseCenter;
@@ -158,7 +161,7 @@ Status Amplify(const EdfaParams& params, const AmplifierType& type, OpSignal& si
                std::string& errorText) {
     const double inputPower = NodelistPower(&signal);
     if (!std::isfinite(inputPower)) {
-        return Refuse(params, "the input power is not a finite number", errorText);
+        return RefuseComponent(params.owner, "the input power is not a finite number", errorText);
     }
     Gain gain;
     Status status = type.amplify(params, inputPower, signal, gain, errorText);
@@ -237,7 +240,7 @@ Status EDFA(const Nodelist* input, const EdfaParams& params, Nodelist* output,
             "Input signal type incorrect for the EDFA.\nInput signal type must be 'OPSIG'.\n",
             errorText);
     }
-    if (!output) return Refuse(params, "no output port", errorText);
+    if (!output) return RefuseComponent(params.owner, "no output port", errorText);
     if (!input->sig) return Status::Success;
     const auto* type =
         std::find_if(std::begin(types), std::end(types),

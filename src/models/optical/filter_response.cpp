@@ -9,6 +9,7 @@
 #include "base/text.h"
 #include "models/optical/spectrum_grid.h"
 #include "models/parameter_limits.h"
+#include "models/refusals.h"
 #include "platform/file_system.h"
 
 namespace photrak {
@@ -17,11 +18,6 @@ namespace {
 constexpr double pi = std::numbers::pi;
 constexpr double stopBand = 1e-32;     // of the ideal filter: plots show a floor and no hole
 constexpr double endlessSlope = 1e30;  // of a trapezoid that is a rectangle
-
-Status Refuse(const OpticalFilterRecord& record, std::string_view reason, std::string& errorText) {
-    AppendPiece(errorText, Concat("ERROR: component '", record.owner, "': ", reason, "\n"));
-    return Status::Error;
-}
 
 /// The complement of a real amplitude.
 Complex Invert(Inversion inversion, double G) {
@@ -43,10 +39,10 @@ Status PrepareBand(FilterResponse& response, std::string& errorText) {
     response.nu0 = lightSpeed / record.wavelength;
     response.dnu = OppositeWidth(record.wavelength, record.BW);
     if (response.dnu > 0.0 && std::isfinite(response.dnu)) return Status::Success;
-    return Refuse(record,
-                  Concat("the bandwidth ", record.BW, " m does not fit the wavelength ",
-                         record.wavelength, " m"),
-                  errorText);
+    return RefuseComponent(record.owner,
+                           Concat("the bandwidth ", record.BW, " m does not fit the wavelength ",
+                                  record.wavelength, " m"),
+                           errorText);
 }
 
 // --- Gaussian ---
@@ -146,7 +142,8 @@ Status PrepareFabryPerot(FilterResponse& response, std::string& errorText) {
     }
     if (status != Status::Success) return status;
     if (response.R < 1.0 && response.tau > 0.0 && std::isfinite(response.tau)) return status;
-    return Refuse(record, "no resonator has this bandwidth and free spectral range", errorText);
+    return RefuseComponent(record.owner, "no resonator has this bandwidth and free spectral range",
+                           errorText);
 }
 
 Complex FabryPerot(const FilterResponse& response, double f) {
@@ -174,25 +171,26 @@ Status PrepareCustom(FilterResponse& response, std::string& errorText) {
     std::string text, reason;
     if (!ReadWholeFile(record.filename, text, reason, maxMatrixFileBytes)) {
         errorText += "ERROR: can't open custom filter file.\n";
-        return Refuse(record, Concat("file '", record.filename, "': ", reason), errorText);
+        return RefuseComponent(record.owner, Concat("file '", record.filename, "': ", reason),
+                               errorText);
     }
     if (ReadTransferMatrix(text, record.filename, response.matrix, reason) != Status::Success) {
-        AppendPiece(errorText, Concat("ERROR: component '", record.owner, "': ", reason));
-        return Status::Error;
+        return RefuseComponent(record.owner, reason, errorText);
     }
     const TransferMatrix& matrix = response.matrix;
     if (matrix.points == 0) {
-        return Refuse(record, Concat("'", record.filename, "' is no transfer matrix file"),
-                      errorText);
+        return RefuseComponent(
+            record.owner, Concat("'", record.filename, "' is no transfer matrix file"), errorText);
     }
     if (record.row >= 1 && record.row <= matrix.rows && record.column >= 1 &&
         record.column <= matrix.columns) {
         return Status::Success;
     }
-    return Refuse(record,
-                  Concat("'", record.filename, "' has ", matrix.rows, " rows and ", matrix.columns,
-                         " columns, no element (", record.row, ", ", record.column, ")"),
-                  errorText);
+    return RefuseComponent(
+        record.owner,
+        Concat("'", record.filename, "' has ", matrix.rows, " rows and ", matrix.columns,
+               " columns, no element (", record.row, ", ", record.column, ")"),
+        errorText);
 }
 
 Status PrepareScaledCustom(FilterResponse& response, std::string& errorText) {

@@ -4,11 +4,11 @@
 #include <string>
 #include <utility>
 
-#include "base/text.h"
 #include "kernel/parameters.h"
 #include "models/optical/optical_filter.h"
 #include "models/optical/signal_join.h"
 #include "models/optical/spectrum_grid.h"
+#include "models/refusals.h"
 
 namespace photrak {
 namespace {
@@ -97,11 +97,6 @@ bool ShiftsCarrier(const MuxParams& params, const OpSignal* signal) {
 
 // --- Ports ---
 
-Status Refuse(const MuxParams& params, std::string_view reason, std::string& errorText) {
-    AppendPiece(errorText, Concat("ERROR: component '", params.owner, "': ", reason, "\n"));
-    return Status::Error;
-}
-
 void Store(Owned<OpSignal> signal, Nodelist& output) {
     output.sig = signal.release();
     output.sigType = OpSigType;
@@ -111,7 +106,7 @@ void Store(Owned<OpSignal> signal, Nodelist& output) {
 Status CopyThrough(const OpticalFilterRecord& record, const MuxParams& params,
                    const OpSignal* source, Owned<OpSignal>& copy, std::string& errorText) {
     if (Make(copy, CopyOpSignal, source)) {
-        return Refuse(params, "could not copy the input signal", errorText);
+        return RefuseComponent(params.owner, "could not copy the input signal", errorText);
     }
     return Filter(record, copy.get(), errorText);
 }
@@ -129,7 +124,7 @@ Status JoinToOne(std::string_view device, const MuxParams& params, OpSignals& pa
 
 Status ReadSingleInput(const MuxParams& params, const ModelCall& call, const OpSignal*& signal) {
     if (!call.inputs || call.inputs->sigType != OpSigType) {
-        return Refuse(params, "the input signal is not optical", call.errorText);
+        return RefuseComponent(params.owner, "the input signal is not optical", call.errorText);
     }
     signal = static_cast<const OpSignal*>(call.inputs->sig);
     return Status::Success;
@@ -140,7 +135,7 @@ Status ReadSingleInput(const MuxParams& params, const ModelCall& call, const OpS
 /// The notch in the line and the filter of the added signal, joined.
 Status AddToLine(std::string_view device, const MuxParams& params, OpSignals& parts,
                  Owned<OpSignal>& joined, std::string& errorText) {
-    if (parts.size() != 2) return Refuse(params, "two inputs are needed", errorText);
+    if (parts.size() != 2) return RefuseComponent(params.owner, "two inputs are needed", errorText);
     Status status = Filter(NotchAt(params, params.center), parts[0].get(), errorText);
     if (status != Status::Success) return status;
     OpticalFilterRecord added = FilterAt(params, params.center);
@@ -220,7 +215,7 @@ Status RunOpticalAddMux(const ModelCall& call) {
 Status RunOpticalDropMux(const ModelCall& call) {
     const MuxParams params = ReadMuxParams(call.component, "filterCenter");
     if (!call.outputs || !call.outputs->next) {
-        return Refuse(params, "two outputs are needed", call.errorText);
+        return RefuseComponent(params.owner, "two outputs are needed", call.errorText);
     }
     const OpSignal* line = nullptr;
     Owned<OpSignal> through, dropped;
@@ -238,7 +233,7 @@ Status RunOpticalDropMux(const ModelCall& call) {
 Status RunOpticalAddDropMux(const ModelCall& call) {
     const MuxParams params = ReadMuxParams(call.component, "filterCenter");
     if (!call.outputs || !call.outputs->next) {
-        return Refuse(params, "two outputs are needed", call.errorText);
+        return RefuseComponent(params.owner, "two outputs are needed", call.errorText);
     }
     OpSignals parts;
     Owned<OpSignal> joined, dropped;

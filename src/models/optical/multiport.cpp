@@ -13,6 +13,7 @@
 #include "kernel/parameters.h"
 #include "kernel/sample_arrays.h"
 #include "models/optical/spectrum_grid.h"
+#include "models/refusals.h"
 #include "numeric/fft.h"
 #include "platform/file_system.h"
 
@@ -20,11 +21,6 @@ namespace photrak {
 namespace {
 
 constexpr double beyondAllWavelengths = 1e30;  // m
-
-Status Refuse(std::string_view owner, std::string_view reason, std::string& errorText) {
-    AppendPiece(errorText, Concat("ERROR: component '", owner, "': ", reason, "\n"));
-    return Status::Error;
-}
 
 Status Fail(std::string_view text, std::string& errorText) {
     errorText.append(text);
@@ -67,7 +63,7 @@ Status OpenPorts(Device& device, const Nodelist* inputs, const Nodelist* outputs
         InputPort port;
         if (cell.sig) {
             if (cell.sigType != OpSigType) {
-                return Refuse(device.owner, "an input is not optical", device.errorText);
+                return RefuseComponent(device.owner, "an input is not optical", device.errorText);
             }
             const auto* signal = static_cast<const OpSignal*>(cell.sig);
             port = {signal->channels, signal->noise};
@@ -108,9 +104,9 @@ Status CheckWavelengths(const Device& device) {
     for (const InputPort& input : device.inputs) {
         for (const OpSig& channel : Items(input.next)) {
             if (channel.wavelength > 0.0 && channel.wavelength < beyondAllWavelengths) continue;
-            return Refuse(device.owner,
-                          Concat("a channel has the wavelength ", channel.wavelength, " m"),
-                          device.errorText);
+            return RefuseComponent(
+                device.owner, Concat("a channel has the wavelength ", channel.wavelength, " m"),
+                device.errorText);
         }
     }
     return Status::Success;
@@ -128,10 +124,10 @@ Status CheckGrid(const Device& device, const Gathered& gathered) {
     for (const OpSig* channel : gathered) {
         if (!channel) continue;
         if (channel->noPoints != first.noPoints || channel->tStep != first.tStep) {
-            return Refuse(device.owner,
-                          Concat("channels of the wavelength ", first.wavelength,
-                                 " m differ in number of samples or time step"),
-                          device.errorText);
+            return RefuseComponent(device.owner,
+                                   Concat("channels of the wavelength ", first.wavelength,
+                                          " m differ in number of samples or time step"),
+                                   device.errorText);
         }
     }
     if (device.bandwidth == SignalBandwidth::Narrow) return Status::Success;
@@ -277,23 +273,22 @@ Status FillOutputs(Device& device) {
 Status RunCommand(const MultiportParams& params, std::string& errorText) {
     if (params.commandLine.find_first_not_of(" \t") == std::string::npos) return Status::Success;
     if (!ExternalCommandsAllowed()) {
-        return Refuse(params.owner, "its command line is refused: external commands are off",
-                      errorText);
+        return RefuseComponent(params.owner,
+                               "its command line is refused: external commands are off", errorText);
     }
     if (Spawn(params.commandLine, {}, Wait::Yes) == 0) return Status::Success;
-    return Refuse(params.owner, Concat("can't run '", params.commandLine, "'"), errorText);
+    return RefuseComponent(params.owner, Concat("can't run '", params.commandLine, "'"), errorText);
 }
 
 Status ReadTable(const MultiportParams& params, std::string& errorText) {
     std::string text, reason;
     if (!ReadWholeFile(params.fileName, text, reason, maxMatrixFileBytes)) {
         errorText += "can't open transfer matrix file.";
-        return Refuse(params.owner, Concat("file '", params.fileName, "': ", reason), errorText);
+        return RefuseComponent(params.owner, Concat("file '", params.fileName, "': ", reason),
+                               errorText);
     }
     const Status status = ReadTransferMatrix(text, params.fileName, TransferTable(), reason);
-    if (status == Status::Success) return status;
-    AppendPiece(errorText, Concat("ERROR: component '", params.owner, "': ", reason));
-    return status;
+    return status == Status::Success ? status : RefuseComponent(params.owner, reason, errorText);
 }
 
 }  // namespace
@@ -321,7 +316,9 @@ void ResetTransferTable() {
 Status ApplyTransferTable(std::string_view owner, const Nodelist* inputs, Nodelist* outputs,
                           SignalBandwidth bandwidth, std::string& errorText) {
     const TransferMatrix& matrix = TransferTable();
-    if (matrix.points == 0) return Refuse(owner, "there is no transfer matrix yet", errorText);
+    if (matrix.points == 0) {
+        return RefuseComponent(owner, "there is no transfer matrix yet", errorText);
+    }
     Device device{owner, matrix, bandwidth, errorText, {}, {}, nullptr, 0};
     if (OpenPorts(device, inputs, outputs) != Status::Success ||
         FillOutputs(device) != Status::Success) {

@@ -10,6 +10,7 @@
 #include "models/optical/port_copies.h"
 #include "models/optical/spectrum_grid.h"
 #include "models/parameter_limits.h"
+#include "models/refusals.h"
 #include "numeric/samples.h"
 
 namespace photrak {
@@ -36,9 +37,7 @@ Status ReadFinite(const ModelCall& call, std::string_view name, double& value) {
 }
 
 Status Refuse(const ModelCall& call, std::string_view reason) {
-    AppendPiece(call.errorText,
-                Concat("ERROR: component '", call.component.name, "': ", reason, "\n"));
-    return Status::Error;
+    return RefuseComponent(call.component.name, reason, call.errorText);
 }
 
 // --- Normalizer ---

@@ -11,6 +11,7 @@
 #include "models/optical/jones_matrix.h"
 #include "models/optical/port_copies.h"
 #include "models/parameter_limits.h"
+#include "models/refusals.h"
 
 namespace photrak {
 namespace {
@@ -54,9 +55,8 @@ Status ReadMatrix(const ModelCall& call, JonesMatrix& matrix) {
     const auto* mode = std::find_if(std::begin(modes), std::end(modes),
                                     [&](const Mode& row) { return row.word == word; });
     if (mode == std::end(modes)) {
-        AppendPiece(call.errorText, Concat("ERROR: component '", component.name, "': mode '", word,
-                                           "' is not known\n"));
-        return Status::Error;
+        return RefuseComponent(component.name, Concat("mode '", word, "' is not known"),
+                               call.errorText);
     }
     const double angle = GetParamDouble(component.parameters, "angle", 0.0);
     matrix = mode->matrix(angle * radiansPerDegree);

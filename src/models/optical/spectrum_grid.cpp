@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "base/text.h"
+#include "models/refusals.h"
 
 namespace photrak {
 namespace {
@@ -32,9 +33,7 @@ std::string Complaint(const OpSig& channel) {
 
 Status CheckSpectrumGrid(const OpSig& channel, std::string_view owner, std::string& errorText) {
     const std::string complaint = Complaint(channel);
-    if (complaint.empty()) return Status::Success;
-    AppendPiece(errorText, Concat("ERROR: component '", owner, "': ", complaint, "\n"));
-    return Status::Error;
+    return complaint.empty() ? Status::Success : RefuseComponent(owner, complaint, errorText);
 }
 
 }  // namespace photrak

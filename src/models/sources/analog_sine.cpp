@@ -6,8 +6,8 @@
 
 #include "base/text.h"
 #include "kernel/parameters.h"
-#include "models/detection/electrical_spectrum.h"
 #include "models/parameter_limits.h"
+#include "models/refusals.h"
 #include "models/sources/drive_signal.h"
 
 namespace photrak {

@@ -7,6 +7,7 @@
 #include "base/line_reader.h"
 #include "base/text.h"
 #include "kernel/sample_arrays.h"
+#include "models/refusals.h"
 #include "platform/file_system.h"
 
 namespace photrak {
@@ -95,11 +96,9 @@ class TableReader {
 
   private:
     Status Refuse(int line, std::string_view reason) {
-        errorText_ +=
-            Concat("ERROR: component '", owner_, "': custom signal file '", filename_, "'");
-        if (line > 0) errorText_ += Concat(", line ", line, ",");
-        errorText_ += Concat(" ", reason, "\n");
-        return Status::Error;
+        const std::string place = line > 0 ? Concat(", line ", line, ",") : "";
+        return RefuseComponent(
+            owner_, Concat("custom signal file '", filename_, "'", place, " ", reason), errorText_);
     }
 
     bool Reserve(std::int32_t rows) {

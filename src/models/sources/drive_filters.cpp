@@ -8,6 +8,7 @@
 #include "base/text.h"
 #include "models/detection/electrical_spectrum.h"
 #include "models/parameter_limits.h"
+#include "models/refusals.h"
 #include "numeric/fft.h"
 
 namespace photrak {

@@ -9,6 +9,7 @@
 #include "base/text.h"
 #include "kernel/parameters.h"
 #include "models/parameter_limits.h"
+#include "models/refusals.h"
 #include "numeric/roots.h"
 
 namespace photrak {
@@ -47,7 +48,7 @@ void Store(Owned<OpSignal> signal, Nodelist* output) {
 
 Status CheckOutput(std::string_view owner, const Nodelist* output, std::string& errorText) {
     if (output) return Status::Success;
-    return Fail(Concat("ERROR: component '", owner, "': no output port\n"), errorText);
+    return RefuseComponent(owner, "no output port", errorText);
 }
 
 // --- Constant field ---

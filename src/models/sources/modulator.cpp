@@ -11,6 +11,7 @@
 #include "kernel/parameters.h"
 #include "kernel/sample_arrays.h"
 #include "models/parameter_limits.h"
+#include "models/refusals.h"
 #include "numeric/fft.h"
 #include "numeric/messages.h"
 
@@ -23,10 +24,6 @@ constexpr double gigahertz = 1e9;
 Status Fail(std::string_view text, std::string& errorText) {
     errorText.append(text);
     return Status::Error;
-}
-
-Status Refuse(const ModulatorParams& params, std::string_view reason, std::string& errorText) {
-    return Fail(Concat("ERROR: component '", params.owner, "': ", reason, "\n"), errorText);
 }
 
 // --- Checks ---
@@ -50,7 +47,7 @@ Status CheckPorts(const ModulatorParams& params, const Nodelist* inputs, const N
     if (inputs->next->sigType != ElecSigType) {
         return Fail("ERROR: Incorrect signal type on second input port\n", errorText);
     }
-    return output ? Status::Success : Refuse(params, "no output port", errorText);
+    return output ? Status::Success : RefuseComponent(params.owner, "no output port", errorText);
 }
 
 /// A level in one sample, which takes the drive's time grid.
@@ -70,7 +67,7 @@ Status CheckSizes(const ModulatorParams& params, const OpSignal& light, const El
         }
     }
     if (drive.noPoints >= 1 && drive.elecSamples) return Status::Success;
-    return Refuse(params, "the electrical signal has no samples", errorText);
+    return RefuseComponent(params.owner, "the electrical signal has no samples", errorText);
 }
 
 // --- Frequency response of the drive ---
@@ -121,17 +118,17 @@ Status FilterDrive(const ModulatorParams& params, const ElecSig& drive, Complex*
     if (IsFlat(params)) return Status::Success;
     const std::int32_t n = drive.noPoints;
     if (!IsPowerOfTwo(n)) {
-        return Refuse(params,
-                      Concat("the electrical signal has ", n,
-                             " samples; the frequency response needs a power of two"),
-                      errorText);
+        return RefuseComponent(params.owner,
+                               Concat("the electrical signal has ", n,
+                                      " samples; the frequency response needs a power of two"),
+                               errorText);
     }
     const double binWidth = n == 1 ? 0.0 : 1.0 / (n * drive.tStep);
     if (!(binWidth >= 0.0) || std::isinf(binWidth)) {
-        return Refuse(params,
-                      Concat("the electrical signal has the time step ", drive.tStep,
-                             " s; the frequency response needs one above 0"),
-                      errorText);
+        return RefuseComponent(params.owner,
+                               Concat("the electrical signal has the time step ", drive.tStep,
+                                      " s; the frequency response needs one above 0"),
+                               errorText);
     }
     DoFFTFlagged(samples, n, -1, 0);
     MultiplySpectrum(params, binWidth, samples, n);
@@ -181,8 +178,9 @@ Status DriveToFactors(const ModulatorParams& params, const TransferCurve& curve,
                       std::int32_t n, std::string& errorText) {
     double least = 0.0, greatest = 0.0;
     if (!FindRange(drive, n, least, greatest)) {
-        return Refuse(params, "the drive behind the frequency response is not a finite number",
-                      errorText);
+        return RefuseComponent(params.owner,
+                               "the drive behind the frequency response is not a finite number",
+                               errorText);
     }
     const double level = params.levelShift ? (greatest + least) / 2.0 : 0.0;
     for (std::int32_t i = 1; i <= n; ++i) {
