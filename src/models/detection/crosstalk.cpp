@@ -123,8 +123,8 @@ Status FillFromArray(const ModelCall& call, CrosstalkMatrix& matrix) {
     const auto rows = static_cast<std::size_t>(array->rows);
     const auto columns = static_cast<std::size_t>(array->cols);
     const std::size_t n = matrix.n;
-    if (rows == n && columns == n) {
-        std::copy_n(values, n * n, matrix.factors.begin());
+    if (rows == n && columns >= n) {
+        for (std::size_t r = 0; r < n; ++r) std::copy_n(values + r * columns, n, &matrix.At(r, 0));
     } else if (HasConstantDiagonals(values, rows, columns)) {
         for (std::size_t k = 0; k < n; ++k) {
             for (std::size_t r = 0; r + k < n; ++r) {
