@@ -14,6 +14,8 @@ class BlockRun {
   public:
     struct Input {
         Input(OpSignal* light) : sigType(OpSigType), sig(light) {}
+        /// What another run made; a model never changes its input.
+        Input(const OpSignal& light) : Input(const_cast<OpSignal*>(&light)) {}
         Input(ElecSig* wave) : sigType(ElecSigType), sig(wave) {}
         Input(const Owned<OpSignal>& light) : Input(light.get()) {}
         Input(const Owned<ElecSig>& wave) : Input(wave.get()) {}

@@ -1,10 +1,11 @@
 // Channels through multiplexers and demultiplexers, as levels whose powers tell what passed where.
 #include "models/optical/multiplexers.h"
 
-#include <array>
 #include <gtest/gtest.h>
 #include <vector>
 
+#include "models/block_run.h"
+#include "models/optical/optical_filter.h"
 #include "models/optical_fixture.h"
 #include "numeric/samples.h"
 #include "support/temp_dir.h"
@@ -24,45 +25,25 @@ Owned<OpSignal> Level(double power, double frequency) {
     return signal;
 }
 
-/// Runs a model of up to three inputs and outputs.
-class Device {
-  public:
-    Device(Status (*model)(const ModelCall&), ModelBlock& block,
-           const std::vector<OpSignal*>& lights, std::size_t outputCount) {
-        std::array<Nodelist, 3> inputs{};
-        for (std::size_t i = 0; i < lights.size(); ++i) {
-            inputs[i] = {i + 1 < lights.size() ? &inputs[i + 1] : nullptr, OpSigType, lights[i]};
-        }
-        for (std::size_t i = 0; i + 1 < outputCount; ++i) outputs[i].next = &outputs[i + 1];
-        status =
-            model({workspace_, block.component, options_, inputs.data(), outputs.data(), text});
-    }
-    const OpSignal& Light(std::size_t port) const {
-        EXPECT_EQ(status, Status::Success) << text;
-        return outputs[port].As<OpSignal>();
-    }
-    /// Powers of the channels in their order.
-    std::vector<double> Powers(std::size_t port) const {
-        std::vector<double> powers;
-        for (const OpSig& channel : Items(Light(port).channels)) {
-            powers.push_back(AverageOpSigPower(&channel));
-        }
-        return powers;
-    }
+/// Of the channels at an output, in their order.
+template <class Measure>
+void ExpectChannels(const BlockRun& run, std::size_t port, const std::vector<double>& expected,
+                    double tolerance, Measure measure) {
+    ASSERT_EQ(run.status, Status::Success) << run.text;
+    std::vector<double> found;
+    for (const OpSig& channel : Items(run.Light(port).channels)) found.push_back(measure(channel));
+    ASSERT_EQ(found.size(), expected.size());
+    for (std::size_t i = 0; i < found.size(); ++i) EXPECT_NEAR(found[i], expected[i], tolerance);
+}
 
-    std::array<OutputCell, 3> outputs{OutputCell(OpSigType), OutputCell(OpSigType),
-                                      OutputCell(OpSigType)};
-    std::string text;
-    Status status;
+void ExpectPowers(const BlockRun& run, std::size_t port, const std::vector<double>& expected) {
+    ExpectChannels(run, port, expected, rounding,
+                   [](const OpSig& channel) { return AverageOpSigPower(&channel); });
+}
 
-  private:
-    Workspace workspace_;
-    SimOptions options_;
-};
-
-void ExpectPowers(const std::vector<double>& powers, const std::vector<double>& expected) {
-    ASSERT_EQ(powers.size(), expected.size());
-    for (std::size_t i = 0; i < powers.size(); ++i) EXPECT_NEAR(powers[i], expected[i], rounding);
+void ExpectFrequencies(const BlockRun& run, std::size_t port, const std::vector<double>& expected) {
+    ExpectChannels(run, port, expected, 1e3,
+                   [](const OpSig& channel) { return c / channel.wavelength; });
 }
 
 /// Filters of 50 GHz at f0 and 100 GHz apart from there.
@@ -75,6 +56,7 @@ void SetBank(ModelBlock& block, std::string_view type) {
 /// One filter of 0.4 nm (50 GHz) at f0.
 void SetFilter(ModelBlock& block, std::string_view type) {
     block.Word("filterType", type).Number("filterCenter", c / f0).Number("filterBW", 0.4e-9);
+    block.Word("filterSpecMode", "Frequency");  // a word for banks only
 }
 
 TEST(Multiplexers, MuxThenDemuxReturnsEachChannel) {
@@ -84,29 +66,56 @@ TEST(Multiplexers, MuxThenDemuxReturnsEachChannel) {
     ModelBlock mux("M"), demux("D");
     mux.Word("filterType", "None");
     SetBank(demux, "Ideal");
-    const Device joined(RunIdealOpticalMux, mux, {third.get(), first.get(), second.get()}, 1);
-    ExpectPowers(joined.Powers(0), {4.0, 2.0, 1.0});  // ascending by wavelength
-    auto* line = static_cast<OpSignal*>(joined.outputs[0].sig);
-    const Device split(RunOpticalDemux, demux, {line}, 3);
-    ExpectPowers(split.Powers(0), {0.0, 0.0, 1.0});
-    ExpectPowers(split.Powers(1), {0.0, 2.0, 0.0});
-    ExpectPowers(split.Powers(2), {4.0, 0.0, 0.0});
+    const BlockRun joined(RunIdealOpticalMux, mux, {third, first, second});
+    ExpectPowers(joined, 0, {4.0, 2.0, 1.0});  // ascending by wavelength
+    const BlockRun split(RunOpticalDemux, demux, {joined.Light()}, 3);
+    ExpectPowers(split, 0, {0.0, 0.0, 1.0});
+    ExpectPowers(split, 1, {0.0, 2.0, 0.0});
+    ExpectPowers(split, 2, {4.0, 0.0, 0.0});
     EXPECT_NEAR(split.Light(0).noise->powerSamples[2], 1e-17, 1e-26);
     EXPECT_LT(split.Light(1).noise->powerSamples[2], 1e-60);
 }
 
+// The second port against the filter itself, its record in meters worked out by hand.
 TEST(Multiplexers, FiltersInHertzAreWorkedOutForEachPort) {
-    ModelBlock mux("M");
-    SetBank(mux, "Gaussian");
-    mux.Number("loss", 3.0);
-    std::vector<Owned<OpSignal>> levels;
-    for (int port = 0; port < 3; ++port) {  // at half the bandwidth above each center: 3 dB
-        levels.push_back(Level(1.0, f0 + port * spacing + 25e9));
-    }
-    const Device joined(RunIdealOpticalMux, mux,
-                        {levels[0].get(), levels[1].get(), levels[2].get()}, 1);
-    for (const double power : joined.Powers(0)) {
-        EXPECT_NEAR(power, 0.5 * std::pow(10.0, -0.3), 1e-3);
+    const double f = f0 + spacing;
+    const auto meters = [f](double low, double high) { return c / (f - low) - c / (f + high); };
+    const struct {
+        std::string_view type;
+        double FSR, freeRange;  // Hz, m
+    } rows[] = {{"Gaussian", 1e12, 0.0},
+                {"Trapezoidal", 1e12, 0.0},
+                {"FabryPerot", 3e14, meters(1.5e14, 1.5e14)},
+                {"FabryPerot", 5e14, meters(0.0, 5e14)}};  // reaches beyond frequency 0
+    const Owned<OpSignal> line = Carrier(0.0, 16, c / (f + 10e9)), none;
+    line->channels->tStep = 2e-12;
+    FillRamp(line->channels->Ex_samples, 16, 0.0);
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.FSR);
+        ModelBlock bank("B");
+        SetBank(bank, row.type);
+        bank.Number("filterFSR", row.FSR).Number("loss", 3.0).Whole("filterOrder", 2);
+        OpticalFilterRecord record;
+        record.type = row.type;
+        record.order = 2;
+        record.L = std::pow(10.0, -0.15);
+        record.wavelength = c / f;
+        record.BW = meters(25e9, 25e9);
+        record.BW0dB = meters(10e9, 10e9);
+        record.FSR = row.freeRange;
+        Owned<OpSig> expected;
+        std::string text;
+        ASSERT_EQ(Make(expected, CopyOpSig, line->channels), 0);
+        ASSERT_EQ(ApplyOpticalFilter(record, expected.get(), nullptr, text), Status::Success);
+        const BlockRun joined(RunIdealOpticalMux, bank, {none, line});
+        const BlockRun split(RunOpticalDemux, bank, {line}, 2);
+        ASSERT_EQ(joined.status, Status::Success) << joined.text;
+        ASSERT_EQ(split.status, Status::Success) << split.text;
+        for (std::int32_t i = 1; i <= 16; ++i) {
+            const auto field = Value(expected->Ex_samples[i]);
+            EXPECT_NEAR(std::abs(Value(joined.Channel().Ex_samples[i]) - field), 0.0, rounding);
+            EXPECT_NEAR(std::abs(Value(split.Channel(1).Ex_samples[i]) - field), 0.0, rounding);
+        }
     }
 }
 
@@ -117,13 +126,12 @@ TEST(Multiplexers, SingleChannelNeedsChannelsWithinTheSamplingRate) {
     ModelBlock list("M"), single("S");
     list.Word("Representation", "ChannelList").Word("filterType", "None");
     single.Word("Representation", "SingleChannel").Word("filterType", "None");
-    ExpectPowers(Device(RunIdealOpticalMux, list, {first.get(), far.get()}, 1).Powers(0),
-                 {1.0, 1.0});
-    ExpectPowers(Device(RunIdealOpticalMux, single, {first.get(), near.get()}, 1).Powers(0), {2.0});
-    const Device refused(RunIdealOpticalMux, single, {first.get(), far.get()}, 1);
+    ExpectPowers(BlockRun(RunIdealOpticalMux, list, {first, far}), 0, {1.0, 1.0});
+    ExpectPowers(BlockRun(RunIdealOpticalMux, single, {first, near}), 0, {2.0});
+    const BlockRun refused(RunIdealOpticalMux, single, {first, far});
     EXPECT_EQ(refused.status, Status::Error);
     EXPECT_EQ(refused.text, "ERROR merging optical signals: signal sampling rate too low\n");
-    EXPECT_EQ(refused.outputs[0].sig, nullptr);
+    EXPECT_TRUE(refused.IsEmpty());
 }
 
 TEST(Multiplexers, ThroughAndDroppedPowerSumToOne) {
@@ -131,10 +139,12 @@ TEST(Multiplexers, ThroughAndDroppedPowerSumToOne) {
     SetFilter(block, "Gaussian");
     for (const double offset : {0.0, 10e9, 25e9, 60e9}) {
         const Owned<OpSignal> level = Level(1.0, f0 + offset);
-        const Device device(RunOpticalDropMux, block, {level.get()}, 2);
-        EXPECT_NEAR(device.Powers(0)[0] + device.Powers(1)[0], 1.0, rounding);
+        const BlockRun run(RunOpticalDropMux, block, {level}, 2);
+        ASSERT_EQ(run.status, Status::Success) << run.text;
+        const double dropped = AverageOpSigPower(&run.Channel(1));
+        EXPECT_NEAR(AverageOpSigPower(&run.Channel(0)) + dropped, 1.0, rounding);
         const double half = c / (c / f0 - 0.2e-9) - f0;  // Hz, to the 3 dB point
-        EXPECT_NEAR(device.Powers(1)[0], std::pow(0.5, std::pow(offset / half, 2)), 1e-3);
+        EXPECT_NEAR(dropped, std::pow(0.5, std::pow(offset / half, 2)), 1e-3);
     }
 }
 
@@ -143,17 +153,16 @@ TEST(Multiplexers, AddDropExchangesTheChannelAtItsCenter) {
     AppendChannel(*line, Level(2.0, f0 - spacing));
     ModelBlock block("A");
     SetFilter(block, "Ideal");
-    const Device device(RunOpticalAddDropMux, block, {line.get(), added.get()}, 2);
-    std::vector<double> through = device.Powers(0);
-    ASSERT_EQ(through.size(), 3U);  // the notched one stays in the list, dark
-    EXPECT_NEAR(through[0] + through[1], 8.0, rounding);
-    EXPECT_NEAR(through[2], 2.0, rounding);
-    ExpectPowers(device.Powers(1), {1.0, 0.0});
-    const Device add(RunOpticalAddMux, block, {line.get(), added.get()}, 1);
-    through = add.Powers(0);
-    ASSERT_EQ(through.size(), 3U);
-    EXPECT_NEAR(through[0] + through[1], 8.0, rounding);
-    EXPECT_NEAR(through[2], 2.0, rounding);
+    const BlockRun both(RunOpticalAddDropMux, block, {line, added}, 2);
+    ExpectPowers(both, 1, {1.0, 0.0});
+    const BlockRun add(RunOpticalAddMux, block, {line, added});
+    for (const BlockRun* run : {&both, &add}) {
+        // The notched one stays in the list, dark; which of two equal carriers comes first is open.
+        const OpSig& first = run->Channel();
+        ExpectFrequencies(*run, 0, {f0, f0, f0 - spacing});
+        EXPECT_NEAR(AverageOpSigPower(&first) + AverageOpSigPower(first.next), 8.0, rounding);
+        EXPECT_NEAR(AverageOpSigPower(first.next->next), 2.0, rounding);
+    }
 }
 
 // Line, added and dropped light each have an element of their own in a measured matrix.
@@ -167,15 +176,14 @@ TEST(Multiplexers, PathsReadTheirOwnElementOfACustomFile) {
     block.Word("filename", file);
     SetBank(bank, "Custom1");
     bank.Word("filename", file);
-    const Device device(RunOpticalAddDropMux, block, {line.get(), added.get()}, 2);
-    ExpectPowers(device.Powers(0), {0.36, 0.09});
-    ExpectPowers(device.Powers(1), {0.25});
-    ExpectPowers(Device(RunOpticalDropMux, block, {line.get()}, 2).Powers(1), {0.25});
-    ExpectPowers(Device(RunIdealOpticalMux, bank, {line.get(), added.get()}, 1).Powers(0),
-                 {0.36, 0.25});
-    const Device split(RunOpticalDemux, bank, {line.get()}, 2);
-    ExpectPowers(split.Powers(0), {0.36});
-    ExpectPowers(split.Powers(1), {0.25});
+    const BlockRun both(RunOpticalAddDropMux, block, {line, added}, 2);
+    ExpectPowers(both, 0, {0.36, 0.09});
+    ExpectPowers(both, 1, {0.25});
+    ExpectPowers(BlockRun(RunOpticalDropMux, block, {line}, 2), 1, {0.25});
+    ExpectPowers(BlockRun(RunIdealOpticalMux, bank, {line, added}), 0, {0.36, 0.25});
+    const BlockRun split(RunOpticalDemux, bank, {line}, 2);
+    ExpectPowers(split, 0, {0.36});
+    ExpectPowers(split, 1, {0.25});
 }
 
 TEST(Multiplexers, AutoShiftsOnlyALoneChannelAndNeverTheLine) {
@@ -185,11 +193,19 @@ TEST(Multiplexers, AutoShiftsOnlyALoneChannelAndNeverTheLine) {
     ModelBlock block("D");
     SetFilter(block, "Gaussian");
     block.Word("shiftcarrier", "Auto");
-    const Device one(RunOpticalDropMux, block, {lone.get()}, 2);
-    EXPECT_EQ(one.Light(0).channels->wavelength, lone->channels->wavelength);
-    EXPECT_EQ(one.Light(1).channels->wavelength, c / f0);
-    const Device two(RunOpticalDropMux, block, {pair.get()}, 2);
-    EXPECT_EQ(two.Light(1).channels->next->wavelength, pair->channels->next->wavelength);
+    const BlockRun one(RunOpticalDropMux, block, {lone}, 2);
+    ExpectFrequencies(one, 0, {f0 + bin});
+    ExpectFrequencies(one, 1, {f0});
+    ExpectFrequencies(BlockRun(RunOpticalDropMux, block, {pair}, 2), 1, {f0, f0 + bin});
+    // Each path by the channels that come its way.
+    const BlockRun loneAdded(RunOpticalAddDropMux, block, {pair, lone}, 2);
+    ExpectFrequencies(loneAdded, 0, {f0 + bin, f0, f0});
+    ExpectFrequencies(loneAdded, 1, {f0, f0 + bin});
+    const BlockRun loneLine(RunOpticalAddDropMux, block, {lone, pair}, 2);
+    ExpectFrequencies(loneLine, 0, {f0 + bin, f0 + bin, f0});
+    ExpectFrequencies(loneLine, 1, {f0});
+    block.Word("shiftcarrier", "Yes");
+    ExpectFrequencies(BlockRun(RunOpticalAddMux, block, {pair, pair}), 0, {f0 + bin, f0, f0, f0});
 }
 
 TEST(Multiplexers, RefuseWhatTheyCannotFilterAndPassOverEmptyPorts) {
@@ -198,16 +214,17 @@ TEST(Multiplexers, RefuseWhatTheyCannotFilterAndPassOverEmptyPorts) {
     SetBank(bank, "Gaussian");
     bank.Number("firstFilterCenter", 10e9);  // below half the bandwidth
     none.Word("filterType", "None");
-    const Device low(RunOpticalDemux, bank, {light.get()}, 2);
+    const Owned<OpSignal> empty;
+    const BlockRun low(RunOpticalDemux, bank, {light}, 2);
     EXPECT_EQ(low.status, Status::Error);
     EXPECT_NE(low.text.find("component 'B'"), std::string::npos) << low.text;
-    EXPECT_EQ(low.outputs[0].sig, nullptr);
-    const Device alone(RunOpticalAddMux, none, {light.get()}, 1);
-    EXPECT_EQ(alone.text, "ERROR: component 'N': two inputs are needed\n");
-    ExpectPowers(Device(RunIdealOpticalMux, none, {nullptr, light.get()}, 1).Powers(0), {1.0});
-    const Device dark(RunIdealOpticalMux, none, {nullptr, nullptr}, 1);
+    EXPECT_TRUE(low.IsEmpty());
+    EXPECT_EQ(BlockRun(RunOpticalAddMux, none, {light}).text,
+              "ERROR: component 'N': two inputs are needed\n");
+    ExpectPowers(BlockRun(RunIdealOpticalMux, none, {empty, light}), 0, {1.0});
+    const BlockRun dark(RunIdealOpticalMux, none, {empty, empty});
     EXPECT_EQ(dark.status, Status::Success);
-    EXPECT_EQ(dark.outputs[0].sig, nullptr);
+    EXPECT_TRUE(dark.IsEmpty());
 }
 
 }  // namespace

@@ -27,13 +27,16 @@ struct MuxParams {
     std::string shiftCarrier;  // "Yes", "No", "Auto"
 };
 
-MuxParams ReadMuxParams(const Component& component, std::string_view centerName) {
+enum class FilterUse { Bank, Single };  // a filter for each port, or one of add and drop
+
+MuxParams ReadMuxParams(const Component& component, FilterUse use) {
+    const bool bank = use == FilterUse::Bank;
     Parameter* list = component.parameters;
     MuxParams params;
     params.owner = component.name;
     params.singleChannel = GetParamText(list, "Representation", "") == "SingleChannel";
-    params.inFrequency = GetParamText(list, "filterSpecMode", "") == "Frequency";
-    params.center = GetParamDouble(list, centerName, 1.55e-6);
+    params.inFrequency = bank && GetParamText(list, "filterSpecMode", "") == "Frequency";
+    params.center = GetParamDouble(list, bank ? "firstFilterCenter" : "filterCenter", 1.55e-6);
     params.spacing = GetParamDouble(list, "filterSpacing", 0.0);
     params.BW = GetParamDouble(list, "filterBW", 0.4e-9);
     params.BW0dB = GetParamDouble(list, "filterBW0dB", 0.2e-9);
@@ -158,7 +161,7 @@ Status Drop(const MuxParams& params, const OpSignal* line, Owned<OpSignal>& drop
 }  // namespace
 
 Status RunIdealOpticalMux(const ModelCall& call) {
-    const MuxParams params = ReadMuxParams(call.component, "firstFilterCenter");
+    const MuxParams params = ReadMuxParams(call.component, FilterUse::Bank);
     OpSignals parts;
     Status status = CopyInputs("MUX", call.inputs, parts, call.errorText);
     double center = params.center;
@@ -179,7 +182,7 @@ Status RunIdealOpticalMux(const ModelCall& call) {
 }
 
 Status RunOpticalDemux(const ModelCall& call) {
-    const MuxParams params = ReadMuxParams(call.component, "firstFilterCenter");
+    const MuxParams params = ReadMuxParams(call.component, FilterUse::Bank);
     const OpSignal* line = nullptr;
     Status status = ReadSingleInput(params, call, line);
     OpSignals separated;
@@ -201,7 +204,7 @@ Status RunOpticalDemux(const ModelCall& call) {
 }
 
 Status RunOpticalAddMux(const ModelCall& call) {
-    const MuxParams params = ReadMuxParams(call.component, "filterCenter");
+    const MuxParams params = ReadMuxParams(call.component, FilterUse::Single);
     OpSignals parts;
     Owned<OpSignal> joined;
     Status status = CopyInputs("AddMux", call.inputs, parts, call.errorText);
@@ -213,7 +216,7 @@ Status RunOpticalAddMux(const ModelCall& call) {
 }
 
 Status RunOpticalDropMux(const ModelCall& call) {
-    const MuxParams params = ReadMuxParams(call.component, "filterCenter");
+    const MuxParams params = ReadMuxParams(call.component, FilterUse::Single);
     if (!call.outputs || !call.outputs->next) {
         return RefuseComponent(params.owner, "two outputs are needed", call.errorText);
     }
@@ -231,7 +234,7 @@ Status RunOpticalDropMux(const ModelCall& call) {
 }
 
 Status RunOpticalAddDropMux(const ModelCall& call) {
-    const MuxParams params = ReadMuxParams(call.component, "filterCenter");
+    const MuxParams params = ReadMuxParams(call.component, FilterUse::Single);
     if (!call.outputs || !call.outputs->next) {
         return RefuseComponent(params.owner, "two outputs are needed", call.errorText);
     }
