@@ -21,10 +21,10 @@ constexpr double binWidth = 1.0 / (n * ps);  // Hz
 constexpr double f0 = 193.1e12;
 constexpr double rounding = 1e-12;  // of fields of about 1
 
-/// Two levels of 1 W and 4 W, eight bins apart.
+/// Two levels of 1 W and 4 W, to the nearest bin four above and four below their mean.
 Owned<OpSignal> TwoLevels() {
-    Owned<OpSignal> signal = Carrier(1.0, n, c / (f0 + 4 * binWidth));
-    AppendChannel(*signal, Carrier(4.0, n, c / (f0 - 4 * binWidth)));
+    Owned<OpSignal> signal = Carrier(1.0, n, c / (f0 + 3.7 * binWidth));
+    AppendChannel(*signal, Carrier(4.0, n, c / (f0 - 3.7 * binWidth)));
     return signal;
 }
 

@@ -153,7 +153,9 @@ TEST_F(Multiport, WideDeviceWeighsEveryBinAndNarrowOneTheCarrier) {
         field[j] = std::polar(1.0, -2.0 * std::numbers::pi * 2.0 * (j - 1) / n);
         tone->Ex_samples[j] = {field[j].real(), field[j].imag()};
     }
-    Add(Input(), std::move(tone));
+    OpSignal* input = Input();
+    Add(input, std::move(tone));
+    input->noise = RampSpectrum(4).release();
     const double bin = lightSpeed / (2.0 / (n * tStep) + lightSpeed / carrier);
     const std::pair<SignalBandwidth, Field> expected[] = {
         {SignalBandwidth::Narrow, element(carrier)}, {SignalBandwidth::Wide, element(bin)}};
@@ -161,6 +163,10 @@ TEST_F(Multiport, WideDeviceWeighsEveryBinAndNarrowOneTheCarrier) {
         ASSERT_EQ(Apply(1, bandwidth), Status::Success) << text_;
         for (std::int32_t j = 1; j <= n; ++j) {
             ExpectNear(Output(1).channels->Ex_samples[j], factor * field[j], 1e-12);
+        }
+        for (std::int32_t k = 1; k <= 4; ++k) {  // noise has the frequency of its sample
+            const double power = k * std::norm(element(lightSpeed / (193e12 + (k - 1) * 1e9)));
+            EXPECT_NEAR(Output(1).noise->powerSamples[k], power, 1e-12);
         }
     }
 }

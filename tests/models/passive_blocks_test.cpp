@@ -24,6 +24,10 @@ Owned<OpSignal> Polarized(double powerEach) {
     return signal;
 }
 
+void ExpectNear(Complex value, std::complex<double> expected) {
+    EXPECT_NEAR(std::abs(Value(value) - expected), 0.0, tolerance);
+}
+
 double Power(const OpSig& channel) {
     return AverageOpSigPower(&channel);
 }
@@ -123,31 +127,39 @@ TEST(IdealFrequencyConverter, FeedsEachShiftIntoTheNext) {
     EXPECT_NEAR(run.Channel(1).wavelength, 1.3e-6, 1e-18);
 }
 
-TEST(PolarizationTransformer, RotatesAndPolarizes) {
-    const Owned<OpSignal> light = Carrier(4.0);
+TEST(PolarizationTransformer, MultipliesByTheMatrixOfItsMode) {
+    using Element = std::complex<double>;
+    const Owned<OpSignal> light = Carrier(4.0), both = Carrier(4.0);
     AddNoise(*light, 193e12, 1e9, {2.0});
+    ASSERT_EQ(AddEySamples(both->channels), 0);
+    both->channels->Ey_samples[4] = {3.0, 1.0};
     struct Case {
         std::string_view mode;
-        Complex x, y;  // from a field of 2 on x
+        Element m11, m12, m21, m22;
     };
     const double s = std::numbers::sqrt3 / 2.0;
-    const Case cases[] = {{"Rotation", {1.0, 0.0}, {-2.0 * s, 0.0}},
-                          {"LinearPolarizer", {0.5, 0.0}, {s, 0.0}},
-                          {"CircularLeft", {1.0, 0.0}, {0.0, -1.0}},
-                          {"CircularRight", {1.0, 0.0}, {0.0, 1.0}},
-                          {"Custom", {6.0, 0.0}, {0.0, 8.0}}};
+    const Element j(0.0, 1.0);
+    const Case cases[] = {{"Rotation", 0.5, s, -s, 0.5},
+                          {"LinearPolarizer", 0.25, 0.5 * s, 0.5 * s, 0.75},
+                          {"CircularLeft", 0.5, 0.5 * j, -0.5 * j, 0.0},
+                          {"CircularRight", 0.5, -0.5 * j, 0.5 * j, 0.0},
+                          {"Custom", 3.0, 7.0 * j, 4.0 * j, {1.0, 5.0}}};
     for (const Case& row : cases) {
         SCOPED_TRACE(row.mode);
         ModelBlock block;
         block.Word("mode", row.mode).Number("angle", 60.0).Number("loss", 20.0);
         block.Number("coef11r", 3.0).Number("coef21i", 4.0);
+        block.Number("coef12i", 7.0).Number("coef22i", 5.0);
         const BlockRun run(RunPolarizationTransformer, block, {light});
         ASSERT_EQ(run.status, Status::Success) << run.text;
         ASSERT_NE(run.Channel().Ey_samples, nullptr);
-        EXPECT_NEAR(run.Channel().Ex_samples[4].re, 0.1 * row.x.re, tolerance);
-        EXPECT_NEAR(run.Channel().Ey_samples[4].re, 0.1 * row.y.re, tolerance);
-        EXPECT_NEAR(run.Channel().Ey_samples[4].im, 0.1 * row.y.im, tolerance);
+        ExpectNear(run.Channel().Ex_samples[4], 0.1 * 2.0 * row.m11);
+        ExpectNear(run.Channel().Ey_samples[4], 0.1 * 2.0 * row.m21);
         EXPECT_NEAR(run.Light().noise->powerSamples[1], 0.02, tolerance);
+        const BlockRun mixed(RunPolarizationTransformer, block, {both});
+        const Element y(3.0, 1.0);
+        ExpectNear(mixed.Channel().Ex_samples[4], 0.1 * (2.0 * row.m11 + y * row.m12));
+        ExpectNear(mixed.Channel().Ey_samples[4], 0.1 * (2.0 * row.m21 + y * row.m22));
     }
     ModelBlock block;
     block.Word("mode", "100%n");
@@ -166,16 +178,26 @@ TEST(PolarizationTransformer, CircularModesDropYIntoX) {  // Kept deliberately: 
 }
 
 TEST(PassiveBlocks, StopAtABadPortOrWithoutMemory) {
-    const std::pair<Status (*)(const ModelCall&), std::string_view> blocks[] = {
-        {RunOpticalAttenuator, "ERROR in OpticalAttenuator: invalid input signals\n"},
+    struct Case {
+        Status (*model)(const ModelCall&);
+        std::string_view badInput, copyFailed;
+    };
+    const Case blocks[] = {
+        {RunOpticalAttenuator, "ERROR in OpticalAttenuator: invalid input signals\n",
+         "Error in copying OpSig in OpticalAttenuator.\n"},
         // Kept deliberately: a port of another type is told in the attenuator's words.
-        {RunOpticalNormalizer, "ERROR in OpticalAttenuator: invalid input signals\n"},
-        {RunPhaseShift, "ERROR in PhaseShift: invalid input signals\n"},
-        {RunFiberDelay, "ERROR in FiberDelay: invalid input signals\n"},
-        {RunIdealFrequencyConverter, "ERROR in IdealFrequencyConverter: invalid input signals\n"},
-        {RunPolarizationTransformer, "ERROR in Polarization Transformer: invalid input signals\n"}};
+        {RunOpticalNormalizer, "ERROR in OpticalAttenuator: invalid input signals\n",
+         "Error in copying OpSig in OpticalNormalizer.\n"},
+        {RunPhaseShift, "ERROR in PhaseShift: invalid input signals\n",
+         "Error in copying OpSig in PhaseShift.\n"},
+        {RunFiberDelay, "ERROR in FiberDelay: invalid input signals\n",
+         "Error in copying OpSig in FiberDelay.\n"},
+        {RunIdealFrequencyConverter, "ERROR in IdealFrequencyConverter: invalid input signals\n",
+         "Error in copying OpSig in IdealFrequencyConverter.\n"},
+        {RunPolarizationTransformer, "ERROR in Polarization Transformer: invalid input signals\n",
+         "Error in copying OpSig in Polarizarion Transformer.\n"}};
     const Owned<OpSignal> light = Carrier(2e-3), none;
-    for (const auto& [model, badInput] : blocks) {
+    for (const auto& [model, badInput, copyFailed] : blocks) {
         SCOPED_TRACE(badInput);
         ModelBlock block;
         EXPECT_EQ(BlockRun(model, block, {Owned<ElecSig>()}).text, badInput);
@@ -184,8 +206,21 @@ TEST(PassiveBlocks, StopAtABadPortOrWithoutMemory) {
         const BlockRun starved(model, block, {light});
         RefuseAllocationsFrom(-1);
         EXPECT_EQ(starved.status, Status::Error);
+        EXPECT_EQ(starved.text, copyFailed);
         EXPECT_TRUE(starved.IsEmpty());
     }
+    ModelBlock block;
+    EXPECT_EQ(BlockRun(RunOpticalNormalizer, block, {RampWaveform(4, 1e-12)}).text,
+              "Incorrect input signal types in OpticalNormalizer.\n");
+    std::string last;  // the second polarization is the last that needs memory
+    for (int n = 1; n < 20; ++n) {
+        RefuseAllocationsFrom(n);
+        const BlockRun starved(RunPolarizationTransformer, block, {light});
+        RefuseAllocationsFrom(-1);
+        if (starved.status == Status::Success) break;
+        last = starved.text;
+    }
+    EXPECT_EQ(last, "insufficient memory in Polarization Transformer\n");
 }
 
 }  // namespace
