@@ -154,7 +154,7 @@ void DeriveLengths(FiberParams& params, const OpSig* list) {
     } else {
         params.LD = std::fabs(T * T / curve.beta2);
         params.z0 = params.LD * 1.5707963267948966;
-        if (params.distance < 0) params.distance *= params.z0 * -0.001;
+        if (params.distance < 0) params.distance = params.z0 * params.distance * -0.001;
     }
     if (list && curve.beta3 != 0) params.L3 = std::fabs(T * T * T / curve.beta3);
 }
