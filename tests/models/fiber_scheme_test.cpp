@@ -268,6 +268,7 @@ TEST(FiberScheme, TellsEveryStepAndTheTimeItTook) {
     FiberParams params = StandardFiber();
     params.name = "50%s";
     params.distance = 1500;
+    params.zStepFac = 1e-3;  // a fixed step goes before it
     StopAfter host(100);
     ASSERT_EQ(RunWatched(*input, params, host).status, Status::Success);
     const std::vector<std::string> expected = {"Z=0 and dZ=1000 in NLFiber 50%s",
@@ -279,6 +280,11 @@ TEST(FiberScheme, TellsEveryStepAndTheTimeItTook) {
                        "\nNLFiber calculation time = "),
               0u);
     EXPECT_NE(log.find(" sec for distance = 1500 meters\n"), std::string::npos);
+
+    params.distance = 0;
+    StopAfter none(100);
+    ASSERT_EQ(RunWatched(*input, params, none).status, Status::Success);
+    EXPECT_EQ(none.statusTexts, std::vector<std::string>{"Z=0 and dZ=0 in NLFiber 50%s"});
 }
 
 }  // namespace

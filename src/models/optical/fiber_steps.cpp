@@ -150,7 +150,8 @@ bool FiberRun::Step() {
 }
 
 Status FiberRun::Run(double peakPower, std::string& errorText) {
-    params_.dz = NextStep(params_, gamma0_, 0, peakPower);
+    // Not beyond the end, which for a fiber of no length is a step of 0.
+    params_.dz = std::min(NextStep(params_, gamma0_, 0, peakPower), params_.distance);
     bool goes = Goes();
     if (goes && Moves()) fields_.Linear(FirstHalf());
     while (goes) {
