@@ -67,15 +67,15 @@ inline FiberParams BareFiber() {
     params.dataType = "custom";
     params.distance = 1000;
     params.zStepSize = 100;
-    params.diameter = 1e-5;
-    params.aEff = 1.0;
+    params.diameter = 8e-6;
+    params.aEff = 1.5625;  // 78.5 um^2
     params.curve.n1 = 1.468;
     params.curve.lambda0 = 1.55e-6;
     params.doublesWindow = false;
     return params;
 }
 
-/// The text's own gamma for BareFiber's area.
+/// gamma = 2 pi n2 / (lambda Aeff) with BareFiber's area, that of a circle of 10 um.
 inline double GammaOf(double n2, double wavelength) {
     return n2 * 2 * M_PI / (wavelength * M_PI * 0.25e-10);
 }

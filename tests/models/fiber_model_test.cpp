@@ -220,6 +220,11 @@ class FiberBlock {
         EXPECT_TRUE(SetText(&parameter->value, value));
         return *this;
     }
+    FiberParams Read() {
+        EXPECT_EQ(EvalComponentParams(*component_, workspace_.get(), text), Status::Success)
+            << text;
+        return ReadFiberParams(component_->name, component_->parameters);
+    }
     Owned<OpSignal> Run(const Owned<OpSignal>& input) {
         EXPECT_EQ(EvalComponentParams(*component_, workspace_.get(), text), Status::Success);
         Nodelist in{}, out{};
@@ -244,8 +249,45 @@ class FiberBlock {
     Component* component_ = nullptr;
 };
 
-// 80 km of standard fiber: 16 dB and, without power, the textbook's broadening. The fields of the
-// definition are all read: each of them changed changes the output.
+// Every number of the definition arrives under its name, every word is understood.
+TEST(FiberModel, ReadsTheParametersOfItsDefinition) {
+    using Read = double (*)(const FiberParams&);
+    const struct {
+        const char *name, *value;
+        Read read;
+    } rows[] = {
+        {"distance", "101", [](const FiberParams& p) { return p.distance; }},
+        {"zStepSize", "102", [](const FiberParams& p) { return p.zStepSize; }},
+        {"zStepFac", "103", [](const FiberParams& p) { return p.zStepFac; }},
+        {"diameter", "104e-8", [](const FiberParams& p) { return p.diameter; }},
+        {"aEff", "105", [](const FiberParams& p) { return p.aEff; }},
+        {"loss", "106", [](const FiberParams& p) { return p.loss; }},
+        {"beta2", "107e-25", [](const FiberParams& p) { return p.curve.beta2; }},
+        {"beta3", "108e-37", [](const FiberParams& p) { return p.curve.beta3; }},
+        {"n1", "1.09", [](const FiberParams& p) { return p.curve.n1; }},
+        {"n2", "110e-20", [](const FiberParams& p) { return p.n2; }},
+        {"dispersionLambda0", "111e-8", [](const FiberParams& p) { return p.curve.lambda0; }},
+        {"dispersionS0", "112", [](const FiberParams& p) { return p.curve.S0; }},
+        {"dispersionOffset", "113e-9", [](const FiberParams& p) { return p.curve.D0; }},
+        {"skew", "114e-12", [](const FiberParams& p) { return p.skew; }},
+        {"pmd_coef", "115e-15", [](const FiberParams& p) { return p.pmdCoefficient; }},
+        {"pmd_corlen", "116", [](const FiberParams& p) { return p.pmdCorrelationLength; }},
+    };
+    FiberBlock block;
+    const FiberParams defaults = block.Read();
+    EXPECT_FALSE(defaults.showStatus || defaults.hasRaman || defaults.mergesHalfSteps);
+    EXPECT_TRUE(defaults.doublesWindow);
+    for (const auto& row : rows) block.Set(row.name, row.value);
+    block.Set("dataType", "defined2").Set("showstatus", "Yes").Set("raman_effects", "Gain");
+    block.Set("pmd_method", "Coarse_Step").Set("optimizationlevel", "3");
+    const FiberParams read = block.Read();
+    for (const auto& row : rows) EXPECT_DOUBLE_EQ(row.read(read), std::stod(row.value)) << row.name;
+    EXPECT_EQ(read.dataType, "defined2");
+    EXPECT_EQ(read.pmdMethod, "Coarse_Step");
+    EXPECT_TRUE(read.showStatus && read.hasRaman && read.mergesHalfSteps && !read.doublesWindow);
+}
+
+// 80 km of standard fiber: 16 dB and, without power, the textbook's broadening.
 TEST(FiberModel, RunsWithTheDefaultsOfTheCatalogue) {
     const auto input = MakeSignal({{Gauss(1e-9, 50 * ps), {}}}, 1024, 2 * ps);
     FiberBlock block;
