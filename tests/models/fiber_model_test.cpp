@@ -2,11 +2,9 @@
 #include <limits>
 
 #include "base/escape.h"
-#include "files/catalogue.h"
-#include "kernel/graph.h"
-#include "kernel/parameters.h"
 #include "models/dispatch.h"
 #include "models/fiber_fixture.h"
+#include "support/catalogue_block.h"
 
 namespace photrak {
 namespace {
@@ -205,48 +203,26 @@ TEST(FiberModel, SurvivesExhaustedMemory) {
 }
 
 /// The model as a topology runs it: the catalogue's defaults, changed by name.
-class FiberBlock {
+class FiberBlock : public CatalogueBlock {
   public:
-    FiberBlock() {
-        EXPECT_EQ(InitializeModels(PHOTRAK_SOURCE_DIR "/catalogue/", catalogue_, text),
-                  Status::Success)
-            << text;
-        component_ = AddComponent(*workspace_, "NonlinearFiberModel", "Fib", 1, 1, catalogue_);
-        EXPECT_NE(component_, nullptr);
-    }
-    FiberBlock& Set(std::string_view name, std::string_view value) {
-        Parameter* parameter = FindParamCursor(component_->parameters, name);
-        EXPECT_NE(parameter, nullptr) << name;
-        EXPECT_TRUE(SetText(&parameter->value, value));
-        return *this;
-    }
-    FiberParams Read() {
-        EXPECT_EQ(EvalComponentParams(*component_, workspace_.get(), text), Status::Success)
-            << text;
-        return ReadFiberParams(component_->name, component_->parameters);
-    }
+    FiberBlock() : CatalogueBlock("NonlinearFiberModel") {}
+    FiberParams Read() { return ReadFiberParams("Fib", Evaluated().parameters); }
     Owned<OpSignal> Run(const Owned<OpSignal>& input) {
-        EXPECT_EQ(EvalComponentParams(*component_, workspace_.get(), text), Status::Success);
         Nodelist in{}, out{};
         in.sigType = OpSigType;
         in.sig = input.get();
-        const ModelTable models = {BuiltInModels(), nullptr};
-        EXPECT_EQ(DispatchModel(models,
-                                {*workspace_, *component_, *workspace_->options, &in, &out, text}),
+        std::string text;
+        EXPECT_EQ(DispatchModel({BuiltInModels(), nullptr},
+                                {*workspace_, Evaluated(), *workspace_->options, &in, &out, text}),
                   Status::Success)
             << text;
         EXPECT_EQ(out.sigType, OpSigType);
         return Owned<OpSignal>(static_cast<OpSignal*>(out.sig));
     }
 
-    std::string text;
-
   private:
     TempDir directory_;
-    RecordingHost host_;
-    Catalogue catalogue_;
     std::unique_ptr<Workspace> workspace_ = CreateWorkspace();
-    Component* component_ = nullptr;
 };
 
 // Every number of the definition arrives under its name, every word is understood.
