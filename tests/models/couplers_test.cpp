@@ -39,6 +39,10 @@ TEST_F(Couplers, ConserveWhatTheyDivideInQuadrature) {
     const BlockRun both(RunOpticalCoupler, block, {light, other}, 2);
     const double before = Power(*light->channels) + Power(*other->channels);
     EXPECT_NEAR(Power(both.Channel(0)) + Power(both.Channel(1)), before, 1e-11);
+
+    const BlockRun dark(RunOpticalCoupler, block, {none, none}, 2);
+    EXPECT_EQ(dark.status, Status::Success);
+    EXPECT_TRUE(dark.IsEmpty());
 }
 
 TEST_F(Couplers, CustomElementsAndLoss) {
