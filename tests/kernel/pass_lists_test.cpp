@@ -14,14 +14,10 @@ using Names = std::vector<std::string>;
 
 struct PassListLink : SweepLink {
     using SweepLink::SweepLink;
-    std::string text;
 
     /// The names in the list of what depends on a symbol.
     Names DependOn(const std::string& name) {
-        EXPECT_EQ(BuildSymbolTable(*workspace, text), Status::Success) << text;
-        RunOrder order;
-        NodeSet nodes;
-        EXPECT_EQ(OrderWorkspace(*workspace, order, nodes, text), Status::Success) << text;
+        const RunOrder order = Prepare();
         PassChange change{.flag = runFlag::inner, .symbols = {}};
         change.symbols.emplace_back(name, workspace->symbols);
         Names names;

@@ -172,13 +172,10 @@ TEST(Sweep, PutsTheSymbolsBack) {
     link.Inner("x", "0", "1", "1");
     AddVariable(*link.workspace, "a", DoubleType, "3 * b");
     AddVariable(*link.workspace, "b", DoubleType, "7");
-    std::string text;
-    ASSERT_EQ(BuildSymbolTable(*link.workspace, text), Status::Success);
-    RunOrder order;
-    NodeSet nodes;
-    ASSERT_EQ(OrderWorkspace(*link.workspace, order, nodes, text), Status::Success);
+    const RunOrder order = link.Prepare();
     AskForScan(link.Options());
-    EXPECT_EQ(RunPasses(order, *link.workspace, {{}, &link.models}, text), Status::Success);
+    EXPECT_EQ(RunPasses(order, *link.workspace, {{}, &link.models}, link.errorText),
+              Status::Success);
     EXPECT_EQ(link.arrived, (Values{2, 3, 3, 4}));
     const Symbol* a = FindSymbol(link.workspace->symbols, "a");
     const Symbol* x = FindSymbol(link.workspace->symbols, "x");
