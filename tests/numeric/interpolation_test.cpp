@@ -4,6 +4,7 @@
 #include <cmath>
 #include <gtest/gtest.h>
 #include <limits>
+#include <utility>
 #include <vector>
 
 #include "support/failure.h"
@@ -43,8 +44,8 @@ TEST(HuntTable, AgreesWithALinearSearchFromEveryGuess) {
 
 TEST(HuntTable, EndsOnWhatIsNoTable) {
     const auto xx = Table({1.0, noNumber, 0.5, noNumber});
-    for (int guess = 0; guess <= 4; ++guess) {
-        for (const double x : {noNumber, 0.7}) {
+    for (const double x : {noNumber, 0.7}) {
+        for (int guess = 0; guess <= 4; ++guess) {
             int j = guess;
             HuntTable(xx.data(), 4, x, &j);
             EXPECT_TRUE(j >= 0 && j <= 4);
@@ -77,35 +78,24 @@ TEST(PolyInt, ReproducesThePolynomialThroughItsPoints) {
     }
 }
 
-TEST(PolyInt, EstimatesItsErrorByTheLastCorrection) {
+TEST(PolyInt, EstimatesItsErrorByTheLastCorrectionFromTheNearestPoint) {
     const auto xa = Table({0.0, 1.0, 3.0}), ya = Table({0.0, 1.0, 9.0});  // x^2
     double y = 0.0, dy = 0.0;
     PolyIntTwoRealArray(xa.data(), ya.data(), 3, 1.25, &y, &dy);
     EXPECT_DOUBLE_EQ(y, 1.5625);
     EXPECT_DOUBLE_EQ(dy, 1.5625 - 1.25);  // what the third point adds to the line of the first two
-}
-
-TEST(PolyInt, TakesTheFirstOfTwoNearestPoints) {
-    const auto xa = Table({0.0, 2.0}), ya = Table({10.0, 20.0});
-    double y = 0.0, dy = 0.0;
-    PolyIntTwoRealArray(xa.data(), ya.data(), 2, 1.0, &y, &dy);
-    EXPECT_EQ(y, 15.0);
-    EXPECT_EQ(dy, 5.0);  // -5 when started from the second
-}
-
-TEST(PolyInt, FindsTheFractionalPosition) {
-    const auto line = Table({10.0, 20.0, 30.0, 40.0});
-    double y = 0.0, dy = 0.0;
-    PolyIntOneRealArray(line.data(), 4, 26.0, &y, &dy);
-    EXPECT_NEAR(y, 2.6, 1e-14);
-}
-
-TEST(PolyInt, StopsOnEqualAbscissas) {
-    const auto xa = Table({1.0, 2.0, 2.0}), ya = Table({1.0, 2.0, 3.0});
-    double y = 0.0, dy = 0.0;
-    EXPECT_EQ(FailureOf([&] { PolyIntTwoRealArray(xa.data(), ya.data(), 3, 1.5, &y, &dy); }),
+    PolyIntTwoRealArray(xa.data(), ya.data(), 2, 0.5, &y, &dy);
+    EXPECT_EQ(dy, 0.5);  // -0.5 when started from the second of two that are equally near
+    PolyIntOneRealArray(xa.data(), 2, 0.25, &y, &dy);
+    EXPECT_EQ(y, 1.25) << "the position in the table";
+    for (const int shortTable : {3, 2, 0}) {
+        PolyInt4(2.0, xa.data(), ya.data(), shortTable, &y, &dy);
+        EXPECT_DOUBLE_EQ(y, shortTable == 3 ? 4.0 : shortTable);
+    }
+    const auto twice = Table({1.0, 2.0, 2.0});
+    EXPECT_EQ(FailureOf([&] { PolyIntTwoRealArray(twice.data(), ya.data(), 3, 1.5, &y, &dy); }),
               "Error in routine PolyIntTwoRealArray");
-    EXPECT_EQ(FailureOf([&] { PolyIntOneRealArray(xa.data(), 3, 1.5, &y, &dy); }),
+    EXPECT_EQ(FailureOf([&] { PolyIntOneRealArray(twice.data(), 3, 1.5, &y, &dy); }),
               "Error in routine PolyIntOneRealArray");
 }
 
@@ -115,31 +105,16 @@ TEST(PolyInt4, UsesTheWindowAroundTheInterval) {
     std::vector<double> xa(1), ya(1);
     for (int i = 1; i <= 8; ++i) {
         xa.push_back(i);
-        ya.push_back(static_cast<double>(i) * i * i * i);
+        ya.push_back(std::pow(i, 4));
     }
-    struct Row {
-        double x;
-        int start;
-    };
-    constexpr Row rows[] = {{0.5, 1}, {1.5, 1}, {2.5, 1}, {3.0, 2}, {3.5, 2},
-                            {4.5, 3}, {6.5, 5}, {7.5, 5}, {9.0, 5}};
-    for (const Row& row : rows) {
+    const std::pair<double, int> windows[] = {{0.5, 1}, {2.5, 1}, {3.0, 2},
+                                              {4.5, 3}, {6.5, 5}, {9.0, 5}};
+    for (const auto& [x, start] : windows) {
         double y = 0.0, dy = 0.0, error = 1.0;
-        PolyInt4(row.x, xa.data(), ya.data(), 8, &y, &dy);
-        for (int i = row.start; i < row.start + 4; ++i) error *= row.x - i;
-        EXPECT_NEAR(y, std::pow(row.x, 4) - error, 1e-9) << row.x;
+        PolyInt4(x, xa.data(), ya.data(), 8, &y, &dy);
+        for (int i = start; i < start + 4; ++i) error *= x - i;
+        EXPECT_NEAR(y, std::pow(x, 4) - error, 1e-9) << x;
     }
-}
-
-TEST(PolyInt4, TakesAllPointsOfAShortTable) {
-    const auto xa = Table({0.0, 1.0, 3.0}), ya = Table({0.0, 1.0, 9.0});
-    double y = 0.0, dy = 0.0;
-    PolyInt4(2.0, xa.data(), ya.data(), 3, &y, &dy);
-    EXPECT_DOUBLE_EQ(y, 4.0);
-    PolyInt4(2.0, xa.data(), ya.data(), 2, &y, &dy);
-    EXPECT_DOUBLE_EQ(y, 2.0);
-    PolyInt4(2.0, xa.data(), ya.data(), 0, &y, &dy);
-    EXPECT_EQ(y, 0.0);
 }
 
 }  // namespace

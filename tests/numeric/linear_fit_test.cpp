@@ -1,6 +1,7 @@
 // Linear systems with known solutions, and the smoothing fits that rest on them.
 #include <cmath>
 #include <gtest/gtest.h>
+#include <memory>
 #include <vector>
 
 #include "base/arrays.h"
@@ -32,15 +33,13 @@ struct Square {
 
 TEST(LUDecompose, SolvesSystemsThatNeedExchanges) {
     // Zeros on the diagonal and rows of very different scale; b = A (1, 2, ..., n).
+    std::vector<std::vector<double>> hilbert(4, std::vector<double>(4));
+    for (int i = 0; i < 16; ++i) hilbert[i / 4][i % 4] = 1.0 / (i / 4 + i % 4 + 1);
     const std::vector<std::vector<double>> systems[] = {
         {{4.0}},
         {{0.0, 2.0}, {3.0, 1.0}},
         {{0.0, 1.0, 2.0}, {1e9, 3e9, 5e9}, {2.0, 0.0, 1.0}},
-        {{1.0, 1.0 / 2, 1.0 / 3, 1.0 / 4},
-         {1.0 / 2, 1.0 / 3, 1.0 / 4, 1.0 / 5},
-         {1.0 / 3, 1.0 / 4, 1.0 / 5, 1.0 / 6},
-         {1.0 / 4, 1.0 / 5, 1.0 / 6, 1.0 / 7}},
-    };
+        hilbert};
     for (const auto& rows : systems) {
         Square s(rows);
         std::vector<double> b(1);
@@ -57,26 +56,22 @@ TEST(LUDecompose, SolvesSystemsThatNeedExchanges) {
 }
 
 TEST(LUDecompose, TakesTheLaterRowOnATieAndAVerySmallPivotForZero) {
-    Square tie({{2.0, 1.0}, {2.0, 2.0}});
-    LUDecompose(tie.a, 2, tie.indx.data(), &tie.parity);
-    EXPECT_EQ(tie.indx[1], 2);
-    EXPECT_EQ(tie.parity, -1.0);
-
-    Square dependent({{1.0, 1.0}, {1.0, 1.0}});
-    LUDecompose(dependent.a, 2, dependent.indx.data(), &dependent.parity);
-    EXPECT_EQ(dependent.a[2][2], 1e-50);
-
-    const double nan = std::nan("");
-    for (const double element : {0.0, nan}) {
-        EXPECT_EQ(FailureOf([&] {
-                      Square s({{1.0, 2.0}, {element, element}});
-                      LUDecompose(s.a, 2, s.indx.data(), &s.parity);
-                  }),
+    const auto decomposed = [](double a11, double a12, double a21, double a22) {
+        auto s = std::make_unique<Square>(std::vector<std::vector<double>>{{a11, a12}, {a21, a22}});
+        LUDecompose(s->a, 2, s->indx.data(), &s->parity);
+        return s;
+    };
+    const auto tie = decomposed(2.0, 1.0, 2.0, 2.0);
+    EXPECT_EQ(tie->indx[1], 2);
+    EXPECT_EQ(tie->parity, -1.0);
+    EXPECT_EQ(decomposed(1.0, 1.0, 1.0, 1.0)->a[2][2], 1e-50);
+    for (const double element : {0.0, std::nan("")}) {
+        EXPECT_EQ(FailureOf([&] { decomposed(1.0, 2.0, element, element); }),
                   "Singular matrix in LU decomposition");
     }
 }
 
-TEST(SavitzkyGolay, GivesThePublishedWindows) {
+TEST(SavitzkyGolay, GivesThePublishedWindowsAndRefusesWhatDoesNotFit) {
     double c[10] = {};
     SavitzkyGolay(c, 5, 2, 2, 0, 2);  // smoothing: (-3, 12, 17, 12, -3) / 35
     constexpr double smoothing[] = {17.0, 12.0, -3.0, -3.0, 12.0};
@@ -84,16 +79,16 @@ TEST(SavitzkyGolay, GivesThePublishedWindows) {
     SavitzkyGolay(c, 9, 3, 3, 1, 2);       // slope: k / 28, zeros between the halves
     EXPECT_NEAR(c[9], 1.0 / 28.0, 1e-15);  // offset +1 wraps to the end
     EXPECT_EQ(c[5], 0.0);
-}
 
-TEST(SavitzkyGolay, RefusesWindowsThatDoNotFit) {
     struct Row {
         int np, nl, nr, ld, m;
     };
-    constexpr Row rows[] = {{6, 3, 3, 1, 2}, {7, -1, 6, 1, 2}, {7, 3, -1, 1, 2},
-                            {7, 3, 3, 3, 2}, {7, 1, 0, 1, 2},  {7, 3, 3, -1, 2}};
-    for (const Row& row : rows) {
-        double c[8];
+    for (const Row& row : {Row{6, 3, 3, 1, 2},
+                           {7, -1, 6, 1, 2},
+                           {7, 3, -1, 1, 2},
+                           {7, 3, 3, 3, 2},
+                           {7, 1, 0, 1, 2},
+                           {7, 3, 3, -1, 2}}) {
         EXPECT_EQ(FailureOf([&] { SavitzkyGolay(c, row.np, row.nl, row.nr, row.ld, row.m); }),
                   "Bad arguments in computing Derivative");
     }
@@ -101,31 +96,23 @@ TEST(SavitzkyGolay, RefusesWindowsThatDoNotFit) {
 
 TEST(Derivative, IsExactForParabolasUpToBothEnds) {
     constexpr double dt = 1e-12;
-    for (const int n : {7, 8, 9, 13, 40}) {
+    for (const int n : {7, 8, 13}) {
         std::vector<double> y(n + 1), slope(n + 1);
         for (int i = 1; i <= n; ++i) y[i] = 2.0 - 3.0 * i + 0.5 * i * i;
         ASSERT_EQ(Derivative(slope.data(), y.data(), dt, n), 0);
         for (int i = 1; i <= n; ++i) EXPECT_NEAR(slope[i] * dt, i - 3.0, 1e-10) << n << " " << i;
+        EXPECT_EQ(Derivative(slope.data(), y.data(), dt, 6), 1) << "less than a window";
+        RefuseAllocationsFrom(1);
+        EXPECT_EQ(Derivative(slope.data(), y.data(), dt, n), 1);
+        RefuseAllocationsFrom(-1);
     }
 }
 
 TEST(Derivative, WeighsOnlyTheSevenSamplesOfItsWindow) {
-    constexpr int n = 20, spike = 10;
-    std::vector<double> y(n + 1), slope(n + 1);
-    y[spike] = 28.0;
-    ASSERT_EQ(Derivative(slope.data(), y.data(), 1.0, n), 0);
-    for (int i = 4; i <= n - 3; ++i) {
-        const int k = spike - i;
-        EXPECT_NEAR(slope[i], std::abs(k) <= 3 ? k : 0.0, 1e-12) << i;
-    }
-}
-
-TEST(Derivative, FailsUnderSevenSamplesOrWithoutMemory) {
-    double y[8] = {}, slope[8] = {};
-    EXPECT_EQ(Derivative(slope, y, 1.0, 6), 1);
-    RefuseAllocationsFrom(1);
-    EXPECT_EQ(Derivative(slope, y, 1.0, 7), 1);
-    RefuseAllocationsFrom(-1);
+    double y[21] = {}, slope[21] = {};
+    y[10] = 28.0;
+    ASSERT_EQ(Derivative(slope, y, 1.0, 20), 0);
+    for (int i = 4; i <= 17; ++i) EXPECT_NEAR(slope[i], i > 6 && i < 14 ? 10 - i : 0, 1e-12) << i;
 }
 
 }  // namespace

