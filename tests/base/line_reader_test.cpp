@@ -2,6 +2,7 @@
 #include "base/line_reader.h"
 
 #include <gtest/gtest.h>
+#include <utility>
 #include <vector>
 
 namespace photrak {
@@ -19,6 +20,8 @@ TEST(LineReader, SkipsBlankLinesAndLeadingWhiteSpaceOnly) {
     EXPECT_EQ(reader.Line(), "first line  ");
     EXPECT_EQ(reader.Where(), "a.top:3");
     EXPECT_EQ(reader.BytesLeft(), 5u);
+    ASSERT_TRUE(reader.NextEvenIfBlank());
+    EXPECT_EQ(reader.Line(), "");
     ASSERT_TRUE(reader.Next());
     EXPECT_EQ(reader.Line(), "last");
     EXPECT_EQ(reader.LineNumber(), 5);
@@ -27,57 +30,33 @@ TEST(LineReader, SkipsBlankLinesAndLeadingWhiteSpaceOnly) {
     EXPECT_EQ(reader.Word(), "");
 }
 
-TEST(LineReader, GivesBlankLinesWhenAsked) {
-    LineReader reader("a\n\nb\n", "x");
-    std::vector<std::string> lines;
-    while (reader.NextEvenIfBlank()) lines.emplace_back(reader.Line());
-    EXPECT_EQ(lines, (std::vector<std::string>{"a", "", "b"}));
-}
-
-TEST(LineReader, SplitsWordsAtRunsOfDelimiters) {
-    LineReader reader("PARAM: DoubleType\t::name : \n", "x");
+TEST(LineReader, SplitsWordsAtRunsOfDelimitersAndZeros) {
+    const std::string_view text("PARAM: Double\0Type\t::name : \n\0\n NOTE  a: \"b\"  \n", 49);
+    LineReader reader(text, "x");
     ASSERT_TRUE(reader.Next());
-    EXPECT_EQ(Words(reader), (std::vector<std::string>{"PARAM", "DoubleType", "name"}));
+    EXPECT_EQ(Words(reader), (std::vector<std::string>{"PARAM", "Double", "Type", "name"}));
     reader.Rewind();
     EXPECT_EQ(reader.Word(), "PARAM");
-}
-
-TEST(LineReader, TakesTextValuesToTheQuote) {
-    struct Row {
-        const char *line, *value;
-    };
-    constexpr Row rows[] = {
-        {"VALUE \"1 2\" rest", "1 2"},
-        {"VALUE 1 2", "1 2"},
-        {"VALUE   12", "  12"},  // only one delimiter is used up by the keyword
-        {"VALUE: \"12\"", " "},  // the blank behind the colon is the value
-        {"VALUE \"\"", ""},
-        {"VALUE \"open", "open"},
-        {"VALUE", ""},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.line);
-        LineReader reader(row.line, "x");
-        ASSERT_TRUE(reader.Next());
-        EXPECT_EQ(reader.Word(), "VALUE");
-        EXPECT_EQ(reader.Text(), row.value);
-    }
-}
-
-TEST(LineReader, HandsOutTheRestAsItStands) {
-    LineReader reader("NOTE  a: \"b\"  \n", "x");
     ASSERT_TRUE(reader.Next());
     EXPECT_EQ(reader.Word(), "NOTE");
     EXPECT_EQ(reader.Rest(), " a: \"b\"  ");
     EXPECT_EQ(reader.Word(), "");
 }
 
-TEST(LineReader, TakesAZeroForABlank) {
-    const std::string text("\0\0 one\0two\n\0\n", 13);
-    LineReader reader(text, "x");
-    ASSERT_TRUE(reader.Next());
-    EXPECT_EQ(Words(reader), (std::vector<std::string>{"one", "two"}));
-    EXPECT_FALSE(reader.Next());
+TEST(LineReader, TakesTextValuesToTheQuote) {
+    constexpr std::pair<const char*, const char*> rows[] = {
+        {"VALUE \"1 2\" rest", "1 2"},
+        {"VALUE   12", "  12"},  // only one delimiter is used up by the keyword
+        {"VALUE: \"12\"", " "},  // the blank behind the colon is the value
+        {"VALUE \"open", "open"},
+        {"VALUE", ""},
+    };
+    for (const auto& [line, value] : rows) {
+        LineReader reader(line, "x");
+        ASSERT_TRUE(reader.Next());
+        EXPECT_EQ(reader.Word(), "VALUE");
+        EXPECT_EQ(reader.Text(), value) << line;
+    }
 }
 
 }  // namespace
