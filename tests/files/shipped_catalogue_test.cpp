@@ -6,6 +6,7 @@
 #include "kernel/graph.h"
 #include "kernel/parameters.h"
 #include "platform/file_system.h"
+#include "support/holds.h"
 #include "support/temp_dir.h"
 
 namespace photrak {
@@ -33,13 +34,11 @@ TEST_F(ShippedCatalogue, PortsAreConsistent) {
         SCOPED_TRACE(model->name);
         EXPECT_FALSE(model->NOTE.empty());
         EXPECT_TRUE(model->ICON.ends_with("u.bmp")) << model->ICON;
-        EXPECT_GE(model->MININPUTS, 1) << "a source stands on the ground node";
-        EXPECT_GE(model->MINOUTPUTS, 1) << "a sink stands on the ground node";
-        EXPECT_LE(model->MININPUTS, model->NUMINPUTS);
-        EXPECT_LE(model->NUMINPUTS, model->MAXINPUTS);
-        EXPECT_LE(model->MINOUTPUTS, model->NUMOUTPUTS);
-        EXPECT_LE(model->NUMOUTPUTS, model->MAXOUTPUTS);
-        EXPECT_FALSE(model->inputs.empty() || model->outputs.empty());
+        // Sources and sinks stand on the ground node.
+        EXPECT_TRUE(1 <= model->MININPUTS && model->MININPUTS <= model->NUMINPUTS &&
+                    model->NUMINPUTS <= model->MAXINPUTS && !model->inputs.empty());
+        EXPECT_TRUE(1 <= model->MINOUTPUTS && model->MINOUTPUTS <= model->NUMOUTPUTS &&
+                    model->NUMOUTPUTS <= model->MAXOUTPUTS && !model->outputs.empty());
         EXPECT_FALSE(IsGround(model->inputs, model->MAXINPUTS) &&
                      IsGround(model->outputs, model->MAXOUTPUTS));
         for (const Port& port : model->outputs) {
@@ -97,7 +96,7 @@ TEST_F(ShippedCatalogue, EveryDefinitionIsListed) {
     for (const auto& file : std::filesystem::directory_iterator(installDirectory + "models")) {
         if (file.path().extension() != ".def") continue;
         const std::string name = file.path().filename().string();
-        EXPECT_NE(lists.find(" " + name + "\n"), std::string::npos) << name << " is in no list";
+        EXPECT_TRUE(Holds(lists, " " + name + "\n")) << name << " is in no list";
         EXPECT_NE(FindModel(catalogue_, file.path().stem().string()), nullptr) << name;
     }
 }

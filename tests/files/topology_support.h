@@ -10,9 +10,19 @@
 #include "base/text.h"
 #include "files/topology.h"
 #include "kernel/graph.h"
+#include "platform/file_system.h"
 #include "support/small_catalogue.h"
 
 namespace photrak {
+
+inline std::string DataFile(const std::string& name) {
+    std::string text, error;
+    EXPECT_TRUE(ReadWholeFile(PHOTRAK_SOURCE_DIR "/tests/data/" + name, text, error)) << error;
+    return text;
+}
+
+/// A file with every block, as it is saved.
+inline const std::string savedFile = DataFile("every_block.top");
 
 inline const Catalogue& Models() {
     static const Catalogue catalogue = SmallCatalogue();
@@ -51,5 +61,42 @@ inline std::string Parameter1(std::string_view name, std::string_view type,
                               std::string_view value) {
     return Concat("PARAM ", name, " ", type, "\nVALUE ", value, "\nENDPARAM\n");
 }
+
+inline const std::string faultyHead = "COMPONENT a Sink\nNOTE\nICON x 1 2\n";
+/// Files with one fault each, what is told of it, and in which line.
+inline const struct {
+    std::string text, message;
+    int line;
+} faultyFiles[] = {
+    {"BEGINVARIABLES\nx float 1\nENDVARIABLES\n",
+     "Error loading topology: variable cannot be type float\n", 2},
+    {"BEGINVARIABLES\nx DoubleType 1\n", "the file ends inside the BEGINVARIABLES block\n", 2},
+    {"SIMOPTIONS\n", "the file ends inside the SIMOPTIONS block\n", 1},
+    {"NODEBEGIN 1 Light\nENDNODE\n",
+     "Error loading topology: node signaltype cannot be type Light\n", 1},
+    {"NODEBEGIN 1 OpSigType\nENDNODE\nNODEBEGIN 1 OpSigType\nENDNODE\n",
+     "Error loading topology: node signaltype conflicts in node 1\n", 3},
+    {"NODEBEGIN 1\nSIGNALSAVEMODE Never\nENDNODE\n",
+     "Error loading topology: node signalsavemode cannot be Never\n", 2},
+    {"NODEBEGIN 1\nLINE 1 2", "the file ends inside the NODEBEGIN block\n", 2},
+    {"COMPONENT\n", "Error loading topology: component name and type missing\n", 1},
+    {Block("a Nothing%s", "1", "0"), "Cannot create component 'a' of model type 'Nothing%s'\n", 5},
+    {Block("a SuperBlock none", "1", "0"),
+     "SuperBlock:'none'\ncannot read 'none.dts': No such file or directory\n", 5},
+    {faultyHead + "NUMOUTPUTS 1\n",
+     "ERROR reading topology file: component 'a' needs NUMINPUTS here\n", 4},
+    {faultyHead + "\nNUMOUTPUTS 1\nINPUTFROM 1\nOUTPUTTO 0\nENDCOMPONENT\n",
+     "component 'a' has no number of NUMINPUTS\n", 4},
+    {faultyHead + "NUMINPUTS 1\nNUMOUTPUTS 1\nOUTPUTTO 0\n",
+     "TopologyLoad: Error in Component INPUT_FROM field\n", 6},
+    {faultyHead + "NUMINPUTS 1\nNUMOUTPUTS 1\nINPUTFROM 1\nENDCOMPONENT\n",
+     "TopologyLoad: Error in Component OUTPUTTO field\n", 7},
+    {Block("a Bare", "1 2", "3"), "\nTopology load ERROR in a input or output node counts\n", 7},
+    {Block("a Sink", "1 2", "0"),
+     "component 'a' has 1 input and 1 output ports, but 2 and 1 nodes\n", 7},
+    {Block("a Source", "0", "1", "PARAM power float\nVALUE 1\nENDPARAM\n"), "'float'", 1},
+    {faultyHead + "NUMINPUTS 1\nNUMOUTPUTS 1\n", "the file ends inside the COMPONENT 'a' block\n",
+     5},
+};
 
 }  // namespace photrak
