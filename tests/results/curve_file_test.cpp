@@ -2,9 +2,12 @@
 #include "results/curve_file.h"
 
 #include "results/plot_fixture.h"
+#include "support/holds.h"
 
 namespace photrak {
 namespace {
+
+using Values = std::vector<double>;
 
 TEST_F(PlotTest, CurveFilesHoldPointsAndTexts) {
     const std::vector<double> current = {0.0, 0.01, 0.02}, power = {0.0, 1e-3, 2.5e-3};
@@ -21,26 +24,19 @@ TEST_F(PlotTest, CurveFilesHoldPointsAndTexts) {
 }
 
 TEST_F(PlotTest, FlatCurvesGetRoom) {
-    const struct {
-        std::vector<double> x, y;
-        std::string lines;  // between line style and file
-    } rows[] = {
-        {{1, 2}, {3, 3}, "/w1,2,1.5,6\n"},
-        {{-2, -2}, {0, 1}, "/w-4,-1,0,1\n"},
-        {{4}, {0}, "/st7\n/w2,8,-1,1\n"},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.lines);
-        std::string text;
-        EXPECT_EQ(WriteCurve({"c", "t", "x", "y", row.x, row.y, PlotMode::Files}, text),
-                  Status::Success);
-        const std::string script = dir.Read("c.pcl");
-        EXPECT_NE(script.find("/ls1\n" + row.lines + "c.lic\n"), std::string::npos) << script;
-    }
     std::string text;
-    EXPECT_EQ(WriteCurve({"none", "t", "x", "y", {}, {}, PlotMode::Files}, text), Status::Success);
-    EXPECT_EQ(WriteCurve({"/c", "t", "x", "y", rows[0].x, rows[0].y, PlotMode::Files}, text),
-              Status::Error);
+    const auto write = [&](const char* name, const Values& x, const Values& y) {
+        return WriteCurve({name, "t", "x", "y", x, y, PlotMode::Files}, text);
+    };
+    const auto expectLines = [&](const Values& x, const Values& y, const std::string& lines) {
+        EXPECT_EQ(write("c", x, y), Status::Success);
+        EXPECT_TRUE(Holds(dir.Read("c.pcl"), "/ls1\n" + lines + "c.lic\n"));
+    };
+    expectLines({1, 2}, {3, 3}, "/w1,2,1.5,6\n");
+    expectLines({-2, -2}, {0, 1}, "/w-4,-1,0,1\n");
+    expectLines({4}, {0}, "/st7\n/w2,8,-1,1\n");
+    EXPECT_EQ(write("none", {}, {}), Status::Success);
+    EXPECT_EQ(write("/c", {1}, {1}), Status::Error);
     EXPECT_EQ(dir.Files(), (std::vector<std::string>{"c.lic", "c.pcl"}));
 }
 
