@@ -76,22 +76,22 @@ TEST(Nodes, EveryPortFollowsTheTypeOfItsNode) {
     link.Model("Op", {OpSigType}, {});
     link.Model("Bin", {BinSigType}, {});
     link.Model("Any", {UnknownSigType}, {});
-    std::vector<Component*> made;
-    for (const char* type : {"Op", "Bin", "Any"}) {
-        made.push_back(
-            CreateComponent(type, type, 0, 0, link.workspace->components, link.catalogue));
-        AttachInput(*made.back(), 1, 7, *link.workspace);
-    }
-    for (const Component* component : made) EXPECT_EQ(component->inputs[0].sigType, OpSigType);
-
-    Node& node = *FindNode(7, *link.workspace);
-    node.type = ElecSigType;
-    Component* late =
-        CreateComponent("Late", "Any", 0, 0, link.workspace->components, link.catalogue);
-    AttachInput(*late, 1, 7, *link.workspace);
-    AttachInput(*late, 5, 7, *link.workspace);  // no such port: only a reader
-    made.push_back(late);
-    for (const Component* component : made) EXPECT_EQ(component->inputs[0].sigType, ElecSigType);
+    const auto attach = [&](const char* type, std::int32_t port) {
+        Component& made = link.Add(type, type);
+        AttachInput(made, port, 7, *link.workspace);
+    };
+    const auto expect = [&](std::int32_t type) {
+        for (const Component* reader : FindNode(7, *link.workspace)->readers) {
+            EXPECT_EQ(reader->inputs[0].sigType, type) << reader->name;
+        }
+    };
+    for (const char* type : {"Op", "Bin", "Any"}) attach(type, 1);
+    expect(OpSigType);
+    FindNode(7, *link.workspace)->type = ElecSigType;
+    attach("Any", 1);
+    expect(ElecSigType);
+    attach("Op", 5);  // no such port: only a reader
+    EXPECT_EQ(FindNode(7, *link.workspace)->readers.size(), 5u);
 }
 
 /// What becomes of an output of type o wired to an input of type i: the common type, or 'x'.
@@ -109,27 +109,25 @@ constexpr const char* outcomes[] = {
 TEST(ConnectComponents, ReconcilesTypesByTheTable) {
     for (std::int32_t o = 0; o <= EtcSigType; ++o) {
         for (std::int32_t i = 0; i <= EtcSigType; ++i) {
-            SCOPED_TRACE("output " + std::to_string(o) + ", input " + std::to_string(i));
+            SCOPED_TRACE(Concat("output ", o, ", input ", i));
             SmallLink link;
             link.Model("From", {}, {o});
             link.Model("To", {i}, {});
-            Component& from = link.Add("From", "from");
-            Component& to = link.Add("To", "to");
+            const Port& output = link.Add("From", "from").outputs[0];
+            const Port& input = link.Add("To", "to").inputs[0];
             const char outcome = outcomes[o][i];
             std::string text;
-            const Status status = ConnectComponents(*link.workspace, from, 1, to, 1, text);
-            if (outcome == 'x') {
-                EXPECT_EQ(status, Status::Error);
-                EXPECT_EQ(text,
-                          "ERROR: NO connection made: specified output of first component not "
-                          "compatible with specified input of second component\n");
-                EXPECT_NE(from.outputs[0].node, to.inputs[0].node);
-                continue;
-            }
-            EXPECT_EQ(status, Status::Success) << text;
-            EXPECT_EQ(from.outputs[0].node, to.inputs[0].node);
-            EXPECT_EQ(from.outputs[0].sigType, outcome - '0');
-            EXPECT_EQ(to.inputs[0].sigType, outcome - '0');
+            const Status status =
+                ConnectComponents(*link.workspace, link["from"], 1, link["to"], 1, text);
+            EXPECT_EQ(text, outcome != 'x'
+                                ? ""
+                                : "ERROR: NO connection made: specified output of first component "
+                                  "not compatible with specified input of second component\n");
+            EXPECT_EQ(status, outcome == 'x' ? Status::Error : Status::Success);
+            EXPECT_EQ(output.node == input.node, outcome != 'x');
+            if (outcome == 'x') continue;
+            EXPECT_EQ(output.sigType, outcome - '0');
+            EXPECT_EQ(input.sigType, outcome - '0');
             EXPECT_NE(FindNode(0, *link.workspace), nullptr);  // ground never goes
         }
     }
@@ -138,35 +136,33 @@ TEST(ConnectComponents, ReconcilesTypesByTheTable) {
 TEST(ConnectComponents, ChoosesPortsLeftOpen) {
     SmallLink link;
     link.Model("Two", {OpSigType, BinSigType}, {OpSigType, BinSigType});
-    Component& source = link.Add("Source", "s");
-    Component& two = link.Add("Two", "two");
-    Component& other = link.Add("Two", "other");
+    link.Draw("Source s\nTwo two\nTwo other");
+    const struct {
+        const char* from;
+        std::int32_t output, input;  // 0: any
+        std::string text;
+    } rows[] = {
+        {"s", 0, 0, ""},  // takes input 2, so any further output of bits finds nothing
+        {"s", 0, 0, "components are not compatible"},
+        {"other", 2, 0, "first component not compatible with specified input of second component"},
+        {"s", 0, 1, "second component not compatible with specified output of first component"},
+        // A given input is chosen without a look at its driver, which then refuses.
+        {"other", 0, 2, "specified input of second component already being driven by 's'"},
+        {"s", 1, 2, ""},
+    };
+    for (const auto& [from, output, input, refusal] : rows) {
+        SCOPED_TRACE(refusal);
+        std::string text;
+        EXPECT_EQ(ConnectComponents(*link.workspace, link[from], output, link["two"], input, text),
+                  refusal.empty() ? Status::Success : Status::Error);
+        EXPECT_EQ(text, refusal.empty() ? "" : "ERROR: NO connection made: " + refusal + "\n");
+    }
+    EXPECT_EQ(link["two"].inputs[1].node, link["s"].outputs[0].node);
     std::string text;
-    ASSERT_EQ(ConnectComponents(*link.workspace, source, 0, two, 0, text), Status::Success);
-    EXPECT_EQ(two.inputs[1].node, source.outputs[0].node);
-    // Input 2 is driven, so any further output of bits finds nothing.
-    EXPECT_EQ(ConnectComponents(*link.workspace, source, 0, two, 0, text), Status::Error);
-    EXPECT_EQ(text, "ERROR: NO connection made: components are not compatible\n");
-    text.clear();
-    EXPECT_EQ(ConnectComponents(*link.workspace, other, 2, two, 0, text), Status::Error);
-    EXPECT_EQ(text,
-              "ERROR: NO connection made: first component not compatible with specified input of "
-              "second component\n");
-    text.clear();
-    EXPECT_EQ(ConnectComponents(*link.workspace, source, 0, two, 1, text), Status::Error);
-    EXPECT_EQ(text,
-              "ERROR: NO connection made: second component not compatible with specified output of "
-              "first component\n");
-    text.clear();
-    // A given input is chosen without a look at its driver, which then refuses.
-    EXPECT_EQ(ConnectComponents(*link.workspace, other, 0, two, 2, text), Status::Error);
-    EXPECT_EQ(text,
-              "ERROR: NO connection made: specified input of second component already being driven "
-              "by 's'\n");
-    text.clear();
-    EXPECT_EQ(ConnectComponents(*link.workspace, source, 1, two, 2, text), Status::Success);
-    EXPECT_EQ(ConnectComponents(*link.workspace, source, 2, two, 1, text), Status::Error);
-    EXPECT_EQ(ConnectComponents(*link.workspace, source, 1, two, 3, text), Status::Error);
+    EXPECT_EQ(ConnectComponents(*link.workspace, link["s"], 2, link["two"], 1, text),
+              Status::Error);
+    EXPECT_EQ(ConnectComponents(*link.workspace, link["s"], 1, link["two"], 3, text),
+              Status::Error);
     EXPECT_EQ(text,
               "ERROR: invalid position number on first component to connect\n"
               "ERROR: invalid position number on second component to connect\n");
@@ -177,14 +173,12 @@ TEST(ConnectComponents, KeepsTheTypeChangeOfARefusedConnection) {
     SmallLink link;
     link.Model("Op", {}, {OpSigType});
     link.Model("Any", {UnknownSigType}, {UnknownSigType});
-    Component& first = link.Add("Any", "first");
-    Component& second = link.Add("Any", "second");
-    Component& light = link.Add("Op", "light");
-    link.Wire(first, 1, second, 1);
+    link.Draw("Any first > Any second\nOp light");
     std::string text;
-    EXPECT_EQ(ConnectComponents(*link.workspace, light, 1, second, 1, text), Status::Error);
-    EXPECT_EQ(second.inputs[0].sigType, OpSigType);
-    EXPECT_EQ(first.outputs[0].sigType, OpSigType);
+    EXPECT_EQ(ConnectComponents(*link.workspace, link["light"], 1, link["second"], 1, text),
+              Status::Error);
+    EXPECT_EQ(link["second"].inputs[0].sigType, OpSigType);
+    EXPECT_EQ(link["first"].outputs[0].sigType, OpSigType);
 }
 
 TEST(ConnectComponents, MergesNodesWithAllThatStandsOnThem) {
@@ -209,39 +203,38 @@ TEST(DisconnectComponents, GivesPortsTheirOwnTypesBack) {
     SmallLink link;
     link.Model("Op", {}, {OpSigType});
     link.Model("Any", {UnknownSigType, UnknownSigType}, {UnknownSigType});
-    Component& light = link.Add("Op", "light");
-    Component& first = link.Add("Any", "first");
-    Component& second = link.Add("Any", "second");
-    link.Wire(first, 1, second, 2);
-    link.Wire(light, 1, first, 1);
+    link.Draw("Op light\nAny first > Any second.2\nlight > first");
     std::string text;
-    EXPECT_EQ(DisconnectComponents(*link.workspace, light, 0, second, 0, text), Status::Error);
-    EXPECT_EQ(DisconnectComponents(*link.workspace, light, 0, second, 1, text), Status::Error);
-    EXPECT_EQ(DisconnectComponents(*link.workspace, light, 1, second, 1, text), Status::Error);
+    const auto disconnect = [&](const char* from, std::int32_t output, const char* to,
+                                std::int32_t input) {
+        return DisconnectComponents(*link.workspace, link[from], output, link[to], input, text);
+    };
+    EXPECT_EQ(disconnect("light", 0, "second", 0), Status::Error);
+    EXPECT_EQ(disconnect("light", 0, "second", 1), Status::Error);
+    EXPECT_EQ(disconnect("light", 1, "second", 1), Status::Error);
     EXPECT_EQ(text,
               "ERROR: NO disconnection made: components were not connected\n"
               "ERROR: NO disconnection made: second component not connected to first component\n"
               "ERROR: NO disconnection made: first component not connected to second component\n");
-    text.clear();
-    ASSERT_EQ(DisconnectComponents(*link.workspace, light, 0, first, 0, text), Status::Success);
-    EXPECT_NE(light.outputs[0].node, first.inputs[0].node);
-    EXPECT_EQ(first.inputs[0].sigType, UnknownSigType);
-    EXPECT_EQ(light.outputs[0].sigType, OpSigType);
-    EXPECT_TRUE(light.outputs[0].node->readers.empty());
-    EXPECT_EQ(first.inputs[0].node->number, link.workspace->nodes.rbegin()->first);
-    ASSERT_EQ(DisconnectComponents(*link.workspace, first, 1, second, 0, text), Status::Success);
-    EXPECT_EQ(second.inputs[1].sigType, UnknownSigType);
+    ASSERT_EQ(disconnect("light", 0, "first", 0), Status::Success);
+    const Port &output = link["light"].outputs[0], &input = link["first"].inputs[0];
+    EXPECT_NE(output.node, input.node);
+    EXPECT_EQ(input.sigType, UnknownSigType);
+    EXPECT_EQ(output.sigType, OpSigType);
+    EXPECT_TRUE(output.node->readers.empty());
+    EXPECT_EQ(input.node->number, link.workspace->nodes.rbegin()->first);
+    ASSERT_EQ(disconnect("first", 1, "second", 0), Status::Success);
+    EXPECT_EQ(link["second"].inputs[1].sigType, UnknownSigType);
 }
 
 TEST(RemoveComponent, LeavesNoTraceOnTheNodes) {
     SmallLink link;
-    Component* source = &link.Add("Source", "s");
-    Component& sink = link.Add("Sink", "k");
-    link.Wire(*source, 1, sink, 1);
+    link.Draw("Source s > Sink k");
+    Component* source = &link["s"];
     RemoveComponent(source, *link.workspace);
     EXPECT_EQ(source, nullptr);
     EXPECT_EQ(FindModel("s", link.workspace->components), nullptr);
-    EXPECT_TRUE(sink.inputs[0].node->drivers.empty());
+    EXPECT_TRUE(link["k"].inputs[0].node->drivers.empty());
     EXPECT_TRUE(FindNode(0, *link.workspace)->readers.empty());
     ClearWorkspace(*link.workspace);
     EXPECT_EQ(link.workspace->nodes.size(), 1u);
@@ -251,7 +244,7 @@ TEST(RemoveComponent, LeavesNoTraceOnTheNodes) {
 TEST(CheckPorts, ReportsCountsAndParametersTogether) {
     SmallLink link;
     Component& model = link.Model("M", {0, 0}, {0, 0, 0});
-    model.parameters = SmallLink::IntParameter("n", "12", 0, 9);
+    model.parameters = LimitedParameter("n", IntType, "12", 0, 9);
     Component& made = link.Add("M", "100%s");
     made.NUMINEQNUMOUTNODES = 1;
     made.MAXINPUTS = 1;

@@ -28,85 +28,59 @@ using Names = std::vector<std::string>;
 
 TEST(RunOrder, PutsEveryComponentBehindWhatFeedsIt) {
     SmallLink link;
-    Component& a = link.Add("Source", "a");
-    Component& b = link.Add("Source", "b");
-    Component& join = link.Add("Join", "join");
-    Component& sink = link.Add("Sink", "sink");
-    link.Add("Source", "dangling");
-    link.Chain({&b, &join, &sink});
-    link.Wire(a, 1, join, 2);
+    link.Draw(
+        "Source a\nSource b > Join join > Sink sink\n"
+        "Source dangling\na > join.2");
     const Ordered result = Order(link);
     EXPECT_EQ(result.status, Status::Success) << result.text;
     EXPECT_EQ(result.names, (Names{"b", "a", "join", "sink"}));
-    EXPECT_EQ(result.nodes,
-              (std::vector<std::int32_t>{a.outputs[0].node->number, b.outputs[0].node->number,
-                                         join.outputs[0].node->number}));
+    std::vector<std::int32_t> nodes;
+    for (const char* name : {"a", "b", "join"}) {
+        nodes.push_back(link[name].outputs[0].node->number);
+    }
+    EXPECT_EQ(result.nodes, nodes);
 }
 
 TEST(RunOrder, RunsPlotsRightBehindWhatFeedsThem) {
     SmallLink link;
-    link.Model("Wide", {BinSigType, BinSigType}, {NoSigType});
-    Component& source = link.Add("Source", "source");
-    Component& step = link.Add("Step", "step");
-    Component& last = link.Add("Sink", "last");
-    Component& plot = link.Add("Sink", "plot");
-    Component& wide = link.Add("Wide", "wide");  // two inputs: waits for its own turn
-    link.Chain({&source, &step, &last});
-    link.Wire(source, 1, plot, 1);
-    link.Wire(source, 1, wide, 1);
+    link.Model("Wide", {BinSigType, BinSigType}, {NoSigType});  // waits for its own turn
+    link.Draw(
+        "Source source > Step step > Sink last\n"
+        "source > Sink plot\nsource > Wide wide");
     EXPECT_EQ(Order(link).names, (Names{"source", "plot", "step", "last", "wide"}));
 }
 
 TEST(LoopLevels, CountOpenLoopsOnTheDeepestWay) {
     SmallLink link;
     link.LoopModels();
-    Component& source = link.Add("Source", "source");
-    Component& outer = link.Add("LoopBeginBlock", "outer");
-    Component& inner = link.Add("LoopBeginBlock", "inner");
-    Component& body = link.Add("Join", "body");
-    Component& innerEnd = link.Add("LoopEndBlock", "innerEnd");
-    Component& outerEnd = link.Add("LoopEndBlock", "outerEnd");
-    Component& sink = link.Add("Sink", "sink");
-    Component& island = link.Add("Step", "island");
-    link.Chain({&source, &outer, &inner, &body, &innerEnd, &outerEnd, &sink});
-    link.Wire(source, 1, body, 2);
+    link.Draw(
+        "Source source > LoopBeginBlock outer > LoopBeginBlock inner > Join body > "
+        "LoopEndBlock innerEnd > LoopEndBlock outerEnd > Sink sink\n"
+        "source > body.2\nStep island");
     std::string text;
     ASSERT_EQ(AssignLevels(*link.workspace, text), Status::Success);
-    const std::pair<Component*, std::int32_t> expected[] = {
-        {&source, 0},   {&outer, 0},    {&inner, 1}, {&body, 2},
-        {&innerEnd, 2}, {&outerEnd, 1}, {&sink, 0},  {&island, levelNotReached}};
-    for (const auto& [component, level] : expected) {
-        EXPECT_EQ(component->level, level) << component->name;
-    }
+    const std::pair<const char*, std::int32_t> expected[] = {
+        {"source", 0},   {"outer", 0},    {"inner", 1}, {"body", 2},
+        {"innerEnd", 2}, {"outerEnd", 1}, {"sink", 0},  {"island", levelNotReached}};
+    for (const auto& [name, level] : expected) EXPECT_EQ(link[name].level, level) << name;
 }
 
 TEST(LoopInputs, ComeBackFirstThenFromOutsideThenFromInside) {
     SmallLink link;
     link.LoopModels(6);
-    Component& source = link.Add("Source", "source");
-    Component& begin = link.Add("LoopBeginBlock", "begin");
-    Component& end = link.Add("LoopEndBlock", "end");
-    Component& inside1 = link.Add("Step", "inside1");
-    Component& inside2 = link.Add("Step", "inside2");
-    Component& outside1 = link.Add("Source", "outside1");
-    Component& outside2 = link.Add("Source", "outside2");
-    Component& back = link.Add("Step", "back");
-    link.Wire(source, 1, begin, 1);
-    link.Wire(begin, 1, inside1, 1);
-    link.Wire(begin, 2, inside2, 1);
-    link.Wire(inside1, 1, end, 1);
-    link.Wire(outside1, 1, end, 2);
-    link.Wire(back, 1, end, 3);
-    link.Wire(end, 1, back, 1);  // a wire round the end block itself
-    link.Wire(inside2, 1, end, 4);
-    link.Wire(outside2, 1, end, 5);
+    link.Draw(
+        "Source source > LoopBeginBlock begin > Step inside1 > LoopEndBlock end > Step back\n"
+        "back > end.3\n"  // a wire round the end block itself
+        "Source outside1 > end.2\nSource outside2 > end.5\n"
+        "begin.2 > Step inside2 > end.4");
     std::string text;
     ASSERT_EQ(AssignLevels(*link.workspace, text), Status::Success);
     // Port 6 is not wired: nothing upstream, so it counts as outside.
-    const std::vector<Node*> expected = {back.outputs[0].node,     end.inputs[5].node,
-                                         outside2.outputs[0].node, outside1.outputs[0].node,
-                                         inside2.outputs[0].node,  inside1.outputs[0].node};
-    EXPECT_EQ(SortLoopInputs(end, *link.workspace), expected);
+    std::vector<Node*> expected;
+    for (const std::size_t port : {3, 6, 5, 2, 4, 1}) {
+        expected.push_back(link["end"].inputs[port - 1].node);
+    }
+    EXPECT_EQ(SortLoopInputs(link["end"], *link.workspace), expected);
 }
 
 // Kept deliberately: an ordinary driver goes on with the adjustment of the loop block queued before
@@ -115,19 +89,12 @@ TEST(RunOrder, OrdinaryDriverKeepsTheAdjustmentOfTheLoopEndBeforeIt) {
     for (const bool behindLoopEnd : {false, true}) {
         SmallLink link;
         link.LoopModels();
-        Component& begin = link.Add("LoopBeginBlock", "begin");
-        Component& end = link.Add("LoopEndBlock", "end");
-        Component& join = link.Add("Join", "join");
-        Component& a = link.Add("Source", "a");
-        Component& b = link.Add("Source", "b");
-        Component& sink = link.Add("Sink", "sink");
-        link.Chain({&a, &join, &sink});
-        link.Wire(b, 1, join, 2);
+        link.Draw("LoopBeginBlock begin\nLoopEndBlock end\nSource a > Join join > Sink sink");
+        link.Draw("Source b > join.2");
         if (behindLoopEnd) {
-            Component& source = link.Add("Source", "c");
-            link.Chain({&source, &begin, &end});
+            link.Draw("Source c > begin > end");
             // A second driver on the sink's node, as a file may have it.
-            AttachOutput(end, 1, sink.inputs[0].node->number, *link.workspace);
+            AttachOutput(link["end"], 1, link["sink"].inputs[0].node->number, *link.workspace);
         }
         const Names names = Order(link).names;
         const Names tail(names.end() - 4, names.end());
@@ -158,30 +125,20 @@ TEST(RunOrder, FollowsAChainOfAHundredThousandBlocks) {
 }
 
 TEST(RunOrder, NamesAComponentOfAWiredCycle) {
-    SmallLink link;
-    Component& join = link.Add("Join", "join%n");
-    Component& step = link.Add("Step", "step");
-    Component& source = link.Add("Source", "source");
-    Component& sink = link.Add("Sink", "sink");
-    link.Chain({&source, &join, &step, &sink});
-    link.Wire(step, 1, join, 2);
-    const Ordered result = Order(link);
-    EXPECT_EQ(result.status, Status::Error);
-    EXPECT_NE(result.text.find("ERROR: component 'step' is wired in a cycle"), std::string::npos)
-        << result.text;
-}
-
-TEST(RunOrder, EndsWhenACycleOpensLoopsWithoutEnd) {
-    SmallLink link;
-    link.LoopModels(2);
-    Component& begin = link.Add("LoopBeginBlock", "begin");
-    Component& source = link.Add("Source", "source");
-    Component& step = link.Add("Step", "step");
-    link.Chain({&source, &begin, &step});
-    link.Wire(step, 1, begin, 2);
-    const Ordered result = Order(link);
-    EXPECT_EQ(result.status, Status::Error);
-    EXPECT_NE(result.text.find("'begin' is wired in a cycle"), std::string::npos) << result.text;
+    const std::pair<const char*, const char*> rows[] = {
+        {"Source source > Join join%n > Step step > Sink sink\nstep > join%n.2", "step"},
+        {"Source source > LoopBeginBlock begin > Step step\nstep > begin.2", "begin"},
+    };
+    for (const auto& [diagram, name] : rows) {
+        SmallLink link;
+        link.LoopModels(2);
+        link.Draw(diagram);
+        const Ordered result = Order(link);
+        EXPECT_EQ(result.status, Status::Error);
+        EXPECT_NE(result.text.find(Concat("ERROR: component '", name, "' is wired in a cycle")),
+                  std::string::npos)
+            << result.text;
+    }
 }
 
 TEST(RunOrder, NamesAComponentWhosePortStandsOnNoNode) {

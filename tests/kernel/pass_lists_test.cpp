@@ -3,6 +3,7 @@
 #include "kernel/pass_lists.h"
 
 #include <random>
+#include <set>
 
 #include "kernel/symbols.h"
 #include "support/sweep_link.h"
@@ -38,39 +39,30 @@ TEST(SymbolUse, FollowsNamesThroughSymbols) {
     for (const auto& [name, value] : variables) AddVariable(workspace, name, DoubleType, value);
     std::string text;
     ASSERT_EQ(BuildSymbolTable(workspace, text), Status::Success) << text;
-    struct Row {
-        const char* text;
-        bool uses;
-    };
-    const Row rows[] = {
-        {"2*gain", true},  {"regained", true}, {"far", true},   {"1 + near;", true},
-        {"round", true},   {"other", false},   {"far2", false}, {"nearly", false},
-        {"(far)*2", true}, {"", false},        {"7", false},
-    };
     const SymbolUse use("gain", workspace.symbols);
-    for (const Row& row : rows) EXPECT_EQ(use.InText(row.text), row.uses) << row.text;
+    for (const char* user : {"2*gain", "regained", "far", "1 + near;", "round", "(far)*2"}) {
+        EXPECT_TRUE(use.InText(user)) << user;
+    }
+    for (const char* stranger : {"other", "far2", "nearly", "", "7"}) {
+        EXPECT_FALSE(use.InText(stranger)) << stranger;
+    }
     EXPECT_FALSE(SymbolUse("", workspace.symbols).InText("gain"));
 }
 
 TEST(PassList, KeptDeliberatelyTakesANameInsideALongerOne) {
     PassListLink link;
-    link.Chain({&link.Add("Source", "source"), &link.AddStep("step", "max(1, 2)"),
-                &link.Add("Sink", "sink")});
+    link.Draw("Source source > Step step > Sink sink");
+    link.GiveNumber(link["step"], "number", "max(1, 2)");
     EXPECT_EQ(link.DependOn("x"), (Names{"step", "sink"}));
     EXPECT_EQ(link.DependOn("y"), Names{});
 }
 
 TEST(PassList, HoldsWhatIsFedOnceAndInOrder) {
     PassListLink link;
-    Component& source = link.Add("Source", "source");
-    Component& swept = link.AddStep("swept", "1");
-    Component& plain = link.AddStep("plain", "1");
-    Component& join = link.Add("Join", "join");
-    SetText(&swept.parameters->ISTDDEV, "x");
-    link.Chain({&source, &swept, &join, &link.Add("Sink", "sink")});
-    link.Chain({&source, &plain, &link.Add("Sink", "elsewhere")});
-    link.Wire(plain, 1, join, 2);
-    link.Wire(swept, 1, link.Add("Sink", "plot"), 1);
+    link.Draw(
+        "Source source > Step swept > Join join > Sink sink\n"
+        "source > Step plain > Sink elsewhere\nplain > join.2\nswept > Sink plot");
+    SetText(&link.GiveNumber(link["swept"], "number", "1").ISTDDEV, "x");
     EXPECT_EQ(link.DependOn("x"), (Names{"swept", "plot", "join", "sink"}));
 }
 
@@ -78,49 +70,37 @@ TEST(PassList, HoldsWhatIsFedOnceAndInOrder) {
 /// signals off its input nodes at each repetition. What feeds the middle stays.
 TEST(PassList, TakesALoopAsAWholeAndWhatFeedsItsEnd) {
     PassListLink link(/*loopPorts=*/2);
-    Component& source = link.Add("Source", "source");
-    Component& begin = link.Add("LoopBeginBlock", "begin");
-    Component& first = link.AddStep("first", "a");
-    Component& join = link.Add("Join", "join");
-    Component& end = link.Add("LoopEndBlock", "end");
-    Component& side = link.AddStep("side", "c");
-    link.Chain({&source, &begin, &first, &join, &link.AddStep("second", "b"), &end,
-                &link.Add("Sink", "sink")});
-    link.Wire(end, 2, link.Add("Sink", "last"), 1);
-    link.Wire(first, 1, link.Add("Sink", "plot"), 1);
-    link.Chain({&link.Add("Source", "other"), &side});
-    link.Wire(side, 1, join, 2);
-    link.Wire(source, 1, begin, 2);
-    link.Wire(link.Add("Source", "feeder"), 1, end, 2);
-    link.GiveNumber(source, "number", "d");
+    link.Draw(
+        "Source source > LoopBeginBlock begin > Step first > Join join > Step second > "
+        "LoopEndBlock end > Sink sink\n"
+        "end.2 > Sink last\nfirst > Sink plot\nSource other > Step side > join.2\n"
+        "source > begin.2\nSource feeder > end.2");
+    const std::pair<const char*, const char*> numbers[] = {
+        {"first", "a"}, {"second", "b"}, {"side", "c"}, {"source", "d"}};
+    for (const auto& [name, number] : numbers) link.GiveNumber(link[name], "number", number);
 
-    const auto sorted = [](Names names) {
-        std::sort(names.begin(), names.end());
-        return names;
-    };
-    const Names loop = {"begin", "end",  "feeder", "first", "join",
-                        "last",  "plot", "second", "sink"};
     const std::pair<const char*, Names> rows[] = {
         {"a", {}}, {"b", {}}, {"c", {"side"}}, {"d", {"source"}}};
-    for (const auto& [name, more] : rows) {
-        Names expected = loop;
-        expected.insert(expected.end(), more.begin(), more.end());
-        EXPECT_EQ(sorted(link.DependOn(name)), sorted(expected)) << name;
+    for (const auto& [symbol, more] : rows) {
+        std::set<std::string> expected = {"begin", "end",  "feeder", "first", "join",
+                                          "last",  "plot", "second", "sink"};
+        expected.insert(more.begin(), more.end());
+        const Names names = link.DependOn(symbol);
+        EXPECT_EQ(std::set<std::string>(names.begin(), names.end()), expected) << symbol;
+        EXPECT_EQ(names.size(), expected.size()) << symbol;
     }
 }
 
 /// Chains of any length and nodes with any number of wires, in time that grows with them.
 TEST(PassList, ManagesLongChainsAndWideNodes) {
     PassListLink link;
-    std::vector<Component*> chain = {&link.Add("Source", "source"),
-                                     &link.Add("LoopBeginBlock", "begin")};
     constexpr int length = 3000;
-    for (int i = 0; i < length; ++i) chain.push_back(&link.Add("Step", Concat("s", 10000 + i)));
-    chain.push_back(&link.Add("LoopEndBlock", "end"));
-    chain.push_back(&link.Add("Sink", "sink"));
-    link.Chain(chain);
-    for (int i = 0; i < length; ++i) link.Wire(*chain[1], 1, link.Add("Sink", Concat("p", i)), 1);
-    link.GiveNumber(*chain[length / 2], "number", "x");
+    std::string diagram = "Source source > LoopBeginBlock begin";
+    for (int i = 0; i < length; ++i) AppendPiece(diagram, Concat(" > Step s", i));
+    diagram += " > LoopEndBlock end > Sink sink";
+    for (int i = 0; i < length; ++i) AppendPiece(diagram, Concat("\nbegin > Sink p", i));
+    link.Draw(diagram);
+    link.GiveNumber(link["s1500"], "number", "x");
     EXPECT_EQ(link.DependOn("x").size(), static_cast<std::size_t>(2 * length + 3));
 }
 

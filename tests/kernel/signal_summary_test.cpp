@@ -8,36 +8,23 @@ namespace {
 
 TEST(SignalSummary, OutlivesTheSignalWithItsCoordinates) {
     SweepLink link;
-    Component& source = link.Add("Source", "source");
-    Component& step = link.AddStep("step", "x");
-    Component& sink = link.Add("Sink", "sink");
-    link.Chain({&source, &step, &sink});
-    link.Inner("x", "5", "7", "1");
+    link.Draw("Source source > Step step > Sink sink");
+    link.GiveNumber(link["step"], "number", "x");
+    link.Inner("x", "1", "1000", "1");
     ASSERT_EQ(link.Scan(), Status::Success) << link.Text();
-    EXPECT_EQ(source.outputs[0].node->summaries.size(), 1u);
-    const Node& node = *step.outputs[0].node;
+    EXPECT_EQ(link["source"].outputs[0].node->summaries.size(), 1u);
+    const Node& node = *link["step"].outputs[0].node;
     EXPECT_EQ(node.signals, nullptr);
-    ASSERT_EQ(node.summaries.size(), 3u);
-    std::int32_t point = 3;  // newest first
+    EXPECT_EQ(node.summaries.size(), maxSummariesOnNode);
+    std::int32_t point = 1000;  // the newest are kept, and stand first
     for (const SignalSummary& summary : node.summaries) {
         EXPECT_EQ(summary.SET, 1);
         EXPECT_EQ(summary.INNERSWEEP, point);
         EXPECT_EQ(summary.OUTERSWEEP, 1);
         EXPECT_EQ(summary.mode, simMode::innerSweep);
-        EXPECT_EQ(summary.bitRate, 5 + point);  // source 1, x = 4 + point
+        EXPECT_EQ(summary.bitRate, 1 + point);  // source 1, x = point
         --point;
     }
-}
-
-TEST(SignalSummary, KeepsTheNewestOfALongScan) {
-    SweepLink link;
-    Component& step = link.AddStep("step", "x");
-    link.Chain({&link.Add("Source", "source"), &step, &link.Add("Sink", "sink")});
-    link.Inner("x", "1", "1000", "1");
-    ASSERT_EQ(link.Scan(), Status::Success) << link.Text();
-    const SignalSummaries& kept = step.outputs[0].node->summaries;
-    EXPECT_EQ(kept.size(), maxSummariesOnNode);
-    EXPECT_EQ(kept.front().INNERSWEEP, 1000);
 }
 
 /// A stored signal, freed at the end of a scope.

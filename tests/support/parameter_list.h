@@ -62,6 +62,16 @@ class ParameterList {
     Parameter* head = nullptr;
 };
 
+/// A parameter by itself, with limits of its type.
+template <class T>
+Parameter* LimitedParameter(std::string_view name, std::int32_t type, std::string_view value,
+                            T least, T greatest) {
+    Parameter* parameter = ParameterList::NewParameter(name, type, value);
+    parameter->min = NewBlock(least);
+    parameter->max = NewBlock(greatest);
+    return parameter;
+}
+
 /// The value in a record's untyped block.
 template <class T>
 T BlockValue(const void* block) {

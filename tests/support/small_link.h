@@ -6,6 +6,7 @@
 #include <functional>
 #include <gtest/gtest.h>
 #include <map>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -13,6 +14,7 @@
 #include "kernel/driver.h"
 #include "kernel/graph.h"
 #include "kernel/parameters.h"
+#include "support/parameter_list.h"
 #include "support/recording_host.h"
 #include "support/temp_dir.h"
 
@@ -104,35 +106,15 @@ class SmallLink {
     void LoopModels(std::size_t ports = 1) {
         const std::vector<std::int32_t> any(ports, UnknownSigType);
         Component& begin = Model("LoopBeginBlock", any, any);
-        begin.parameters = IntParameter("NumReps", "1", -10, 1000);
-        begin.parameters->next = CreateParameter("Name", StringType);
-        SetText(&begin.parameters->next->value, "L");
+        begin.parameters = LimitedParameter("NumReps", IntType, "1", -10, 1000);
+        begin.parameters->next = ParameterList::NewParameter("Name", StringType, "L");
         Model("LoopEndBlock", any, any);
-    }
-
-    static Parameter* IntParameter(const std::string& name, const std::string& value,
-                                   std::int32_t least, std::int32_t greatest) {
-        Parameter* parameter = CreateParameter(name, IntType);
-        EXPECT_NE(parameter, nullptr);
-        SetText(&parameter->value, value);
-        parameter->min = Allocate(sizeof(std::int32_t));
-        parameter->max = Allocate(sizeof(std::int32_t));
-        *static_cast<std::int32_t*>(parameter->min) = least;
-        *static_cast<std::int32_t*>(parameter->max) = greatest;
-        return parameter;
     }
 
     /// A number without limits to speak of, on any component.
     static Parameter& GiveNumber(Component& component, const std::string& name,
                                  const std::string& value) {
-        Parameter* parameter = CreateParameter(name, DoubleType);
-        EXPECT_NE(parameter, nullptr);
-        SetText(&parameter->value, value);
-        SetText(&parameter->STDDEV, "0");
-        parameter->min = Allocate(sizeof(double));
-        parameter->max = Allocate(sizeof(double));
-        *static_cast<double*>(parameter->min) = -1e300;
-        *static_cast<double*>(parameter->max) = 1e300;
+        Parameter* parameter = LimitedParameter(name, DoubleType, value, -1e300, 1e300);
         InsertParameterSorted(&component.parameters, parameter);
         return *parameter;
     }
@@ -150,10 +132,36 @@ class SmallLink {
         EXPECT_EQ(ConnectComponents(*workspace, from, output, to, input, text), Status::Success)
             << text;
     }
-    /// First output to first input along the list.
-    void Chain(const std::vector<Component*>& components) {
-        for (std::size_t i = 1; i < components.size(); ++i) {
-            Wire(*components[i - 1], 1, *components[i], 1);
+    /// The component of that name.
+    Component& operator[](std::string_view name) const {
+        Component* found = FindModel(name, workspace->components);
+        EXPECT_NE(found, nullptr) << name;
+        return *found;
+    }
+    /// Makes and wires what is drawn: "Source a > Join join > Sink sink\nSource b > join.2". A type
+    /// stands before the name of what is new. The second port of `join` is join.2: an output where
+    /// it begins a line, else an input.
+    void Draw(const std::string& diagram) {
+        std::istringstream lines(diagram);
+        for (std::string line; std::getline(lines, line);) {
+            std::istringstream words(line);
+            Component* from = nullptr;
+            std::int32_t output = 1;
+            for (std::string word, type; words >> word;) {
+                if (word == ">") continue;
+                if (FindModel(word, catalogue.models)) {
+                    type = word;
+                    continue;
+                }
+                const std::size_t dot = word.find('.');
+                const std::int32_t port = dot == std::string::npos ? 1 : word[dot + 1] - '0';
+                const std::string name = word.substr(0, dot);
+                Component& to = type.empty() ? (*this)[name] : Add(type, name);
+                type.clear();
+                if (from) Wire(*from, output, to, port);
+                output = from ? 1 : port;
+                from = &to;
+            }
         }
     }
 
