@@ -1,6 +1,7 @@
 // What a node remembers of the signals that passed: the numbers, their order and their bound.
 #include "kernel/signal_summary.h"
 
+#include "support/signals.h"
 #include "support/sweep_link.h"
 
 namespace photrak {
@@ -45,35 +46,22 @@ struct Stored {
 };
 
 OpSig* AddChannel(OpSignal& signal, double wavelength, std::int32_t n, Complex field) {
-    OpSig* channel = nullptr;
-    EXPECT_EQ(CreateOpSig(&channel, n), 0);
+    OpSig* channel = RampChannel(n, 2e-12).release();
     std::fill_n(channel->Ex_samples + 1, n, field);
     channel->wavelength = wavelength;
-    channel->tStep = 2e-12;
-    channel->startTime = -1e-12;
-    channel->bitRate = 10e9;
-    channel->patternLength = 4;
-    OpSig** end = &signal.channels;
-    while (*end) end = &(*end)->next;
-    *end = channel;
-    return channel;
+    channel->next = signal.channels;
+    return signal.channels = channel;
 }
 
 TEST(SignalSummary, HoldsARecordForEachChannel) {
     OpSignal* signal = nullptr;
     ASSERT_EQ(CreateOpSignal(&signal), 0);
-    AddChannel(*signal, 1.54e-6, 8, {0.03, 0.04});
     OpSig* both = AddChannel(*signal, 1.55e-6, 8, {0.1, 0});
     ASSERT_EQ(AddEySamples(both), 0);
     std::fill_n(both->Ey_samples + 1, 8, Complex{0, 0.1});
-    for (const double peak : {3e-17, 8e-17}) {
-        OpSigASE* noise = nullptr;
-        ASSERT_EQ(CreateOpSigASE(&noise, 5), 0);
-        noise->powerSamples[5] = peak;
-        noise->next = signal->noise;
-        signal->noise = noise;
-    }
-    signal->noise->powerSamples[1] = 1e-17;  // of the first spectrum, whose peak is 8e-17
+    AddChannel(*signal, 1.54e-6, 8, {0.03, 0.04});
+    signal->noise = RampSpectrum(8).release();  // peaks at 8
+    signal->noise->next = RampSpectrum(3).release();
 
     Stored stored(signal, OpSigType);
     const SignalSummaries& kept = stored.Keep();
@@ -83,13 +71,13 @@ TEST(SignalSummary, HoldsARecordForEachChannel) {
     EXPECT_DOUBLE_EQ(first.average, 0.0025);
     EXPECT_EQ(second.wavelength, 1.55e-6);
     EXPECT_DOUBLE_EQ(second.average, 0.02);
-    EXPECT_EQ(second.noiseFigure, 8e-17);
+    EXPECT_EQ(second.noiseFigure, 8.0);
     EXPECT_EQ(second.unit, "");
     EXPECT_DOUBLE_EQ(second.duration, 16e-12);
     EXPECT_EQ(second.tStep, 2e-12);
-    EXPECT_EQ(second.startTime, -1e-12);
+    EXPECT_EQ(second.startTime, 3e-12);
     EXPECT_EQ(second.bitRate, 10e9);
-    EXPECT_EQ(second.patternLength, 4);
+    EXPECT_EQ(second.patternLength, 16);
 }
 
 TEST(SignalSummary, KeepsASignalOfManyChannelsWhole) {
@@ -103,41 +91,31 @@ TEST(SignalSummary, KeepsASignalOfManyChannelsWhole) {
 }
 
 TEST(SignalSummary, MeasuresWaveformsAndBits) {
-    ElecSig* wave = nullptr;
-    ASSERT_EQ(CreateElecSig(&wave, 64), 0);
+    ElecSig* wave = RampWaveform(64, 1e-12).release();
     std::fill_n(wave->elecSamples + 1, 64, Complex{-0.5, 0});
     std::fill_n(wave->sigmaSamples + 1, 64, Complex{0.01, 0});
-    wave->tStep = 1e-12;
-    wave->UnitType = VoltageUnit;
-    Stored volts(wave, ElecSigType);
-    const SignalSummary& electrical = volts.Keep().front();
-    EXPECT_EQ(electrical.unit, "V");
+    Stored current(wave, ElecSigType);
+    const SignalSummary& electrical = current.Keep().front();
+    EXPECT_EQ(electrical.unit, "A");
     // An integral over 63 steps, taken for 64.
     EXPECT_NEAR(electrical.average, 0.5 * 63 / 64, 1e-12);
     EXPECT_NEAR(electrical.noiseFigure, 0.01 * 63 / 64, 1e-12);
     EXPECT_DOUBLE_EQ(electrical.duration, 64e-12);
     EXPECT_EQ(electrical.wavelength, 0.0);
-    wave->UnitType = CurrentUnit;
-    EXPECT_EQ(volts.Keep().front().unit, "A");
+    wave->UnitType = VoltageUnit;
+    EXPECT_EQ(current.Keep().front().unit, "V");
 
-    BinSig* bits = nullptr;
-    ASSERT_EQ(CreateBinSig(&bits, 8), 0);
-    for (int i = 1; i <= 8; ++i) bits->bitSequence[i] = i <= 3;
-    bits->bitRate = 4e9;
-    bits->startTime = 1e-9;
-    Stored sequence(bits, BinSigType);
-    const SignalSummary& binary = sequence.Keep().front();
-    EXPECT_DOUBLE_EQ(binary.average, 3.0 / 8);
-    EXPECT_EQ(binary.patternLength, 8);
-    EXPECT_DOUBLE_EQ(binary.duration, 2e-9);
-    EXPECT_EQ(binary.startTime, 1e-9);
+    Stored bits(AlternatingBits(9).release(), BinSigType);  // five of them are set
+    const SignalSummary& binary = bits.Keep().front();
+    EXPECT_DOUBLE_EQ(binary.average, 5.0 / 9);
+    EXPECT_EQ(binary.patternLength, 9);
+    EXPECT_DOUBLE_EQ(binary.duration, 0.9e-9);
+    EXPECT_EQ(binary.startTime, 5e-12);
     EXPECT_EQ(binary.tStep, 0.0);
 }
 
 TEST(SignalSummary, SurvivesSignalsWithoutSamples) {
-    ElecSig* wave = nullptr;
-    ASSERT_EQ(CreateElecSig(&wave, 0), 0);
-    Stored nothing(wave, ElecSigType);
+    Stored nothing(RampWaveform(0, 1.0).release(), ElecSigType);
     EXPECT_EQ(nothing.Keep().front().average, 0.0);
     OpSignal* dark = nullptr;
     ASSERT_EQ(CreateOpSignal(&dark), 0);
