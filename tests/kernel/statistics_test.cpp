@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "base/escape.h"
+#include "base/text.h"
 #include "kernel/symbols.h"
 #include "numeric/random.h"
 #include "support/parameter_list.h"
@@ -28,10 +29,8 @@ class Statistics : public ::testing::Test {
         return block;
     }
     void OpenLoop(const char* numReps) {
-        Parameter* parameter = ParameterList::NewParameter("NumReps", IntType, numReps);
-        parameter->min = NewBlock(std::int32_t{1});
-        parameter->max = NewBlock(std::int32_t{1000});
-        InsertParameterSorted(&AddBlock("LoopBeginBlock").parameters, parameter);
+        AddBlock("LoopBeginBlock").parameters =
+            LimitedParameter("NumReps", IntType, numReps, 1, 1000);
     }
     void CloseLoop() { AddBlock("LoopEndBlock"); }
     Parameter& AddRandom(std::int32_t distribution, const char* deviation,
@@ -39,7 +38,7 @@ class Statistics : public ::testing::Test {
         Parameter* parameter = ParameterList::NewParameter("loss", DoubleType, "10");
         SetText(&parameter->STDDEV, deviation);
         parameter->PROBDIST = distribution;
-        InsertParameterSorted(&AddBlock("NonlinearFiberModel", block).parameters, parameter);
+        AddBlock("NonlinearFiberModel", block).parameters = parameter;
         return *parameter;
     }
     void Draw(std::int32_t runs) {
@@ -60,19 +59,15 @@ class Statistics : public ::testing::Test {
     RunOrder order;
 };
 
-struct Moments {
-    long double mean = 0, variance = 0;
-};
-
-Moments MomentsOf(const std::vector<Complex>& deviates) {
-    Moments moments;
-    const auto n = static_cast<long double>(deviates.size());
-    for (const Complex& d : deviates) moments.mean += d.re / n;
-    for (const Complex& d : deviates) {
-        const long double x = d.re - moments.mean;
-        moments.variance += x * x / n;
-    }
-    return moments;
+long double Mean(const std::vector<Complex>& deviates) {
+    long double sum = 0;
+    for (const Complex& d : deviates) sum += d.re;
+    return sum / static_cast<long double>(deviates.size());
+}
+long double Variance(std::vector<Complex> deviates) {
+    const long double mean = Mean(deviates);
+    for (Complex& d : deviates) d.re = double((d.re - mean) * (d.re - mean));
+    return Mean(deviates);
 }
 
 TEST_F(Statistics, DeviatesHaveTheMomentsOfTheirDistribution) {
@@ -82,15 +77,15 @@ TEST_F(Statistics, DeviatesHaveTheMomentsOfTheirDistribution) {
     Draw(runs);
     // Five standard errors: sqrt(1/n) for a mean, sqrt((kurtosis - 1)/n) for a variance.
     const double meanError = 5.0 / std::sqrt(runs), varianceError = 5.0 * std::sqrt(2.0 / runs);
-    const Moments u = MomentsOf(Deviates(uniform)), t = MomentsOf(Deviates(limited));
-    EXPECT_NEAR(u.mean, 0.0, meanError);
-    EXPECT_NEAR(u.variance, 1.0, varianceError);
+    const std::vector<Complex> u = Deviates(uniform), t = Deviates(limited);
+    EXPECT_NEAR(Mean(u), 0.0, meanError);
+    EXPECT_NEAR(Variance(u), 1.0, varianceError);
     // Limited, not drawn again: P(2) - 4 phi(2) + 4 (1 - P(2)), with P(2) the part inside.
     const double inside = std::erf(std::sqrt(2.0));
     const double density = std::exp(-2.0) / std::sqrt(2.0 * 3.14159265358979323846);
-    EXPECT_NEAR(t.mean, 0.0, meanError);
-    EXPECT_NEAR(t.variance, inside - 4.0 * density + 4.0 * (1.0 - inside), varianceError);
-    for (const Complex& d : Deviates(uniform)) ASSERT_LE(std::fabs(d.re), std::sqrt(3.0));
+    EXPECT_NEAR(Mean(t), 0.0, meanError);
+    EXPECT_NEAR(Variance(t), inside - 4.0 * density + 4.0 * (1.0 - inside), varianceError);
+    for (const Complex& d : u) ASSERT_LE(std::fabs(d.re), std::sqrt(3.0));
 }
 
 TEST_F(Statistics, DrawsOncePerEvaluationOfEachRun) {
@@ -107,11 +102,11 @@ TEST_F(Statistics, DrawsOncePerEvaluationOfEachRun) {
     CloseLoop();  // closes nothing
     const Parameter& after = AddRandom(GausProbDist, "1");
     Draw(3);
-    EXPECT_EQ(Deviates(outside).size(), 3u);
-    EXPECT_EQ(Deviates(once).size(), 6u);
-    EXPECT_EQ(Deviates(inner).size(), 30u);
-    EXPECT_EQ(Deviates(limited).size(), 6u);
-    EXPECT_EQ(Deviates(after).size(), 3u);
+    const std::pair<const Parameter&, std::size_t> expected[] = {
+        {outside, 3}, {once, 6}, {inner, 30}, {limited, 6}, {after, 3}};
+    for (const auto& [parameter, draws] : expected) {
+        EXPECT_EQ(Deviates(parameter).size(), draws) << draws;
+    }
     EXPECT_EQ(inner.drawCursor, inner.draws);
     Draw(1);  // one serves all evaluations, whatever the loops
     EXPECT_EQ(Deviates(inner).size(), 1u);
@@ -121,14 +116,12 @@ TEST_F(Statistics, DrawsOncePerEvaluationOfEachRun) {
 }
 
 TEST_F(Statistics, DrawsNothingWithoutADeviation) {
-    const Parameter& zero = AddRandom(GausProbDist, "0");
-    const Parameter& unknown = AddRandom(GausProbDist, "nobody knows");
-    const Parameter& fixed = AddRandom(NoProbDist, "1");
+    const Parameter* still[] = {&AddRandom(GausProbDist, "0"),
+                                &AddRandom(GausProbDist, "nobody knows"),
+                                &AddRandom(NoProbDist, "1")};
     const Parameter& random = AddRandom(GausProbDist, "1/4");
     Draw(5);
-    EXPECT_EQ(zero.draws, nullptr);
-    EXPECT_EQ(unknown.draws, nullptr);
-    EXPECT_EQ(fixed.draws, nullptr);
+    for (const Parameter* parameter : still) EXPECT_EQ(parameter->draws, nullptr);
     EXPECT_EQ(Deviates(random).size(), 5u);
 }
 
@@ -171,31 +164,25 @@ TEST_F(Statistics, KeptDeliberatelyUniformImaginaryPartStaysRawAndMovesTheRealPa
     }
 }
 
-TEST_F(Statistics, RefusesMoreDrawsThanARunMayHold) {
+TEST_F(Statistics, RefusesMoreDrawsThanARunMayHoldOrMemoryGives) {
     RecordingHost host;
     const EscapeLevel level(/*armed=*/true);
     const Parameter& before = AddRandom(GausProbDist, "1");
-    for (int i = 0; i < 30; ++i) OpenLoop("1000");  // the product would overflow 64 bits
-    AddRandom(GausProbDist, "1", "deep %n");
-    EXPECT_THROW(Draw(2000000000), Escape);
-    EXPECT_EQ(before.draws, nullptr);
-    host.boxes.clear();
-    EXPECT_THROW(Draw(2), Escape);
-    EXPECT_EQ(host.Errors(), "ERROR: too many draws of parameter 'loss' of component 'deep %n'");
-    EXPECT_EQ(before.draws, nullptr);
-}
-
-TEST_F(Statistics, FreesWhatItMadeWhenMemoryEnds) {
-    RecordingHost host;
-    const EscapeLevel level(/*armed=*/true);
-    const Parameter& parameter = AddRandom(GausProbDist, "1");
-    Draw(3);
     RefuseAllocationsFrom(3);
     EXPECT_THROW(Draw(5), Escape);
     RefuseAllocationsFrom(-1);
     EXPECT_EQ(host.Errors(),
               "ERROR: insufficient memory for the draws of parameter 'loss' of component 'fiber'");
-    EXPECT_EQ(parameter.draws, nullptr);
+    EXPECT_EQ(before.draws, nullptr);
+    for (int i = 0; i < 30; ++i) OpenLoop("1000");  // the product would overflow 64 bits
+    AddRandom(GausProbDist, "1", "deep %n");
+    for (const std::int32_t runs : {2, 2000000000}) {
+        host.boxes.clear();
+        EXPECT_THROW(Draw(runs), Escape);
+        EXPECT_EQ(host.Errors(), Concat("ERROR: too many draws of parameter 'loss' of component '",
+                                        runs == 2 ? "deep %n" : "fiber", "'"));
+        EXPECT_EQ(before.draws, nullptr);
+    }
 }
 
 }  // namespace
