@@ -4,6 +4,8 @@
 #include <limits>
 #include <string>
 
+#include "base/text.h"
+#include "kernel/graph.h"
 #include "kernel/symbols.h"
 #include "support/parameter_list.h"
 
@@ -13,31 +15,22 @@ namespace {
 class EvalParameter : public ::testing::Test {
   protected:
     EvalParameter() {
-        Declare("len", "2", DoubleType);
-        Declare("twice", "2*len", DoubleType);
-        Declare("z", "1.5 -2", ComplexType);
-        Declare("zz", "z", DoubleType);
-        Declare("letter", "q", CharType);
-        Declare("alias", "letter", DoubleType);
-        Declare("wrong", "x", DoubleType);
-        Declare("Cnumber", "4", DoubleType);
-        Declare("Loop1", "Loop2", ComplexType);
-        Declare("Loop2", "Loop1", ComplexType);
+        const struct {
+            const char *name, *value;
+            std::int32_t type;
+        } variables[] = {
+            {"len", "2", DoubleType},        {"twice", "2*len", DoubleType},
+            {"z", "1.5 -2", ComplexType},    {"zz", "z", DoubleType},
+            {"letter", "q", CharType},       {"alias", "letter", DoubleType},
+            {"wrong", "x", DoubleType},      {"Cnumber", "4", DoubleType},
+            {"Loop1", "Loop2", ComplexType}, {"Loop2", "Loop1", ComplexType},
+            {"Aname", "1 1", ComplexType},
+        };
+        for (const auto& [name, value, type] : variables) AddVariable(workspace, name, type, value);
         std::string unheard;
         EXPECT_EQ(BuildSymbolTable(workspace, unheard), Status::Success);
-    }
-    void Declare(const char* name, const char* value, std::int32_t type) {
-        Variable variable;
-        variable.name = name;
-        variable.value = value;
-        variable.type = type;
-        workspace.variables.push_back(variable);
-    }
-    Variable& Declared(std::string_view name) {
-        for (Variable& variable : workspace.variables) {
-            if (variable.name == name) return variable;
-        }
-        throw std::out_of_range(std::string(name));
+        FindVariable("z", workspace)->actual = &refreshedPair;
+        FindVariable("letter", workspace)->actual = &refreshedLetter;
     }
     Status Evaluate(Parameter& parameter) {
         text.clear();
@@ -47,6 +40,8 @@ class EvalParameter : public ::testing::Test {
     Workspace workspace;
     ParameterList list;
     std::string text;
+    Complex refreshedPair;
+    char refreshedLetter = ' ';
 };
 
 TEST_F(EvalParameter, ReadsNumbersAndExpressions) {
@@ -79,7 +74,7 @@ TEST_F(EvalParameter, ReadsNumbersAndExpressions) {
 TEST_F(EvalParameter, WarnsOfWhatCannotBeEvaluatedAndGoesOnWithZero) {
     Parameter& gain = list.Add("gain %s", DoubleType, "len");
     EXPECT_EQ(Evaluate(gain), Status::Success);
-    SetText(&gain.value, "abc");
+    SetText(&gain.value, "1/0");
     SetText(&gain.STDDEV, "");
     EXPECT_EQ(Evaluate(gain), Status::Warning);
     EXPECT_EQ(text,
@@ -87,11 +82,6 @@ TEST_F(EvalParameter, WarnsOfWhatCannotBeEvaluatedAndGoesOnWithZero) {
               "WARNING in EvalParam: 'gain %s' stddev cannot be evaluated\n");
     EXPECT_EQ(BlockValue<double>(gain.valactual), 0.0);
     EXPECT_EQ(*gain.stddev, 0.0);
-
-    Parameter& count = list.Add("count", IntType, "1/0");
-    EXPECT_EQ(Evaluate(count), Status::Warning);
-    EXPECT_EQ(text, "WARNING in EvalParam: 'count' value cannot be evaluated\n");
-    EXPECT_EQ(BlockValue<std::int32_t>(count.valactual), 0);
 }
 
 TEST_F(EvalParameter, RefusesMissingRecordsAndEmptyValues) {
@@ -109,47 +99,41 @@ TEST_F(EvalParameter, RefusesMissingRecordsAndEmptyValues) {
     }
 }
 
-TEST_F(EvalParameter, ReadsComplexPairsThroughVariables) {
-    Parameter& plain = list.Add("plain", ComplexType, " 1e3-2.5e1 rest");
-    EXPECT_EQ(Evaluate(plain), Status::Success);
-    EXPECT_TRUE(BlockValue<Complex>(plain.valactual) == MakeComplex(1e3, -25));
+TEST_F(EvalParameter, ReadsPairsAndCharactersThroughVariables) {
+    Parameter& pair = list.Add("pair", ComplexType, " 1e3-2.5e1 rest");
+    EXPECT_EQ(Evaluate(pair), Status::Success);
+    EXPECT_TRUE(BlockValue<Complex>(pair.valactual) == MakeComplex(1e3, -25));
+    SetText(&pair.value, "zz");
+    EXPECT_EQ(Evaluate(pair), Status::Success) << text;
+    EXPECT_TRUE(BlockValue<Complex>(pair.valactual) == MakeComplex(1.5, -2));
+    EXPECT_TRUE(refreshedPair == MakeComplex(1.5, -2));
 
-    Complex refreshed;
-    Declared("z").actual = &refreshed;
-    Parameter& named = list.Add("named", ComplexType, "zz");
-    EXPECT_EQ(Evaluate(named), Status::Success) << text;
-    EXPECT_TRUE(BlockValue<Complex>(named.valactual) == MakeComplex(1.5, -2));
-    EXPECT_TRUE(refreshed == MakeComplex(1.5, -2));
+    Parameter& mark = list.Add("mark", CharType, "alias");
+    EXPECT_EQ(Evaluate(mark), Status::Success) << text;
+    EXPECT_EQ(BlockValue<char>(mark.valactual), 'q');
+    EXPECT_EQ(refreshedLetter, 'q');
 
-    SetText(&named.value, "Loop1");
-    EXPECT_EQ(Evaluate(named), Status::Error);
-    EXPECT_EQ(text, "ERROR: variable 'Loop1' in parameter 'named' not found\n");
+    const struct {
+        Parameter& parameter;
+        const char *value, *text;
+    } refused[] = {
+        {pair, "Loop1", "ERROR: variable 'Loop1' in parameter 'pair' not found\n"},
+        // Kept deliberately: of another type than the one that is wanted.
+        {pair, "Cnumber", "ERROR: variable 'Cnumber' is not type IntType\n"},
+        {mark, "ab", "ERROR: variable 'ab' in parameter 'mark' not found\n"},
+        {mark, "wrong", "ERROR: variable 'wrong' is not type CharType\n"},
+    };
+    for (const auto& row : refused) {
+        SetText(&row.parameter.value, row.value);
+        EXPECT_EQ(Evaluate(row.parameter), Status::Error);
+        EXPECT_EQ(text, row.text);
+    }
 }
 
-TEST_F(EvalParameter, KeptDeliberatelyComplexNamesStartAtBAndTheTypeMessageSaysIntType) {
-    Declare("Aname", "1 1", ComplexType);
+TEST_F(EvalParameter, KeptDeliberatelyComplexNamesStartAtB) {
     Parameter& parameter = list.Add("x", ComplexType, "Aname");
     EXPECT_EQ(Evaluate(parameter), Status::Success);
     EXPECT_TRUE(BlockValue<Complex>(parameter.valactual) == MakeComplex(0, 0));
-    SetText(&parameter.value, "Cnumber");
-    EXPECT_EQ(Evaluate(parameter), Status::Error);
-    EXPECT_EQ(text, "ERROR: variable 'Cnumber' is not type IntType\n");
-}
-
-TEST_F(EvalParameter, ReadsCharactersThroughVariables) {
-    char refreshed = ' ';
-    Declared("letter").actual = &refreshed;
-    Parameter& parameter = list.Add("mark", CharType, "alias");
-    EXPECT_EQ(Evaluate(parameter), Status::Success) << text;
-    EXPECT_EQ(BlockValue<char>(parameter.valactual), 'q');
-    EXPECT_EQ(refreshed, 'q');
-
-    SetText(&parameter.value, "ab");
-    EXPECT_EQ(Evaluate(parameter), Status::Error);
-    EXPECT_EQ(text, "ERROR: variable 'ab' in parameter 'mark' not found\n");
-    SetText(&parameter.value, "wrong");
-    EXPECT_EQ(Evaluate(parameter), Status::Error);
-    EXPECT_EQ(text, "ERROR: variable 'wrong' is not type CharType\n");
 }
 
 /// A ring of the given draws on the parameter.
@@ -182,72 +166,55 @@ TEST_F(EvalParameter, ComponentAddsDrawsRoundTheRing) {
 TEST_F(EvalParameter, ComponentMergesStatusesAndSkipsDrawsAfterAnError) {
     Component component;
     list.Add("warns", DoubleType, "abc");
-    Parameter& text1 = list.Add("text", StringType, "");  // not evaluated: no message
-    list.Add("fine", IntType, "1");
+    Parameter& unread = list.Add("text", StringType, "");  // not evaluated: no message
     Parameter& failing = list.Add("fails", DoubleType, "");
-    GiveDraws(failing, {MakeComplex(1), MakeComplex(2)});
     Parameter& after = list.Add("after", StringType, "");
-    GiveDraws(after, {MakeComplex(1), MakeComplex(2)});
-    GiveDraws(text1, {MakeComplex(1), MakeComplex(2)});
+    for (Parameter* p : {&unread, &failing, &after}) {
+        GiveDraws(*p, {MakeComplex(1), MakeComplex(2)});
+    }
     component.parameters = list.Release();
     EXPECT_EQ(EvalComponentParams(component, &workspace, text), Status::Error);
     EXPECT_EQ(text,
               "WARNING in EvalParam: 'warns' value cannot be evaluated\n"
               "ERROR in EvalParam: 'fails' value == \"\"\n");
-    EXPECT_EQ(text1.drawCursor, text1.draws->next);
+    EXPECT_EQ(unread.drawCursor, unread.draws->next);
     EXPECT_EQ(failing.drawCursor, failing.draws);
     EXPECT_EQ(after.drawCursor, after.draws);  // keeps the status of the one before
 }
 
 template <class T>
-struct ClampCase {
-    T value;
-    T expected;
-    const char* side;  // null: within the limits
-    const char* limit;
-};
-
-template <class T>
-void ExpectClamped(std::int32_t type, T min, T max, std::initializer_list<ClampCase<T>> cases) {
+void ExpectClamped(std::int32_t type, T least, T greatest, const char* below, const char* above,
+                   std::initializer_list<std::pair<T, T>> cases) {
     ParameterList list;
-    Parameter& parameter = list.Add("p", type, "x");
-    parameter.min = NewBlock(min);
-    parameter.max = NewBlock(max);
+    Parameter& parameter = *(list.head = LimitedParameter("p", type, "x", least, greatest));
     parameter.valactual = NewBlock(T{});
-    for (const auto& row : cases) {
-        SCOPED_TRACE(testing::Message() << "type " << type << " value " << row.value);
-        std::memcpy(parameter.valactual, &row.value, sizeof(T));
-        std::string text;
-        EXPECT_EQ(ClampParam(parameter, text), row.side ? Status::Warning : Status::Success);
-        EXPECT_EQ(BlockValue<T>(parameter.valactual), row.expected);
-        const std::string message = row.side ? std::string("WARNING: parameter 'p' ") + row.side +
-                                                   " value; change to " + row.limit + "\n"
-                                             : std::string();
+    for (const auto& [value, expected] : cases) {
+        SCOPED_TRACE(testing::Message() << "type " << type << " value " << value);
+        std::memcpy(parameter.valactual, &value, sizeof(T));
+        std::string text, message;
+        if (value != expected) {
+            message = Concat("WARNING: parameter 'p' ",
+                             expected == least ? "less than minimum" : "greater than maximum",
+                             " value; change to ", expected == least ? below : above, "\n");
+        }
+        EXPECT_EQ(ClampParam(parameter, text), message.empty() ? Status::Success : Status::Warning);
+        EXPECT_EQ(BlockValue<T>(parameter.valactual), expected);
         EXPECT_EQ(text, message);
     }
 }
 
 TEST(ClampParameter, MovesValuesToTheirLimits) {
-    constexpr const char *less = "less than minimum", *greater = "greater than maximum";
-    ExpectClamped<double>(DoubleType, -2.5e-7, 5.0,
-                          {{5.0, 5.0, nullptr, nullptr},
-                           {-2.5e-7, -2.5e-7, nullptr, nullptr},
-                           {6.283, 5.0, greater, "5.000000e+00"},
-                           {-1.0, -2.5e-7, less, "-2.500000e-07"},
-                           {std::nan(""), -2.5e-7, less, "-2.500000e-07"},
-                           {HUGE_VAL, 5.0, greater, "5.000000e+00"}});
-    ExpectClamped<std::int32_t>(IntType, -3, 2000000000,
-                                {{-4, -3, less, "-3"},
-                                 {2000000001, 2000000000, greater, "2000000000"},
-                                 {7, 7, nullptr, nullptr}});
-    ExpectClamped<std::int16_t>(
-        EnumType, 0, 4, {{-1, 0, less, "0"}, {5, 4, greater, "4"}, {4, 4, nullptr, nullptr}});
+    ExpectClamped<double>(DoubleType, -2.5e-7, 5.0, "-2.500000e-07", "5.000000e+00",
+                          {{5.0, 5.0},
+                           {-2.5e-7, -2.5e-7},
+                           {-1.0, -2.5e-7},
+                           {std::nan(""), -2.5e-7},
+                           {HUGE_VAL, 5.0}});
+    ExpectClamped<std::int32_t>(IntType, -3, 2000000000, "-3", "2000000000",
+                                {{-4, -3}, {2000000001, 2000000000}, {7, 7}});
+    ExpectClamped<std::int16_t>(EnumType, 0, 4, "0", "4", {{-1, 0}, {5, 4}, {4, 4}});
     // Characters compare as signed: 0xE9 lies below 'a'.
-    ExpectClamped<char>(CharType, 'a', 'z',
-                        {{'A', 'a', less, "a"},
-                         {'~', 'z', greater, "z"},
-                         {'\xE9', 'a', less, "a"},
-                         {'m', 'm', nullptr, nullptr}});
+    ExpectClamped<char>(CharType, 'a', 'z', "a", "z", {{'~', 'z'}, {'\xE9', 'a'}, {'m', 'm'}});
 }
 
 TEST(ClampParameter, AcceptsAbsentLimitsAndRefusesPairs) {
