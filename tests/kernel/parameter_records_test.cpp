@@ -1,4 +1,5 @@
 // Copies, insertion and lookup of parameter records.
+#include <array>
 #include <gtest/gtest.h>
 #include <limits>
 #include <string>
@@ -16,6 +17,11 @@ ArrayRecord* NewArray(std::int32_t rows, std::int32_t cols) {
     return array;
 }
 
+constexpr std::array doubles = {1.5, 2.5};
+constexpr std::array<std::int32_t, 2> integers = {100000, -100000};
+constexpr std::array<std::int16_t, 2> bits = {1, 0};
+constexpr std::array pairs = {1.0, 2.0, 3.0, 4.0};  // of two Complex
+
 /// One parameter with every owned block in use, one with a narrow value, an array of each kind with
 /// two elements, and one whose counts promise what is not there.
 void FillWithEveryKind(ParameterList& list) {
@@ -30,14 +36,9 @@ void FillWithEveryKind(ParameterList& list) {
     real.drawCursor = real.draws;
     SetText(&real.UNITS, "m");
     list.Add("choice", EnumType, "red").max = NewBlock(std::int16_t{3});
-    const double doubles[] = {1.5, 2.5};
-    const std::int32_t integers[] = {100000, -100000};
-    const std::int16_t bits[] = {1, 0};
-    const Complex pairs[] = {{1, 2}, {3, 4}};
     const auto addArray = [&](const char* name, std::int32_t type, const auto& elements) {
         ArrayRecord* array = NewArray(1, 2);
-        array->data = Allocate(sizeof elements);
-        std::memcpy(array->data, elements, sizeof elements);
+        array->data = NewBlock(elements);
         list.Add(name, type, "").valactual = array;
     };
     addArray("doubles", DoubleArrayType, doubles);
@@ -47,8 +48,13 @@ void FillWithEveryKind(ParameterList& list) {
     list.Add("empty", DoubleArrayType, "").valactual = NewArray(0, 1 << 30);
 }
 
-const ArrayRecord& ArrayOf(Parameter* list, std::string_view name) {
-    return *static_cast<const ArrayRecord*>(FindParamCursor(list, name)->valactual);
+/// The array is of that kind and holds these elements.
+template <class T>
+void ExpectArray(Parameter* list, const char* name, std::int32_t kind, const T& elements) {
+    const auto& array = *static_cast<const ArrayRecord*>(FindParamCursor(list, name)->valactual);
+    EXPECT_EQ(array.kind, kind) << name;
+    EXPECT_EQ(BlockValue<T>(array.data), elements) << name;
+    EXPECT_STREQ(array.xUnits, "nm");
 }
 
 TEST(ParameterRecords, CopyIsDeepAndWithoutDraws) {
@@ -69,18 +75,12 @@ TEST(ParameterRecords, CopyIsDeepAndWithoutDraws) {
     EXPECT_EQ(real.drawCursor, nullptr);
     EXPECT_EQ(BlockValue<std::int16_t>(FindParamCursor(copy.head, "choice")->max), 3);
 
-    const ArrayRecord& doubles = ArrayOf(copy.head, "doubles");
-    EXPECT_EQ(static_cast<const double*>(doubles.data)[1], 2.5);
-    EXPECT_STREQ(doubles.xUnits, "nm");
-    EXPECT_EQ(static_cast<const std::int32_t*>(ArrayOf(copy.head, "integers").data)[1], -100000);
-    EXPECT_EQ(static_cast<const std::int16_t*>(ArrayOf(copy.head, "bits").data)[0], 1);
-    EXPECT_TRUE(static_cast<const Complex*>(ArrayOf(copy.head, "pairs").data)[1] ==
-                MakeComplex(3, 4));
-    EXPECT_EQ(ArrayOf(copy.head, "empty").data, nullptr);
-    const char* const arrays[] = {"doubles", "integers", "bits", "pairs"};
-    for (std::int32_t kind = 0; kind < 4; ++kind) {
-        EXPECT_EQ(ArrayOf(copy.head, arrays[kind]).kind, kind);
-    }
+    ExpectArray(copy.head, "doubles", 0, doubles);
+    ExpectArray(copy.head, "integers", 1, integers);
+    ExpectArray(copy.head, "bits", 2, bits);
+    ExpectArray(copy.head, "pairs", 3, pairs);
+    const void* empty = FindParamCursor(copy.head, "empty")->valactual;
+    EXPECT_EQ(static_cast<const ArrayRecord*>(empty)->data, nullptr);
 }
 
 TEST(ParameterRecords, CopyGivesUpWholeWhenMemoryEnds) {
@@ -120,20 +120,22 @@ TEST(ParameterRecords, InsertsInByteOrderAndReplacesOfTheSameName) {
 
 TEST(ParameterLookup, GoesOnBehindTheLastMatchAndRoundTheList) {
     ParameterList list, other;
-    Parameter& first = list.Add("x", IntType, "1");
-    Parameter& second = list.Add("y", IntType, "1");
-    Parameter& third = list.Add("x", IntType, "2");
-    Parameter& elsewhere = other.Add("x", IntType, "3");
+    list.Add("x", IntType, "1");
+    list.Add("y", IntType, "2");
+    list.Add("x", IntType, "3");
+    other.Add("x", IntType, "4");
     ForgetParamCursor();
-    EXPECT_EQ(FindParamCursor(list.head, "x"), &first);
-    EXPECT_EQ(FindParamCursor(list.head, "x"), &third);
-    EXPECT_EQ(FindParamCursor(list.head, "x"), &first);
-    EXPECT_EQ(FindParamCursor(list.head, "z"), nullptr);  // moves nothing
-    EXPECT_EQ(FindParamCursor(list.head, "x"), &third);
-    EXPECT_EQ(FindParamCursor(list.head, "y"), &second);
-    EXPECT_EQ(FindParamCursor(other.head, "x"), &elsewhere);
-    EXPECT_EQ(FindParamCursor(list.head, "x"), &first);  // another list in between resets
-    EXPECT_EQ(FindParamCursor(nullptr, "x"), nullptr);
+    const struct {
+        Parameter* list;
+        const char *name, *value;  // null: not found, and moves nothing
+    } rows[] = {{list.head, "x", "1"},     {list.head, "x", "3"}, {list.head, "x", "1"},
+                {list.head, "z", nullptr}, {list.head, "x", "3"}, {list.head, "y", "2"},
+                {other.head, "x", "4"},    {list.head, "x", "1"},  // another list between resets
+                {nullptr, "x", nullptr}};
+    for (const auto& row : rows) {
+        const Parameter* found = FindParamCursor(row.list, row.name);
+        EXPECT_STREQ(found ? found->value : nullptr, row.value) << &row - rows;
+    }
 }
 
 TEST(ParameterLookup, ForgetsFreedParameters) {
