@@ -80,10 +80,7 @@ TEST(SignalMemory, EveryOperationSurvivesTheRefusalOfEachAllocation) {
     const OpSignal* pair = pairOwner.get();
     Owned<Nodelist> listOwner;
     PushCell(listOwner, RampWaveform(6, 0.5), ElecSigType);
-    Owned<OpSignal> single;
-    ASSERT_EQ(Make(single, CreateOpSignal), 0);
-    single->channels = RampChannel(3, 1.0).release();
-    PushCell(listOwner, std::move(single), OpSigType);
+    PushCell(listOwner, Alone(RampChannel(3, 1.0)), OpSigType);
     PushCell(listOwner, AlternatingBits(3), BinSigType);
     const Nodelist* list = listOwner.get();
     const auto align = [list](Nodelist** place) { return AlignSignals(list, 1, place); };

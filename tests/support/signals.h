@@ -86,6 +86,14 @@ inline Owned<OpSignal> Multiplex(std::int32_t n, double tStep) {
     return pair;
 }
 
+/// A multiplex of that channel.
+inline Owned<OpSignal> Alone(Owned<OpSig> channel) {
+    Owned<OpSignal> pair;
+    EXPECT_EQ(Make(pair, CreateOpSignal), 0);
+    pair->channels = channel.release();
+    return pair;
+}
+
 /// Puts a cell with the signal in front of the list.
 template <class T>
 void PushCell(Owned<Nodelist>& list, Owned<T> sig, std::int32_t sigType) {
