@@ -86,12 +86,12 @@ TEST_F(BerLink, ARunDrawsTheLossAnew) {
     const double deviation = std::sqrt(squares / 39);
     EXPECT_GT(deviation, 0.05 * 0.95 * 0.78);
     EXPECT_LT(deviation, 0.05 * 1.22);
-    EXPECT_EQ(rows[40].at(0), "MIN");
-    EXPECT_NEAR(ReadDouble(rows[40].at(1)) / Least(rates), 1.0, 1e-5);
-    EXPECT_EQ(rows[41].at(0), "AVE");
-    EXPECT_NEAR(ReadDouble(rows[41].at(1)) / Mean(rates), 1.0, 1e-5);
-    EXPECT_EQ(rows[42].at(0), "MAX");
-    EXPECT_NEAR(ReadDouble(rows[42].at(1)) / Peak(rates), 1.0, 1e-5);
+    const std::pair<const char*, double> statistics[] = {
+        {"MIN", Least(rates)}, {"AVE", Mean(rates)}, {"MAX", Peak(rates)}};
+    for (std::size_t k = 0; k < 3; ++k) {
+        EXPECT_EQ(rows[40 + k].at(0), statistics[k].first);
+        EXPECT_NEAR(ReadDouble(rows[40 + k].at(1)) / statistics[k].second, 1.0, 1e-5);
+    }
 }
 
 /// Ten dB of fiber and ten of gain, ten times round: the power stays, and each pass adds the noise
