@@ -54,10 +54,9 @@ INSTANTIATE_TEST_SUITE_P(
 /// A sequence generator on node 1 and a plot, with texts put in place.
 std::string Link(const std::string& variables, const std::string& name, const std::string& note,
                  const std::string& length) {
-    return "NOTE " + note + "\nBEGINVARIABLES\n" + variables + "ENDVARIABLES\n" +
-           "NODEBEGIN 1 BinSigType\nENDNODE\n"
-           "COMPONENT " +
-           name + " PseudoRandomBinarySequenceGenerator\nNOTE " + note +
+    return "NOTE " + note + "\nBEGINVARIABLES\n" + variables +
+           "ENDVARIABLES\nNODEBEGIN 1 BinSigType\nENDNODE\nCOMPONENT " + name +
+           " PseudoRandomBinarySequenceGenerator\nNOTE " + note +
            "\nICON x 0 0\nNUMINPUTS 1\nNUMOUTPUTS 1\nINPUTFROM 0\nOUTPUTTO 1\n"
            "PARAM patternLength IntType\nVALUE " +
            length +
@@ -78,75 +77,20 @@ TEST(CommandLine, TextsWithPercentSignsAreOnlyTexts) {
     EXPECT_NE(bad.error.find("Bits%s%n"), std::string::npos) << bad.error;
 }
 
-TEST(CommandLine, SymbolsThatGrowWithoutEndAreRefusedAtOnce) {
+/// The faults themselves are listed with the reader of topologies.
+TEST(CommandLine, CheckTellsEveryFaultWithItsPlace) {
     const TempDir directory;
-    std::string variables = "self DoubleType self + 1\n";
-    for (char c = 'a'; c < 'z'; ++c) {
-        const std::string next(1, static_cast<char>(c + 1));
-        variables += std::string("v") + c + " DoubleType v" + next + " + v" + next + "\n";
-    }
-    for (const char* length : {"va", "self"}) {
-        WriteText("g.top", Link(variables + "vz DoubleType 1\n", "Bits", "", length));
-        const ProgramResult result = Photrak("run --no-commands g.top");
-        EXPECT_NE(result.error.find("'patternLength' value cannot be evaluated"), std::string::npos)
-            << result.error;
-    }
-}
-
-/// A dozen faults in one file: each is told with its own text, and nothing of them hides another.
-TEST(CommandLine, CheckTellsEveryFault) {
-    const TempDir directory;
-    const std::string head = "NOTE\nICON x 0 0\nNUMINPUTS 1\nNUMOUTPUTS 1\n";
-    const std::string generator = " PseudoRandomBinarySequenceGenerator\n" + head;
-    WriteText("f.top",
-              "FLY away\n"
-              "BEGINVARIABLES\nv ArrayType 1\nENDVARIABLES\n"
-              "NODEBEGIN 1 BinSigType\nENDNODE\nNODEBEGIN 1 OpSigType\nENDNODE\n"
-              "NODEBEGIN 2 OddSigType\nENDNODE\n"
-              "NODEBEGIN 3 BinSigType\nSIGNALSAVEMODE Never\nENDNODE\n"
-              "COMPONENT\n"
-              "COMPONENT a Warp\n" +
-                  head +
-                  "INPUTFROM 0\nOUTPUTTO 1\nENDCOMPONENT\n"
-                  "COMPONENT b" +
-                  generator +
-                  "INPUTTO 0\nOUTPUTTO 1\nENDCOMPONENT\n"
-                  "COMPONENT c" +
-                  generator +
-                  "INPUTFROM 0\nOUTPUTAT 1\nENDCOMPONENT\n"
-                  "COMPONENT d" +
-                  generator +
-                  "INPUTFROM 0 4 5\nOUTPUTTO 1\nENDCOMPONENT\n"
-                  "COMPONENT e" +
-                  generator +
-                  "INPUTFROM 0\nOUTPUTTO 6\n"
-                  "PARAM patternLength float\nVALUE 1\nENDPARAM\nENDCOMPONENT\n"
-                  "COMPONENT g" +
-                  generator +
-                  "INPUTFROM 0\nOUTPUTTO 7\n"
-                  "PARAM patternLength IntType\nVALUE nowhere\nENDPARAM\nENDCOMPONENT\n"
-                  "COMPONENT h" +
-                  generator +
-                  "INPUTFROM 0\nOUTPUTTO 8\n"
-                  "PARAM patternLength IntType\nVALUE 99\nENDPARAM\nENDCOMPONENT\n"
-                  "COMPONENT i SignalPlot\n" +
-                  head +
-                  "INPUTFROM 9\nOUTPUTTO 0\nENDCOMPONENT\n"
-                  "COMPONENT j" +
-                  generator + "INPUTFROM 0\n");
+    WriteText("f.top", "FLY away\n" + Link("v ArrayType 1\n", "Bits", "", "99") + "COMPONENT\n");
     const ProgramResult result = Photrak("check f.top");
     EXPECT_EQ(result.status, 1);
     for (const char* text :
          {"I do not understand the following keyword: FLY", "variable cannot be type ArrayType",
-          "node signaltype conflicts in node 1", "node signaltype cannot be type OddSigType",
-          "node signalsavemode cannot be Never", "component name and type missing",
-          "Cannot create component 'a' of model type 'Warp'", "Error in Component INPUT_FROM field",
-          "Error in Component OUTPUTTO field", "in d input or output node counts", "'e'",
-          "'patternLength' value cannot be evaluated",
-          "'patternLength' greater than maximum value; change to 64", "'i'", "'j'", "f.top:3"}) {
+          "f.top:4", "'patternLength' greater than maximum value; change to 64",
+          "component name and type missing"}) {
         EXPECT_NE(result.error.find(text), std::string::npos) << text << " is missing in\n"
                                                               << result.error;
     }
+    EXPECT_FALSE(std::filesystem::exists("root%s.pcs"));
 }
 
 TEST(CommandLine, StrictTurnsWarningsIntoAStatus) {
