@@ -5,22 +5,25 @@ namespace photrak::test {
 namespace {
 
 constexpr const char* definition =
-    "COMPONENT Inverter\nNOTE bits turned round\nMININPUTS 1\nMAXINPUTS 4\nMINOUTPUTS "
-    "1\nMAXOUTPUTS 4\n"
-    "NUMINEQNUMOUTNODES TRUE\nNUMINPUTS 1\nNUMOUTPUTS 1\nINSIGTYPES UnknownSigType\n"
-    "OUTSIGTYPES UnknownSigType\nPARAM gain DoubleType\nDESC factor\nMINVALUE 0\nMAXVALUE 10\n"
-    "VALUE 1\nSTDDEV 0\nPROBDIST NoProbDist\nUNITS none\nENDPARAM\nENDCOMPONENT\n";
+    "COMPONENT Inverter\nMAXINPUTS 4\nMAXOUTPUTS 4\nNUMINEQNUMOUTNODES TRUE\nNUMINPUTS 1\n"
+    "NUMOUTPUTS 1\nINSIGTYPES UnknownSigType\nOUTSIGTYPES UnknownSigType\nPARAM gain DoubleType\n"
+    "MINVALUE 0\nMAXVALUE 10\nVALUE 1\nSTDDEV 0\nENDPARAM\nENDCOMPONENT\n";
 
-constexpr const char* topology =
-    "NOTE a pattern and its inverse\n"
-    "COMPONENT Bits PseudoRandomBinarySequenceGenerator\nNOTE\nICON x 0 0\nNUMINPUTS 1\nNUMOUTPUTS "
-    "1\n"
-    "INPUTFROM 0\nOUTPUTTO 1\nPARAM patternLength IntType\nVALUE 5\nENDPARAM\nENDCOMPONENT\n"
-    "COMPONENT Turn Inverter\nNOTE\nICON x 0 0\nNUMINPUTS 1\nNUMOUTPUTS 1\nINPUTFROM 1\nOUTPUTTO "
-    "2\n"
-    "ENDCOMPONENT\n"
-    "COMPONENT Plot SignalPlot\nNOTE\nICON x 0 0\nNUMINPUTS 2\nNUMOUTPUTS 1\nINPUTFROM 1 2\n"
-    "OUTPUTTO 0\nENDCOMPONENT\n";
+std::string Block(const std::string& type, const std::string& inputs, const std::string& outputs,
+                  const std::string& parameter) {
+    return "COMPONENT " + type + " " + type + "\nNOTE\nICON x 0 0\nNUMINPUTS " +
+           (inputs.size() > 1 ? "2" : "1") + "\nNUMOUTPUTS 1\nINPUTFROM " + inputs + "\nOUTPUTTO " +
+           outputs + "\n" + parameter + "ENDCOMPONENT\n";
+}
+
+/// A pattern of 2^5 bits and its inverse in a plot; the gain is a symbol.
+std::string Topology() {
+    return "BEGINVARIABLES\ng DoubleType 2\nENDVARIABLES\n" +
+           Block("PseudoRandomBinarySequenceGenerator", "0", "1",
+                 "PARAM patternLength IntType\nVALUE 5\nENDPARAM\n") +
+           Block("Inverter", "1", "2", "PARAM gain DoubleType\nVALUE g\nENDPARAM\n") +
+           Block("SignalPlot", "1 2", "0", "");
+}
 
 /// A copy of the program with a catalogue of its own, in the working directory.
 class OwnCatalogue : public ::testing::Test {
@@ -30,7 +33,8 @@ class OwnCatalogue : public ::testing::Test {
         fs::copy_file(PHOTRAK_BINARY_DIR "/bin/photrak", "photrak");
         fs::copy(PHOTRAK_SOURCE_DIR "/catalogue/models", "models", fs::copy_options::recursive);
         WriteText("models/inverter.def", definition);
-        WriteText("link.top", topology);
+        WriteText("link.top", Topology());
+        fs::copy(PHOTRAK_BINARY_DIR "/user_library/gain_model.so", "models");
     }
     static void UserList(const std::string& line) { WriteText("models/user.lis", line); }
     static ProgramResult Run(const std::string& arguments) {
@@ -39,33 +43,25 @@ class OwnCatalogue : public ::testing::Test {
     TempDir directory_;
 };
 
-TEST_F(OwnCatalogue, AModelInCRunsInATopology) {
-    std::filesystem::copy(PHOTRAK_BINARY_DIR "/user_library/gain_model.so", "models");
+TEST_F(OwnCatalogue, AModelInCRunsInATopologyAndTellsWhatItsTestFound) {
     UserList("Inverter inverter.def inv gain_model.so RunGain TestGain\n");
     const ProgramResult result = Run("run --no-commands link.top");
     ASSERT_EQ(result.status, 0) << result.error;
-    const auto rows = Table("phtmpPlot_bin.sig");
+    const auto rows = Table("phtmpSignalPlot_bin.sig");
     ASSERT_EQ(rows.size(), 32u);
     for (const auto& row : rows) EXPECT_EQ(row.at(1) + row.at(2), 1.0);
     EXPECT_NE(Run("models Inverter").out.find("gain"), std::string::npos);
-}
 
-TEST_F(OwnCatalogue, ATestOfAModelInCTellsWhatItFound) {
-    std::filesystem::copy(PHOTRAK_BINARY_DIR "/user_library/gain_model.so", "models");
-    UserList("Inverter inverter.def inv gain_model.so RunGain TestGain\n");
-    std::string link = topology;
-    const std::string place = "INPUTFROM 1\nOUTPUTTO 2\n";
-    link.insert(link.find(place) + place.size(), "PARAM gain DoubleType\nVALUE g\nENDPARAM\n");
-    WriteText("link.top", "BEGINVARIABLES\ng DoubleType 2\nENDVARIABLES\n" + link);
-    const ProgramResult good = Run("test Turn link.top"), bad = Run("test --set g=0 Turn link.top");
+    const ProgramResult good = Run("test Inverter link.top");
     EXPECT_EQ(good.status, 0) << good.error;
-    EXPECT_EQ(good.out, "Turn: no faults\n");
+    EXPECT_EQ(good.out, "Inverter: no faults\n");
+    const ProgramResult bad = Run("test --set g=0 Inverter link.top");
     EXPECT_EQ(bad.status, 1);
     EXPECT_NE(bad.error.find("gain must not be 0"), std::string::npos) << bad.error;
-
     UserList("Inverter inverter.def inv gain_model.so RunGain\n");
-    EXPECT_NE(Run("test Turn link.top").error.find("No parameter test available for this model."),
-              std::string::npos);
+    EXPECT_NE(
+        Run("test Inverter link.top").error.find("No parameter test available for this model."),
+        std::string::npos);
 }
 
 TEST_F(OwnCatalogue, ALibraryThatIsNotThereIsToldAtStartAndAtTheRun) {
