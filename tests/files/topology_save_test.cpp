@@ -139,11 +139,11 @@ TEST_F(SuperBlockSave, WritesPortsAndVariables) {
         "z ComplexType 1 2\nENDVARIABLES\n";
     // Ports 1, 1, 2: of the two equal ones the later in the list ("b") goes first; the number of
     // "a" is a symbol.
-    ASSERT_EQ(SaveAs("sub.dir/amp.top",
-                     variables + Port("a InBlock", "1", "i - 2", "OpSigType") +
-                         Port("b InBlock", "2", "1", "ElecSigType") + Port("c InBlock", "3", "0") +
-                         Port("o OutBlock", "4", "2") + Port("p OutBlock", "5", "1") + "NOTE n\n" +
-                         Block("s Source", "0", "4")),
+    ASSERT_EQ(SaveAs("sub.dir/amp", variables + Port("a InBlock", "1", "i - 2", "OpSigType") +
+                                        Port("b InBlock", "2", "1", "ElecSigType") +
+                                        Port("c InBlock", "3", "0") + Port("o OutBlock", "4", "2") +
+                                        Port("p OutBlock", "5", "1") + "NOTE n\n" +
+                                        Block("s Source", "0", "4")),
               Status::Success);
     EXPECT_EQ(dir_.Read("sub.dir/amp.dts"), DataFile("every_port_and_variable.dts"));
 }
