@@ -24,6 +24,9 @@ class BlockRun {
     };
 
     BlockRun(Status (*model)(const ModelCall&), ModelBlock& block, std::vector<Input> signals,
+             std::size_t outputCount = 1)
+        : BlockRun(model, block.component, std::move(signals), outputCount) {}
+    BlockRun(Status (*model)(const ModelCall&), Component& component, std::vector<Input> signals,
              std::size_t outputCount = 1) {
         std::array<Nodelist, 4> inputs{};
         for (std::size_t i = 0; i < signals.size(); ++i) {
@@ -31,8 +34,7 @@ class BlockRun {
                          signals[i].sig};
         }
         for (std::size_t i = 0; i + 1 < outputCount; ++i) outputs_[i].next = &outputs_[i + 1];
-        status =
-            model({workspace_, block.component, options_, inputs.data(), outputs_.data(), text});
+        status = model({workspace_, component, options_, inputs.data(), outputs_.data(), text});
     }
     ~BlockRun() {
         for (Nodelist& cell : outputs_) FreeSignal(&cell.sig, cell.sigType);

@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <gtest/gtest.h>
-#include <set>
 
 #include "base/text.h"
 #include "kernel/graph.h"
@@ -16,12 +15,9 @@
 namespace photrak {
 namespace {
 
-TEST(ModelTests, EachRowIsOfABuiltInModelAndUnique) {
-    std::set<std::string_view> types;
+TEST(ModelTests, EachRowIsOfABuiltInModel) {
     for (const ModelTest& row : BuiltInModelTests()) {
         SCOPED_TRACE(row.type);
-        EXPECT_TRUE(types.insert(row.type).second);
-        EXPECT_NE(row.run, nullptr);
         EXPECT_NE(std::ranges::find(BuiltInModels(), row.type, &ModelEntry::type),
                   BuiltInModels().end());
         EXPECT_TRUE(HasModelTest(row.type, UserModelTable()));
@@ -55,17 +51,15 @@ class FilterBlock : public ::testing::Test {
 };
 
 TEST_F(FilterBlock, StartsTheViewerAsAPlotBlockWould) {
-    const struct {
-        std::int16_t plotting;
-        std::size_t viewers;
-    } rows[] = {{DoNotPlot, 0}, {PlotToFilesOnly, 0}, {DisplayAllPlots, 2}};
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.plotting);
+    const std::pair<std::int16_t, std::size_t> rows[] = {
+        {DoNotPlot, 0}, {PlotToFilesOnly, 0}, {DisplayAllPlots, 2}};
+    for (const auto& [plotting, viewers] : rows) {
+        SCOPED_TRACE(plotting);
         ResetResultFiles();
         host_.commands.clear();
-        workspace_->options->PLOTTING = row.plotting;
+        workspace_->options->PLOTTING = plotting;
         EXPECT_EQ(Test(), Status::Success) << text_;
-        EXPECT_EQ(host_.commands.size(), row.viewers);
+        EXPECT_EQ(host_.commands.size(), viewers);
         EXPECT_EQ(ResultFiles().size(), 4u);
     }
 }

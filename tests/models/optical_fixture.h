@@ -1,15 +1,20 @@
-// Optical signals of the optical path's tests: steady fields and small noise spectra.
+// Optical signals of the optical path's tests: steady fields, levels, tones and small noise
+// spectra.
 #pragma once
 
 #include <algorithm>
 #include <cmath>
 #include <initializer_list>
+#include <numbers>
 #include <utility>
 
+#include "models/optical/spectrum_grid.h"
 #include "support/model_parameters.h"
 #include "support/signals.h"
 
 namespace photrak {
+
+using Field = std::complex<double>;
 
 /// n samples of a constant x field of `power` watts, 1 ps apart.
 inline Owned<OpSignal> Carrier(double power, std::int32_t n = 4, double wavelength = 1.55e-6) {
@@ -19,6 +24,27 @@ inline Owned<OpSignal> Carrier(double power, std::int32_t n = 4, double waveleng
     channel.wavelength = wavelength;
     channel.tStep = 1e-12;
     for (std::int32_t i = 1; i <= n; ++i) channel.Ex_samples[i].re = std::sqrt(power);
+    return signal;
+}
+
+/// A level of `power` watts in one sample.
+inline Owned<OpSignal> Level(double power, double wavelength) {
+    Owned<OpSignal> signal = Carrier(power, 1, wavelength);
+    signal->channels->tStep = 0.0;
+    return signal;
+}
+
+/// A tone `bin` bins of its own window above the carrier, exp(-2 pi j t bin df), in both
+/// polarizations, the second of half the field.
+inline Owned<OpSignal> Tone(std::int32_t n, int bin, double wavelength) {
+    Owned<OpSignal> signal = Carrier(1.0, n, wavelength);
+    OpSig& channel = *signal->channels;
+    EXPECT_EQ(AddEySamples(&channel), 0);
+    for (std::int32_t j = 1; j <= n; ++j) {
+        const Field sample = std::polar(1.0, -2.0 * std::numbers::pi * bin * (j - 1) / n);
+        channel.Ex_samples[j] = {sample.real(), sample.imag()};
+        channel.Ey_samples[j] = 0.5 * channel.Ex_samples[j];
+    }
     return signal;
 }
 
@@ -42,6 +68,10 @@ inline void AddNoise(OpSignal& signal, double fstart, double fstep,
     OpSigASE** tail = &signal.noise;
     while (*tail) tail = &(*tail)->next;
     *tail = spectrum.release();
+}
+
+inline void ExpectField(Complex found, Field expected, double tolerance) {
+    EXPECT_NEAR(std::abs(Value(found) - expected), 0.0, tolerance) << Value(found);
 }
 
 }  // namespace photrak
