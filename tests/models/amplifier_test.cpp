@@ -1,19 +1,14 @@
 // Gain and emission of the amplifier against the formulas of the textbook, worked out by hand.
 #include "models/optical/amplifier.h"
 
-#include <cmath>
 #include <functional>
-#include <gtest/gtest.h>
-#include <limits>
-#include <numbers>
-#include <utility>
 
-#include "base/escape.h"
 #include "base/text.h"
 #include "models/optical/ase_spectra.h"
 #include "models/optical_fixture.h"
 #include "numeric/samples.h"
 #include "support/catalogue_block.h"
+#include "support/refused_memory.h"
 #include "support/temp_dir.h"
 
 namespace photrak {
@@ -85,17 +80,7 @@ double DensityAt(const OpSigASE& spectrum, double nu) {
 
 // --- One gain ---
 
-TEST(OpticalAmplifier, GivesItsSmallSignalGainAndSaturatesAtPsat) {
-    const EdfaParams params = FlatAmplifier();
-    EXPECT_NEAR(Amplifier(params, *Carrier(1e-12)).Power() / (1e-12 * Decibels(16)), 1.0, 1e-9);
-    // 1/Pout = 1/(G^2 Pin) + 1/Psat
-    for (const double power : {1e-4, 1e-2, 1.0}) {
-        const double expected = 1.0 / (1.0 / (power * Decibels(16)) + 1.0 / params.Psat);
-        EXPECT_NEAR(Amplifier(params, *Carrier(power)).Power() / expected, 1.0, rounding);
-    }
-    EXPECT_LT(Amplifier(params, *Carrier(1e3)).Power(), params.Psat);
-}
-
+// 1/Pout = 1/(G^2 Pin) + 1/Psat
 TEST(OpticalAmplifier, BothPolarizationsAllChannelsAndIncomingNoiseSaturateTogether) {
     Owned<OpSignal> light = Carrier(1e-3);
     ASSERT_EQ(AddEySamples(light->channels), 0);
@@ -138,40 +123,21 @@ TEST(OpticalAmplifier, EmissionFollowsGainNoiseFigureAndPhotonEnergy) {
     ASSERT_EQ(lone.Noise().noPoints, 1);
     EXPECT_NEAR(lone.Noise().fstep, 4.0 * width, 1.0);
     EXPECT_NEAR(lone.Noise().powerSamples[1] / expected, std::exp2(-8), 1e-9);
+
+    params.gain = 1.0;  // a spectrum all the same, of zeros
+    EXPECT_EQ(Amplifier(params, *Carrier(0.0)).Noise().powerSamples[1], 0.0);
 }
 
-TEST(OpticalAmplifier, WithoutGainItStillMakesASpectrumOfZeros) {
-    EdfaParams params = FlatAmplifier();
-    params.gain = 1.0;
-    const Amplifier amplifier(params, *Carrier(0.0));
-    ASSERT_EQ(amplifier.Noise().noPoints, 801);
-    EXPECT_EQ(DensityAt(amplifier.Noise(), c / center), 0.0);
-}
-
-// Spans that lose what the amplifiers give: the noise of N amplifiers is N times that of one.
-TEST(OpticalAmplifier, ChainOfCompensatedSpansAddsUp) {
+// The second amplifies the noise of the first and adds its own on the same grid.
+TEST(OpticalAmplifier, NoiseOfAChainAddsUp) {
     EdfaParams params = FlatAmplifier();
     params.Psat = 1e6;
-    Owned<OpSignal> light = Carrier(1e-3);
+    const Amplifier first(params, *Carrier(1e-9)), second(params, first.Light());
     const double one = (Decibels(16) - 1.0) * params.Fn * c / center * halfPlanck;
-    for (int span = 1; span <= 5; ++span) {
-        for (std::int32_t i = 1; i <= 4; ++i) {
-            light->channels->Ex_samples[i].re *= std::sqrt(Decibels(-16));
-        }
-        ScaleSpectra(light->noise, Decibels(-16));
-        Amplifier amplifier(params, *light);
-        ASSERT_EQ(amplifier.status, Status::Success) << amplifier.text;
-        light.reset(static_cast<OpSignal*>(std::exchange(amplifier.output.sig, nullptr)));
-        EXPECT_NEAR(DensityAt(*light->noise, c / center) / (span * one), 1.0, 1e-6);
-        EXPECT_EQ(light->noise->noPoints, 801);
-    }
-    EXPECT_EQ(light->noise->next, nullptr);
-    EXPECT_NEAR(AverageOpSigPower(light->channels), 1e-3, 1e-9);
-    // 58 dB + Pch - G - NF - 10 log N, per 0.1 nm and both polarizations, is the usual estimate; it
-    // takes G - 1 as G.
-    const double inTenthNm = 2.0 * DensityAt(*light->noise, c / center) * 12.48e9;
-    const double estimate = 58.0 - 16.0 - 5.0 - 10.0 * std::log10(5 * (1.0 - Decibels(-16)));
-    EXPECT_NEAR(10.0 * std::log10(1e-3 / inTenthNm), estimate, 0.1);
+    EXPECT_NEAR(DensityAt(second.Noise(), c / center) / (one * (Decibels(16) + 1.0)), 1.0, 1e-6);
+    EXPECT_EQ(second.Noise().noPoints, 801);
+    EXPECT_EQ(second.Noise().next, nullptr);
+    EXPECT_NEAR(second.Power() / (1e-9 * Decibels(32)), 1.0, 1e-6);
 }
 
 // --- Gain curves ---
@@ -185,22 +151,20 @@ TEST(OpticalAmplifier, GainCurvesActBinByBin) {
     const std::string above = FormatSignificant(c / (c / center + 1.0 / 16e-12) * 1e9, 15);
     const EdfaParams params =
         CurveAmplifier(Concat("0 -30\n1540 30\n", above, " 10\n1550 20\n-1 0\n"));
-    Owned<OpSignal> light = Carrier(1e-6, 16);
-    Complex* field = light->channels->Ex_samples;
-    const auto tone = [](std::int32_t i) {  // the bin above the carrier, exp(-2 pi j t df)
-        return std::polar(1e-3, -2.0 * std::numbers::pi * (i - 1) / 16.0);
-    };
+    Owned<OpSignal> light = Carrier(1e-6, 16), tone = Tone(16, 1, center);
+    OpSig& in = *light->channels;
+    ASSERT_EQ(AddEySamples(&in), 0);
     for (std::int32_t i = 1; i <= 16; ++i) {
-        field[i] = {field[i].re + tone(i).real(), tone(i).imag()};
+        in.Ex_samples[i] = in.Ex_samples[i] + 1e-3 * tone->channels->Ex_samples[i];
+        in.Ey_samples[i] = -2.0 * in.Ex_samples[i];
     }
-    ASSERT_EQ(AddEySamples(light->channels), 0);
-    for (std::int32_t i = 1; i <= 16; ++i) light->channels->Ey_samples[i] = -2.0 * field[i];
     const Amplifier amplifier(params, *light);
     const OpSig& out = *amplifier.Light().channels;
     for (std::int32_t i = 1; i <= 16; ++i) {
-        const std::complex<double> expected = 1e-2 + std::sqrt(10.0) * tone(i);
-        EXPECT_NEAR(std::abs(Value(out.Ex_samples[i]) - expected), 0.0, transformRounding);
-        EXPECT_NEAR(std::abs(Value(out.Ey_samples[i]) + 2.0 * expected), 0.0, transformRounding);
+        const Field second = Value(tone->channels->Ex_samples[i]);
+        const Field expected = 1e-2 + std::sqrt(10.0) * 1e-3 * second;
+        ExpectField(out.Ex_samples[i], expected, transformRounding);
+        ExpectField(out.Ey_samples[i], -2.0 * expected, transformRounding);
     }
 }
 
@@ -213,7 +177,6 @@ TEST(OpticalAmplifier, ComparesWattsWithTheDecibelsOfTheFile) {
     EXPECT_NEAR(gainAt(negative, 1e-6), Decibels(10), 1e-9) << "-30 dBm, yet the highest curve";
     // 1 mW lies between -10 and 10 as watts; joined as 0 dBm it is half way.
     EXPECT_NEAR(gainAt(twoCurves, 1e-3), Decibels(20), 1e-9);
-    EXPECT_NEAR(gainAt(twoCurves, 1e-2), Decibels(10), 1e-9);
     EXPECT_NEAR(gainAt("0 5\n1550 7\n-1 0\n", 1e-3), Decibels(7), 1e-9) << "all powers above";
 }
 
@@ -235,11 +198,11 @@ TEST(SCurves, InterpolateInsideAndKeepTheEndValuesOutside) {
 // Kept deliberately: gain and frequency of the emission are those of the last bin of the last
 // channel, and only the first record of incoming noise is amplified.
 TEST(OpticalAmplifier, LastChannelSetsTheEmissionOfGainCurves) {
-    const EdfaParams params =
+    EdfaParams params =
         CurveAmplifier("0 -30\n1549 20\n1550 20\n1551 20\n1559 10\n1560 10\n1561 10\n-1 0\n");
-    Owned<OpSignal> light = Carrier(1e-6, 1, 1560e-9);
-    light->channels->tStep = 0.0;  // one sample without a step is a level
-    AppendChannel(*light, Carrier(1e-6, 1, 1550e-9));
+    params.noiseCenter = 1.555e-6;
+    const Owned<OpSignal> light = Level(1e-6, 1560e-9);
+    AppendChannel(*light, Level(1e-6, 1550e-9));
     AddNoise(*light, c / 1560e-9 - 1e9, 1e9, {3e-20, 3e-20, 3e-20});
     AddNoise(*light, 193e12, 1e9, {5e-20});
     const Amplifier amplifier(params, *light);
@@ -284,25 +247,21 @@ TEST(AseSpectra, GridsJoinToTheirUnion) {
     EXPECT_EQ(sum.fstep, 1.0);
     const double expected[] = {0, 10, 20 + 1, 30 + 2, 3, 4, 5};
     for (int i = 1; i <= 6; ++i) EXPECT_DOUBLE_EQ(sum.powerSamples[i], expected[i]) << i;
-
-    const OwnedBlock<double>::pointer kept = a->noise->powerSamples;
-    ASSERT_EQ(AddSpectrum(*a->noise, *b->noise, text), Status::Success);
-    EXPECT_EQ(a->noise->powerSamples, kept) << "the grid held the other one already";
-    EXPECT_DOUBLE_EQ(a->noise->powerSamples[1], 20.0);
 }
 
 TEST(AseSpectra, RefuseGridsThatCannotBeJoined) {
-    const Owned<OpSignal> a = Carrier(0), fine = Carrier(0), stepless = Carrier(0);
-    AddNoise(*a, 1e14, 1e9, {1, 2});
-    AddNoise(*fine, 2e14, 1e-3, {1, 2});
-    AddNoise(*stepless, 1e14, 0.0, {1, 2});
-    std::string text;
-    EXPECT_EQ(AddSpectrum(*a->noise, *fine->noise, text), Status::Error);
-    EXPECT_EQ(AddSpectrum(*a->noise, *stepless->noise, text), Status::Error);
-    EXPECT_NE(text.find("at most 4194304 are kept"), std::string::npos) << text;
-    EXPECT_NE(text.find("no frequency step above 0"), std::string::npos) << text;
-    EXPECT_EQ(a->noise->noPoints, 2);
-    EXPECT_EQ(a->noise->powerSamples[2], 2.0);
+    for (const double step : {1e-3, 0.0}) {
+        const Owned<OpSignal> a = Carrier(0), b = Carrier(0);
+        AddNoise(*a, 1e14, 1e9, {1, 2});
+        AddNoise(*b, 2e14, step, {1, 2});
+        std::string text;
+        EXPECT_EQ(AddSpectrum(*a->noise, *b->noise, text), Status::Error);
+        EXPECT_NE(text.find(step > 0.0 ? "at most 4194304 are kept" : "no frequency step above 0"),
+                  std::string::npos)
+            << text;
+        EXPECT_EQ(a->noise->noPoints, 2);
+        EXPECT_EQ(a->noise->powerSamples[2], 2.0);
+    }
 }
 
 // --- Bad input ---
@@ -316,14 +275,10 @@ TEST(SCurves, RefuseBrokenFilesByFileAndLine) {
         std::string_view message;
     } rows[] = {{"", "f% begins wrong"},
                 {"1550 3\n", "f% begins wrong"},
-                {"-1 0\n", "f% begins wrong"},
                 {"0 0\n1550 3\n", "f%:3: the file ends without its closing line"},
-                {"0 0\n1550 3", "f%:2: the file ends without its closing line"},
-                {"0 0\n1550 3\n1540 3\n-1 0\n", "f%:3: wavelength 1540 is not above"},
                 {"0 0\n1550 3\n1550 3\n-1 0\n", "f%:3: wavelength 1550 is not above"},
                 {"0 0\n1550 nan\n-1 0\n", "f%:2: two numbers"},
                 {"0 0\n\n1550 1e999\n-1 0\n", "f%:3: a number is out of range"},
-                {"0 0\n1e999 3\n-1 0\n", "f%:2: a number is out of range"},
                 {"0 0\n-1 0\n", "f%:2: the curve before has no points"},
                 {"0 0\n0 1\n1550 3\n-1 0\n", "f%:2: the curve before has no points"},
                 {long10001, "f%:10002: more than 10000 points in a curve"},
@@ -339,44 +294,35 @@ TEST(SCurves, RefuseBrokenFilesByFileAndLine) {
 
 TEST(OpticalAmplifier, RefusesWhatItCannotCompute) {
     constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+    using P = EdfaParams;
+    using S = OpSignal;
     const struct {
-        std::function<void(EdfaParams&, OpSignal&)> spoil;
+        std::function<void(P&, S&)> spoil;
         std::string_view text;
-    } rows[] = {
-        {[](EdfaParams& p, OpSignal&) { p.type = "ideal %s"; },
-         "Wrong EDFA type in EDFA().\nThe allowed types are 'defined' and 'custom'.\n"},
-        {[](EdfaParams& p, OpSignal&) { p.Psat = 0; }, "'Psat' is 0"},
-        {[](EdfaParams& p, OpSignal&) { p.gain = nan; }, "'gain' is nan"},
-        {[](EdfaParams& p, OpSignal&) { p.BW = 4e-6; }, "'BW' is 4e-06"},
-        {[](EdfaParams& p, OpSignal&) { p.noiseResolution = 1e-30; }, "'noiseResolution' is 1e-30"},
-        {[](EdfaParams& p, OpSignal&) { p.type = "custom"; }, "there are no gain curves"},
-        {[](EdfaParams&, OpSignal& s) { s.channels->Ex_samples[2].im = nan; }, "the input power"},
-        {[](EdfaParams& p, OpSignal& s) {
-             p = CurveAmplifier(twoCurves);
-             s.channels->noPoints = 3;
-         },
-         "a channel has 3 samples"},
-        {[](EdfaParams& p, OpSignal& s) {
-             p = CurveAmplifier(twoCurves);
-             s.channels->tStep = 0;
-         },
-         "a channel has the time step 0 s"},
-        {[](EdfaParams& p, OpSignal& s) {
-             p = CurveAmplifier(twoCurves);
-             s.channels->wavelength = nan;
-         },
-         "a channel has the wavelength nan m"},
-        {[](EdfaParams& p, OpSignal&) { p = CurveAmplifier("0 0\n1550 1e300\n-1 0"); },
-         "the gain curves are out of range"},
-        {[](EdfaParams& p, OpSignal&) {
-             p.noiseShape = NoiseShape::Custom;
-             p.noiseCurves = Curves("0 0\n1550 1e300\n-1 0");
-         },
-         "ERROR in EDFA creating noise spectrum\n"},
-        {[](EdfaParams&, OpSignal& s) {
-             AddNoise(s, 1e14, 1e-9, {1e-20, 0});
-         },
-         "ERROR in EDFA combining noise spectra\n"}};
+    } rows[] = {{[](P& p, S&) { p.type = "ideal %s"; },
+                 "Wrong EDFA type in EDFA().\nThe allowed types are 'defined' and 'custom'.\n"},
+                {[](P& p, S&) { p.Psat = 0; }, "'Psat' is 0"},
+                {[](P& p, S&) { p.gain = nan; }, "'gain' is nan"},
+                {[](P& p, S&) { p.BW = 4e-6; }, "'BW' is 4e-06"},
+                {[](P& p, S&) { p.noiseResolution = 1e-30; }, "'noiseResolution' is 1e-30"},
+                {[](P& p, S&) { p.type = "custom"; }, "there are no gain curves"},
+                {[](P&, S& s) { s.channels->Ex_samples[2].im = nan; }, "the input power"},
+                {[](P& p, S& s) {
+                     p = CurveAmplifier(twoCurves);
+                     s.channels->noPoints = 3;
+                 },
+                 "a channel has 3 samples"},
+                {[](P& p, S&) { p = CurveAmplifier("0 0\n1550 1e300\n-1 0"); },
+                 "the gain curves are out of range"},
+                {[](P& p, S&) {
+                     p.noiseShape = NoiseShape::Custom;
+                     p.noiseCurves = Curves("0 0\n1550 1e300\n-1 0");
+                 },
+                 "ERROR in EDFA creating noise spectrum\n"},
+                {[](P&, S& s) {
+                     AddNoise(s, 1e14, 1e-9, {1e-20, 0});
+                 },
+                 "ERROR in EDFA combining noise spectra\n"}};
     for (const auto& row : rows) {
         EdfaParams params = FlatAmplifier();
         const Owned<OpSignal> light = Carrier(1e-3);
@@ -393,23 +339,12 @@ TEST(OpticalAmplifier, ExhaustedMemoryIsReportedAtEveryStage) {
     const Owned<OpSignal> light = Carrier(1e-3);
     AddNoise(*light, 193e12, 1e9, {1e-20, 2e-20});
     (void)Amplifier(params, *light);  // the tables of the transform are made
-    const std::int64_t before = AllocationCount();
-    (void)Amplifier(params, *light);
-    const std::int64_t needed = AllocationCount() - before;
-    ASSERT_GT(needed, 6);
-    std::string texts;
-    for (std::int64_t n = 1; n <= needed; ++n) {
-        RefuseAllocationsFrom(n);
-        try {  // the arrays of the transform take the escape
-            const Amplifier amplifier(params, *light);
-            EXPECT_EQ(amplifier.status, Status::Error) << n;
-            EXPECT_NE(amplifier.text, "") << n;
-            EXPECT_EQ(amplifier.output.sig, nullptr);
-            texts += amplifier.text;
-        } catch (const Escape&) {
-        }
-        RefuseAllocationsFrom(-1);
-    }
+    const std::string texts = RefuseMemoryInTurn([&](std::string& text) {
+        const Amplifier amplifier(params, *light);
+        text = amplifier.text;
+        EXPECT_EQ(!amplifier.output.sig, amplifier.status != Status::Success);
+        return amplifier.status;
+    });
     for (const std::string_view expected :
          {"Error in copying OpSig in EDFA().\n",
           "Insufficient memory for dynamic allocation to EDFA - gainArray\n",
@@ -419,51 +354,38 @@ TEST(OpticalAmplifier, ExhaustedMemoryIsReportedAtEveryStage) {
     }
 }
 
-// A resolution of 0 asks for one point, and the definition lets it through.
-TEST(OpticalAmplifier, RunsWithTheParametersOfTheCatalogue) {
-    CatalogueBlock block("OpticalAmplifier");
-    EdfaParams params;
-    std::string text;
-    ASSERT_EQ(ReadEdfaParams(block.Set("noiseResolution", "0").Evaluated(), params, text),
-              Status::Success);
-    const Amplifier amplifier(params, *Carrier(1e-3));
-    ASSERT_EQ(amplifier.status, Status::Success) << amplifier.text;
-    EXPECT_EQ(amplifier.Noise().noPoints, 1);
-}
-
 TEST(OpticalAmplifier, ReadsDecibelsAndOnlyTheFilesItNeeds) {
     const TempDir directory;
     const std::string curves = directory.Write("gain.txt", twoCurves);
-    const auto read = [&](std::string_view type, std::string_view shape, const std::string& gain,
-                          EdfaParams& params) {
-        ModelBlock block("A%s");
-        block.Word("type", type).Word("noiseShape", shape).Word("spectraFilename", gain);
-        block.Word("noiseFilename", "absent").Number("Psat", 13).Number("gain", 20);
-        block.Number("Fn", 3).Number("BW", 1e-8).Number("noiseResolution", 2e-9);
-        block.Number("noiseCenter", 1.3e-6);
+    EdfaParams params;
+    const auto read = [&](std::string_view type, std::string_view shape, std::string_view gain) {
+        CatalogueBlock block("OpticalAmplifier");
+        block.Set("type", type).Set("noiseShape", shape).Set("spectraFilename", gain);
+        block.Set("noiseFilename", "absent").Set("Psat", "13").Set("gain", "20").Set("Fn", "3");
+        block.Set("BW", "1e-8").Set("noiseResolution", "0").Set("noiseCenter", "1.3e-6");
         std::string text;
-        const Status status = ReadEdfaParams(block.component, params, text);
+        const Status status = ReadEdfaParams(block.Evaluated(), params, text);
         EXPECT_EQ(status, text.empty() ? Status::Success : Status::Error);
         return text;
     };
-    EdfaParams params;
-    EXPECT_EQ(read("custom", "Gaussian", curves, params), "");
+    EXPECT_EQ(read("custom", "Gaussian", curves), "");
     EXPECT_EQ(params.gainCurves.size(), 2U);
     EXPECT_NEAR(params.Psat, 1e-3 * Decibels(13), 1e-15);
     EXPECT_NEAR(params.gain, 10.0, rounding);
     EXPECT_NEAR(params.Fn, Decibels(3), rounding);
     EXPECT_EQ(params.noiseShape, NoiseShape::Gaussian);
     EXPECT_EQ(params.BW, 1e-8);
-    EXPECT_EQ(params.noiseResolution, 2e-9);
     EXPECT_EQ(params.noiseCenter, 1.3e-6);
-    EXPECT_EQ(read("defined", "none", "absent", params), "");
+    EXPECT_EQ(read("defined", "none", "absent"), "");
     EXPECT_EQ(params.noiseShape, NoiseShape::Flat);
-    EXPECT_EQ(read("custom", "Custom", "", params),
-              "OpticalAmplifier A%s: Cannot open noise spectra filename 'absent'\n");
-    EXPECT_EQ(read("custom", "Flat", "", params),
-              "OpticalAmplifier A%s: Cannot open gain spectra filename ''\n");
+    // A resolution of 0 asks for one point, and the definition lets it through.
+    EXPECT_EQ(Amplifier(params, *Carrier(1e-3)).Noise().noPoints, 1);
+    EXPECT_EQ(read("custom", "Custom", ""),
+              "OpticalAmplifier box: Cannot open noise spectra filename 'absent'\n");
+    EXPECT_EQ(read("custom", "Flat", ""),
+              "OpticalAmplifier box: Cannot open gain spectra filename ''\n");
     directory.Write("gain.txt", "1550 3\n");
-    EXPECT_EQ(read("custom", "Flat", curves, params),
+    EXPECT_EQ(read("custom", "Flat", curves),
               "The first line of file " + curves + " must specify the input power, exit!\n");
 }
 
