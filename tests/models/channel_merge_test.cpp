@@ -2,10 +2,9 @@
 #include "models/optical/channel_merge.h"
 
 #include <functional>
-#include <gtest/gtest.h>
-#include <limits>
-#include <numbers>
+#include <tuple>
 
+#include "models/block_run.h"
 #include "models/optical/signal_join.h"
 #include "models/optical/splitter.h"
 #include "models/optical_fixture.h"
@@ -39,71 +38,56 @@ TEST(ChannelMerge, FieldsBeatAroundTheMeanCarrier) {
     const Owned<OpSig> merged = Merged(*TwoLevels());
     EXPECT_NEAR(c / merged->wavelength, f0, 1.0);
     EXPECT_EQ(merged->Ey_samples, nullptr);
+    const Owned<OpSignal> upper = Tone(n, 4, 1.0), lower = Tone(n, -4, 1.0);
     for (std::int32_t i = 1; i <= n; ++i) {
-        // A higher frequency turns clockwise: exp(-2 pi j f t).
-        const double angle = 2.0 * std::numbers::pi * 4.0 * (i - 1) / n;
-        const std::complex<double> expected = std::polar(1.0, -angle) + std::polar(2.0, angle);
-        EXPECT_NEAR(std::abs(Value(merged->Ex_samples[i]) - expected), 0.0, rounding) << i;
+        const Field above = Value(upper->channels->Ex_samples[i]),
+                    below = Value(lower->channels->Ex_samples[i]);
+        ExpectField(merged->Ex_samples[i], above + 2.0 * below, rounding);
     }
     EXPECT_NEAR(AverageOpSigPower(merged.get()), 5.0, rounding);
 }
 
 TEST(ChannelMerge, PulsesKeepTheirTimeAndPolarization) {
     Owned<OpSignal> signal = Carrier(0.0, n, c / f0);
-    OpSig& second = AppendChannel(*signal, Carrier(0.0, n, c / f0));
+    OpSig &first = *signal->channels, &second = AppendChannel(*signal, Carrier(0.0, n, c / f0));
     ASSERT_EQ(AddEySamples(&second), 0);
-    signal->channels->startTime = 0.0;
     second.startTime = 4 * ps;
-    signal->channels->Ex_samples[11].re = 1.0;  // both at 10 ps
+    first.Ex_samples[11].re = 1.0;  // both at 10 ps
     second.Ey_samples[7].re = 3.0;
-    signal->channels->bitRate = 1e10;
-    signal->channels->patternLength = 16;
-    signal->channels->RIN = 1e-15;
+    first.bitRate = 1e10;
+    first.patternLength = 16;
+    first.RIN = 1e-15;
     const Owned<OpSig> merged = Merged(*signal);
-    EXPECT_DOUBLE_EQ(merged->startTime, 2 * ps);
     for (std::int32_t i = 1; i <= n; ++i) {
-        EXPECT_NEAR(merged->Ex_samples[i].re, i == 9 ? 1.0 : 0.0, rounding) << i;
-        EXPECT_NEAR(merged->Ey_samples[i].re, i == 9 ? 3.0 : 0.0, rounding) << i;
+        ExpectField(merged->Ex_samples[i], i == 9 ? 1.0 : 0.0, rounding);
+        ExpectField(merged->Ey_samples[i], i == 9 ? 3.0 : 0.0, rounding);
     }
-    EXPECT_EQ(merged->tStep, ps);
-    EXPECT_EQ(merged->bitRate, 1e10);
-    EXPECT_EQ(merged->patternLength, 16);
-    EXPECT_EQ(merged->RIN, 1e-15);
-    EXPECT_EQ(signal->channels->Ex_samples[11].re, 1.0) << "the channels stay as they are";
+    EXPECT_DOUBLE_EQ(merged->startTime, 2 * ps);
+    EXPECT_EQ(std::tie(merged->tStep, merged->bitRate, merged->patternLength, merged->RIN),
+              std::tuple(ps, 1e10, 16, 1e-15));
+    EXPECT_EQ(first.Ex_samples[11].re, 1.0) << "the channels stay as they are";
 }
 
-TEST(ChannelMerge, OneChannelOrLevelStaysAndNoneGivesNone) {
-    const Owned<OpSignal> ramp = Carrier(1.0, n, c / f0);
-    FillRamp(ramp->channels->Ex_samples, n, 0.0);
-    const Owned<OpSig> one = Merged(*ramp);
-    for (std::int32_t i = 1; i <= n; ++i) {
-        EXPECT_NEAR(one->Ex_samples[i].re, i, n * rounding);
-    }
-    const Owned<OpSignal> level = Carrier(4.0, 1, c / f0);
-    level->channels->tStep = 0.0;
+TEST(ChannelMerge, LevelStaysAndNoneGivesNone) {
+    const Owned<OpSignal> level = Level(4.0, c / f0);
     EXPECT_EQ(Value(Merged(*level)->Ex_samples[1]), 2.0);
-    level->channels->next = nullptr;
     FreeOpSigList(&level->channels);
     EXPECT_EQ(Merged(*level), nullptr);
 }
 
 TEST(ChannelMerge, RefusesChannelsThatShareNoGrid) {
+    using S = OpSig;
     const struct {
-        std::function<void(OpSig& first, OpSig& second)> spoil;
+        std::function<void(S& first, S& second)> spoil;
         std::string_view text;
-    } rows[] = {
-        {[](OpSig&, OpSig& b) { b.tStep = 2 * ps; },
-         "ERROR merging input signals: time steps do not match\n"},
-        {[](OpSig&, OpSig& b) { b.noPoints = n / 2; },
-         "ERROR merging input signals: number of data points do not match\n"},
-        {[](OpSig&, OpSig& b) { b.wavelength = c / (f0 - 60 * binWidth); },
-         "ERROR merging optical signals: signal sampling rate too low\n"},
-        {[](OpSig&, OpSig& b) { b.wavelength = std::numeric_limits<double>::quiet_NaN(); },
-         "out of range\n"},
-        {[](OpSig&, OpSig& b) { b.startTime = std::numeric_limits<double>::infinity(); },
-         "out of range\n"},
-        {[](OpSig& a, OpSig& b) { a.noPoints = b.noPoints = n - 1; }, "no power of two\n"},
-        {[](OpSig& a, OpSig& b) { a.tStep = b.tStep = 0.0; }, "the time step is not above 0\n"}};
+    } rows[] = {{[](S&, S& b) { b.tStep = 2 * ps; }, "time steps do not match\n"},
+                {[](S&, S& b) { b.noPoints = n / 2; }, "number of data points do not match\n"},
+                {[](S&, S& b) { b.wavelength = c / (f0 - 60 * binWidth); },
+                 "ERROR merging optical signals: signal sampling rate too low\n"},
+                {[](S&, S& b) { b.wavelength = NAN; }, "out of range\n"},
+                {[](S&, S& b) { b.startTime = INFINITY; }, "out of range\n"},
+                {[](S& a, S& b) { a.noPoints = b.noPoints = n - 1; }, "no power of two\n"},
+                {[](S& a, S& b) { a.tStep = b.tStep = 0.0; }, "the time step is not above 0\n"}};
     for (const auto& row : rows) {
         const Owned<OpSignal> signal = TwoLevels();
         row.spoil(*signal->channels, *signal->channels->next);
@@ -131,15 +115,13 @@ TEST(SignalJoin, SortsChannelsAndSumsNoiseOnOneGrid) {
     Owned<OpSignal> joined;
     std::string text;
     ASSERT_EQ(JoinSignals("MUX", parts, joined, text), Status::Success) << text;
-    double wavelength = 1.550e-6;
     const OpSig* before = nullptr;
+    double nanometers = 1550.0;
     for (const OpSig& channel : Items(joined->channels)) {
-        EXPECT_NEAR(channel.wavelength, wavelength, 1e-15);
-        EXPECT_EQ(channel.prev, before);
-        before = &channel;
-        wavelength += 1e-9;
+        EXPECT_NEAR(channel.wavelength * 1e9, nanometers++, 1e-6);
+        EXPECT_EQ(channel.prev, std::exchange(before, &channel));
     }
-    EXPECT_NEAR(wavelength, 1.553e-6, 1e-15);
+    EXPECT_EQ(nanometers, 1553.0);
     const OpSigASE& noise = *joined->noise;
     ASSERT_EQ(noise.noPoints, 6);
     EXPECT_EQ(noise.fstart, 100.0);
@@ -156,7 +138,7 @@ TEST(SignalJoin, WithoutNoiseThereIsNoneAndAbsurdGridsAreRefused) {
     std::string text;
     ASSERT_EQ(JoinSignals("MUX", parts, joined, text), Status::Success);
     EXPECT_EQ(joined->noise, nullptr);
-    for (const double step : {1e-3, 0.0, std::numeric_limits<double>::quiet_NaN()}) {
+    for (const double step : {1e-3, 0.0, double{NAN}}) {
         OpSignals absurd;
         absurd.push_back(Carrier(1.0));
         AddNoise(*absurd[0], 1e14, step, {1, 2});
@@ -173,26 +155,20 @@ TEST(OpticalSplitter, SharesPowerAndNoiseEvenly) {
     ASSERT_EQ(AddEySamples(light->channels), 0);
     light->channels->Ey_samples[1].re = 6.0;
     AddNoise(*light, 1e14, 1e9, {6, 12});
-    Nodelist input{nullptr, OpSigType, light.get()};
-    OutputCell third(UnknownSigType), second(UnknownSigType), first(UnknownSigType);
-    first.next = &second;
-    second.next = &third;
-    std::string text;
-    ASSERT_EQ(SplitSignal("S", 0.5, &input, &first, text), Status::Success) << text;
-    for (const OutputCell* output : {&first, &second, &third}) {
-        EXPECT_EQ(output->sigType, OpSigType);
-        const auto& copy = output->As<OpSignal>();
-        EXPECT_NEAR(AverageOpSigPower(copy.channels), 12.0 * 0.5 / 3.0, rounding);
-        EXPECT_NEAR(copy.noise->powerSamples[2], 2.0, rounding);
+    ModelBlock block("S"), wrong("S");
+    block.Number("transmission", 0.5);
+    const BlockRun run(RunOpticalSplitter, block, {light}, 3);
+    ASSERT_EQ(run.status, Status::Success) << run.text;
+    for (const std::size_t port : {0, 1, 2}) {
+        EXPECT_NEAR(AverageOpSigPower(&run.Channel(port)), 12.0 * 0.5 / 3.0, rounding);
+        EXPECT_NEAR(run.Light(port).noise->powerSamples[2], 2.0, rounding);
     }
-    OutputCell dark(OpSigType);
-    EXPECT_EQ(SplitSignal("S", -0.5, &input, &dark, text), Status::Error);
-    EXPECT_NE(text.find("parameter 'transmission' is -0.5"), std::string::npos);
-    input.sigType = ElecSigType;
-    text.clear();
-    EXPECT_EQ(SplitSignal("S", 0.5, &input, &dark, text), Status::Error);
-    EXPECT_EQ(text, "Invalid signal in user model.");
-    EXPECT_EQ(dark.sig, nullptr);
+    wrong.Number("transmission", -0.5);
+    const BlockRun refused(RunOpticalSplitter, wrong, {light});
+    EXPECT_NE(refused.text.find("parameter 'transmission' is -0.5"), std::string::npos);
+    EXPECT_TRUE(refused.IsEmpty());
+    EXPECT_EQ(BlockRun(RunOpticalSplitter, block, {Owned<ElecSig>()}).text,
+              "Invalid signal in user model.");
 }
 
 }  // namespace

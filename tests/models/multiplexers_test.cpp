@@ -1,9 +1,6 @@
 // Channels through multiplexers and demultiplexers, as levels whose powers tell what passed where.
 #include "models/optical/multiplexers.h"
 
-#include <gtest/gtest.h>
-#include <vector>
-
 #include "models/block_run.h"
 #include "models/optical/optical_filter.h"
 #include "models/optical_fixture.h"
@@ -18,32 +15,29 @@ constexpr double f0 = 193.1e12;
 constexpr double spacing = 100e9;
 constexpr double rounding = 1e-9;
 
-/// A level of `power` watts at a frequency, in one sample.
-Owned<OpSignal> Level(double power, double frequency) {
-    Owned<OpSignal> signal = Carrier(power, 1, c / frequency);
-    signal->channels->tStep = 0.0;
-    return signal;
+Owned<OpSignal> LevelAt(double power, double frequency) {
+    return Level(power, c / frequency);
+}
+
+double PowerOf(const OpSig& channel) {
+    return AverageOpSigPower(&channel);
+}
+
+double FrequencyOf(const OpSig& channel) {
+    return c / channel.wavelength;
 }
 
 /// Of the channels at an output, in their order.
-template <class Measure>
-void ExpectChannels(const BlockRun& run, std::size_t port, const std::vector<double>& expected,
-                    double tolerance, Measure measure) {
+void Expect(double (*measure)(const OpSig&), const BlockRun& run, std::size_t port,
+            const std::vector<double>& expected) {
     ASSERT_EQ(run.status, Status::Success) << run.text;
-    std::vector<double> found;
-    for (const OpSig& channel : Items(run.Light(port).channels)) found.push_back(measure(channel));
-    ASSERT_EQ(found.size(), expected.size());
-    for (std::size_t i = 0; i < found.size(); ++i) EXPECT_NEAR(found[i], expected[i], tolerance);
-}
-
-void ExpectPowers(const BlockRun& run, std::size_t port, const std::vector<double>& expected) {
-    ExpectChannels(run, port, expected, rounding,
-                   [](const OpSig& channel) { return AverageOpSigPower(&channel); });
-}
-
-void ExpectFrequencies(const BlockRun& run, std::size_t port, const std::vector<double>& expected) {
-    ExpectChannels(run, port, expected, 1e3,
-                   [](const OpSig& channel) { return c / channel.wavelength; });
+    std::size_t i = 0;
+    for (const OpSig& channel : Items(run.Light(port).channels)) {
+        ASSERT_LT(i, expected.size());
+        EXPECT_NEAR(measure(channel), expected[i], rounding * std::max(expected[i], 1.0));
+        ++i;
+    }
+    EXPECT_EQ(i, expected.size());
 }
 
 /// Filters of 50 GHz at f0 and 100 GHz apart from there.
@@ -60,18 +54,18 @@ void SetFilter(ModelBlock& block, std::string_view type) {
 }
 
 TEST(Multiplexers, MuxThenDemuxReturnsEachChannel) {
-    const Owned<OpSignal> first = Level(1.0, f0), second = Level(2.0, f0 + spacing),
-                          third = Level(4.0, f0 + 2 * spacing);
+    const Owned<OpSignal> first = LevelAt(1.0, f0), second = LevelAt(2.0, f0 + spacing),
+                          third = LevelAt(4.0, f0 + 2 * spacing);
     AddNoise(*first, f0 - 1e9, 1e9, {1e-17, 1e-17, 1e-17});
     ModelBlock mux("M"), demux("D");
     mux.Word("filterType", "None");
     SetBank(demux, "Ideal");
     const BlockRun joined(RunIdealOpticalMux, mux, {third, first, second});
-    ExpectPowers(joined, 0, {4.0, 2.0, 1.0});  // ascending by wavelength
+    Expect(PowerOf, joined, 0, {4.0, 2.0, 1.0});  // ascending by wavelength
     const BlockRun split(RunOpticalDemux, demux, {joined.Light()}, 3);
-    ExpectPowers(split, 0, {0.0, 0.0, 1.0});
-    ExpectPowers(split, 1, {0.0, 2.0, 0.0});
-    ExpectPowers(split, 2, {4.0, 0.0, 0.0});
+    Expect(PowerOf, split, 0, {0.0, 0.0, 1.0});
+    Expect(PowerOf, split, 1, {0.0, 2.0, 0.0});
+    Expect(PowerOf, split, 2, {4.0, 0.0, 0.0});
     EXPECT_NEAR(split.Light(0).noise->powerSamples[2], 1e-17, 1e-26);
     EXPECT_LT(split.Light(1).noise->powerSamples[2], 1e-60);
 }
@@ -87,9 +81,7 @@ TEST(Multiplexers, FiltersInHertzAreWorkedOutForEachPort) {
                 {"Trapezoidal", 1e12, 0.0},
                 {"FabryPerot", 3e14, meters(1.5e14, 1.5e14)},
                 {"FabryPerot", 5e14, meters(0.0, 5e14)}};  // reaches beyond frequency 0
-    const Owned<OpSignal> line = Carrier(0.0, 16, c / (f + 10e9)), none;
-    line->channels->tStep = 2e-12;
-    FillRamp(line->channels->Ex_samples, 16, 0.0);
+    const Owned<OpSignal> line = LevelAt(1.0, f + 10e9), none;
     for (const auto& row : rows) {
         SCOPED_TRACE(row.FSR);
         ModelBlock bank("B");
@@ -103,19 +95,12 @@ TEST(Multiplexers, FiltersInHertzAreWorkedOutForEachPort) {
         record.BW = meters(25e9, 25e9);
         record.BW0dB = meters(10e9, 10e9);
         record.FSR = row.freeRange;
-        Owned<OpSig> expected;
+        FilterResponse filter;
         std::string text;
-        ASSERT_EQ(Make(expected, CopyOpSig, line->channels), 0);
-        ASSERT_EQ(ApplyOpticalFilter(record, expected.get(), nullptr, text), Status::Success);
-        const BlockRun joined(RunIdealOpticalMux, bank, {none, line});
-        const BlockRun split(RunOpticalDemux, bank, {line}, 2);
-        ASSERT_EQ(joined.status, Status::Success) << joined.text;
-        ASSERT_EQ(split.status, Status::Success) << split.text;
-        for (std::int32_t i = 1; i <= 16; ++i) {
-            const auto field = Value(expected->Ex_samples[i]);
-            EXPECT_NEAR(std::abs(Value(joined.Channel().Ex_samples[i]) - field), 0.0, rounding);
-            EXPECT_NEAR(std::abs(Value(split.Channel(1).Ex_samples[i]) - field), 0.0, rounding);
-        }
+        ASSERT_EQ(PrepareFilterResponse(record, filter, text), Status::Success) << text;
+        const double passed = SquaredMagnitude(filter(f + 10e9));
+        Expect(PowerOf, BlockRun(RunIdealOpticalMux, bank, {none, line}), 0, {passed});
+        Expect(PowerOf, BlockRun(RunOpticalDemux, bank, {line}, 2), 1, {passed});
     }
 }
 
@@ -126,42 +111,39 @@ TEST(Multiplexers, SingleChannelNeedsChannelsWithinTheSamplingRate) {
     ModelBlock list("M"), single("S");
     list.Word("Representation", "ChannelList").Word("filterType", "None");
     single.Word("Representation", "SingleChannel").Word("filterType", "None");
-    ExpectPowers(BlockRun(RunIdealOpticalMux, list, {first, far}), 0, {1.0, 1.0});
-    ExpectPowers(BlockRun(RunIdealOpticalMux, single, {first, near}), 0, {2.0});
-    const BlockRun refused(RunIdealOpticalMux, single, {first, far});
-    EXPECT_EQ(refused.status, Status::Error);
-    EXPECT_EQ(refused.text, "ERROR merging optical signals: signal sampling rate too low\n");
-    EXPECT_TRUE(refused.IsEmpty());
+    Expect(PowerOf, BlockRun(RunIdealOpticalMux, list, {first, far}), 0, {1.0, 1.0});
+    Expect(PowerOf, BlockRun(RunIdealOpticalMux, single, {first, near}), 0, {2.0});
+    EXPECT_EQ(BlockRun(RunIdealOpticalMux, single, {first, far}).text,
+              "ERROR merging optical signals: signal sampling rate too low\n");
 }
 
 TEST(Multiplexers, ThroughAndDroppedPowerSumToOne) {
     ModelBlock block("D");
     SetFilter(block, "Gaussian");
-    for (const double offset : {0.0, 10e9, 25e9, 60e9}) {
-        const Owned<OpSignal> level = Level(1.0, f0 + offset);
-        const BlockRun run(RunOpticalDropMux, block, {level}, 2);
+    for (const double offset : {0.0, 10e9, 60e9}) {
+        const BlockRun run(RunOpticalDropMux, block, {LevelAt(1.0, f0 + offset)}, 2);
         ASSERT_EQ(run.status, Status::Success) << run.text;
-        const double dropped = AverageOpSigPower(&run.Channel(1));
-        EXPECT_NEAR(AverageOpSigPower(&run.Channel(0)) + dropped, 1.0, rounding);
+        const double dropped = PowerOf(run.Channel(1));
+        EXPECT_NEAR(PowerOf(run.Channel(0)) + dropped, 1.0, rounding);
         const double half = c / (c / f0 - 0.2e-9) - f0;  // Hz, to the 3 dB point
         EXPECT_NEAR(dropped, std::pow(0.5, std::pow(offset / half, 2)), 1e-3);
     }
 }
 
 TEST(Multiplexers, AddDropExchangesTheChannelAtItsCenter) {
-    const Owned<OpSignal> line = Level(1.0, f0), added = Level(8.0, f0);
-    AppendChannel(*line, Level(2.0, f0 - spacing));
+    const Owned<OpSignal> line = LevelAt(1.0, f0), added = LevelAt(8.0, f0);
+    AppendChannel(*line, LevelAt(2.0, f0 - spacing));
     ModelBlock block("A");
     SetFilter(block, "Ideal");
     const BlockRun both(RunOpticalAddDropMux, block, {line, added}, 2);
-    ExpectPowers(both, 1, {1.0, 0.0});
+    Expect(PowerOf, both, 1, {1.0, 0.0});
     const BlockRun add(RunOpticalAddMux, block, {line, added});
     for (const BlockRun* run : {&both, &add}) {
         // The notched one stays in the list, dark; which of two equal carriers comes first is open.
         const OpSig& first = run->Channel();
-        ExpectFrequencies(*run, 0, {f0, f0, f0 - spacing});
-        EXPECT_NEAR(AverageOpSigPower(&first) + AverageOpSigPower(first.next), 8.0, rounding);
-        EXPECT_NEAR(AverageOpSigPower(first.next->next), 2.0, rounding);
+        Expect(FrequencyOf, *run, 0, {f0, f0, f0 - spacing});
+        EXPECT_NEAR(PowerOf(first) + PowerOf(*first.next), 8.0, rounding);
+        EXPECT_NEAR(PowerOf(*first.next->next), 2.0, rounding);
     }
 }
 
@@ -170,20 +152,20 @@ TEST(Multiplexers, PathsReadTheirOwnElementOfACustomFile) {
     const TempDir directory;
     const std::string file = directory.Write(
         "matrix.txt", "TransferMatrixFormat1 REAL LIN\n2 2 1 1 2\n0 0.6 0.5\n0 0.3 0.2\n");
-    const Owned<OpSignal> line = Level(1.0, f0), added = Level(1.0, f0 - spacing);
+    const Owned<OpSignal> line = LevelAt(1.0, f0), added = LevelAt(1.0, f0 - spacing);
     ModelBlock block("A"), bank("B");
     SetFilter(block, "Custom1");
     block.Word("filename", file);
     SetBank(bank, "Custom1");
     bank.Word("filename", file);
     const BlockRun both(RunOpticalAddDropMux, block, {line, added}, 2);
-    ExpectPowers(both, 0, {0.36, 0.09});
-    ExpectPowers(both, 1, {0.25});
-    ExpectPowers(BlockRun(RunOpticalDropMux, block, {line}, 2), 1, {0.25});
-    ExpectPowers(BlockRun(RunIdealOpticalMux, bank, {line, added}), 0, {0.36, 0.25});
+    Expect(PowerOf, both, 0, {0.36, 0.09});
+    Expect(PowerOf, both, 1, {0.25});
+    Expect(PowerOf, BlockRun(RunOpticalDropMux, block, {line}, 2), 1, {0.25});
+    Expect(PowerOf, BlockRun(RunIdealOpticalMux, bank, {line, added}), 0, {0.36, 0.25});
     const BlockRun split(RunOpticalDemux, bank, {line}, 2);
-    ExpectPowers(split, 0, {0.36});
-    ExpectPowers(split, 1, {0.25});
+    Expect(PowerOf, split, 0, {0.36});
+    Expect(PowerOf, split, 1, {0.25});
 }
 
 TEST(Multiplexers, AutoShiftsOnlyALoneChannelAndNeverTheLine) {
@@ -194,22 +176,22 @@ TEST(Multiplexers, AutoShiftsOnlyALoneChannelAndNeverTheLine) {
     SetFilter(block, "Gaussian");
     block.Word("shiftcarrier", "Auto");
     const BlockRun one(RunOpticalDropMux, block, {lone}, 2);
-    ExpectFrequencies(one, 0, {f0 + bin});
-    ExpectFrequencies(one, 1, {f0});
-    ExpectFrequencies(BlockRun(RunOpticalDropMux, block, {pair}, 2), 1, {f0, f0 + bin});
+    Expect(FrequencyOf, one, 0, {f0 + bin});
+    Expect(FrequencyOf, one, 1, {f0});
+    Expect(FrequencyOf, BlockRun(RunOpticalDropMux, block, {pair}, 2), 1, {f0, f0 + bin});
     // Each path by the channels that come its way.
     const BlockRun loneAdded(RunOpticalAddDropMux, block, {pair, lone}, 2);
-    ExpectFrequencies(loneAdded, 0, {f0 + bin, f0, f0});
-    ExpectFrequencies(loneAdded, 1, {f0, f0 + bin});
+    Expect(FrequencyOf, loneAdded, 0, {f0 + bin, f0, f0});
+    Expect(FrequencyOf, loneAdded, 1, {f0, f0 + bin});
     const BlockRun loneLine(RunOpticalAddDropMux, block, {lone, pair}, 2);
-    ExpectFrequencies(loneLine, 0, {f0 + bin, f0 + bin, f0});
-    ExpectFrequencies(loneLine, 1, {f0});
+    Expect(FrequencyOf, loneLine, 0, {f0 + bin, f0 + bin, f0});
+    Expect(FrequencyOf, loneLine, 1, {f0});
     block.Word("shiftcarrier", "Yes");
-    ExpectFrequencies(BlockRun(RunOpticalAddMux, block, {pair, pair}), 0, {f0 + bin, f0, f0, f0});
+    Expect(FrequencyOf, BlockRun(RunOpticalAddMux, block, {pair, pair}), 0, {f0 + bin, f0, f0, f0});
 }
 
 TEST(Multiplexers, RefuseWhatTheyCannotFilterAndPassOverEmptyPorts) {
-    const Owned<OpSignal> light = Level(1.0, f0);
+    const Owned<OpSignal> light = LevelAt(1.0, f0);
     ModelBlock bank("B"), none("N");
     SetBank(bank, "Gaussian");
     bank.Number("firstFilterCenter", 10e9);  // below half the bandwidth
@@ -221,7 +203,7 @@ TEST(Multiplexers, RefuseWhatTheyCannotFilterAndPassOverEmptyPorts) {
     EXPECT_TRUE(low.IsEmpty());
     EXPECT_EQ(BlockRun(RunOpticalAddMux, none, {light}).text,
               "ERROR: component 'N': two inputs are needed\n");
-    ExpectPowers(BlockRun(RunIdealOpticalMux, none, {empty, light}), 0, {1.0});
+    Expect(PowerOf, BlockRun(RunIdealOpticalMux, none, {empty, light}), 0, {1.0});
     const BlockRun dark(RunIdealOpticalMux, none, {empty, empty});
     EXPECT_EQ(dark.status, Status::Success);
     EXPECT_TRUE(dark.IsEmpty());
