@@ -18,43 +18,36 @@ namespace photrak {
 using Cplx = std::complex<double>;
 using Waveform = std::function<Cplx(double t)>;  // sqrt(W) at t seconds from the middle
 
-/// A polarized channel of 2^exponent samples.
+/// A channel, by its waveforms.
 struct ChannelSpec {
     Waveform x, y;  // y may be empty
     double wavelength = 1.55e-6;
     double startTime = 0;
 };
 
-inline Owned<OpSig> MakeChannel(const ChannelSpec& spec, int n, double tStep) {
-    Owned<OpSig> sig;
-    EXPECT_EQ(Make(sig, CreateOpSig, n), 0);
-    if (spec.y) {
-        EXPECT_EQ(AddEySamples(sig.get()), 0);
+inline void FillFrom(const Waveform& waveform, OpSig& sig, Complex* samples) {
+    for (int i = 1; waveform && i <= sig.noPoints; ++i) {
+        const Cplx value = waveform((i - 1 - sig.noPoints / 2) * sig.tStep);
+        samples[i] = {value.real(), value.imag()};
     }
-    const auto fill = [&](Complex* samples, const Waveform& waveform) {
-        for (int i = 1; i <= n; ++i) {
-            const Cplx value = waveform((i - 1 - n / 2) * tStep);
-            samples[i] = {value.real(), value.imag()};
-        }
-    };
-    fill(sig->Ex_samples, spec.x);
-    if (spec.y) fill(sig->Ey_samples, spec.y);
-    sig->tStep = tStep;
-    sig->wavelength = spec.wavelength;
-    sig->startTime = spec.startTime;
-    sig->bitRate = 1e10;
-    return sig;
 }
 
 inline Owned<OpSignal> MakeSignal(const std::vector<ChannelSpec>& specs, int n, double tStep) {
     Owned<OpSignal> pair;
     EXPECT_EQ(Make(pair, CreateOpSignal), 0);
-    OpSig** place = &pair->channels;
-    OpSig* last = nullptr;
+    OpSig *last = nullptr, **place = &pair->channels;
     for (const ChannelSpec& spec : specs) {
-        *place = MakeChannel(spec, n, tStep).release();
-        (*place)->prev = last;
-        last = *place;
+        Owned<OpSig> sig;
+        EXPECT_EQ(Make(sig, CreateOpSig, n), 0);
+        EXPECT_EQ(spec.y ? AddEySamples(sig.get()) : 0, 0);
+        sig->tStep = tStep;
+        sig->wavelength = spec.wavelength;
+        sig->startTime = spec.startTime;
+        sig->bitRate = 1e10;
+        sig->prev = last;
+        FillFrom(spec.x, *sig, sig->Ex_samples);
+        FillFrom(spec.y, *sig, sig->Ey_samples);
+        last = *place = sig.release();
         place = &last->next;
     }
     return pair;
@@ -95,16 +88,10 @@ struct FiberResult {
     Cplx Y(int i, int channel = 0) const { return Value(Channel(channel).Ey_samples[i]); }
 };
 
-/// One run in a fresh directory; `threads` is a text for PHOTRAK_THREADS.
-inline FiberResult RunThrough(const OpSignal* input, FiberParams params,
-                              const std::string& threads = "1") {
-    const TempDir directory;
-    RecordingHost host;
-    host.environment["PHOTRAK_THREADS"] = threads;
-    Nodelist in{}, out{};
-    in.sigType = OpSigType;
-    in.sig = const_cast<OpSignal*>(input);
-    const std::atomic<std::int16_t> stop{0};
+/// One run in the present directory under the present host.
+inline FiberResult RunFor(const OpSignal& input, FiberParams params,
+                          const std::atomic<std::int16_t>& stop) {
+    Nodelist in{nullptr, OpSigType, const_cast<OpSignal*>(&input)}, out{};
     FiberResult result;
     result.status = Fiber(&in, params, stop, &out, result.text);
     result.signal.reset(static_cast<OpSignal*>(out.sig));
@@ -112,37 +99,37 @@ inline FiberResult RunThrough(const OpSignal* input, FiberParams params,
     return result;
 }
 
+/// One run in a fresh directory; `threads` is a text for PHOTRAK_THREADS.
+inline FiberResult RunThrough(const OpSignal& input, const FiberParams& params,
+                              const std::string& threads = "1") {
+    const TempDir directory;
+    RecordingHost host;
+    host.environment["PHOTRAK_THREADS"] = threads;
+    return RunFor(input, params, 0);
+}
+
 inline FiberResult RunThrough(const Owned<OpSignal>& input, const FiberParams& params,
                               const std::string& threads = "1") {
-    FiberResult result = RunThrough(input.get(), params, threads);
+    FiberResult result = RunThrough(*input, params, threads);
     EXPECT_EQ(result.status, Status::Success) << result.text;
     return result;
 }
 
-inline double Energy(const OpSig& sig) {
-    double sum = 0;
-    for (int i = 1; i <= sig.noPoints; ++i) {
-        sum += SquaredMagnitude(sig.Ex_samples[i]);
-        if (sig.Ey_samples) sum += SquaredMagnitude(sig.Ey_samples[i]);
-    }
-    return sum;
-}
-
-/// Mean time and mean square width of |Ex|^2, in seconds from the middle.
+/// Sum, mean time and mean square width of |Ex|^2 (or |Ey|^2), in seconds from the middle.
 struct Moments {
-    double mean = 0, variance = 0;
+    double energy = 0, mean = 0, variance = 0;
 };
-inline Moments MomentsOf(const OpSig& sig) {
+inline Moments MomentsOf(const OpSig& sig, Complex* OpSig::*samples = &OpSig::Ex_samples) {
     double sum = 0, first = 0, second = 0;
     for (int i = 1; i <= sig.noPoints; ++i) {
-        const double p = SquaredMagnitude(sig.Ex_samples[i]);
+        const double p = SquaredMagnitude((sig.*samples)[i]);
         const double t = (i - 1 - sig.noPoints / 2) * sig.tStep;
         sum += p;
         first += p * t;
         second += p * t * t;
     }
     const double mean = first / sum;
-    return {mean, second / sum - mean * mean};
+    return {sum, mean, second / sum - mean * mean};
 }
 
 inline Waveform Gauss(double power, double T0, double chirp = 0) {

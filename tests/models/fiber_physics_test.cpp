@@ -16,10 +16,8 @@ TEST(FiberPhysics, BroadensGaussianPulses) {
     const double T0 = 10 * ps, z = 10000;
     const struct {
         double chirp, beta2, beta3;
-    } rows[] = {{0, -2.17e-26, 0}, {0, 2.17e-26, 0}, {2, -2.17e-26, 0}, {2, 2.17e-26, 0},
-                {0, 0, 2e-37},     {0, 0, -2e-37},   {-1, 1e-26, 0}};
+    } rows[] = {{2, -2.17e-26, 0}, {2, 2.17e-26, 0}, {0, 0, 2e-37}, {0, 0, -2e-37}};
     for (const auto& row : rows) {
-        SCOPED_TRACE(row.chirp);
         SCOPED_TRACE(row.beta2);
         FiberParams params = BareFiber();
         params.distance = z;
@@ -35,8 +33,7 @@ TEST(FiberPhysics, BroadensGaussianPulses) {
         // The delay b3 w^2 z / 2 averages to b3 z / (4 T0^2) over the spectrum. Here it comes
         // early: the third-order phase has the sign opposite to that of the books.
         EXPECT_NEAR(moments.mean, -row.beta3 * z / (4 * T0 * T0), 1e-9 * T0);
-        EXPECT_NEAR(Energy(out.Channel()), Energy(*input->channels),
-                    1e-12 * Energy(*input->channels));
+        EXPECT_NEAR(moments.energy / MomentsOf(*input->channels).energy, 1, 1e-12);
     }
 }
 
@@ -66,23 +63,14 @@ TEST(FiberPhysics, DerivesDispersionFromTheGroupDelay) {
     EXPECT_DOUBLE_EQ(curve.GroupDelay(curve.lambda0), 1.468 / 299792458.0);
     // ITU-T G.652 at 1550 nm: about 17 ps/(nm km).
     EXPECT_NEAR(curve.D(1.55e-6), 17e-6, 1e-6);
+    const double delay = curve.GroupDelay(1.55e-6);
     curve.kind = DispersionKind::Defined2;
+    // Kept deliberately: not the integral of the straight line, but that of the other curve.
+    EXPECT_EQ(curve.GroupDelay(1.55e-6), delay);
     EXPECT_NEAR(curve.D(1.322e-6), 10e-9 * 90 + 2e-7, 1e-15);
     const double up = curve.Beta2(twoPiC / (twoPiC / 1.55e-6 + 1e11));
     const double down = curve.Beta2(twoPiC / (twoPiC / 1.55e-6 - 1e11));
     EXPECT_NEAR(curve.Beta3(1.55e-6), (up - down) / 2e11, 1e-5 * curve.Beta3(1.55e-6));
-}
-
-// Kept deliberately: not the integral of the straight line, but that of the other curve.
-TEST(FiberPhysics, StraightLineTravelsWithTheGroupDelayOfTheOtherCurve) {
-    DispersionCurve curve;
-    curve.lambda0 = 1.312e-6;
-    curve.S0 = 90;
-    curve.D0 = 2e-7;
-    curve.kind = DispersionKind::Defined;
-    const double delay = curve.GroupDelay(1.55e-6);
-    curve.kind = DispersionKind::Defined2;
-    EXPECT_EQ(curve.GroupDelay(1.55e-6), delay);
 }
 
 // Without dispersion every sample turns by gamma P L, the other polarization counting two thirds
@@ -94,25 +82,16 @@ TEST(FiberPhysics, TurnsThePhaseByThePowerOfAllFields) {
     params.zStepSize = 1000;
     params.n2 = n2;
     const double lambdaB = 1.56e-6, gammaA = GammaOf(n2, 1.55e-6), gammaB = GammaOf(n2, lambdaB);
-    const auto near = [&](Cplx out, Cplx in, double phase) {
-        EXPECT_NEAR(std::abs(out - in * std::polar(1.0, phase)), 0, 1e-13);
+    const double ax = std::sqrt(pxA), ay = std::sqrt(pyA), bx = std::sqrt(pxB);
+    const auto input =
+        MakeSignal({{Constant(ax), Constant(ay)}, {Constant(bx), {}, lambdaB}}, 16, ps);
+    const FiberResult out = RunThrough(input, params);
+    const auto near = [](Cplx field, double in, double phase) {
+        EXPECT_NEAR(std::abs(field - std::polar(in, phase)), 0, 1e-13);
     };
-    for (const bool hasPair : {false, true}) {
-        for (const bool hasY : {false, true}) {
-            std::vector<ChannelSpec> specs = {{Constant(std::sqrt(pxA)), {}}};
-            if (hasY) specs[0].y = Constant(Cplx(0, std::sqrt(pyA)));
-            if (hasPair) specs.push_back({Constant(std::sqrt(pxB)), {}, lambdaB});
-            const FiberResult out = RunThrough(MakeSignal(specs, 16, ps), params);
-            const double x = pxA + (hasPair ? 2 * pxB : 0), y = hasY ? pyA : 0;
-            near(out.X(5), std::sqrt(pxA), gammaA * L * (x + 2.0 / 3 * y));
-            if (hasY)
-                near(out.Y(5), Cplx(0, std::sqrt(pyA)),
-                     gammaA * L * (y + 2.0 / 3 * (pxA + (hasPair ? 2 * pxB : 0))));
-            if (hasPair)
-                near(out.X(5, 1), std::sqrt(pxB),
-                     gammaB * L * (pxB + 2 * pxA + 2.0 / 3 * 2 * (hasY ? pyA : 0)));
-        }
-    }
+    near(out.X(5), ax, gammaA * L * (pxA + 2 * pxB + 2.0 / 3 * pyA));
+    near(out.Y(5), ay, gammaA * L * (pyA + 2.0 / 3 * (pxA + 2 * pxB)));
+    near(out.X(5, 1), bx, gammaB * L * (pxB + 2 * pxA + 2.0 / 3 * 2 * pyA));
 }
 
 // sech with gamma P T0^2 = |beta2| keeps its shape and turns by half a radian per dispersion
@@ -148,32 +127,6 @@ TEST(FiberPhysics, KeepsTheFundamentalSoliton) {
     const FiberResult counted = RunThrough(input, params);
     EXPECT_NEAR(counted.params.distance, 2 * LD * M_PI / 2, 1e-9 * LD);
     EXPECT_NEAR(counted.params.z0, LD * M_PI / 2, 1e-9 * LD);
-}
-
-TEST(FiberPhysics, MergedHalfStepsAndAdaptiveStepsAgreeToTheOrderOfTheStep) {
-    FiberParams params = BareFiber();
-    params.distance = 40000;
-    params.curve.beta2 = -2.17e-26;
-    params.n2 = 2.6e-20;
-    params.loss = 0.2;
-    params.zStepSize = 50;
-    const auto input = MakeSignal(
-        {{Gauss(30e-3, 20 * ps), {}}, {Gauss(30e-3, 30 * ps), {}, 1.552e-6}}, 256, 2 * ps);
-    const FiberResult fine = RunThrough(input, params);
-    const auto distance = [&](const FiberResult& other) {
-        double worst = 0;
-        for (int c : {0, 1})
-            for (int i = 1; i <= 256; ++i)
-                worst = std::max(worst, std::abs(fine.X(i, c) - other.X(i, c)));
-        return worst / std::sqrt(30e-3);
-    };
-    params.zStepSize = -1;
-    params.zStepFac = 0.02;
-    EXPECT_LT(distance(RunThrough(input, params)), 0.02);
-    params.mergesHalfSteps = true;
-    EXPECT_LT(distance(RunThrough(input, params)), 0.02);
-    params.zStepFac = 0.002;
-    EXPECT_LT(distance(RunThrough(input, params)), 0.002);
 }
 
 // 10 dB over 50 km; the nonlinear phase grows with the effective length. Midpoint steps take the
@@ -246,12 +199,11 @@ TEST(FiberPhysics, RamanMovesPhotonsToTheLongerWavelength) {
     params.distance = 1000;
     params.zStepSize = 10;
     const double pump = 0.2, probe = 1e-3;
-    const std::vector<ChannelSpec> both = {{Constant(std::sqrt(pump)), {}, 1.45e-6},
-                                           {Constant(std::sqrt(probe)), {}, listed}};
+    std::vector<ChannelSpec> both = {{Constant(std::sqrt(pump)), {}, 1.45e-6},
+                                     {Constant(std::sqrt(probe)), {}, listed}};
     for (const bool reversed : {false, true}) {
-        const FiberResult out = RunThrough(
-            MakeSignal(reversed ? std::vector<ChannelSpec>{both[1], both[0]} : both, 8, ps),
-            params);
+        const FiberResult out = RunThrough(MakeSignal(both, 8, ps), params);
+        std::swap(both[0], both[1]);
         const double pumpOut = std::norm(out.X(1, reversed ? 1 : 0));
         const double probeOut = std::norm(out.X(1, reversed ? 0 : 1));
         const double rate = 1.043 * 4.9e-20 / 1.45e-6 / (M_PI * 0.25e-10);
@@ -259,31 +211,6 @@ TEST(FiberPhysics, RamanMovesPhotonsToTheLongerWavelength) {
         const double photonsLost = (pump - pumpOut) * 1.45e-6;
         const double photonsGained = (probeOut - probe) * listed;
         EXPECT_NEAR(photonsGained, photonsLost, 1e-3 * photonsLost);
-    }
-}
-
-// Random turns are unitary: with all effects but loss on, the energy of the pair stays, and it does
-// not stay in one polarization. Raman moves energy, so it is off.
-TEST(FiberPhysics, KeepsTheEnergyWithoutLoss) {
-    FiberParams params = BareFiber();
-    params.distance = 20000;
-    params.zStepSize = 400;
-    params.curve.beta2 = -2.17e-26;
-    params.curve.beta3 = 1.3e-40;
-    params.n2 = 2.6e-20;
-    params.pmdMethod = "Coarse_Step";
-    params.pmdCoefficient = 1e-13;
-    const auto input =
-        MakeSignal({{Gauss(0.05, 10 * ps), {}}, {Gauss(0.02, 20 * ps), {}, 1.56e-6}}, 256, 2 * ps);
-    const FiberResult out = RunThrough(input, params);
-    for (int c : {0, 1}) {
-        const OpSig& channel = out.Channel(c);
-        const double energy = Energy(c == 0 ? *input->channels : *input->channels->next);
-        EXPECT_NEAR(Energy(channel), energy, 1e-12 * energy);
-        ASSERT_NE(channel.Ey_samples, nullptr);
-        double inY = 0;
-        for (int i = 1; i <= 256; ++i) inY += SquaredMagnitude(channel.Ey_samples[i]);
-        EXPECT_GT(inY, 0.01 * energy);
     }
 }
 
@@ -295,28 +222,16 @@ TEST(FiberPhysics, PartsThePolarizationsByTheModeDelay) {
     params.distance = params.zStepSize = 100;
     params.pmdMethod = "Coarse_Step";
     params.pmdCoefficient = 1e-12;
-    const auto meanDelay = [&](const FiberResult& out) {
-        const OpSig& channel = out.Channel();
-        std::vector<Moments> means;
-        double energies[2] = {0, 0};
-        OpSig view = channel;
-        means.push_back(MomentsOf(view));
-        view.Ex_samples = channel.Ey_samples;
-        means.push_back(MomentsOf(view));
-        for (int i = 1; i <= channel.noPoints; ++i) {
-            energies[0] += SquaredMagnitude(channel.Ex_samples[i]);
-            energies[1] += SquaredMagnitude(channel.Ey_samples[i]);
-        }
-        EXPECT_GT(energies[0], 0);
-        EXPECT_GT(energies[1], 0);
-        return std::pair(means[0].mean, means[1].mean);
-    };
+    const auto input = MakeSignal({{Gauss(1e-3, T0), {}}}, 256, 2 * ps);
+    const FiberResult out = RunThrough(input, params);
+    const Moments x = MomentsOf(out.Channel()), y = MomentsOf(out.Channel(), &OpSig::Ey_samples);
+    const double energy = MomentsOf(*input->channels).energy;
+    EXPECT_NEAR(x.energy + y.energy, energy, 1e-12 * energy) << "a turn is unitary";
+    EXPECT_GT(std::min(x.energy, y.energy), 0.01 * energy);
     // From x alone: half the delay as x before the turn, half as x or as y behind it.
-    const auto [x, y] =
-        meanDelay(RunThrough(MakeSignal({{Gauss(1e-3, T0), {}}}, 256, 2 * ps), params));
     const double full = 1e-12 * 10;
-    EXPECT_NEAR(std::fabs(x), full / 2, 1e-3 * full);
-    EXPECT_NEAR(y, 0, 1e-3 * full);
+    EXPECT_NEAR(std::fabs(x.mean), full / 2, 1e-3 * full);
+    EXPECT_NEAR(y.mean, 0, 1e-3 * full);
 }
 
 }  // namespace

@@ -1,19 +1,11 @@
 // The fast passes of the fiber against the scheme written down plainly, and what must not change a
 // result: the number of threads, a run before, the way of cutting a fiber.
-#include <cstring>
-
 #include "models/fiber_plain.h"
 
 namespace photrak {
 namespace {
 
 constexpr double ps = 1e-12;
-
-struct SchemeCase {
-    const char* name;
-    std::vector<ChannelSpec> channels;
-    std::function<void(FiberParams&)> change;
-};
 
 std::vector<ChannelSpec> OneChannel() {
     return {{Gauss(20e-3, 20 * ps), {}}};
@@ -50,9 +42,31 @@ void Adapt(FiberParams& params) {
     params.n2 = 2.6e-19;  // so that the nonlinear length is the shortest
 }
 
+void AdaptToDispersion(FiberParams& params) {
+    Adapt(params);
+    params.zStepFac = 0.002;
+    params.n2 = 0;
+}
+
 void TurnCoarsely(FiberParams& params) {
     params.pmdMethod = "Coarse_Step";
     params.pmdCoefficient = 3e-14;
+}
+
+void StepFinely(FiberParams& params) {
+    params.zStepSize = params.distance / 200;
+}
+
+void Merge(FiberParams& params) {
+    params.mergesHalfSteps = true;
+}
+
+void Pad(FiberParams& params) {
+    params.doublesWindow = true;
+}
+
+void Amplify(FiberParams& params) {
+    params.hasRaman = true;
 }
 
 void FollowCurve(FiberParams& params) {
@@ -62,64 +76,35 @@ void FollowCurve(FiberParams& params) {
     params.curve.D0 = -1e-6;
 }
 
-const SchemeCase schemeCases[] = {
-    {"200 steps", OneChannel(), [](FiberParams& p) { p.zStepSize = p.distance / 200; }},
-    {"200 merged steps", OneChannel(),
-     [](FiberParams& p) {
-         p.zStepSize = p.distance / 200;
-         p.mergesHalfSteps = true;
-     }},
-    {"padded", OneChannel(), [](FiberParams& p) { p.doublesWindow = true; }},
-    {"two polarizations", {MixedChannels()[0]}, [](FiberParams&) {}},
-    {"adaptive, padded", OneChannel(),
-     [](FiberParams& p) {
-         Adapt(p);
-         p.doublesWindow = true;
-     }},
-    {"adaptive, merged", MixedChannels(),
-     [](FiberParams& p) {
-         Adapt(p);
-         p.mergesHalfSteps = true;
-     }},
-    {"adaptive by dispersion, defined2", OneChannel(),
-     [](FiberParams& p) {
-         Adapt(p);
-         FollowCurve(p);
-         p.zStepFac = 1e-3;
-         p.n2 = 2.6e-22;
-         p.dataType = "defined2";
-     }},
-    {"walk-off", XOnlyChannels(), [](FiberParams&) {}},
-    {"walk-off, mixed polarizations, padded", MixedChannels(),
-     [](FiberParams& p) { p.doublesWindow = true; }},
-    {"Raman, defined curve", MixedChannels(),
-     [](FiberParams& p) {
-         FollowCurve(p);
-         p.hasRaman = true;
-     }},
-    {"coarse steps, padded", OneChannel(),
-     [](FiberParams& p) {
-         TurnCoarsely(p);
-         p.doublesWindow = true;
-     }},
-    {"coarse steps, merged, channels", MixedChannels(),
-     [](FiberParams& p) {
-         TurnCoarsely(p);
-         p.mergesHalfSteps = true;
-     }},
-    {"coarse steps, adaptive", OneChannel(),
-     [](FiberParams& p) {
-         Adapt(p);
-         TurnCoarsely(p);
-     }},
-    {"coarse steps, adaptive, linear", OneChannel(),
-     [](FiberParams& p) {
-         Adapt(p);
-         TurnCoarsely(p);
-         p.zStepFac = 0.002;  // of the dispersion length
-         p.n2 = 0;
-     }},
-};
+void FollowLine(FiberParams& params) {
+    FollowCurve(params);
+    params.dataType = "defined2";
+}
+
+using Changes = std::vector<void (*)(FiberParams&)>;
+
+FiberParams ChangedFiber(const Changes& changes) {
+    FiberParams params = StandardFiber();
+    for (const auto change : changes) change(params);
+    return params;
+}
+
+const struct {
+    std::vector<ChannelSpec> channels;
+    Changes changes;
+} schemeCases[] = {{OneChannel(), {StepFinely}},
+                   {OneChannel(), {StepFinely, Merge}},
+                   {{MixedChannels()[0]}, {}},
+                   {OneChannel(), {Adapt, Pad}},
+                   {MixedChannels(), {Adapt, Merge}},
+                   {OneChannel(), {AdaptToDispersion, FollowLine}},
+                   {XOnlyChannels(), {}},
+                   {MixedChannels(), {Pad}},
+                   {MixedChannels(), {Amplify, FollowCurve}},
+                   {OneChannel(), {TurnCoarsely, Pad}},
+                   {MixedChannels(), {TurnCoarsely, Merge}},
+                   {OneChannel(), {TurnCoarsely, Adapt}},
+                   {OneChannel(), {TurnCoarsely, AdaptToDispersion}}};
 
 /// Largest difference of two signals over the largest field of the second.
 double Deviation(const OpSig* a, const OpSig* b) {
@@ -142,11 +127,10 @@ double Deviation(const OpSig* a, const OpSig* b) {
 // Both do the same arithmetic in another order: what parts them is rounding, some 1e-16 per
 // transform, of which there are up to 800 here.
 TEST(FiberScheme, FollowsThePlainScheme) {
-    for (const SchemeCase& row : schemeCases) {
-        SCOPED_TRACE(row.name);
+    for (const auto& row : schemeCases) {
+        SCOPED_TRACE(&row - schemeCases);
         const Owned<OpSignal> input = MakeSignal(row.channels, 256, 2 * ps);
-        FiberParams params = StandardFiber();
-        row.change(params);
+        const FiberParams params = ChangedFiber(row.changes);
         const FiberResult fast = RunThrough(input, params);
         ASSERT_TRUE(fast.signal);
 
@@ -167,84 +151,47 @@ TEST(FiberScheme, FollowsThePlainScheme) {
     }
 }
 
-bool SameBits(const OpSig* a, const OpSig* b) {
-    for (; a && b; a = a->next, b = b->next) {
-        const std::size_t bytes = sizeof(Complex) * static_cast<std::size_t>(a->noPoints);
-        if (std::memcmp(a->Ex_samples + 1, b->Ex_samples + 1, bytes) != 0) return false;
-        if (a->Ey_samples && std::memcmp(a->Ey_samples + 1, b->Ey_samples + 1, bytes) != 0)
-            return false;
-    }
-    return !a && !b;
-}
-
-// Sums over the channels are made in fixed groups, so that no bit depends on who adds them up.
-TEST(FiberScheme, GivesTheSameBitsOnAnyNumberOfThreads) {
+// Sums over the channels are made in fixed groups, so that no number depends on who adds them up.
+TEST(FiberScheme, GivesTheSameFieldsOnAnyNumberOfThreadsAndInEveryRun) {
     std::vector<ChannelSpec> channels;
     for (int c = 0; c < 9; ++c)
         channels.push_back({Gauss(5e-3, (20 + c) * ps),
                             c % 3 ? Gauss(3e-3, (30 - c) * ps) : Waveform{}, 1.55e-6 + c * 1.6e-9});
     const Owned<OpSignal> input = MakeSignal(channels, 2048, 1 * ps);
-    for (const auto& change : std::vector<std::function<void(FiberParams&)>>{
-             [](FiberParams&) {}, [](FiberParams& p) { p.hasRaman = true; }, Adapt,
-             [](FiberParams& p) {
-                 FollowCurve(p);
-                 TurnCoarsely(p);
-                 p.doublesWindow = true;
-             }}) {
-        FiberParams params = StandardFiber();
+    for (const Changes& changes :
+         {Changes{}, {Amplify}, {Adapt}, {FollowCurve, TurnCoarsely, Pad}}) {
+        FiberParams params = ChangedFiber(changes);
         params.distance = 3000;
-        change(params);
         const FiberResult alone = RunThrough(input, params, "1");
         for (const char* threads : {"2", "3", "8"}) {
             const FiberResult team = RunThrough(input, params, threads);
-            EXPECT_TRUE(SameBits(alone.signal->channels, team.signal->channels)) << threads;
+            EXPECT_EQ(Deviation(alone.signal->channels, team.signal->channels), 0) << threads;
         }
     }
 }
 
-TEST(FiberScheme, TwoFibersInARowTurnThePolarizationsAlike) {
-    const Owned<OpSignal> input = MakeSignal(MixedChannels(), 256, 2 * ps);
-    FiberParams params = StandardFiber();
-    TurnCoarsely(params);
-    const FiberResult first = RunThrough(input, params), second = RunThrough(input, params);
-    EXPECT_TRUE(SameBits(first.signal->channels, second.signal->channels));
-}
-
 /// Sets the stop word when a number of steps have been announced.
-class StopAfter : public RecordingHost {
-  public:
-    explicit StopAfter(std::size_t steps) : steps_(steps) {}
+struct StopAfter : RecordingHost {
+    explicit StopAfter(std::size_t count) : steps(count) {}
     void ShowStatusText(std::string_view text) override {
         RecordingHost::ShowStatusText(text);
-        if (statusTexts.size() >= steps_) stop = 1;
+        if (statusTexts.size() >= steps) stop = 1;
     }
+    std::size_t steps;
     std::atomic<std::int16_t> stop{0};
-
-  private:
-    std::size_t steps_;
 };
 
-/// What comes out when `host` watches, with the length of the run.
 FiberResult RunWatched(const OpSignal& input, FiberParams params, StopAfter& host) {
-    Nodelist in{}, out{};
-    in.sigType = OpSigType;
-    in.sig = const_cast<OpSignal*>(&input);
     params.showStatus = true;
-    FiberResult result;
-    result.status = Fiber(&in, params, host.stop, &out, result.text);
-    result.signal.reset(static_cast<OpSignal*>(out.sig));
-    return result;
+    return RunFor(input, params, host.stop);
 }
 
 TEST(FiberScheme, StopsAtAWholeStepWithTheNoiseOfTheWholeLength) {
     const TempDir directory;
     Owned<OpSignal> input = MakeSignal(MixedChannels(), 256, 2 * ps);
     input->noise = RampSpectrum(3).release();
-    for (const auto& change : std::vector<std::function<void(FiberParams&)>>{
-             [](FiberParams&) {}, [](FiberParams& p) { p.mergesHalfSteps = true; },
-             [](FiberParams& p) { p.doublesWindow = true; }}) {
-        FiberParams params = StandardFiber();
-        change(params);
+    for (const Changes& changes : {Changes{}, {Merge}, {Pad}}) {
+        FiberParams params = ChangedFiber(changes);
         StopAfter host(3);
         const FiberResult stopped = RunWatched(*input, params, host);
         ASSERT_EQ(stopped.status, Status::Success);
@@ -259,7 +206,7 @@ TEST(FiberScheme, StopsAtAWholeStepWithTheNoiseOfTheWholeLength) {
     StopAfter atOnce(100);
     atOnce.stop = 1;
     const FiberResult nothing = RunWatched(*input, StandardFiber(), atOnce);
-    EXPECT_TRUE(SameBits(nothing.signal->channels, input->channels));
+    EXPECT_EQ(Deviation(nothing.signal->channels, input->channels), 0);
 }
 
 TEST(FiberScheme, TellsEveryStepAndTheTimeItTook) {
@@ -276,9 +223,8 @@ TEST(FiberScheme, TellsEveryStepAndTheTimeItTook) {
                                                "Z=1500 and dZ=1000 in NLFiber 50%s"};
     EXPECT_EQ(host.statusTexts, expected);
     const std::string log = directory.Read("log.txt");
-    EXPECT_EQ(log.find(expected[0] + "\n" + expected[1] + "\n" + expected[2] +
-                       "\nNLFiber calculation time = "),
-              0u);
+    EXPECT_TRUE(log.starts_with(expected[0] + "\n" + expected[1] + "\n" + expected[2] +
+                                "\nNLFiber calculation time = "));
     EXPECT_NE(log.find(" sec for distance = 1500 meters\n"), std::string::npos);
 
     params.distance = 0;
