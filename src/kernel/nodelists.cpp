@@ -74,22 +74,9 @@ std::int32_t CreateNodelist(Nodelist** place, std::int32_t sigType) {
 }
 
 std::int32_t CopyNodelistShape(Nodelist** place, const Nodelist* source) {
-    if (!place) return 1;
-    *place = nullptr;
-    Owned<Nodelist> head;
-    Nodelist* tail = nullptr;
-    for (const Nodelist& cell : Items(source)) {
-        Nodelist* copy = nullptr;
-        if (CreateNodelist(&copy, cell.sigType)) return 1;
-        if (tail) {
-            tail->next = copy;
-        } else {
-            head.reset(copy);
-        }
-        tail = copy;
-    }
-    *place = head.release();
-    return 0;
+    return CopyList(place, source, [](Nodelist** copy, const Nodelist* cell) {
+        return CreateNodelist(copy, cell->sigType);
+    });
 }
 
 void FreeNodelistSignals(Nodelist** head) {

@@ -48,22 +48,7 @@ std::int32_t FreeOpSigASEList(OpSigASE** place) {
 }
 
 std::int32_t CopyOpSigASEList(OpSigASE** place, const OpSigASE* source) {
-    if (!place) return 1;
-    *place = nullptr;
-    Owned<OpSigASE> head;
-    OpSigASE* tail = nullptr;
-    for (const OpSigASE& spectrum : Items(source)) {
-        OpSigASE* copy = nullptr;
-        if (CopyOpSigASE(&copy, &spectrum)) return 1;
-        if (tail) {
-            tail->next = copy;
-        } else {
-            head.reset(copy);
-        }
-        tail = copy;
-    }
-    *place = head.release();
-    return 0;
+    return CopyList(place, source, CopyOpSigASE);
 }
 
 }  // namespace photrak

@@ -119,23 +119,7 @@ std::int32_t FreeOpSigList(OpSig** place) {
 }
 
 std::int32_t CopyOpSigList(OpSig** place, const OpSig* source) {
-    if (!place) return 1;
-    *place = nullptr;
-    Owned<OpSig> head;
-    OpSig* tail = nullptr;
-    for (const OpSig& channel : Items(source)) {
-        OpSig* copy = nullptr;
-        if (CopyOpSig(&copy, &channel)) return 1;
-        if (tail) {
-            tail->next = copy;
-            copy->prev = tail;
-        } else {
-            head.reset(copy);
-        }
-        tail = copy;
-    }
-    *place = head.release();
-    return 0;
+    return CopyList(place, source, CopyOpSig);
 }
 
 }  // namespace photrak

@@ -1,6 +1,6 @@
 // Blocks of the signal records: one-based sample arrays (n + 1 elements for n samples, element 0 is
-// never a sample) and zeroed records, all from the one allocator; and the timing fields that
-// optical and electrical signals share.
+// never a sample) and zeroed records, all from the one allocator; copies of lists of records; and
+// the timing fields that optical and electrical signals share.
 #pragma once
 
 #include <algorithm>
@@ -49,6 +49,29 @@ template <class T>
     const std::int64_t product = std::int64_t{bits} * samplesPerBit;
     count = static_cast<std::int32_t>(product);
     return count == product;
+}
+
+/// A copy of a whole list, record by record with copyOne(place, source), which gives 0 on success.
+/// Records that know the one before them are told of it. Without success nothing is left.
+template <class T, class CopyOne>
+std::int32_t CopyList(T** place, const T* source, CopyOne copyOne) {
+    if (!place) return 1;
+    *place = nullptr;
+    Owned<T> head;
+    T* tail = nullptr;
+    for (const T& item : Items(source)) {
+        T* copy = nullptr;
+        if (copyOne(&copy, &item)) return 1;
+        if constexpr (requires { copy->prev; }) copy->prev = tail;
+        if (tail) {
+            tail->next = copy;
+        } else {
+            head.reset(copy);
+        }
+        tail = copy;
+    }
+    *place = head.release();
+    return 0;
 }
 
 /// What both kinds of waveform know of their time axis, from either kind.
