@@ -2,50 +2,37 @@
 #include "kernel/statistics.h"
 
 #include <cmath>
-#include <gtest/gtest.h>
-#include <string>
-#include <vector>
 
 #include "base/escape.h"
-#include "base/text.h"
 #include "kernel/symbols.h"
 #include "numeric/random.h"
-#include "support/parameter_list.h"
-#include "support/recording_host.h"
+#include "support/small_link.h"
 
 namespace photrak {
 namespace {
 
-class Statistics : public ::testing::Test {
+/// Blocks in the order in which a run would take them.
+class Statistics : public ::testing::Test, public SmallLink {
   protected:
-    Statistics() { workspace.options = std::make_unique<SimOptions>(); }
+    Statistics() { LoopModels(); }
 
-    Component& AddBlock(const char* type, const char* name = "block") {
-        workspace.components.push_back(std::make_unique<Component>());
-        Component& block = *workspace.components.back();
-        block.type = type;
-        block.name = name;
-        order.push_back(&block);
-        return block;
+    void OpenLoop(const char* reps) {
+        order.push_back(&Add("LoopBeginBlock", "begin"));
+        SetText(&order.back()->parameters->value, reps);
     }
-    void OpenLoop(const char* numReps) {
-        AddBlock("LoopBeginBlock").parameters =
-            LimitedParameter("NumReps", IntType, numReps, 1, 1000);
-    }
-    void CloseLoop() { AddBlock("LoopEndBlock"); }
+    void CloseLoop() { order.push_back(&Add("LoopEndBlock", "end")); }
     Parameter& AddRandom(std::int32_t distribution, const char* deviation,
                          const char* block = "fiber") {
-        Parameter* parameter = ParameterList::NewParameter("loss", DoubleType, "10");
-        SetText(&parameter->STDDEV, deviation);
-        parameter->PROBDIST = distribution;
-        AddBlock("NonlinearFiberModel", block).parameters = parameter;
-        return *parameter;
+        order.push_back(&Add("Step", block));
+        Parameter& parameter = GiveNumber(*order.back(), "loss", "10");
+        SetText(&parameter.STDDEV, deviation);
+        parameter.PROBDIST = distribution;
+        return parameter;
     }
     void Draw(std::int32_t runs) {
-        workspace.options->NUMRUNSTODO = runs;
-        std::string unheard;
-        EXPECT_EQ(BuildSymbolTable(workspace, unheard), Status::Success);
-        DrawStatistics(order, workspace);
+        workspace->options->NUMRUNSTODO = runs;
+        EXPECT_EQ(BuildSymbolTable(*workspace, errorText), Status::Success);
+        DrawStatistics(order, *workspace);
     }
     static std::vector<Complex> Deviates(const Parameter& parameter) {
         std::vector<Complex> all;
@@ -55,7 +42,6 @@ class Statistics : public ::testing::Test {
         return all;
     }
 
-    Workspace workspace;
     RunOrder order;
 };
 
@@ -95,7 +81,7 @@ TEST_F(Statistics, DrawsOncePerEvaluationOfEachRun) {
     OpenLoop("2+3");
     const Parameter& inner = AddRandom(GausProbDist, "1");
     CloseLoop();
-    OpenLoop("-7");  // moved to the limit 1
+    OpenLoop("5000");  // moved to the limit 1000
     const Parameter& limited = AddRandom(GausProbDist, "1");
     CloseLoop();
     CloseLoop();
@@ -103,7 +89,7 @@ TEST_F(Statistics, DrawsOncePerEvaluationOfEachRun) {
     const Parameter& after = AddRandom(GausProbDist, "1");
     Draw(3);
     const std::pair<const Parameter&, std::size_t> expected[] = {
-        {outside, 3}, {once, 6}, {inner, 30}, {limited, 6}, {after, 3}};
+        {outside, 3}, {once, 6}, {inner, 30}, {limited, 6000}, {after, 3}};
     for (const auto& [parameter, draws] : expected) {
         EXPECT_EQ(Deviates(parameter).size(), draws) << draws;
     }
@@ -165,7 +151,6 @@ TEST_F(Statistics, KeptDeliberatelyUniformImaginaryPartStaysRawAndMovesTheRealPa
 }
 
 TEST_F(Statistics, RefusesMoreDrawsThanARunMayHoldOrMemoryGives) {
-    RecordingHost host;
     const EscapeLevel level(/*armed=*/true);
     const Parameter& before = AddRandom(GausProbDist, "1");
     RefuseAllocationsFrom(3);
