@@ -130,7 +130,9 @@ struct RandomDiagram : SweepLink {
     Component& New(const std::string& type) { return Add(type, Concat(type, ++made)); }
     Component& NewStep() {
         static constexpr const char* texts[] = {"1", "2", "0.5", "1", "3", "x", "2*y", "z", "x*y"};
-        return AddStep(Concat("Step", ++made), texts[Below(std::size(texts))]);
+        Component& step = New("Step");
+        GiveNumber(step, "number", texts[Below(std::size(texts))]);
+        return step;
     }
     Component& Append(Component& component) {
         Wire(*ends.back(), 1, component, 1);

@@ -247,8 +247,7 @@ TEST(StatisticalRuns, TakeEveryDrawOnce) {
     link.models.byType["Source"] = [&](const ModelCall& call) {
         const Parameter& number = *FindParameter("number", link["body"].parameters);
         for (const ParameterDraw* d = number.draws; d; d = d->next) draws.push_back(d->re);
-        Emit(call.outputs, 1);
-        return Status::Success;
+        return Emit(call.outputs, 1);
     };
     EXPECT_EQ(link.Scan(), Status::Success) << link.Text();
     ASSERT_EQ(draws.size(), 6u);

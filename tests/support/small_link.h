@@ -33,14 +33,15 @@ struct FakeModels : UserModels {
     }
 };
 
-/// Stores bits of the given value in an output cell.
-inline void Emit(Nodelist* cell, double value) {
+/// Stores bits of the given value in an output cell; an error if memory is refused.
+inline Status Emit(Nodelist* cell, double value) {
     BinSig* bits = nullptr;
-    ASSERT_EQ(CreateBinSig(&bits, 1), 0);
+    if (CreateBinSig(&bits, 1) != 0) return Status::Error;
     bits->bitRate = value;
     bits->bitSequence[1] = 0;
     cell->sig = bits;
     cell->sigType = BinSigType;
+    return Status::Success;
 }
 
 /// The value of bits in a cell, -1 without a signal.
@@ -64,17 +65,12 @@ class SmallLink {
         Model("Step", {BinSigType}, {BinSigType});
         Model("Join", {BinSigType, BinSigType}, {BinSigType});
         Model("Sink", {BinSigType}, {NoSigType});
-        models.byType["Source"] = [](const ModelCall& call) {
-            Emit(call.outputs, 1);
-            return Status::Success;
-        };
+        models.byType["Source"] = [](const ModelCall& call) { return Emit(call.outputs, 1); };
         models.byType["Step"] = [](const ModelCall& call) {
-            Emit(call.outputs, ValueOf(call.inputs) + 1);
-            return Status::Success;
+            return Emit(call.outputs, ValueOf(call.inputs) + 1);
         };
         models.byType["Join"] = [](const ModelCall& call) {
-            Emit(call.outputs, ValueOf(call.inputs) + ValueOf(call.inputs->next));
-            return Status::Success;
+            return Emit(call.outputs, ValueOf(call.inputs) + ValueOf(call.inputs->next));
         };
         models.byType["Sink"] = [this](const ModelCall& call) {
             arrived.push_back(ValueOf(call.inputs));

@@ -14,21 +14,13 @@ struct SweepLink : SmallLink {
     explicit SweepLink(std::size_t loopPorts = 1) {
         LoopModels(loopPorts);
         models.byType["Step"] = [](const ModelCall& call) {
-            Emit(call.outputs, ValueOf(call.inputs) + Number(call.component));
-            return Status::Success;
+            return Emit(call.outputs, ValueOf(call.inputs) + Number(call.component));
         };
     }
 
     static double Number(const Component& component) {
         return GetParamDouble(component.parameters, "number", 1);
     }
-    /// A block that adds what the text comes to.
-    Component& AddStep(const std::string& name, const std::string& number) {
-        Component& step = Add("Step", name);
-        GiveNumber(step, "number", number);
-        return step;
-    }
-
     SimOptions& Options() const { return *workspace->options; }
     void Sweep(const SweepFields& fields, const std::string& name, const std::string& start,
                const std::string& stop, const std::string& step) const {
