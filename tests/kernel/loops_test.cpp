@@ -59,20 +59,21 @@ TEST(RepetitionLoop, NestsAndNamesEveryRepetition) {
 }
 
 // What comes from outside must stand on its node until the last repetition has read it, and go
-// then.
+// then. Wired to the first input, it runs ahead of the loop.
 TEST(RepetitionLoop, KeepsSideInputsUntilTheLastRepetition) {
     LoopLink link;
     link.Draw(
-        "Source source > LoopBeginBlock begin > Join join > LoopEndBlock end > Sink sink\n"
-        "Source side > join.2");
+        "Source side > Join join > LoopEndBlock end > Sink sink\n"
+        "Source source > LoopBeginBlock begin > join.2");
     link.Repeat("begin", "4");
     link.models.byType["Sink"] = [&](const ModelCall& call) {
-        EXPECT_EQ(link["side"].outputs[0].node->signals, nullptr);
+        EXPECT_EQ(link.Behind("side").signals, nullptr);
         link.arrived.push_back(ValueOf(call.inputs));
         return Status::Success;
     };
     EXPECT_EQ(link.Run(), Status::Success) << link.Text();
     EXPECT_EQ(link.arrived, Values{5});
+    EXPECT_EQ(std::count(link.models.calls.begin(), link.models.calls.end(), "side"), 1);
 }
 
 TEST(RepetitionLoop, GoesRoundWithTwoPortsOnOneNode) {

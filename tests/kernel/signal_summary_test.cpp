@@ -13,8 +13,8 @@ TEST(SignalSummary, OutlivesTheSignalWithItsCoordinates) {
     link.GiveNumber(link["step"], "number", "x");
     link.Inner("x", "1", "1000", "1");
     ASSERT_EQ(link.Scan(), Status::Success) << link.Text();
-    EXPECT_EQ(link["source"].outputs[0].node->summaries.size(), 1u);
-    const Node& node = *link["step"].outputs[0].node;
+    EXPECT_EQ(link.Behind("source").summaries.size(), 1u);
+    const Node& node = link.Behind("step");
     EXPECT_EQ(node.signals, nullptr);
     EXPECT_EQ(node.summaries.size(), maxSummariesOnNode);
     std::int32_t point = 1000;  // the newest are kept, and stand first

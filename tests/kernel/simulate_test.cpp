@@ -14,7 +14,6 @@ using Names = std::vector<std::string>;
 
 struct ChainLink : SmallLink {
     ChainLink() { Draw("Source source > Step step > Sink sink"); }
-    Node& Behind(const char* name) const { return *(*this)[name].outputs[0].node; }
 };
 
 std::size_t Count(const std::string& text, const std::string& part) {
@@ -51,51 +50,6 @@ TEST(Simulate, RetypesTheNodeAfterWhatWasStored) {
     EXPECT_EQ(link.Run(), Status::Success) << link.Text();
     EXPECT_EQ(node.type, BinSigType);
     EXPECT_EQ(link["end"].inputs[0].sigType, BinSigType);
-}
-
-// The rule under the flags of later passes: what differs between driver and reader must be over.
-TEST(ReclaimInputs, WaitsForThePassesThatMayStillRead) {
-    using namespace runFlag;
-    struct Row {
-        std::uint16_t mask, driver, reader, otherReader;
-        std::int32_t outer, inner, run;  // present coordinates; each goes to 3
-        bool kept;
-    };
-    // clang-format off
-    const Row rows[] = {
-        {ordered, 0, hasRun, hasRun, 1, 1, 1, false},
-        {ordered, 0, hasRun, 0, 3, 3, 3, true},
-        {inner, 0, inner | hasRun, hasRun, 1, 2, 1, true},
-        {inner, 0, inner | hasRun, hasRun, 1, 3, 1, false},
-        {inner, inner, inner | hasRun, inner | hasRun, 1, 2, 1, false},
-        {outer, 0, outer | hasRun, 0, 2, 3, 3, true},
-        {outer, 0, outer | hasRun, 0, 3, 1, 1, false},
-        {draws, 0, draws | inner | hasRun, 0, 1, 3, 2, true},
-        {draws, 0, draws | inner | hasRun, 0, 1, 2, 3, true},
-        {draws, 0, draws | inner | hasRun, 0, 1, 3, 3, false},
-    };
-    // clang-format on
-    for (const Row& row : rows) {
-        SCOPED_TRACE("row " + std::to_string(&row - rows));
-        ChainLink link;
-        link.Draw("source > Sink other");
-        SimOptions& options = *link.workspace->options;
-        options.outerCount = options.innerCount = options.NUMRUNSTODO = 3;
-        options.outerIndex = row.outer;
-        options.innerIndex = row.inner;
-        options.runIndex = row.run;
-        link["source"].runFlags = ordered | row.driver;
-        link["step"].runFlags = ordered | row.reader;
-        link["other"].runFlags = ordered | row.otherReader;
-        link.Behind("source").signals = new SigRecord;
-        const ModelTable models;
-        const RunOrder list;
-        RunState run(*link.workspace, models, link.errorText);
-        run.list = &list;
-        run.mask = row.mask;
-        ReclaimInputs(link["step"], run);
-        EXPECT_EQ(link.Behind("source").signals != nullptr, row.kept);
-    }
 }
 
 // A text of a warning is logged and forgotten; that of an error reaches the box in full, also
@@ -161,8 +115,9 @@ TEST(Simulate, StoresOutputsOfWarningsAndClearsThoseOfErrors) {
 
 TEST(Simulate, ReportsUnknownTypesAndPrefersBuiltInModels) {
     ChainLink link;
-    const auto builtIn = [](const ModelCall& call) { return Emit(call.outputs, 10); };
-    const ModelEntry entries[] = {{"Source", builtIn}, {"Source", nullptr}};
+    const ModelEntry entries[] = {
+        {"Source", [](const ModelCall& call) { return Emit(call.outputs, 10); }},
+        {"Source", nullptr}};
     link.models.byType.erase("Sink");
     EXPECT_EQ(RunSimulation(link.workspace.get(), {entries, &link.models}), Status::Error);
     EXPECT_EQ(link.models.calls, Names{"step"});
@@ -227,11 +182,7 @@ TEST(Simulate, EndsRunsNestedTooDeep) {
     EXPECT_EQ(EscapeLevelCount(), 0);
 }
 
-TEST(Simulate, WarnsOfNothingToDoAndRefusesNoWorkspace) {
-    SmallLink link;
-    EXPECT_EQ(link.Run(), Status::Warning);
-    EXPECT_EQ(link.Log(), "WARNING: nothing to simulate in outer sweep 1, inner sweep 1, run 1\n");
-    EXPECT_EQ(link.Text(), "");
+TEST(Simulate, RefusesNoWorkspace) {
     std::string text;
     EXPECT_EQ(Simulate(nullptr, {}, text), Status::Error);
     EXPECT_EQ(text, "The workspace is NULL. No simulation\n");

@@ -134,6 +134,8 @@ class SmallLink {
         EXPECT_NE(found, nullptr) << name;
         return *found;
     }
+    /// The node of its first output.
+    Node& Behind(std::string_view name) const { return *(*this)[name].outputs[0].node; }
     /// Makes and wires what is drawn: "Source a > Join join > Sink sink\nSource b > join.2". A type
     /// stands before the name of what is new. The second port of `join` is join.2: an output where
     /// it begins a line, else an input.
