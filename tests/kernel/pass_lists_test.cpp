@@ -33,9 +33,8 @@ struct PassListLink : SweepLink {
 TEST(SymbolUse, FollowsNamesThroughSymbols) {
     Workspace workspace;
     const std::pair<const char*, const char*> variables[] = {
-        {"gain", "3"},          {"far", "2*near"},         {"near", "sqrt(gain2)"}, {"gain2", "4"},
-        {"round", "about - 1"}, {"about", "round + gain"}, {"other", "far2"},       {"far2", "1"},
-    };
+        {"far", "2*near"},         {"near", "sqrt(gain2)"}, {"gain2", "4"}, {"round", "about - 1"},
+        {"about", "round + gain"}, {"other", "far2"},       {"far2", "1"}};
     for (const auto& [name, value] : variables) AddVariable(workspace, name, DoubleType, value);
     std::string text;
     ASSERT_EQ(BuildSymbolTable(workspace, text), Status::Success) << text;

