@@ -17,7 +17,7 @@ int CountedMarks(const std::vector<int>& bits) {
 
 TEST_F(BerTest, IdealEyeHasTheGaussianTail) {
     const auto bits = MixedBits(64);
-    for (const double Q : {2.0, 2.5, 3.0, 4.0, 5.0, 6.0, 7.03, 8.0}) {
+    for (const double Q : {2.0, 4.5, 8.0}) {
         SCOPED_TRACE(Q);
         inputs.reset();
         AddPair(bits, 8, 0.1, 1.3, 0.6 / Q);
@@ -27,40 +27,41 @@ TEST_F(BerTest, IdealEyeHasTheGaussianTail) {
         EXPECT_NEAR(eye.decisionLevel, 0.7, 1e-15);
         EXPECT_NEAR(eye.eyeOpening, 1.2, 1e-15);
     }
+    inputs.reset();
+    AddPair({0, 1, 0, 0, 1}, 4, 0.0, 1.0, 0.25);
+    EXPECT_NEAR(Rate() / TailBeyond(2.0L), 1.0, 1e-12) << "five bits decide one";
 }
 
-TEST_F(BerTest, EachBitCountsWithItsOwnNoise) {
+TEST_F(BerTest, EachBitCountsWithItsOwnNoiseAtTheEyesOrADefinedLevel) {
     const auto bits = MixedBits(40);
-    const Pair pair = AddPair(bits, 4, 0.0, 1.0, 0.1);
-    for (std::int32_t i = 1; i <= pair.wave->noPoints; ++i) {
-        if (pair.wave->elecSamples[i].re > 0.5) pair.wave->sigmaSamples[i] = {0.12, 0.05};  // 0.13
+    ElecSig& wave = AddPair(bits, 4, 0.0, 1.0, 0.1);
+    for (std::int32_t i = 1; i <= wave.noPoints; ++i) {
+        if (wave.elecSamples[i].re > 0.5) wave.sigmaSamples[i] = {0.12, 0.05};  // 0.13
     }
     const int marks = CountedMarks(bits), all = 36;
     // Without jitter the values are those of the samples.
-    const double expected =
-        (marks * TailBeyond(0.5L / 0.13L) + (all - marks) * TailBeyond(5.0L)) / all;
-    EXPECT_NEAR(Rate() / expected, 1.0, 1e-12);
-}
-
-TEST_F(BerTest, DefinedLevelTakesThePlaceOfTheEyes) {
-    const auto bits = MixedBits(40);
-    AddPair(bits, 4, 0.0, 1.0, 0.1);
+    const auto expected = [&](long double level) {
+        return (marks * TailBeyond((1 - level) / 0.13L) +
+                (all - marks) * TailBeyond(level / 0.1L)) /
+               all;
+    };
+    EXPECT_NEAR(Rate() / expected(0.5L), 1.0, 1e-12);
     params.decisionLevelDefined = true;
     params.decisionLevel = 0.4;
-    const int marks = CountedMarks(bits), all = 36;
-    const double expected = (marks * TailBeyond(6.0L) + (all - marks) * TailBeyond(4.0L)) / all;
-    EXPECT_NEAR(Rate() / expected, 1.0, 1e-12);
+    EXPECT_NEAR(Rate() / expected(0.4L), 1.0, 1e-12);
     EXPECT_EQ(eye.decisionLevel, 0.5) << "the record keeps the eye's";
 }
 
 /// The level moves by a Gaussian that is cut at 2.8 deviations. On slopes of 0.1 V per sample, the
-/// same for 1s and 0s, a decision that comes early or late is a level that is off by as much.
+/// same for 1s and 0s, a decision that comes early or late is a level that is off by as much. So is
+/// one that is shifted within its bit.
 TEST_F(BerTest, JitterAveragesOverACutGaussian) {
     const double sigma = 0.1, jitter = 0.06, distance = 0.5, slope = 0.1;
-    const int s = 10;
-    const Pair pair = AddPair(MixedBits(512), s, 0.0, 2 * distance, sigma);
-    for (std::int32_t i = 1; i <= pair.wave->noPoints; ++i) {
-        pair.wave->elecSamples[i].re += slope * ((i - 1) % s);
+    const int s = 10, all = 508;
+    const auto bits = MixedBits(512);
+    ElecSig& wave = AddPair(bits, s, 0.0, 2 * distance, sigma);
+    for (std::int32_t i = 1; i <= wave.noPoints; ++i) {
+        wave.elecSamples[i].re += slope * ((i - 1) % s);
     }
     long double sum = 0, weight = 0;
     for (int i = -2800; i <= 2800; ++i) {
@@ -74,46 +75,16 @@ TEST_F(BerTest, JitterAveragesOverACutGaussian) {
     params.decisionLevelJitter = 0.0;
     params.timingJitter = jitter / slope * tStep;
     EXPECT_NEAR(Rate() / static_cast<double>(sum / weight), 1.0, 0.03);
-}
-
-TEST_F(BerTest, JitterOnlyWorsens) {
-    const auto bits = MixedBits(128);
-    const int s = 16;
-    const Pair pair = AddPair(bits, s, 0.0, 1.0, 0.12);
-    for (std::int32_t i = 1; i <= pair.wave->noPoints; ++i) {  // rounded: full only in mid bit
-        const double phase = (((i - 1) % s) + 0.5) / s;
-        pair.wave->elecSamples[i].re =
-            0.5 + (pair.wave->elecSamples[i].re - 0.5) * std::sin(M_PI * phase);
-    }
-    double last = Rate();
-    for (const double fraction : {0.03, 0.06, 0.12, 0.2}) {
-        params.timingJitter = fraction * s * tStep;
-        const double rate = Rate();
-        EXPECT_GT(rate, last * 1.01);
-        last = rate;
-    }
-    params.decisionLevelJitter = 0.05;
-    EXPECT_GT(Rate(), last * 1.01);
-
-    params.timingJitter = params.decisionLevelJitter = 0.0;
-    const double centered = Rate();
+    params.timingJitter = 0.0;
+    const int marks = CountedMarks(bits);
     for (const double shift : {-0.25, 0.25}) {
         params.decisionPointShift = shift;
-        EXPECT_GT(Rate(), centered * 1.1) << "the decision has left the middle";
+        const double more = shift * s * slope;
+        EXPECT_NEAR(Rate() * all /
+                        (marks * TailBeyond((distance + more) / sigma) +
+                         (all - marks) * TailBeyond((distance - more) / sigma)),
+                    1.0, 1e-11);
     }
-}
-
-TEST_F(BerTest, PassesAreAlikeInAFreshProcess) {
-    AddPair(MixedBits(64), 4, 0.0, 1.0, 0.2);
-    params.timingJitter = tStep;
-    params.decisionLevelJitter = 0.01;
-    double rates[2];
-    for (double& rate : rates) {
-        ResetRandomState();
-        ResetEyeNoise();
-        rate = Rate();
-    }
-    EXPECT_EQ(rates[0], rates[1]);
 }
 
 TEST_F(BerTest, WorstPairCountsInEveryTrial) {
@@ -153,21 +124,13 @@ TEST_F(BerTest, NoiselessBitsCountByTheirSide) {
     EXPECT_EQ(Rate(), 0.2);
     params.decisionLevel = 1.0;  // right on the marks
     EXPECT_EQ(Rate(), 0.1);
-}
-
-TEST_F(BerTest, RateWithoutAQIsAWarning) {
-    AddPair({0, 1, 1, 1, 1, 1, 0, 1, 0, 1}, 4, 0.0, 1.0, 0.0);
-    params.decisionLevelDefined = true;
+    inputs.reset();
+    AddPair({0, 1, 1, 0, 1, 1, 0, 1, 1}, 4, 0.25, 1.0, 0.0);  // four of the five are 1s
     params.decisionLevel = 1.5;
     EXPECT_EQ(Compute(), Status::Warning);
     EXPECT_EQ(message, "Q factor cannot be computed: root not bracketed\n");
-    EXPECT_GT(eye.BER, 0.5);
+    EXPECT_EQ(eye.BER, 0.8);
     EXPECT_EQ(eye.Q, 0.0);
-}
-
-TEST_F(BerTest, FiveBitsDecideOne) {
-    AddPair({0, 1, 0, 0, 1}, 4, 0.0, 1.0, 0.25);
-    EXPECT_NEAR(Rate() / TailBeyond(2.0L), 1.0, 1e-12);
 }
 
 /// Kept deliberately: running counts.
@@ -186,29 +149,20 @@ TEST_F(BerTest, BitStreamTellsOfTheCountOfAllBitsSoFar) {
 
 // --- Inputs ---
 
+/// Kept deliberately: the shift counts doubles, so that an odd one pairs halves of neighbors.
 TEST_F(BerTest, LaterStartTurnsTheOthers) {
-    const Pair early = AddPair(fewBits, 2, 0.0, 1.0, 0.1);
-    AddPair(fewBits, 2, 0.0, 1.0, 0.1).wave->startTime = 4.4 * tStep;
+    ElecSig& early = AddPair(fewBits, 2, 0.0, 1.0, 0.1);
+    AddPair(fewBits, 2, 0.0, 1.0, 0.1).startTime = 5.4 * tStep;
     for (std::int32_t i = 1; i <= 16; ++i) {
-        early.wave->elecSamples[i] = {double(i), 0.0};
-        early.wave->sigmaSamples[i] = {0.0, -double(i)};
+        early.elecSamples[i] = early.sigmaSamples[i] = {3.0 * (i - 1), 4.0 * i};
     }
     BerPairs set = Filled();
-    EXPECT_EQ(set.pairs[0].voltage[1], 3.0) << "four doubles are two samples";
-    EXPECT_EQ(set.pairs[0].voltage[14], 16.0);
-    EXPECT_EQ(set.pairs[0].voltage[15], 1.0);
-    EXPECT_EQ(set.pairs[0].sigma[16], 2.0);
-    EXPECT_EQ(set.pairs[1].voltage[3], 1.0) << "the latest stays";
-}
-
-/// Kept deliberately: the shift counts doubles.
-TEST_F(BerTest, OddShiftPairsNeighborsHalves) {
-    const Pair early = AddPair(fewBits, 2, 0.0, 1.0, 0.1);
-    AddPair(fewBits, 2, 0.0, 1.0, 0.1).wave->startTime = tStep;
-    for (std::int32_t i = 1; i <= 16; ++i) early.wave->elecSamples[i] = {3.0 * (i - 1), 4.0 * i};
-    BerPairs set = Filled();
-    for (std::int32_t i = 1; i < 16; ++i) EXPECT_EQ(set.pairs[0].voltage[i], 5.0 * i);
-    EXPECT_EQ(set.pairs[0].voltage[16], 64.0) << "the last pairs with the first";
+    for (std::int32_t i = 1; i <= 16; ++i) {  // five doubles are two samples and a half
+        const double expected = i == 14 ? 64.0 : 5.0 * ((i + 1) % 16 + 1);
+        EXPECT_EQ(set.pairs[0].voltage[i], expected) << "sample 16 pairs with the first";
+        EXPECT_EQ(set.pairs[0].sigma[i], expected);
+        EXPECT_EQ(set.pairs[1].voltage[i], fewBits[(i - 1) / 2]) << "the latest stays";
+    }
 }
 
 TEST_F(BerTest, BitIsReadJustBeforeItEnds) {
@@ -218,10 +172,11 @@ TEST_F(BerTest, BitIsReadJustBeforeItEnds) {
     EXPECT_EQ(std::vector<int>(bits + 1, bits + 6), (std::vector<int>{0, 1, 0, 1, 0}));
 }
 
-using Change = std::function<void(Nodelist& first)>;
-
 ElecSig& Wave(Nodelist& cell) {
     return *static_cast<ElecSig*>(cell.sig);
+}
+ElecSig& Other(Nodelist& first) {
+    return Wave(*first.next->next);
 }
 BinSig& Sent(Nodelist& cell) {
     return *static_cast<BinSig*>(cell.next->sig);
@@ -234,62 +189,55 @@ TEST_F(BerTest, RefusesWhatItCannotMeasure) {
         "BERTester error: bitrate or pattern length between electrical and binary signals "
         "incompatible\n";
     const std::string own = "BERTester error: component 'ber': ";
-    const auto all = [](Nodelist& first, const std::function<void(ElecSig&)>& change) {
-        change(Wave(first));
-        change(Wave(*first.next->next));
-    };
+    const std::string none = "No input electrical signal to BER Tester\n";
     const struct {
-        Status status;
         std::string text;
-        Change change;  // of two good pairs
+        std::function<void(Nodelist& first)> change;  // of two good pairs
     } rows[] = {
-        {Status::Error, odd + "The 3 input signal type must be ELECSIG.\n",
+        {odd + "The 3 input signal type must be ELECSIG.\n",
          [](Nodelist& c) {
              FreeSignal(&c.next->next->sig, ElecSigType);
              c.next->next->sigType = BinSigType;
          }},
-        {Status::Warning, "No input electrical signal to BER Tester\n",
-         [](Nodelist& c) { FreeSignal(&c.next->next->sig, ElecSigType); }},
-        {Status::Error,
-         "Input signal domain incorrect for the bit error rate tester.\n"
+        {none, [](Nodelist& c) { FreeSignal(&c.next->next->sig, ElecSigType); }},
+        {"Input signal domain incorrect for the bit error rate tester.\n"
          "Input signal domain must be in time domain.\n",
          [](Nodelist& c) { Wave(c).domain = FreqDomain; }},
-        {Status::Error,
-         "BER tester requires even number of input signals.\n"
+        {"BER tester requires even number of input signals.\n"
          "The odd signals must be ELECSIG and the even must be BINSIG.\n",
-         [](Nodelist& c) {
-             Nodelist*& last = c.next->next->next;
-             FreeNodelistSignals(&last);
-         }},
-        {Status::Error, odd + "The 2 input signal type must be BINSIG.\n",
+         [](Nodelist& c) { FreeNodelistSignals(&c.next->next->next); }},
+        {odd + "The 2 input signal type must be BINSIG.\n",
          [](Nodelist& c) {
              FreeSignal(&c.next->sig, BinSigType);
              c.next->sigType = ElecSigType;
          }},
-        {Status::Error, "BERTester error: incorrect input electrical signal type\n",
+        {"BERTester error: incorrect input electrical signal type\n",
          [](Nodelist& c) { Wave(c).UnitType = CurrentUnit; }},
-        {Status::Error, alike, [](Nodelist& c) { Wave(*c.next->next).UnitType = CurrentUnit; }},
-        {Status::Error, alike, [](Nodelist& c) { Wave(*c.next->next).tStep = 2e-12; }},
-        {Status::Error, alike, [](Nodelist& c) { Wave(*c.next->next).bitRate = 1e9; }},
-        {Status::Error, alike, [](Nodelist& c) { Wave(*c.next->next).patternLength = 7; }},
-        {Status::Error, bits, [](Nodelist& c) { Sent(c).bitRate = 1e9; }},
-        {Status::Error, bits, [](Nodelist& c) { Sent(c).noPoints = 7; }},
-        {Status::Error, own + "a pattern of 4 bits is too short, at least 5 are needed\n",
-         [all](Nodelist& c) {
+        {alike, [](Nodelist& c) { Other(c).UnitType = CurrentUnit; }},
+        {alike, [](Nodelist& c) { Other(c).tStep = 2e-12; }},
+        {alike, [](Nodelist& c) { Other(c).bitRate = 1e9; }},
+        {alike, [](Nodelist& c) { Other(c).patternLength = 7; }},
+        {alike, [](Nodelist& c) { Other(c).noPoints = 15; }},
+        {bits, [](Nodelist& c) { Sent(c).bitRate = 1e9; }},
+        {bits, [](Nodelist& c) { Sent(c).noPoints = 7; }},
+        {own + "a pattern of 4 bits is too short, at least 5 are needed\n",
+         [](Nodelist& c) {
              Sent(c).noPoints = Sent(*c.next->next).noPoints = 4;
-             all(c, [](ElecSig& wave) { wave.patternLength = 4; });
+             Wave(c).patternLength = Other(c).patternLength = 4;
          }},
-        {Status::Error,
-         own + "15 samples for 8 bits are too few, at least 2 for each bit are needed\n",
-         [all](Nodelist& c) { all(c, [](ElecSig& wave) { wave.noPoints = 15; }); }},
-        {Status::Error, own + "the time step 0 s is not above 0\n",
-         [all](Nodelist& c) { all(c, [](ElecSig& wave) { wave.tStep = 0.0; }); }},
-        {Status::Error, own + "a start time is no finite number\n",
-         [](Nodelist& c) { Wave(*c.next->next).startTime = NAN; }},
-        {Status::Error, own + "a sample or its noise is no finite number\n",
+        {own + "15 samples for 8 bits are too few, at least 2 for each bit are needed\n",
+         [](Nodelist& c) { Wave(c).noPoints = Other(c).noPoints = 15; }},
+        {own + "the time step 0 s is not above 0\n",
+         [](Nodelist& c) { Wave(c).tStep = Other(c).tStep = 0.0; }},
+        {own + "a start time is no finite number\n", [](Nodelist& c) { Other(c).startTime = NAN; }},
+        {own + "a sample or its noise is no finite number\n",
          [](Nodelist& c) { Wave(c).elecSamples[7].re = NAN; }},
-        {Status::Error, own + "a sample or its noise is no finite number\n",
-         [](Nodelist& c) { Wave(*c.next->next).sigmaSamples[16].im = INFINITY; }},
+        {own + "a sample or its noise is no finite number\n",
+         [](Nodelist& c) { Other(c).sigmaSamples[16].im = INFINITY; }},
+        {"BERTester error: missing #1 input electrical signal\n",
+         [this](Nodelist&) { inputs.reset(); }},
+        {own + "decisions fall too far from the pattern\n",
+         [this](Nodelist&) { params.timingJitter = 1e200; }},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.text);
@@ -297,20 +245,9 @@ TEST_F(BerTest, RefusesWhatItCannotMeasure) {
         AddPair(fewBits, 2, 0.0, 1.0, 0.1);
         AddPair(fewBits, 2, 0.0, 1.0, 0.1);
         row.change(*inputs);
-        EXPECT_EQ(Compute(), row.status);
+        EXPECT_EQ(Compute(), row.text == none ? Status::Warning : Status::Error);
         EXPECT_EQ(message, row.text);
     }
-    inputs.reset();
-    EXPECT_EQ(Compute(), Status::Error);
-    EXPECT_EQ(message, "BERTester error: missing #1 input electrical signal\n");
-}
-
-TEST_F(BerTest, RefusesDecisionsFarOutsideThePattern) {
-    AddPair(fewBits, 2, 0.1, 1.0, 0.1);
-    params.timingJitter = 1e200;
-    EXPECT_EQ(Compute(), Status::Error);
-    EXPECT_EQ(message,
-              "BERTester error: component 'ber': decisions fall too far from the pattern\n");
 }
 
 TEST_F(BerTest, TellsWhichAllocationFailed) {
@@ -321,16 +258,12 @@ TEST_F(BerTest, TellsWhichAllocationFailed) {
                                  "lowerEyeLid",
                                  "upperEyeLid",
                                  "eye->eyeData"};
-    int n = 0;
-    for (const std::string& name : names) {
-        RefuseAllocationsFrom(++n);
-        const Status status = Compute();
+    for (int n = 0; n < 6; ++n) {
+        RefuseAllocationsFrom(n + 1);
+        EXPECT_EQ(Compute(), Status::Error);
         RefuseAllocationsFrom(-1);
-        EXPECT_EQ(status, Status::Error);
-        EXPECT_EQ(message.substr(0, message.find('\n')),
-                  "Insufficient memory for dynamic allocation to " + name);
-        EXPECT_EQ(message.find("Error in ComputeBER -- DoEyeDiagram\n") != std::string::npos,
-                  n > 3);
+        EXPECT_EQ(message, "Insufficient memory for dynamic allocation to " + names[n] + "\n" +
+                               (n < 3 ? "" : "Error in ComputeBER -- DoEyeDiagram\n"));
     }
     Rate();
 }

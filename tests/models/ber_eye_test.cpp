@@ -36,13 +36,12 @@ EyeResult Measured(const Values& upper, const Values& lower) {
 class EyeTest : public BerTest {
   protected:
     /// Five bits of two samples each, without noise.
-    Pair AddSmallPattern() {
-        const Pair pair = AddPair({0, 1, 1, 0, 1}, 2, 0.0, 1.0, 0.0);
+    void AddSmallPattern() {
+        ElecSig& wave = AddPair({0, 1, 1, 0, 1}, 2, 0.0, 1.0, 0.0);
         const Values volts = {0.125, 0.25, 1.0, 1.0, 0.75, 0.75, 0.25, 0.0, 1.25, 1.0};
         for (std::size_t i = 0; i < volts.size(); ++i) {
-            pair.wave->elecSamples[i + 1] = {volts[i], 0.0};
+            wave.elecSamples[i + 1] = {volts[i], 0.0};
         }
-        return pair;
     }
     Status Diagram(BerPairs& set, int plotEyeLids = 0) {
         message.clear();
@@ -81,33 +80,25 @@ TEST_F(EyeTest, MeasuresTheSpanAroundTheWidestOpening) {
     EXPECT_NEAR(eye.eyeArea, std::numbers::pi * area / 8, 1e-14);
 }
 
-TEST_F(EyeTest, LevelLineMayEndOnTheOtherLid) {
+TEST_F(EyeTest, MeasuresTouchingEqualAndShutLids) {
     eye = Measured({1, 3, 3, 3}, {0, 0, 2, 2});
     EXPECT_EQ(eye.decisionIndex, 2u);
     EXPECT_DOUBLE_EQ(eye.eyeWidth, 1.5 / 2);  // the upper lid's 1 V is met by the lower one
     EXPECT_DOUBLE_EQ(Measured({1, 1, 1, 1}, {0, 0, 0, 0}).eyeWidth, 3.0 / 2) << "the whole span";
-}
 
-TEST_F(EyeTest, TakesTheFirstOfEqualOpeningsAndItsSpanOnly) {
     eye = Measured({0, 2, 1, 0, 2, 2}, {0, 1, 1, 1, 1, 1});
     EXPECT_EQ(eye.eyeStart, 2u) << "lids that touch do not belong to it on the left";
     EXPECT_EQ(eye.eyeEnd, 3u);
-    EXPECT_EQ(eye.decisionIndex, 2u);
+    EXPECT_EQ(eye.decisionIndex, 2u) << "the first of equal openings";
     EXPECT_NEAR(eye.eyeArea, std::numbers::pi / 6, 1e-15) << "a span below six samples: a sum";
-}
 
-TEST_F(EyeTest, ShutEyeLeavesTheDecision) {
     eye = Measured({0, 1, 1, 0}, {0, 1, 2, 3});
-    EXPECT_EQ(eye.eyeArea, 0.0);
-    EXPECT_EQ(eye.eyeStart + eye.eyeEnd, 0u);
-    EXPECT_EQ(eye.decisionLevel, 7.0);
-    EXPECT_EQ(eye.eyeOpening + eye.eyeWidth, 0.0);
+    EXPECT_EQ(eye.decisionLevel, 7.0) << "a shut eye leaves the decision";
+    EXPECT_EQ(eye.eyeOpening + eye.eyeWidth + eye.eyeArea + eye.eyeStart + eye.eyeEnd, 0.0);
 }
 
 TEST_F(EyeTest, DecisionBecomesTheFirstSample) {
     Values samples = {-1, 1, 2, 3, 4, 5};
-    RotateToDecisionPoint(samples.data(), 5, 1);
-    EXPECT_EQ(samples, (Values{-1, 1, 2, 3, 4, 5}));
     RotateToDecisionPoint(samples.data(), 5, 4);
     EXPECT_EQ(samples, (Values{-1, 4, 5, 1, 2, 3}));
 
@@ -119,29 +110,25 @@ TEST_F(EyeTest, DecisionBecomesTheFirstSample) {
 }
 
 TEST_F(EyeTest, AverageEyeServesWhereOneBitShutsTheWorst) {
-    const Pair pair = AddPair({0, 1, 1, 0, 1, 0, 0, 1, 1, 1, 0, 1}, 4, 0.0, 1.0, 0.1);
-    for (int i = 5; i <= 8; ++i) pair.wave->elecSamples[i].re = 0.0;  // a 1 that never came
+    ElecSig& wave = AddPair({0, 1, 1, 0, 1, 0, 0, 1, 1, 1, 0, 1}, 4, 0.0, 1.0, 0.1);
+    for (int i = 5; i <= 8; ++i) wave.elecSamples[i].re = 0.0;  // a 1 that never came
     BerPairs set = Filled();
     const Values before = FromOne(set.pairs[0].voltage.get(), 48);
     EXPECT_EQ(Diagram(set), Status::Warning);
-    EXPECT_EQ(message, "NOTICE: Used Average Eye Method to set BER decision time.\n");
-    EXPECT_GT(eye.eyeArea, 0.0);
+    const std::string notice = "NOTICE: Used Average Eye Method to set BER decision time.\n";
+    EXPECT_EQ(message, notice);
     EXPECT_EQ(FromOne(set.pairs[0].voltage.get(), 48), before) << "nothing is turned";
     // Five 1s of six and five 0s count in the first half of the lid: 5/8 and 0.
     EXPECT_EQ(eye.decisionLevel, 5.0 / 8 / 2);
-
     EXPECT_EQ(Compute(), Status::Warning);
-    EXPECT_EQ(message, "NOTICE: Used Average Eye Method to set BER decision time.\n");
+    EXPECT_EQ(message, notice);
     EXPECT_GT(eye.BER, 0.0);
-}
 
-TEST_F(EyeTest, NoEyeAtAllGivesNoRate) {
+    inputs.reset();
     AddPair({0, 1, 0, 1, 1, 0, 1, 0}, 4, 0.0, 0.0, 0.1);
     EXPECT_EQ(Compute(), Status::Warning);
-    EXPECT_EQ(message,
-              "No open eye was found. \n"
-              "NOTICE: Used Average Eye Method to set BER decision time.\n"
-              "WARNING in ComputeBER -- DoEyeDiagram, can not calculate BER\n");
+    EXPECT_EQ(message, "No open eye was found. \n" + notice +
+                           "WARNING in ComputeBER -- DoEyeDiagram, can not calculate BER\n");
     EXPECT_NE(eye.eyeData, nullptr) << "its draws belong to the sequence";
 }
 
@@ -152,7 +139,9 @@ TEST_F(EyeTest, DrawsComeInTheirOrder) {
     AddPair({0, 1, 0, 1, 0}, 2, 0.0, 2.0, 0.25);
     params.timingJitter = 1e-30;
     params.decisionLevelJitter = 0.1;
+    Rate();
     ResetRandomState();
+    ResetEyeNoise();  // a pass is like the first of a fresh process
     Rate();
     int word = 5;
     const double afterwards = UniformRandom(&word);
@@ -210,7 +199,6 @@ TEST_F(EyeTest, LidFilesComeWhenAskedForOrInDoubt) {
         {DoNotPlot, 2, true, 0, 0},
         {PlotToFilesOnly, 0, false, 0, 0},
         {PlotToFilesOnly, 0, true, 4, 0},
-        {PlotToFilesOnly, 2, false, 4, 0},
         {DisplayAllPlots, 1, false, 4, 2},
         {UsePlotIconSettings, 1, false, 4, 0},
         {UsePlotIconSettings, 2, false, 4, 2},

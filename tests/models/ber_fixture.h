@@ -43,14 +43,10 @@ class BerTest : public ::testing::Test {
         params.root = "ber";
     }
 
-    struct Pair {
-        ElecSig* wave;
-        BinSig* sent;
-    };
     /// A rectangular waveform between `low` and `high` with equal noise everywhere, on two new
     /// ports.
-    Pair AddPair(const std::vector<int>& bits, int samplesPerBit, double low, double high,
-                 double sigma) {
+    ElecSig& AddPair(const std::vector<int>& bits, int samplesPerBit, double low, double high,
+                     double sigma) {
         const auto count = static_cast<std::int32_t>(bits.size());
         Owned<ElecSig> wave;
         Owned<BinSig> sent;
@@ -61,8 +57,6 @@ class BerTest : public ::testing::Test {
         wave->patternLength = count;
         wave->UnitType = VoltageUnit;
         wave->domain = TimeDomain;
-        wave->startTime = sent->startTime = 0.0;
-        wave->spareCount = 1;
         for (std::int32_t b = 0; b < count; ++b) {
             const bool mark = bits[static_cast<std::size_t>(b)] != 0;
             sent->bitSequence[b + 1] = mark ? 1 : 0;
@@ -71,20 +65,18 @@ class BerTest : public ::testing::Test {
                 wave->sigmaSamples[b * samplesPerBit + i] = {sigma, 0.0};
             }
         }
-        const Pair pair{wave.get(), sent.get()};
+        ElecSig& added = *wave;
         AddCell(wave.release(), ElecSigType);
         AddCell(sent.release(), BinSigType);
-        return pair;
+        return added;
     }
     /// A pair whose second port is left empty.
-    ElecSig& AddWaveAlone(const std::vector<int>& bits, int samplesPerBit, double low, double high,
-                          double sigma) {
-        ElecSig* wave = AddPair(bits, samplesPerBit, low, high, sigma).wave;
-        Nodelist* cell = LastCell();
-        FreeSignal(&cell->sig, BinSigType);
-        return *wave;
+    void AddWaveAlone(const std::vector<int>& bits, int samplesPerBit, double low, double high,
+                      double sigma) {
+        AddPair(bits, samplesPerBit, low, high, sigma);
+        FreeSignal(&LastCell()->sig, BinSigType);
     }
-    Nodelist& AddCell(void* sig, std::int32_t sigType) {
+    void AddCell(void* sig, std::int32_t sigType) {
         Nodelist* cell = nullptr;
         EXPECT_EQ(CreateNodelist(&cell, sigType), 0);
         cell->sig = sig;
@@ -93,7 +85,6 @@ class BerTest : public ::testing::Test {
         } else {
             inputs.reset(cell);
         }
-        return *cell;
     }
     Nodelist* LastCell() {
         Nodelist* last = inputs.get();
