@@ -5,7 +5,6 @@
 #include <cmath>
 #include <functional>
 #include <gtest/gtest.h>
-#include <limits>
 #include <numbers>
 #include <vector>
 
@@ -17,7 +16,7 @@
 namespace photrak {
 namespace {
 
-using Bits = std::vector<int>;
+using Bits = std::vector<std::int16_t>;
 using Volts = std::vector<double>;
 
 constexpr double T = 100e-12;  // of the bits, s
@@ -28,9 +27,7 @@ Owned<BinSig> Pattern(const Bits& bits) {
     EXPECT_EQ(Make(sig, CreateBinSig, static_cast<std::int32_t>(bits.size())), 0);
     sig->bitRate = 1.0 / T;
     sig->startTime = 7e-12;
-    for (std::size_t k = 0; k < bits.size(); ++k) {
-        sig->bitSequence[k + 1] = static_cast<std::int16_t>(bits[k]);
-    }
+    std::copy(bits.begin(), bits.end(), sig->bitSequence + 1);
     return sig;
 }
 
@@ -77,90 +74,95 @@ Volts Generate(const SignalGeneratorParams& params, const Bits& bits) {
 /// Patterns that begin and end with every pair of bits, one bit, and two.
 const std::vector<Bits> patterns = {{0, 1, 0, 0, 1, 1, 1, 0, 1, 0},
                                     {1, 1, 0, 1, 0, 0, 1, 1},
-                                    {0, 0, 1, 1},
                                     {1, 0, 1, 1, 0, 0},
                                     {1, 1, 1, 1},
-                                    {0, 0, 0},
                                     {1, 0},
                                     {0, 1},
                                     {1},
                                     {0}};
 
-int BitAt(const Bits& bits, long k) {
-    const auto n = static_cast<long>(bits.size());
-    return bits[static_cast<std::size_t>((k % n + n) % n)];
+int BitAt(const Bits& bits, double k) {
+    const int n = static_cast<int>(bits.size());
+    return bits[(static_cast<int>(k) % n + n) % n];
 }
 
+// Heights at x, which like rise and fall counts bits.
+
 /// The levels 0 and 1 with straight edges, centered on the boundaries of the slots.
-double Ramp(const Bits& bits, double t, double tr, double tf) {
-    const long boundary = std::lround(t / T);
+double Ramp(const Bits& bits, double x, double rise, double fall) {
+    const double boundary = std::round(x);
     const int before = BitAt(bits, boundary - 1), after = BitAt(bits, boundary);
-    const double fromBoundary = t - static_cast<double>(boundary) * T;
     if (before == after) return before;
-    const double edge = after ? tr : tf;
-    const double done = edge > 0.0 ? std::clamp(fromBoundary / edge + 0.5, 0.0, 1.0)
-                                   : (fromBoundary > -1e-6 * T ? 1.0 : 0.0);
+    const double edge = after ? rise : fall;
+    const double done =
+        edge > 0.0 ? std::clamp((x - boundary) / edge + 0.5, 0.0, 1.0) : x >= boundary;
     return after ? done : 1.0 - done;
 }
 
-double RaisedCosines(const Bits& bits, double t) {
-    double sum = 0.0;
-    for (long k = std::lround(t / T) - 3; k <= std::lround(t / T) + 3; ++k) {
-        const double fromCenter = t / T - static_cast<double>(k) - 0.5;
-        if (std::fabs(fromCenter) < 1.0 && BitAt(bits, k)) {
-            sum += 0.5 * (1.0 + std::cos(pi * fromCenter));
-        }
-    }
-    return sum;
+/// Only the pulses of two neighbors meet.
+double RaisedCosines(const Bits& bits, double x, double, double) {
+    const double k = std::floor(x - 0.5), between = std::cos(pi * (x - 0.5 - k));
+    return 0.5 * (BitAt(bits, k) * (1.0 + between) + BitAt(bits, k + 1) * (1.0 - between));
 }
 
-/// Expects Vmin + (Vmax - Vmin) height(t) at t = 0, tStep, ...
-void ExpectShape(const SignalGeneratorParams& params, const Bits& bits,
-                 const std::function<double(double t)>& height) {
-    SCOPED_TRACE(testing::Message() << params.driveType << " " << testing::PrintToString(bits));
+double Rectangles(const Bits& bits, double x, double, double) {
+    return BitAt(bits, std::floor(x));
+}
+
+struct Shape {
+    const char* type;
+    std::int32_t pointsPerBit;
+    double rise, fall;
+    double (*height)(const Bits& bits, double x, double rise, double fall);
+};
+
+// A bit that returns to zero is two bits, the second a 0, in half the time. With Vmax below Vmin
+// the same shape comes from 1s and 0s in each other's place.
+void ExpectShape(const Shape& shape, const Bits& bits, bool returns, bool mirrored) {
+    SCOPED_TRACE(testing::Message() << shape.type << " " << shape.rise << " " << returns << mirrored
+                                    << testing::PrintToString(bits));
+    SignalGeneratorParams params = Params(shape.type, shape.pointsPerBit);
+    params.tr = shape.rise * T;
+    params.tf = shape.fall * T;
+    if (mirrored) std::swap(params.Vmin, params.Vmax);
+    Bits painted = bits;
+    if (returns) {
+        params.modulationType = "RZ";
+        for (std::size_t k = 1; k < painted.size(); k += 2) painted.insert(painted.begin() + k, 0);
+        painted.push_back(0);
+    }
+    const double speed = returns ? 2.0 : 1.0;
     const Volts volts = Generate(params, bits);
-    const double step = T * static_cast<double>(bits.size()) / static_cast<double>(volts.size());
+    ASSERT_EQ(volts.size(), bits.size() << shape.pointsPerBit);
     for (std::size_t i = 0; i < volts.size(); ++i) {
-        const double expected =
-            params.Vmin + (params.Vmax - params.Vmin) * height(static_cast<double>(i) * step);
+        const double height = shape.height(painted, speed * std::ldexp(i, -shape.pointsPerBit),
+                                           speed * shape.rise, speed * shape.fall);
+        const double expected = params.Vmin + (params.Vmax - params.Vmin) * height;
         ASSERT_NEAR(volts[i], expected, 1e-12) << "sample " << i;  // rounding of a few volts
     }
 }
 
-TEST(SignalGenerator, RampsBetweenLevelsRoundTheWholePeriod) {
-    for (const Bits& bits : patterns) {
-        for (const auto& [tr, tf] :
-             {std::pair{30e-12, 45e-12}, {45e-12, 30e-12}, {0.0, 0.0}, {0.0, 30e-12}, {T, T}}) {
-            SignalGeneratorParams params = Params("on_off_ramp");
-            params.tr = tr;
-            params.tf = tf;
-            ExpectShape(params, bits,
-                        [&](double t) { return Ramp(bits, t, params.tr, params.tf); });
-        }
-    }
-}
-
-TEST(SignalGenerator, AddsRaisedCosinesUnfiltered) {
-    SignalGeneratorParams params = Params("raisedCosine");
-    params.filterType = "no filter of this name";
-    for (const Bits& bits : patterns) {
-        ExpectShape(params, bits, [&](double t) { return RaisedCosines(bits, t); });
-    }
-}
-
-TEST(SignalGenerator, DrawsRectanglesExactlyOneBitWide) {
-    for (const std::int32_t exponent : {0, 1, 3, 5}) {
+TEST(SignalGenerator, PaintsItsShapesRoundTheWholePeriod) {
+    const Shape shapes[] = {
+        {"on_off_ramp", 5, 0.3, 0.45, Ramp},     {"on_off_ramp", 5, 0.45, 0.3, Ramp},
+        {"on_off_ramp", 5, 0.0, 0.3, Ramp},      {"on_off_ramp", 5, 0.0, 0.0, Ramp},
+        {"on_off_ramp", 5, 0.5, 0.5, Ramp},      {"on_off_exp", 0, 0.0, 0.0, Rectangles},
+        {"on_off_exp", 3, 0.0, 0.0, Rectangles}, {"raisedCosine", 5, 0.0, 0.0, RaisedCosines}};
+    for (const Shape& shape : shapes) {
         for (const Bits& bits : patterns) {
-            ExpectShape(Params("on_off_exp", exponent), bits, [&](double t) {
-                return BitAt(bits, static_cast<long>(std::floor(t / T + 1e-6)));
-            });
+            for (const bool returns : {false, true}) {
+                if (returns && shape.pointsPerBit == 0) continue;
+                ExpectShape(shape, bits, returns, false);
+                if (shape.rise == shape.fall) ExpectShape(shape, bits, returns, true);
+            }
         }
     }
 }
 
 TEST(SignalGenerator, KeepsTheAxesOfThePattern) {
     for (const std::string modulation : {"NRZ", "RZ"}) {
-        SignalGeneratorParams params = Params("on_off_ramp");
+        SignalGeneratorParams params = Params("raisedCosine");
+        params.filterType = "of a raised cosine it is not looked at";
         params.modulationType = modulation;
         const Generated generated(params, {1, 0, 1, 1, 0});
         ASSERT_EQ(generated.status, Status::Success);
@@ -172,129 +174,75 @@ TEST(SignalGenerator, KeepsTheAxesOfThePattern) {
     }
 }
 
-TEST(SignalGenerator, ReturnsToZeroInTheSecondHalfOfABit) {
-    const Bits bits = {1, 0, 1, 1};
-    Bits halves;
-    for (const int bit : bits) halves.insert(halves.end(), {bit, 0});
-    SignalGeneratorParams params = Params("on_off_ramp", 6);
-    params.modulationType = "RZ";
-    params.tr = params.tf = 10e-12;
-    ExpectShape(params, bits,
-                [&](double t) { return Ramp(halves, 2.0 * t, 2.0 * params.tr, 2.0 * params.tf); });
-}
-
-TEST(SignalGenerator, MirrorsTheWaveformWhenVmaxIsBelowVmin) {
-    for (const std::string type : {"on_off_ramp", "on_off_exp", "raisedCosine"}) {
-        for (const std::string modulation : {"NRZ", "RZ"}) {
-            for (const Bits& bits : patterns) {
-                SignalGeneratorParams params = Params(type);
-                params.modulationType = modulation;
-                params.tf = params.tr;
-                const Volts upright = Generate(params, bits);
-                std::swap(params.Vmax, params.Vmin);
-                const Volts mirrored = Generate(params, bits);
-                for (std::size_t i = 0; i < upright.size(); ++i) {
-                    ASSERT_NEAR(upright[i] + mirrored[i], params.Vmax + params.Vmin, 1e-12);
-                }
-            }
-        }
-    }
-}
-
 class TimeJitter : public testing::Test {
   protected:
+    static constexpr double sigma = 4e-12;
     TimeJitter() {
         ResetRandomState();
         ResetTimeJitter();
     }
-    static constexpr double sigma = 4e-12;
-    static SignalGeneratorParams JitteredParams(const std::string& type) {
+    static Volts Jittered(const char* type, const Bits& bits, double jitter = sigma) {
         SignalGeneratorParams params = Params(type, 7);
-        params.timeJitter = sigma;
-        return params;
+        params.timeJitter = jitter;
+        return Generate(params, bits);
     }
-};
+    /// In bits, from a sequence of the generator's own.
+    double Draw(double jitter = sigma) { return jitter / T * ClippedGaussianRandom(&seed_); }
 
-/// Draws of a generator's own, from the start.
-class Draws {
-  public:
-    Draws() { ResetRandomState(); }
-    double Next() { return ClippedGaussianRandom(&seed_); }
+    /// Edges are drawn at every turn but the last, start before end, whatever the bit; within a
+    /// run of ones there is no start.
+    Volts PredictedRectangles(const Bits& bits, double jitter) {
+        Volts volts(bits.size() * 128, -0.5);
+        for (std::size_t k = 0; k < bits.size(); ++k) {
+            double start = k, end = k + 1.0;
+            if (k > 0 && k + 1 < bits.size()) {
+                start += bits[k - 1] && bits[k] ? 0.0 : Draw(jitter);
+                end += Draw(jitter);
+            }
+            if (k > 0 && bits[k - 1] && bits[k]) start -= 0.5;  // the run is flat up to here
+            for (std::size_t i = 0; bits[k] && i < volts.size(); ++i) {
+                if (i >= 128 * start - 1e-6 && i < 128 * end - 1e-6) volts[i] = 2.5;
+            }
+        }
+        return volts;
+    }
 
   private:
     int seed_ = 157;
 };
 
-/// Edges are drawn at every turn but the last, start before end, whatever the bit; within a run of
-/// ones there is no start.
-Volts PredictedRectangles(const Bits& bits, double sigma, Draws& draws) {
-    const std::size_t samplesPerBit = 128;
-    const double step = T / static_cast<double>(samplesPerBit);
-    Volts heights(bits.size() * samplesPerBit);
-    const auto paint = [&](double start, double end) {
-        for (std::size_t i = 0; i < heights.size(); ++i) {
-            const double t = static_cast<double>(i) * step;
-            if (t >= start - 1e-6 * step && t < end - 1e-6 * step) heights[i] = 1.0;
-        }
-    };
-    for (std::size_t k = 0; k < bits.size(); ++k) {
-        double start = static_cast<double>(k) * T, end = start + T;
-        if (k > 0 && k + 1 < bits.size()) {
-            const bool run = bits[k - 1] && bits[k];
-            start += run ? -T / 2 : sigma * draws.Next();  // the run is flat up to here
-            end += sigma * draws.Next();
-        }
-        if (bits[k]) paint(start, end);
-    }
-    return heights;
-}
-
 TEST_F(TimeJitter, DrawsAnEdgeAtEveryTurnAndRunsOnFromSignalToSignal) {
     const Bits bits = {0, 1, 0, 0, 1, 1, 1, 0, 0, 1, 1, 0};
-    SignalGeneratorParams params = JitteredParams("on_off_exp");
-    params.Vmax = 1.0;
-    params.Vmin = 0.0;
-    const Volts first = Generate(params, bits);
-    params.timeJitter = 0.0;
-    Generate(params, bits);  // draws all the same
-    params.timeJitter = sigma;
-    const Volts third = Generate(params, bits);
-
-    Draws draws;
-    EXPECT_EQ(first, PredictedRectangles(bits, sigma, draws));
-    PredictedRectangles(bits, 0.0, draws);
-    EXPECT_EQ(third, PredictedRectangles(bits, sigma, draws));
-    EXPECT_NE(first, third);
+    const double jitters[] = {sigma, 0.0, sigma};  // without jitter it draws all the same
+    std::vector<Volts> signals, predicted;
+    for (const double jitter : jitters) signals.push_back(Jittered("on_off_exp", bits, jitter));
+    ResetRandomState();
+    for (const double jitter : jitters) predicted.push_back(PredictedRectangles(bits, jitter));
+    EXPECT_EQ(signals, predicted);
+    EXPECT_NE(signals[0], signals[2]);
 }
 
 TEST_F(TimeJitter, ShiftsARaisedCosineAsAWholeTheFirstOneToo) {
     const Bits bits = {1, 0, 0, 1, 0, 0, 0};
-    const Volts volts = Generate(JitteredParams("raisedCosine"), bits);
-    Draws draws;
-    double shifts[7] = {};
-    for (int k = 0; k < 6; ++k) shifts[k] = sigma * draws.Next();
-    for (const int k : {0, 3}) {
-        const double center = (k + 0.5) * T + shifts[k];
-        for (std::size_t i = 0; i < volts.size(); ++i) {
-            const double fromCenter = static_cast<double>(i) / 128.0 - center / T;
-            if (std::fabs(fromCenter) > 0.6) continue;
-            EXPECT_NEAR(volts[i], -0.5 + 1.5 * (1.0 + std::cos(pi * fromCenter)), 1e-9);
+    const Volts volts = Jittered("raisedCosine", bits);
+    ResetRandomState();
+    for (int k = 0; k < 4; ++k) {
+        const double center = k + 0.5 + Draw();
+        for (int i = 128 * k; bits[k] && i < 128 * (k + 1); ++i) {
+            EXPECT_NEAR(volts[i], -0.5 + 1.5 * (1.0 + std::cos(pi * (i / 128.0 - center))), 1e-9);
         }
     }
 }
 
 TEST_F(TimeJitter, LeavesNoNotchInARunOfOnes) {
     const Bits bits = {0, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 0, 0, 0};
-    for (const std::string type : {"on_off_ramp", "on_off_exp", "raisedCosine"}) {
+    for (const char* type : {"on_off_ramp", "on_off_exp", "raisedCosine"}) {
         for (int repeat = 0; repeat < 20; ++repeat) {
-            SignalGeneratorParams params = JitteredParams(type);
-            params.timeJitter = 0.1 * T;
-            const Volts volts = Generate(params, bits);
-            for (std::size_t i = 2 * 128; i < 12 * 128; ++i) {
-                ASSERT_EQ(volts[i], params.Vmax) << type << " sample " << i;
-            }
-            EXPECT_GE(*std::min_element(volts.begin(), volts.end()), params.Vmin);
-            EXPECT_LE(*std::max_element(volts.begin(), volts.end()), params.Vmax);
+            const Volts volts = Jittered(type, bits, 0.1 * T);
+            for (std::size_t i = 2 * 128; i < 12 * 128; ++i) ASSERT_EQ(volts[i], 2.5) << type << i;
+            const auto [least, greatest] = std::minmax_element(volts.begin(), volts.end());
+            EXPECT_GE(*least, -0.5);
+            EXPECT_LE(*greatest, 2.5);
         }
     }
 }
@@ -302,11 +250,11 @@ TEST_F(TimeJitter, LeavesNoNotchInARunOfOnes) {
 /// Spectrum by the sum itself: X[k] = sum x[i] exp(-2 pi j i k / n).
 std::complex<long double> Bin(const Volts& volts, std::size_t k) {
     std::complex<long double> sum = 0.0L;
-    const auto n = static_cast<long double>(volts.size());
-    for (std::size_t i = 0; i < volts.size(); ++i) {
-        const long double angle = 2.0L * std::numbers::pi_v<long double> *
-                                  static_cast<long double>(i * k % volts.size()) / n;
-        sum += static_cast<long double>(volts[i]) * std::polar(1.0L, -angle);
+    const std::size_t n = volts.size();
+    for (std::size_t i = 0; i < n; ++i) {
+        const long double turns = static_cast<long double>(i * k % n) / n;
+        sum += std::polar<long double>(1, -2 * std::numbers::pi_v<long double> * turns) *
+               static_cast<long double>(volts[i]);
     }
     return sum;
 }
@@ -314,31 +262,20 @@ std::complex<long double> Bin(const Volts& volts, std::size_t k) {
 TEST(DriveFilter, MultipliesTheSpectrumByItsTransferFunction) {
     const Bits bits = {0, 1, 1, 0, 1, 0, 0, 0};
     SignalGeneratorParams params = Params("on_off_exp", 3);
-    params.f0 = 12e9;
-    params.gamma = 9e9;
+    const double f0 = params.f0 = 12e9, gamma = params.gamma = 9e9;
     const Volts plain = Generate(params, bits);
-    const double perRiseTime = 0.45511960861898226;
-    EXPECT_NEAR(perRiseTime, 1.0 / std::log(9.0), 1e-8) << "eight digits of it are in use";
-    const double tau = params.tr * perRiseTime;
-    const std::size_t n = plain.size();
-    const auto lowPass = [&](double f) {
-        return 1.0 / std::complex<double>(1.0, 2.0 * pi * f * tau);
-    };
-    const auto taper = [&](std::size_t k) {
-        const double m = static_cast<double>(n + 2 * k) / static_cast<double>(n);
-        return 0.42 - 0.5 * std::cos(pi * m) + 0.08 * std::cos(2.0 * pi * m);
-    };
-    const auto ring = [&](double f) {
-        return params.f0 * params.f0 /
-               std::complex<double>(params.f0 * params.f0 - f * f, params.gamma * f);
-    };
+    // 1 / ln 9, of which eight digits are in use.
+    const double tau = params.tr * 0.45511960861898226;
     for (const std::string filter : {"RCFilter", "RingFilter"}) {
         params.filterType = filter;
         const Volts filtered = Generate(params, bits);
-        for (std::size_t k = 0; k <= n / 2; ++k) {
-            const double f = static_cast<double>(k) / (8.0 * T);
-            std::complex<double> h = lowPass(f) * (filter == "RCFilter" ? taper(k) : ring(f));
-            if (k == n / 2) h = std::norm(h);  // the bin is its own mirror
+        for (std::size_t k = 0; k <= 32; ++k) {
+            const double f = k / (8.0 * T), m = pi * (1.0 + k / 32.0);
+            const double taper = 0.42 - 0.5 * std::cos(m) + 0.08 * std::cos(2.0 * m);
+            const auto ring = f0 * f0 / std::complex<double>(f0 * f0 - f * f, gamma * f);
+            auto h = (filter == "RCFilter" ? taper : ring) /
+                     std::complex<double>(1.0, 2.0 * pi * f * tau);
+            if (k == 32) h = std::norm(h);  // the bin is its own mirror
             const auto expected = Bin(plain, k) * std::complex<long double>(h);
             EXPECT_LT(std::abs(Bin(filtered, k) - expected), 1e-12) << filter << " bin " << k;
         }
@@ -346,10 +283,8 @@ TEST(DriveFilter, MultipliesTheSpectrumByItsTransferFunction) {
 }
 
 TEST(SignalGenerator, RefusesWhatItCannotGenerate) {
-    constexpr double nan = std::numeric_limits<double>::quiet_NaN();
-    using Change = std::function<void(SignalGeneratorParams&)>;
     const struct {
-        Change change;
+        std::function<void(SignalGeneratorParams&)> change;
         std::string_view text;
         Bits bits = {1, 0};
     } rows[] = {
@@ -366,7 +301,7 @@ TEST(SignalGenerator, RefusesWhatItCannotGenerate) {
          "the ring filter has no damping"},
         {[](auto& p) { p.pointsPerBit = -1; }, "'pointsPerBit' is -1"},
         {[](auto& p) { p.pointsPerBit = 26; }, "2 bits of 67108864 samples"},
-        {[](auto& p) { p.tr = nan; }, "'tr' is nan"},
+        {[](auto& p) { p.tr = NAN; }, "'tr' is nan"},
         {[](auto& p) { p.tf = 1e300; }, "'tf' is 1e+300"},
         {[](auto& p) { p.timeJitter = 1.0; }, "'timeJitter' is 1;"},
     };
