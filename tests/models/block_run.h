@@ -13,10 +13,10 @@ namespace photrak {
 class BlockRun {
   public:
     struct Input {
-        Input(OpSignal* light) : sigType(OpSigType), sig(light) {}
+        Input(OpSignal* light, std::int32_t type = OpSigType) : sigType(type), sig(light) {}
         /// What another run made; a model never changes its input.
         Input(const OpSignal& light) : Input(const_cast<OpSignal*>(&light)) {}
-        Input(ElecSig* wave) : sigType(ElecSigType), sig(wave) {}
+        Input(ElecSig* wave, std::int32_t type = ElecSigType) : sigType(type), sig(wave) {}
         Input(const Owned<OpSignal>& light) : Input(light.get()) {}
         Input(const Owned<ElecSig>& wave) : Input(wave.get()) {}
         std::int32_t sigType;
@@ -24,16 +24,18 @@ class BlockRun {
     };
 
     BlockRun(Status (*model)(const ModelCall&), ModelBlock& block, std::vector<Input> signals,
-             std::size_t outputCount = 1)
-        : BlockRun(model, block.component, std::move(signals), outputCount) {}
+             std::size_t outputCount = 1, std::int32_t outputType = UnknownSigType)
+        : BlockRun(model, block.component, std::move(signals), outputCount, outputType) {}
     BlockRun(Status (*model)(const ModelCall&), Component& component, std::vector<Input> signals,
-             std::size_t outputCount = 1) {
+             std::size_t outputCount = 1, std::int32_t outputType = UnknownSigType) {
         std::array<Nodelist, 4> inputs{};
         for (std::size_t i = 0; i < signals.size(); ++i) {
             inputs[i] = {i + 1 < signals.size() ? &inputs[i + 1] : nullptr, signals[i].sigType,
                          signals[i].sig};
         }
-        for (std::size_t i = 0; i + 1 < outputCount; ++i) outputs_[i].next = &outputs_[i + 1];
+        for (std::size_t i = 0; i < outputCount; ++i) {
+            outputs_[i] = {i + 1 < outputCount ? &outputs_[i + 1] : nullptr, outputType, nullptr};
+        }
         status = model({workspace_, component, options_, inputs.data(), outputs_.data(), text});
     }
     ~BlockRun() {
