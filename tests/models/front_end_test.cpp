@@ -12,18 +12,16 @@ namespace {
 constexpr std::int32_t size = 32;
 constexpr double df = 1e9;  // Hz
 
-Owned<ElecSig> SpectrumToSize() {
-    Owned<ElecSig> signal = RampWaveform(size, 1.0 / (size * df));
-    signal->domain = FreqDomain;
-    return signal;
-}
-
-/// H[1..size], element 0 unused.
-std::vector<Complex> TransferOf(const FrontEndParams& frontEnd) {
+/// H[1..size], element 0 unused; the upper half mirrors the lower one.
+std::vector<std::complex<double>> TransferOf(const FrontEndParams& frontEnd) {
+    const Owned<ElecSig> signal = RampWaveform(size, 1.0 / (size * df));
     std::vector<Complex> H(size + 1);
     std::string text;
-    EXPECT_EQ(FrontEnd(SpectrumToSize().get(), frontEnd, H.data(), text), Status::Success) << text;
-    return H;
+    EXPECT_EQ(FrontEnd(signal.get(), frontEnd, H.data(), text), Status::Success) << text;
+    std::vector<std::complex<double>> values;
+    for (const Complex& element : H) values.push_back(Value(element));
+    for (int i = 2; i <= size / 2; ++i) EXPECT_EQ(values[i], std::conj(values[size + 2 - i])) << i;
+    return values;
 }
 
 FrontEndParams Custom(std::string_view text) {
@@ -40,68 +38,52 @@ TEST(FrontEnd, IsFlatBetweenItsCorners) {
     frontEnd.tZ = 500.0;
     frontEnd.zero = 2e9;
     frontEnd.pole = 8e9;
-    const std::vector<Complex> H = TransferOf(frontEnd);
-    EXPECT_EQ(Value(H[1]), std::complex<double>(500.0)) << "DC is exempt from the low corner";
+    const auto H = TransferOf(frontEnd);
+    EXPECT_EQ(H[1], 500.0) << "DC is exempt from the low corner";
     for (int i = 2; i <= size / 2 + 1; ++i) {
-        const double f = (i - 1) * df;
         // A first-order high-pass at the zero times a first-order low-pass at the pole.
-        const std::complex<double> expected = 500.0 / ((1.0 + std::complex<double>(0.0, 2e9 / f)) *
-                                                       (1.0 + std::complex<double>(0.0, f / 8e9)));
-        EXPECT_NEAR(std::abs(Value(H[size + 2 - i]) - std::conj(expected)), 0.0, 1e-10) << i;
-        if (i <= size / 2) {
-            EXPECT_NEAR(std::abs(Value(H[i]) - expected), 0.0, 1e-10) << i;
-        }
+        const std::complex<double> j(0.0, 1.0), s = j * ((i - 1) * df);
+        const auto expected = 500.0 / ((1.0 - 2e9 / s) * (1.0 + s / 8e9));
+        EXPECT_NEAR(std::abs(H[size + 2 - i] - std::conj(expected)), 0.0, 1e-10) << i;
     }
 }
 
-/// Rows of a cubic, which four points determine inside the table and beyond its ends.
-double CubicRe(double f) {
+/// A cubic, which four points determine inside the table and beyond its ends.
+std::complex<double> Cubic(double f) {
     const double x = f / 1e10;
-    return 100.0 + x * (3.0 - x * (20.0 - 4.0 * x));
+    return {100.0 + x * (3.0 - x * (20.0 - 4.0 * x)), x * (-30.0 + x * (2.0 + x))};
 }
-double CubicIm(double f) {
-    const double x = f / 1e10;
-    return x * (-30.0 + x * (2.0 + x));
-}
-std::string CubicTable(std::vector<double> frequencies) {
+std::string CubicTable(const std::vector<double>& frequencies) {
     std::string text = Concat("  ", frequencies.size(), " rows follow\n\n");
     for (const double f : frequencies) {
-        text += Concat("\t", FormatSignificant(f, 17), " ", FormatSignificant(CubicRe(f), 17), ", ",
-                       FormatSignificant(CubicIm(f), 17), "\n");
+        text += Concat("\t", FormatSignificant(f, 17), " ", FormatSignificant(Cubic(f).real(), 17),
+                       ", ", FormatSignificant(Cubic(f).imag(), 17), "\n");
     }
     return text;
 }
 
 TEST(FrontEnd, FollowsACubicThroughFourRowsOfItsTable) {
-    for (const std::vector<double>& rows :
-         {std::vector<double>{1e9, 3e9, 4e9, 9e9},
-          std::vector<double>{2e9, 3e9, 5e9, 7e9, 11e9, 13e9, 14.5e9},
-          std::vector<double>{14e9, 12e9, 9e9, 8e9, 3e9, 1e9}}) {
-        const FrontEndParams frontEnd = Custom(CubicTable(rows));
-        EXPECT_EQ(frontEnd.count, static_cast<int>(rows.size()));
-        const std::vector<Complex> H = TransferOf(frontEnd);
-        EXPECT_NEAR(H[1].re, std::hypot(CubicRe(rows[0]), CubicIm(rows[0])), 1e-10);
-        EXPECT_EQ(H[1].im, 0.0);
+    for (const std::vector<double>& rows : {std::vector<double>{1e9, 3e9, 4e9, 9e9},
+                                            {2e9, 3e9, 5e9, 7e9, 11e9, 13e9, 14.5e9},
+                                            {14e9, 12e9, 9e9, 8e9, 3e9, 1e9}}) {
+        const auto H = TransferOf(Custom(CubicTable(rows)));
+        EXPECT_NEAR(std::abs(H[1] - std::abs(Cubic(rows[0]))), 0.0, 1e-10);
         for (int i = 2; i <= size / 2 + 1; ++i) {
-            const std::complex<double> expected(CubicRe((i - 1) * df), CubicIm((i - 1) * df));
-            EXPECT_NEAR(std::abs(Value(H[size + 2 - i]) - std::conj(expected)), 0.0, 1e-9) << i;
-            if (i <= size / 2) {
-                EXPECT_EQ(Value(H[i]), std::conj(Value(H[size + 2 - i])));
-            }
+            EXPECT_NEAR(std::abs(H[size + 2 - i] - std::conj(Cubic((i - 1) * df))), 0.0, 1e-9) << i;
         }
     }
 }
 
 TEST(FrontEnd, UsesAllRowsOfAShortTable) {
-    const std::vector<Complex> one = TransferOf(Custom("1\n5e9 3 4\n"));
-    EXPECT_EQ(Value(one[1]), std::complex<double>(5.0));
-    EXPECT_EQ(Value(one[7]), std::complex<double>(3.0, 4.0));
-    EXPECT_EQ(Value(one[size / 2 + 1]), std::complex<double>(3.0, -4.0));
-    const std::vector<Complex> two = TransferOf(Custom("2\n1e9 10 0\n3e9 20 -2\n"));
-    EXPECT_NEAR(std::abs(Value(two[6]) - std::complex<double>(30.0, -4.0)), 0.0, 1e-12);
+    const auto one = TransferOf(Custom("1\n5e9 3 4\n"));
+    EXPECT_EQ(one[1], 5.0);
+    EXPECT_EQ(one[7], std::complex<double>(3.0, 4.0));
+    EXPECT_EQ(one[size / 2 + 1], std::complex<double>(3.0, -4.0));
+    const auto two = TransferOf(Custom("2\n1e9 10 0\n3e9 20 -2\n"));
+    EXPECT_NEAR(std::abs(two[6] - std::complex<double>(30.0, -4.0)), 0.0, 1e-12);
     // Three rows of f^2 and of -f, f in GHz.
-    const std::vector<Complex> three = TransferOf(Custom("3\n1e9 1 -1\n2e9 4 -2\n4e9 16 -4"));
-    EXPECT_NEAR(std::abs(Value(three[11]) - std::complex<double>(100.0, -10.0)), 0.0, 1e-10);
+    const auto three = TransferOf(Custom("3\n1e9 1 -1\n2e9 4 -2\n4e9 16 -4"));
+    EXPECT_NEAR(std::abs(three[11] - std::complex<double>(100.0, -10.0)), 0.0, 1e-10);
 }
 
 TEST(FrontEnd, ReadsWhatThereIsOfATruncatedTable) {
@@ -121,19 +103,21 @@ TEST(FrontEnd, ReadsWhatThereIsOfATruncatedTable) {
 }
 
 TEST(FrontEnd, RefusesTablesThatAreNone) {
+    const std::string none = "the number of rows is not above 0";
+    const std::string noNumbers = " does not hold three numbers";
+    const std::string order = " does not continue the order of those above it";
     const struct {
-        const char *text, *reason;
+        const char* text;
+        std::string reason;
     } rows[] = {
-        {"", "the number of rows is not above 0"},
-        {"-3\n1 1 1\n", "the number of rows is not above 0"},
-        {"rows\n1 1 1\n", "the number of rows is not above 0"},
-        {"2\n1e9 1 1\n2e9 1\n", "line 3 does not hold three numbers"},
-        {"1\n1e9,1,1\n", "line 2 does not hold three numbers"},
-        {"1\n1e9 nan 0\n", "line 2 does not hold three numbers"},
-        {"2\n1e9 1 1\n1e9 2 2\n",
-         "the frequency in line 3 does not continue the order of those above it"},
-        {"3\n1e9 1 1\n2e9 2 2\n1e9 1 1\n",
-         "the frequency in line 4 does not continue the order of those above it"},
+        {"", none},
+        {"-3\n1 1 1\n", none},
+        {"rows\n1 1 1\n", none},
+        {"2\n1e9 1 1\n2e9 1\n", "line 3" + noNumbers},
+        {"1\n1e9,1,1\n", "line 2" + noNumbers},
+        {"1\n1e9 nan 0\n", "line 2" + noNumbers},
+        {"2\n1e9 1 1\n1e9 2 2\n", "the frequency in line 3" + order},
+        {"3\n1e9 1 1\n2e9 2 2\n1e9 1 1\n", "the frequency in line 4" + order},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.text);
