@@ -3,6 +3,7 @@
 #include <cmath>
 #include <gtest/gtest.h>
 #include <numbers>
+#include <tuple>
 
 #include "base/text.h"
 #include "models/sources/custom_table.h"
@@ -32,7 +33,7 @@ class CustomSignal : public testing::Test {
   protected:
     struct Result {
         OutputCell bits{BinSigType}, wave{UnknownSigType};
-        Status status = Status::Success;
+        Status status;
         std::string text;
         std::complex<double> At(std::int32_t i) const {
             return wave.sigType == ElecSigType ? Value(wave.As<ElecSig>().elecSamples[i])
@@ -83,31 +84,24 @@ TEST_F(CustomSignal, UnderstandsTheEightSignalTypes) {
     }
 }
 
+// Kept deliberately: real parts find the extremes, whose magnitudes set the threshold. In the
+// second file the lowest real part has the greatest magnitude, and no sample exceeds half of the
+// sum.
 TEST_F(CustomSignal, GivesWaveformAndBitsOneGrid) {
-    const std::string file = "10 0\n11 0\n12 0\n13 0\n14 0\n15 2\n16 5\n17 5\n18 5\n";
-    const auto electrical = Run(Params("CURRENT"), file);
-    ASSERT_NE(electrical->status, Status::Error) << electrical->text;
-    const auto& wave = electrical->wave.As<ElecSig>();
-    EXPECT_EQ(wave.UnitType, CurrentUnit);
-    EXPECT_EQ(wave.noPoints, 8);
-    EXPECT_EQ(wave.tStep, 1.0);
-    EXPECT_EQ(wave.startTime, 10.0);
-    EXPECT_EQ(wave.bitRate, 0.25);
-    EXPECT_EQ(wave.patternLength, 2);
-    const auto& bits = electrical->bits.As<BinSig>();
-    ASSERT_EQ(bits.noPoints, 2);
-    EXPECT_EQ(bits.startTime, 10.0);
-    EXPECT_EQ(bits.bitSequence[1], 0);
-    EXPECT_EQ(bits.bitSequence[2], 1) << "by sample 7, the middle of the bit";
-}
-
-// Kept deliberately: real parts find the extremes, whose magnitudes set the threshold. Here the
-// lowest real part has the greatest magnitude, and no sample exceeds half of the sum.
-TEST_F(CustomSignal, FindsExtremesByTheRealPartAndHoldsTheirMagnitude) {
-    const auto result = Run(Params("VOLTAGE"), "0 1\n1 1\n2 1\n3 1\n4 -9\n5 -9\n6 -9\n7 -9\n");
-    ASSERT_NE(result->status, Status::Error);
-    EXPECT_EQ(result->bits.As<BinSig>().bitSequence[1], 0) << "1 is below (1 + 9)/2";
-    EXPECT_EQ(result->bits.As<BinSig>().bitSequence[2], 1) << "the magnitude 9 is above";
+    for (const std::string file : {"10 0\n11 0\n12 0\n13 0\n14 0\n15 2\n16 5\n17 5\n18 5\n",
+                                   "10 1\n11 1\n12 1\n13 1\n14 -9\n15 -9\n16 -9\n17 -9\n"}) {
+        const auto electrical = Run(Params("CURRENT"), file);
+        ASSERT_NE(electrical->status, Status::Error) << electrical->text;
+        const auto& wave = electrical->wave.As<ElecSig>();
+        EXPECT_EQ(std::tuple(wave.UnitType, wave.noPoints, wave.tStep, wave.startTime, wave.bitRate,
+                             wave.patternLength),
+                  std::tuple(CurrentUnit, 8, 1.0, 10.0, 0.25, 2));
+        const auto& bits = electrical->bits.As<BinSig>();
+        ASSERT_EQ(bits.noPoints, 2);
+        EXPECT_EQ(bits.startTime, 10.0);
+        EXPECT_EQ(bits.bitSequence[1], 0) << "of magnitudes 1 and 9, 1 is below the middle";
+        EXPECT_EQ(bits.bitSequence[2], 1) << "by sample 7, the middle of the bit";
+    }
 }
 
 // A cubic goes through four points exactly, between the lines, and beyond the last.
@@ -152,50 +146,40 @@ TEST_F(CustomSignal, WarnsOfUncertainSamplesOneByOneOrTogether) {
     EXPECT_NE(many->text.find("component 'scope': this concerns "), std::string::npos);
 }
 
-TEST_F(CustomSignal, RefusesBadFiles) {
-    std::string huge;
-    for (int i = 0; i <= maxCustomLines + 1; ++i) huge += "\n";
+TEST_F(CustomSignal, RefusesBadFilesAndParameters) {
+    const std::string file = "ERROR: component 'scope': custom signal file 'wave.txt'";
+    const std::string good = Lines("1");
     const struct {
-        std::string_view what, file, complaint;
+        std::string file, complaint;
+        void (*change)(CustomSignalParams& params) = [](CustomSignalParams&) {};
     } rows[] = {
-        {"empty", "", "has 0 samples; at least 4"},
-        {"equal times", "0 1\n1 1\n1 2\n2 1\n", "line 3, is not later"},
-        {"words", "time volts\n0 1\n", "line 1, does not hold 2 numbers"},
-        {"beyond range", "0 1\n1 1e999\n", "line 2, holds a value beyond"},
-        {"too long", huge, "has more than"},
-        {"no spacing", "0 1\n1e-30 2\n2e-30 1\n3e-30 4\n", "too close"},
+        {"", file + " has 0 samples; at least 4"},
+        {"0 1\n1 1\n1 2\n2 1\n", file + ", line 3, is not later"},
+        {"time volts\n0 1\n", file + ", line 1, does not hold 2 numbers"},
+        {"0 1\n1 1e999\n", file + ", line 2, holds a value beyond"},
+        {std::string(maxCustomLines + 2, '\n'), file + " has more than"},
+        {"0 1\n1e-30 2\n2e-30 1\n3e-30 4\n", "too close"},
+        {good, "ERROR: signal type of component scope invalid\n",
+         [](auto& params) { params.signalType = "VOLT"; }},
+        {good, "Cannot open file: none%s.txt.\n",
+         [](auto& params) { params.filename = "none%s.txt"; }},
+        {good, "make no signal", [](auto& params) { params.pointsPerBit = 0; }},
+        {good, "make no signal",
+         [](auto& params) { params.pointsPerBit = params.patternLength = -4; }},
+        {good, "make no signal",
+         [](auto& params) { params.pointsPerBit = params.patternLength = 1 << 20; }},
+        {good, "'bitRate'", [](auto& params) { params.bitRate = 0.0; }},
     };
-    for (const auto& [what, file, complaint] : rows) {
-        SCOPED_TRACE(what);
-        const auto result = Run(Params("VOLTAGE"), file);
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.complaint);
+        CustomSignalParams params = Params("VOLTAGE");
+        row.change(params);
+        const auto result = Run(params, row.file);
         EXPECT_EQ(result->status, Status::Error);
-        EXPECT_NE(result->text.find(complaint), std::string::npos) << result->text;
-        EXPECT_NE(result->text.find("component 'scope'"), std::string::npos) << result->text;
-        EXPECT_NE(result->text.find("'wave.txt'"), std::string::npos) << result->text;
+        EXPECT_NE(result->text.find(row.complaint), std::string::npos) << result->text;
+        EXPECT_NE(result->text.find("scope"), std::string::npos) << result->text;
         EXPECT_EQ(result->wave.sig, nullptr);
     }
-}
-
-TEST_F(CustomSignal, RefusesBadParameters) {
-    const auto tell = [&](const CustomSignalParams& params) {
-        const auto result = Run(params, Lines("1"));
-        EXPECT_EQ(result->status, Status::Error);
-        return result->text;
-    };
-    CustomSignalParams params = Params("VOLT");
-    EXPECT_EQ(tell(params), "ERROR: signal type of component scope invalid\n");
-    params = Params("VOLTAGE");
-    params.filename = "none%s.txt";
-    EXPECT_TRUE(tell(params).starts_with("Cannot open file: none%s.txt.\n"));
-    for (const auto& [points, bits] : {std::pair{0, 2}, {4, 0}, {-4, -2}, {1 << 20, 1 << 20}}) {
-        params = Params("VOLTAGE");
-        params.pointsPerBit = points;
-        params.patternLength = bits;
-        EXPECT_NE(tell(params).find("make no signal"), std::string::npos);
-    }
-    params = Params("VOLTAGE");
-    params.bitRate = 0.0;
-    EXPECT_NE(tell(params).find("'bitRate'"), std::string::npos);
 }
 
 }  // namespace
