@@ -6,6 +6,7 @@
 #include <functional>
 #include <gtest/gtest.h>
 #include <numbers>
+#include <tuple>
 #include <vector>
 
 #include "models/sources/drive_pulses.h"
@@ -48,14 +49,13 @@ SignalGeneratorParams Params(std::string driveType, std::int32_t pointsPerBit = 
 
 struct Generated {
     OutputCell output{ElecSigType};
-    Status status = Status::Success;
     std::string text;
+    Status status;
 
-    Generated(const SignalGeneratorParams& params, const Bits& bits) {
-        const Owned<BinSig> pattern = Pattern(bits);
-        const Nodelist input{nullptr, BinSigType, pattern.get()};
-        status = Signal_Generator(params, &input, &output, text);
-    }
+    Generated(const SignalGeneratorParams& params, const Nodelist& input)
+        : status(Signal_Generator(params, &input, &output, text)) {}
+    Generated(const SignalGeneratorParams& params, const Bits& bits)
+        : Generated(params, {nullptr, BinSigType, Pattern(bits).get()}) {}
     const ElecSig& Wave() const { return output.As<ElecSig>(); }
 };
 
@@ -167,9 +167,8 @@ TEST(SignalGenerator, KeepsTheAxesOfThePattern) {
         const Generated generated(params, {1, 0, 1, 1, 0});
         ASSERT_EQ(generated.status, Status::Success);
         const ElecSig& wave = generated.Wave();
-        EXPECT_EQ(wave.bitRate, 1.0 / T);
-        EXPECT_EQ(wave.patternLength, 5);
-        EXPECT_EQ(wave.startTime, 7e-12);
+        EXPECT_EQ(std::tuple(wave.bitRate, wave.patternLength, wave.startTime),
+                  std::tuple(1.0 / T, 5, 7e-12));
         EXPECT_EQ(wave.tStep, 1.0 / (wave.bitRate / 5 * 160)) << "exactly that of a laser";
     }
 }
@@ -284,57 +283,50 @@ TEST(DriveFilter, MultipliesTheSpectrumByItsTransferFunction) {
 
 TEST(SignalGenerator, RefusesWhatItCannotGenerate) {
     const struct {
-        std::function<void(SignalGeneratorParams&)> change;
+        std::function<void(SignalGeneratorParams&, BinSig&, Nodelist&)> change;
         std::string_view text;
         Bits bits = {1, 0};
     } rows[] = {
-        {[](auto& p) { p.driveType = "on%s"; },
+        {[](auto& p, auto&, auto&) { p.driveType = "on%s"; },
          "Error drive pattern type for the signal generator: on%s\n"
          "Allowed types are on_off_exp, on_off_ramp and raisedCosine.\n"},
-        {[](auto& p) { p.filterType = "off"; },
+        {[](auto& p, auto&, auto&) { p.filterType = "off"; },
          "Error filter pattern type for the signal generator: off\n"
          "Allowed types are 'RingFilter', 'RCFilter' and 'none'.\n"},
-        {[](auto& p) { p.modulationType = "RZ", p.pointsPerBit = 0; }, "two samples for each bit"},
-        {[](auto& p) { p.filterType = "RingFilter"; }, "power of two", {1, 0, 1}},
-        {[](auto& p) { p.filterType = "RingFilter"; }, "parameter 'f0' is 0"},
-        {[](auto& p) { p.filterType = "RingFilter", p.f0 = 5e9; },
+        {[](auto& p, auto&, auto&) { p.modulationType = "RZ", p.pointsPerBit = 0; },
+         "two samples for each bit"},
+        {[](auto& p, auto&, auto&) { p.filterType = "RCFilter"; }, "power of two", {1, 0, 1}},
+        {[](auto& p, auto&, auto&) { p.filterType = "RingFilter"; }, "parameter 'f0' is 0"},
+        {[](auto& p, auto&, auto&) { p.filterType = "RingFilter", p.f0 = 5e9; },
          "the ring filter has no damping"},
-        {[](auto& p) { p.pointsPerBit = -1; }, "'pointsPerBit' is -1"},
-        {[](auto& p) { p.pointsPerBit = 26; }, "2 bits of 67108864 samples"},
-        {[](auto& p) { p.tr = NAN; }, "'tr' is nan"},
-        {[](auto& p) { p.tf = 1e300; }, "'tf' is 1e+300"},
-        {[](auto& p) { p.timeJitter = 1.0; }, "'timeJitter' is 1;"},
+        {[](auto& p, auto&, auto&) { p.pointsPerBit = -1; }, "'pointsPerBit' is -1"},
+        {[](auto& p, auto&, auto&) { p.pointsPerBit = 26; }, "2 bits of 67108864 samples"},
+        {[](auto& p, auto&, auto&) { p.tr = NAN; }, "'tr' is nan"},
+        {[](auto& p, auto&, auto&) { p.tf = 1e300; }, "'tf' is 1e+300"},
+        {[](auto& p, auto&, auto&) { p.timeJitter = 1.0; }, "'timeJitter' is 1;"},
+        {[](auto&, BinSig& b, auto&) { b.bitRate = 0.0; }, "the bit rate of the pattern is 0"},
+        {[](auto&, BinSig& b, auto&) { b.bitRate = HUGE_VAL; },
+         "the bit rate of the pattern is inf"},
+        {[](auto&, BinSig& b, auto&) { b.bitRate = 1e-310; },
+         "the bit rate of the pattern is 1e-310"},
+        {[](auto&, BinSig& b, auto&) { b.noPoints = 0; }, "the bit pattern is empty"},
+        {[](auto&, auto&, Nodelist& input) { input.sig = nullptr; },
+         "Error in copying binary signal in Signal_Generator().\n"},
+        {[](auto&, auto&, Nodelist& input) { input.sigType = ElecSigType; },
+         "Input signal type incorrect for the signal generator.\n"
+         "Input signal type must be 'BinSigType'.\n"},
     };
     for (const auto& [change, text, bits] : rows) {
         SCOPED_TRACE(text);
         SignalGeneratorParams params = Params("on_off_ramp");
-        change(params);
-        const Generated generated(params, bits);
+        const Owned<BinSig> pattern = Pattern(bits);
+        Nodelist input{nullptr, BinSigType, pattern.get()};
+        change(params, *pattern, input);
+        const Generated generated(params, input);
         EXPECT_EQ(generated.status, Status::Error);
         EXPECT_NE(generated.text.find(text), std::string::npos) << generated.text;
         EXPECT_EQ(generated.output.sig, nullptr);
     }
-}
-
-TEST(SignalGenerator, RefusesInputsThatAreNoPattern) {
-    const auto tell = [](const Nodelist& input) {
-        OutputCell output(ElecSigType);
-        std::string text;
-        EXPECT_EQ(Signal_Generator(Params("on_off_ramp"), &input, &output, text), Status::Error);
-        return text;
-    };
-    const Owned<ElecSig> wave = RampWaveform(4, 1e-12);
-    EXPECT_EQ(tell({nullptr, ElecSigType, wave.get()}),
-              "Input signal type incorrect for the signal generator.\n"
-              "Input signal type must be 'BinSigType'.\n");
-    EXPECT_EQ(tell({nullptr, BinSigType, nullptr}),
-              "Error in copying binary signal in Signal_Generator().\n");
-    const Owned<BinSig> bits = Pattern({1, 0});
-    for (const double rate : {0.0, HUGE_VAL, 1e-310}) {
-        bits->bitRate = rate;
-        EXPECT_NE(tell({nullptr, BinSigType, bits.get()}).find("bit rate"), std::string::npos);
-    }
-    EXPECT_NE(tell({nullptr, BinSigType, Pattern({}).get()}).find("empty"), std::string::npos);
 }
 
 }  // namespace
