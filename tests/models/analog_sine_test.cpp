@@ -3,6 +3,7 @@
 #include <cmath>
 #include <gtest/gtest.h>
 #include <numbers>
+#include <tuple>
 
 #include "support/model_parameters.h"
 
@@ -31,8 +32,7 @@ TEST(AnalogSine, FitsWholePeriodsUnlessAperiodic) {
     const ElecSig& wave = periodic.As<ElecSig>();
     EXPECT_EQ(wave.noPoints, 128);
     EXPECT_DOUBLE_EQ(wave.tStep * 128, 4e-9);
-    EXPECT_EQ(wave.bitRate, 2e9);
-    EXPECT_EQ(wave.patternLength, 8);
+    EXPECT_EQ(std::pair(wave.bitRate, wave.patternLength), std::pair(2e9, 8));
     EXPECT_DOUBLE_EQ(wave.elecSamples[1].re, 0.0) << "starts at its trough";
     ExpectSine(wave, params);
 
@@ -41,28 +41,25 @@ TEST(AnalogSine, FitsWholePeriodsUnlessAperiodic) {
     params.phase = 33.0;
     OutputCell aperiodic(ElecSigType);
     ASSERT_EQ(AnalogSine(params, &aperiodic, text), Status::Success) << text;
-    EXPECT_EQ(aperiodic.As<ElecSig>().noPoints, 4096);
-    EXPECT_EQ(aperiodic.As<ElecSig>().tStep, 3.125e-12);
-    EXPECT_EQ(aperiodic.As<ElecSig>().bitRate, 0.0);
-    EXPECT_EQ(aperiodic.As<ElecSig>().patternLength, 0);
-    ExpectSine(aperiodic.As<ElecSig>(), params);
+    const ElecSig& other = aperiodic.As<ElecSig>();
+    EXPECT_EQ(std::tuple(other.noPoints, other.tStep, other.bitRate, other.patternLength),
+              std::tuple(4096, 3.125e-12, 0.0, 0));
+    ExpectSine(other, params);
 }
 
 TEST(AnalogSine, RefusesGridsThatAreNone) {
-    const struct {
-        std::string mode;
-        std::int32_t exponent;
-        double frequency, timeStep;
-    } rows[] = {{"", 14, 1e9, 1e-12},          {"", INT32_MAX, 1e9, 1e-12},
-                {"", 3, 0.0, 1e-12},           {"", 3, 1e-320, 1e-12},
-                {"Aperiodic", 27, 1e9, 1e-12}, {"Aperiodic", 3, 1e9, std::nan("")}};
-    for (const auto& row : rows) {
+    for (const auto& [mode, exponent, frequency, timeStep] : {std::tuple{"", 14, 1e9, 1e-12},
+                                                              {"", INT32_MAX, 1e9, 1e-12},
+                                                              {"", 3, 0.0, 1e-12},
+                                                              {"", 3, 1e-320, 1e-12},
+                                                              {"Aperiodic", 27, 1e9, 1e-12},
+                                                              {"Aperiodic", 3, 1e9, NAN}}) {
         AnalogSineParams params;
         params.owner = "tone";
-        params.mode = row.mode;
-        params.ptsPerPeriod = params.noPeriods = params.noSamples = row.exponent;
-        params.frequency = row.frequency;
-        params.timeStep = row.timeStep;
+        params.mode = mode;
+        params.ptsPerPeriod = params.noPeriods = params.noSamples = exponent;
+        params.frequency = frequency;
+        params.timeStep = timeStep;
         OutputCell output(ElecSigType);
         std::string text;
         EXPECT_EQ(AnalogSine(params, &output, text), Status::Error);

@@ -1,13 +1,14 @@
 #include "models/sources/prbs.h"
 
 #include <gtest/gtest.h>
-#include <limits>
 #include <numeric>
 #include <set>
+#include <tuple>
 
 #include "base/memory.h"
 #include "models/dispatch.h"
 #include "models/sources/integer_scan.h"
+#include "support/signals.h"
 #include "support/temp_dir.h"
 
 namespace photrak {
@@ -24,12 +25,7 @@ struct Generated {
 
 Owned<Nodelist> OutputCells(int count) {
     Owned<Nodelist> cells;
-    for (int i = 0; i < count; ++i) {
-        Nodelist* cell = nullptr;
-        EXPECT_EQ(CreateNodelist(&cell, UnknownSigType), 0);
-        cell->next = cells.release();
-        cells.reset(cell);
-    }
+    for (int i = 0; i < count; ++i) PushCell(cells, Owned<BinSig>(), UnknownSigType);
     return cells;
 }
 
@@ -108,20 +104,18 @@ TEST(Prbs, StartsFromTheSameSeedEveryTime) {
 
 TEST(Prbs, MakesShortRegularAndEmptyPatterns) {
     const TempDir dir;
-    const std::int32_t least = std::numeric_limits<std::int32_t>::min();
+    constexpr std::int32_t least = INT32_MIN;
     const struct {
         const char* type;
         int exponent;
         Bits bits;
-    } rows[] = {
-        {"PRBS", 0, {0}},          {"PRBS", 1, {0, 1}},
-        {"PRBS", 2, {1, 0, 0, 0}}, {"one", 0, {1}},
-        {"single", 0, {1}},        {"alternating", 2, {1, 0, 1, 0}},
-        {"zero", 1, {0, 0}},       {"single", 3, {0, 0, 0, 1, 0, 0, 0, 0}},
-        {"PRBS", -1, {}},          {"alternating", least, {}},
-        {"one", least, {}},        {"single", least, {}},
-        {"custom", least, {}},
-    };
+    } rows[] = {{"PRBS", 0, {0}},          {"PRBS", 1, {0, 1}},
+                {"PRBS", 2, {1, 0, 0, 0}}, {"one", 0, {1}},
+                {"zero", 1, {0, 0}},       {"alternating", 2, {1, 0, 1, 0}},
+                {"single", 0, {1}},        {"single", 2, {0, 1, 0, 0}},
+                {"PRBS", -1, {}},          {"alternating", least, {}},
+                {"one", least, {}},        {"single", least, {}},
+                {"custom", least, {}}};
     for (const auto& row : rows) {
         SCOPED_TRACE(testing::Message() << row.type << " " << row.exponent);
         PrbsParams params = Custom(dir, "1 1 1 1", row.exponent);
@@ -164,14 +158,10 @@ TEST(Prbs, RotatesFromPortToPort) {
     const struct {
         std::int32_t offset, shift;
         std::vector<Bits> ports;
-    } rows[] = {
-        {0, 0, {{1, 2, 3, 4}, {1, 2, 3, 4}}},
-        {1, 1, {{2, 3, 4, 1}, {3, 4, 1, 2}, {4, 1, 2, 3}, {1, 2, 3, 4}}},
-        {-1, -1, {{4, 1, 2, 3}, {3, 4, 1, 2}}},
-        {std::numeric_limits<std::int32_t>::min() + 3,
-         std::numeric_limits<std::int32_t>::max(),
-         {{4, 1, 2, 3}, {3, 4, 1, 2}}},
-    };
+    } rows[] = {{0, 0, {{1, 2, 3, 4}, {1, 2, 3, 4}}},
+                {1, 1, {{2, 3, 4, 1}, {3, 4, 1, 2}, {4, 1, 2, 3}, {1, 2, 3, 4}}},
+                {-1, -1, {{4, 1, 2, 3}, {3, 4, 1, 2}}},
+                {INT32_MIN + 3, INT32_MAX, {{4, 1, 2, 3}, {3, 4, 1, 2}}}};
     for (const auto& row : rows) {
         SCOPED_TRACE(row.offset);
         PrbsParams params = Custom(dir, "1 2 3 4", 2);
@@ -183,23 +173,17 @@ TEST(Prbs, RotatesFromPortToPort) {
 
 TEST(Prbs, ClearsLeadingAndTrailingBitsOfEveryOutput) {
     const TempDir dir;
-    const struct {
-        std::int32_t preBits, postBits;
-        Bits bits;
-    } rows[] = {{1, 2, {0, 1, 0, 0}},
-                {100, 0, {0, 0, 0, 0}},
-                {0, 100, {0, 0, 0, 0}},
-                {-1, -100, {1, 1, 1, 1}}};
-    for (const auto& row : rows) {
-        PrbsParams params = Params("one", 2);
-        params.preBits = row.preBits;
-        params.postBits = row.postBits;
-        params.shift = 1;
-        EXPECT_EQ(Generate(params, 2).ports, (std::vector<Bits>{row.bits, row.bits}));
+    PrbsParams custom = Custom(dir, "1 1 1 1", 2), params = Params("one", 2);
+    params.shift = 1;
+    for (const auto& [preBits, postBits, bits] : {std::tuple{1, 2, Bits{0, 1, 0, 0}},
+                                                  {100, 0, {0, 0, 0, 0}},
+                                                  {0, 100, {0, 0, 0, 0}},
+                                                  {-1, -100, {1, 1, 1, 1}}}) {
+        params.preBits = custom.preBits = preBits;
+        params.postBits = custom.postBits = postBits;
+        EXPECT_EQ(Generate(params, 2).ports, (std::vector<Bits>{bits, bits}));
+        EXPECT_EQ(OnePort(custom), (Bits{1, 1, 1, 1})) << "a custom pattern knows no such bits";
     }
-    PrbsParams custom = Custom(dir, "1 1 1 1", 2);
-    custom.preBits = custom.postBits = 4;
-    EXPECT_EQ(OnePort(custom), (Bits{1, 1, 1, 1})) << "a custom pattern knows no such bits";
 }
 
 TEST(Prbs, ReadsAtMost512RowsOfEightAndRepeatsTheLastValueOfAShortFile) {
@@ -237,23 +221,21 @@ TEST(IntegerScan, ConvertsLikeTheShortConversionOfTheCLibrary) {
         const char* text;
         int value;  // 99: none is read
         const char* rest;
-    } rows[] = {
-        {"  12 3", 12, " 3"},
-        {"+5x", 5, "x"},
-        {"017", 15, ""},
-        {"08", 0, "8"},
-        {"0x1F,", 31, ","},
-        {"-0Xa", -10, ""},
-        {"0x", 0, "x"},
-        {"32768", -32768, ""},
-        {"-70000", -4464, ""},
-        {"99999999999999999999", -1, ""},
-        {"-99999999999999999999", 0, ""},
-        {"", 99, ""},
-        {"  \n", 99, "  \n"},
-        {"- 1", 99, "- 1"},
-        {"+-1", 99, "+-1"},
-    };
+    } rows[] = {{"  12 3", 12, " 3"},
+                {"+5x", 5, "x"},
+                {"017", 15, ""},
+                {"08", 0, "8"},
+                {"0x1F,", 31, ","},
+                {"-0Xa", -10, ""},
+                {"0x", 0, "x"},
+                {"32768", -32768, ""},
+                {"-70000", -4464, ""},
+                {"99999999999999999999", -1, ""},
+                {"-99999999999999999999", 0, ""},
+                {"", 99, ""},
+                {"  \n", 99, "  \n"},
+                {"- 1", 99, "- 1"},
+                {"+-1", 99, "+-1"}};
     for (const auto& row : rows) {
         SCOPED_TRACE(row.text);
         std::string_view text = row.text;
