@@ -152,7 +152,7 @@ TEST_F(BerTest, BitStreamTellsOfTheCountOfAllBitsSoFar) {
 /// Kept deliberately: the shift counts doubles, so that an odd one pairs halves of neighbors.
 TEST_F(BerTest, LaterStartTurnsTheOthers) {
     ElecSig& early = AddPair(fewBits, 2, 0.0, 1.0, 0.1);
-    AddPair(fewBits, 2, 0.0, 1.0, 0.1).startTime = 5.4 * tStep;
+    AddPair(fewBits, 2, 0.0, 1.0, 0.1).startTime = 4.6 * tStep;
     for (std::int32_t i = 1; i <= 16; ++i) {
         early.elecSamples[i] = early.sigmaSamples[i] = {3.0 * (i - 1), 4.0 * i};
     }

@@ -196,31 +196,30 @@ TEST_F(BerTesterTest, PlotModeSelectsTheStatistic) {
     }
 }
 
-TEST_F(BerTesterTest, WritesWhatIsAskedFor) {
+TEST_F(BerTesterTest, WritesWhatIsAskedForAndAllowed) {
     block.Word("PlotCurves", "NO").Word("FilenameRoot", "sub_root");
     EXPECT_EQ(Pass(1, 1, 1, 3), Status::Success);
     EXPECT_EQ(dir.Files(), std::vector<std::string>{"sub_root.bdt"});
     Afresh().Word("PlotCurves", "NO").Word("SaveAllData", "NO");
     EXPECT_EQ(Pass(1, 1, 1, 0), Status::Success) << "not even computed";
     EXPECT_EQ(message, "");
+    Afresh().Word("FilenameRoot", "../out");
+    EXPECT_EQ(Pass(1, 1, 1, 3), Status::Error);
+    EXPECT_EQ(message,
+              "ERROR: result file name '../out.ber' does not stay inside the directory of the "
+              "topology\n");
 }
 
 TEST_F(BerTesterTest, ErrorsFreeTheResults) {
     Inner(2, "0 1 1");
     EXPECT_EQ(Pass(1, 1, 1, 3), Status::Success);
     EXPECT_NE(block.component.modelState, nullptr);
-    block.Number("timingJitter", std::nan(""));
+    block.Number("timingJitter", NAN);
     EXPECT_EQ(Pass(1, 2, 1, 3), Status::Error);
     EXPECT_EQ(message,
               "ERROR: component 'ber': parameter 'timingJitter' is nan; it must be a finite "
               "number\n");
     EXPECT_EQ(block.component.modelState, nullptr);
-
-    Afresh().Word("FilenameRoot", "../out");
-    EXPECT_EQ(Pass(1, 1, 1, 3), Status::Error);
-    EXPECT_EQ(message,
-              "ERROR: result file name '../out.ber' does not stay inside the directory of the "
-              "topology\n");
 }
 
 /// A repetition loop around the tester calls it several times in a pass.

@@ -14,15 +14,10 @@ using LongComplex = std::complex<long double>;
 constexpr std::int32_t size = 64;
 constexpr double df = 1e9;  // Hz
 
-PhotoDetectorParams IdealDetector() {
-    PhotoDetectorParams detector;
-    detector.quantumEff = 1.0;
-    return detector;
-}
-
 /// A layer with every effect of comparable size.
 PhotoDetectorParams IntrinsicDetector() {
-    PhotoDetectorParams detector = IdealDetector();
+    PhotoDetectorParams detector;
+    detector.quantumEff = 1.0;
     detector.modelType = "intrinsic";
     detector.detect = true;
     detector.lossGain = -6.0;
@@ -64,7 +59,7 @@ TEST(Photodetector, TurnsPowerIntoCurrent) {
     const Owned<OpSignal> light = Flash();
     ASSERT_EQ(AddEySamples(light->channels), 0);
     light->channels->Ey_samples[1] = {0.04, 0.0};
-    PhotoDetectorParams detector = IdealDetector();
+    PhotoDetectorParams detector;
     detector.quantumEff = 0.8;
     detector.APD_Multiplier = 10.0;
     detector.darkCurrent = 5e-9;
@@ -84,9 +79,8 @@ TEST(Photodetector, TurnsPowerIntoCurrent) {
 }
 
 TEST(Photodetector, FollowsPoleAndResonance) {
-    PhotoDetectorParams detector = IdealDetector();
+    PhotoDetectorParams detector = IntrinsicDetector();
     detector.modelType = "empirical";
-    detector.detect = true;
     detector.lossGain = 20.0;
     detector.respfp = 8e9;
     detector.respfo = 1e30;

@@ -15,16 +15,14 @@ class SignalBlocks : public testing::Test {
     SignalBlocks() { ResetResultFiles(); }
 
     Status Save(const SimOptions& options, std::string_view fileName, const Nodelist* inputs) {
-        ModelBlock block("probe");
-        block.Word("FileName", fileName);
         errorText.clear();
-        return SaveSigBlock(options, block.component, inputs, errorText);
+        return SaveSigBlock(options, ModelBlock("probe").Word("FileName", fileName).component,
+                            inputs, errorText);
     }
     Status Load(std::string_view fileName, Nodelist* outputs) {
-        ModelBlock block("source");
-        block.Word("FileName", fileName);
         errorText.clear();
-        return LoadSigBlock({}, block.component, outputs, errorText);
+        return LoadSigBlock({}, ModelBlock("source").Word("FileName", fileName).component, outputs,
+                            errorText);
     }
     /// An optical and an electrical input around one without a signal.
     static Owned<Nodelist> Inputs() {
@@ -72,12 +70,18 @@ TEST_F(SignalBlocks, NameAFileForEachPointOfAScan) {
     EXPECT_EQ(ResultFiles(), (std::vector<std::string>{"out_probe.sgd", "scan_xi2.sgd"}));
 }
 
-TEST_F(SignalBlocks, SayWhatIsMissing) {
+TEST_F(SignalBlocks, SayWhatIsMissingOrBroken) {
     const Owned<Nodelist> inputs = Inputs();
     Owned<Nodelist> outputs;
     PushCell(outputs, Owned<BinSig>(), UnknownSigType);
+    directory.Write("bad.sgd", "BinSigType\nnoPoints 2147483647\nENDSIG\n");
     EXPECT_EQ(Save({}, "x", nullptr), Status::Warning);
     EXPECT_EQ(errorText, "Unable to save signals: no node selected.\n");
+    EXPECT_EQ(Save({}, "no/such/x", inputs.get()), Status::Error);
+    EXPECT_EQ(errorText,
+              "ERROR: Unable to save signals: could not create output file.\n"
+              "  component 'probe', file 'no/such/x.sgd'\n");
+    EXPECT_EQ(Save({}, "../x", inputs.get()), Status::Error) << "it would leave the directory";
     EXPECT_EQ(Load("x", nullptr), Status::Warning);
     EXPECT_EQ(errorText, "Unable to load signals: no node selected.\n");
     EXPECT_EQ(Load("", outputs.get()), Status::Warning);
@@ -86,17 +90,6 @@ TEST_F(SignalBlocks, SayWhatIsMissing) {
     EXPECT_EQ(errorText,
               "ERROR: Unable to load signals: could not open file.\n"
               "  component 'source', file 'none%s.sgd': No such file or directory\n");
-    EXPECT_EQ(Save({}, "no/such/x", inputs.get()), Status::Error);
-    EXPECT_EQ(errorText,
-              "ERROR: Unable to save signals: could not create output file.\n"
-              "  component 'probe', file 'no/such/x.sgd'\n");
-    EXPECT_EQ(Save({}, "../x", inputs.get()), Status::Error) << "it would leave the directory";
-}
-
-TEST_F(SignalBlocks, NameComponentFileAndLineOfABrokenFile) {
-    directory.Write("bad.sgd", "BinSigType\nnoPoints 2147483647\nENDSIG\n");
-    Owned<Nodelist> outputs;
-    PushCell(outputs, Owned<BinSig>(), UnknownSigType);
     EXPECT_EQ(Load("bad.sgd", outputs.get()), Status::Error);
     EXPECT_EQ(errorText,
               "ERROR: signal file 'bad.sgd', line 2: noPoints is 2147483647, which the file cannot "
