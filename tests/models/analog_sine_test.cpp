@@ -10,14 +10,20 @@
 namespace photrak {
 namespace {
 
+struct Sine : Outcome {
+    explicit Sine(const AnalogSineParams& params) : Outcome(ElecSigType) {
+        status = AnalogSine(params, &output, text);
+    }
+    const ElecSig& Wave() const { return Made<ElecSig>(); }
+};
+
 /// Expects Voffset + Vpp/2 sin(2 pi f t + phase) at t = 0, tStep, ...
 void ExpectSine(const ElecSig& wave, const AnalogSineParams& params) {
+    const long double turn = 2.0L * std::numbers::pi_v<long double>;
     for (std::int32_t i = 0; i < wave.noPoints; ++i) {
-        const long double turns = static_cast<long double>(params.frequency) * wave.tStep * i +
-                                  static_cast<long double>(params.phase) / 360.0L;
-        const long double expected =
-            params.Voffset +
-            params.Vpp / 2.0L * std::sin(2.0L * std::numbers::pi_v<long double> * turns);
+        const long double turns =
+            static_cast<long double>(params.frequency) * wave.tStep * i + params.phase / 360.0L;
+        const long double expected = params.Voffset + params.Vpp / 2.0L * std::sin(turn * turns);
         ASSERT_NEAR(wave.elecSamples[i + 1].re, static_cast<double>(expected), 1e-12) << i;
         ASSERT_EQ(wave.elecSamples[i + 1].im, 0.0);
     }
@@ -26,10 +32,8 @@ void ExpectSine(const ElecSig& wave, const AnalogSineParams& params) {
 TEST(AnalogSine, FitsWholePeriodsUnlessAperiodic) {
     const Component bare;
     AnalogSineParams params = ReadAnalogSineParams(bare);
-    std::string text;
-    OutputCell periodic(ElecSigType);
-    ASSERT_EQ(AnalogSine(params, &periodic, text), Status::Success) << text;
-    const ElecSig& wave = periodic.As<ElecSig>();
+    const Sine periodic(params);
+    const ElecSig& wave = periodic.Wave();
     EXPECT_EQ(wave.noPoints, 128);
     EXPECT_DOUBLE_EQ(wave.tStep * 128, 4e-9);
     EXPECT_EQ(std::pair(wave.bitRate, wave.patternLength), std::pair(2e9, 8));
@@ -39,9 +43,8 @@ TEST(AnalogSine, FitsWholePeriodsUnlessAperiodic) {
     params.mode = "Aperiodic";
     params.frequency = 0.77e9;
     params.phase = 33.0;
-    OutputCell aperiodic(ElecSigType);
-    ASSERT_EQ(AnalogSine(params, &aperiodic, text), Status::Success) << text;
-    const ElecSig& other = aperiodic.As<ElecSig>();
+    const Sine aperiodic(params);
+    const ElecSig& other = aperiodic.Wave();
     EXPECT_EQ(std::tuple(other.noPoints, other.tStep, other.bitRate, other.patternLength),
               std::tuple(4096, 3.125e-12, 0.0, 0));
     ExpectSine(other, params);
@@ -60,11 +63,7 @@ TEST(AnalogSine, RefusesGridsThatAreNone) {
         params.ptsPerPeriod = params.noPeriods = params.noSamples = exponent;
         params.frequency = frequency;
         params.timeStep = timeStep;
-        OutputCell output(ElecSigType);
-        std::string text;
-        EXPECT_EQ(AnalogSine(params, &output, text), Status::Error);
-        EXPECT_NE(text.find("component 'tone'"), std::string::npos) << text;
-        EXPECT_EQ(output.sig, nullptr);
+        Sine(params).ExpectRefusal("component 'tone'");
     }
 }
 

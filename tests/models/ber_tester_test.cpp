@@ -78,28 +78,29 @@ std::string Row(const std::string& before, double Q) {
 /// Kept deliberately: a run without a result takes the statistics with it.
 TEST_F(BerTesterTest, StatisticsFollowTheRunsUntilOneHasNoResult) {
     Inner(2, "0 1 1");
-    Runs(5);
+    Runs(6);
     BERResults results = Made();
     options.innerIndex = 2;
-    // Average, minimum and maximum. In Q the second run is extreme; in the rate it is not.
+    // Average, minimum and maximum. In Q the third run is extreme; in the rate it is not.
     const struct {
         double BER, Q;
         std::vector<double> rates, Qs;
     } rows[] = {{4e-3, 3, {4e-3, 4e-3, 4e-3}, {3, 3, 3}},
-                {3e-3, 11, {3.5e-3, 3e-3, 4e-3}, {7, 11, 3}},
-                {5e-3, 1, {4e-3, 3e-3, 5e-3}, {5, 11, 1}},
+                {2e-3, 5, {3e-3, 2e-3, 4e-3}, {4, 5, 3}},
+                {3e-3, 10, {3e-3, 2e-3, 4e-3}, {6, 5, 3}},
+                {7e-3, 2, {4e-3, 2e-3, 7e-3}, {5, 5, 2}},
                 {1, 0, {1, 1, 1}, {0, 0, 0}},
-                {0.5, 1, {0.9, 0.5, 1}, {0.2, 1, 0}}};
+                {0.4, 6, {0.9, 0.4, 1}, {1, 6, 0}}};
     for (const auto& row : rows) {
         if (row.Q > 0) StoreBerResult(options, Status::Success, row.BER, row.Q, results);
         if (row.Q == 0) StoreBerResult(options, Status::Warning, 0.3, 0.5, results);
         for (int k = 0; k < 3; ++k) {
-            EXPECT_NEAR(results.BER[8 + k], row.rates[k], 1e-15);
-            EXPECT_NEAR(results.Q[8 + k], row.Qs[k], 1e-15);
+            EXPECT_NEAR(results.BER[9 + k], row.rates[k], 1e-15);
+            EXPECT_NEAR(results.Q[9 + k], row.Qs[k], 1e-15);
         }
-        EXPECT_EQ(results.BER[10 + options.runIndex++], row.BER);
+        EXPECT_EQ(results.BER[11 + options.runIndex++], row.BER);
     }
-    EXPECT_EQ(std::count(results.BER.begin(), results.BER.end(), -1), 8) << "not computed";
+    EXPECT_EQ(std::count(results.BER.begin(), results.BER.end(), -1), 9) << "not computed";
 }
 
 TEST_F(BerTesterTest, SweepValuesEndOnTheStop) {

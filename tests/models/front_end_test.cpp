@@ -74,7 +74,12 @@ TEST(FrontEnd, FollowsACubicThroughFourRowsOfItsTable) {
     }
 }
 
-TEST(FrontEnd, UsesAllRowsOfAShortTable) {
+TEST(FrontEnd, UsesAllRowsOfAShortTableAndFourOfALongOne) {
+    std::string step = "8\n";
+    for (int i = 1; i <= 8; ++i) step += Concat(i, "e9 ", i > 4 ? 1 : 0, " 0\n");
+    const auto eight = TransferOf(Custom(step));
+    EXPECT_EQ(eight[2], 0.0);
+    EXPECT_NEAR(std::abs(eight[9] - 1.0), 0.0, 1e-12);
     const auto one = TransferOf(Custom("1\n5e9 3 4\n"));
     EXPECT_EQ(one[1], 5.0);
     EXPECT_EQ(one[7], std::complex<double>(3.0, 4.0));

@@ -49,19 +49,14 @@ ModeLockedLaserParams OnePulse(std::string_view type, double width) {
     return params;
 }
 
-struct Laser {
-    OutputCell output{OpSigType};
-    std::string text;
-    Status status;
-
-    explicit Laser(const ModeLockedLaserParams& params)
-        : status(LaserModeLocked(params, &output, text)) {}
-    explicit Laser(const CwLaserParams& params) : status(LaserCW(params, &output, text)) {}
-
-    const OpSig& Channel() const {
-        EXPECT_EQ(status, Status::Success) << text;
-        return *output.As<OpSignal>().channels;
+struct Laser : Outcome {
+    explicit Laser(const ModeLockedLaserParams& params) : Outcome(OpSigType) {
+        status = LaserModeLocked(params, &output, text);
     }
+    explicit Laser(const CwLaserParams& params) : Outcome(OpSigType) {
+        status = LaserCW(params, &output, text);
+    }
+    const OpSig& Channel() const { return *Made<OpSignal>().channels; }
     std::complex<double> Field(std::int32_t i) const { return Value(Channel().Ex_samples[i]); }
     /// At k samples from the middle one.
     std::complex<double> AtOffset(std::int32_t k) const {
@@ -199,11 +194,7 @@ TEST(Lasers, RefuseBadValuesByName) {
         for (const auto& [spoil, complaint] : rows) {
             auto params = good;
             spoil(params);
-            const Laser laser(params);
-            RefuseAllocationsFrom(-1);
-            EXPECT_EQ(laser.status, Status::Error);
-            EXPECT_NE(laser.text.find(complaint), std::string::npos) << laser.text;
-            EXPECT_EQ(laser.output.sig, nullptr);
+            Laser(params).ExpectRefusal(complaint);
         }
     };
     using Cw = CwLaserParams;

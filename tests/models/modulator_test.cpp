@@ -59,25 +59,19 @@ ModulatorParams Plain(std::string_view type) {
     return params;
 }
 
-struct Modulated {
-    Modulated(const ModulatorParams& params, const Nodelist* inputs) {
+struct Modulated : Outcome {
+    Modulated(const ModulatorParams& params, const Nodelist* inputs) : Outcome(OpSigType) {
         status = Modulator(params, inputs, &output, text);
     }
-    Modulated(const ModulatorParams& params, ElecSig* drive, OpSignal* light) {
+    Modulated(const ModulatorParams& params, ElecSig* drive, OpSignal* light) : Outcome(OpSigType) {
         Nodelist second{nullptr, ElecSigType, drive}, first{&second, OpSigType, light};
         status = Modulator(params, &first, &output, text);
     }
     /// On a level of 1 sqrt(W).
     Modulated(const ModulatorParams& params, const Owned<ElecSig>& drive)
-        : Modulated(params, drive.get(), Light(Level({1.0, 0.0})).get()) {
-        EXPECT_EQ(status, Status::Success) << text;
-    }
-    const OpSignal& Signal() const { return output.As<OpSignal>(); }
+        : Modulated(params, drive.get(), Light(Level({1.0, 0.0})).get()) {}
+    const OpSignal& Signal() const { return Made<OpSignal>(); }
     Field operator[](std::int32_t i) const { return Value(Signal().channels->Ex_samples[i]); }
-
-    OutputCell output{OpSigType};
-    std::string text;
-    Status status = Status::Error;
 };
 
 void ExpectField(Field actual, Field expected, double tolerance = rounding) {
@@ -165,12 +159,10 @@ TEST(Modulator, LevelShiftMakesAConstantOffsetOfTheDriveInvisible) {
     ModulatorParams params = Plain("MachZehnder");
     params.levelShift = true;
     params.vBias = 0.4;
-    for (const double offset : {0.0, 3.0}) {
-        const Modulated out(params, Drive([=](std::int32_t i) { return offset + i / 16.0; }));
-        for (std::int32_t i = 1; i <= samples; ++i) {
-            const double v = i / 16.0 - 17.0 / 32.0 + 0.4;  // the middle of 1/16 and 1
-            ExpectField(out[i], std::fabs(std::sin(v * std::numbers::pi / 2)));
-        }
+    const Modulated out(params, Drive([](std::int32_t i) { return 3.0 + i / 16.0; }));
+    for (std::int32_t i = 1; i <= samples; ++i) {
+        const double v = i / 16.0 - 17.0 / 32.0 + 0.4;  // the middle of 1/16 and 1
+        ExpectField(out[i], std::fabs(std::sin(v * std::numbers::pi / 2)));
     }
 }
 
@@ -238,7 +230,6 @@ TEST(Modulator, NoisePassesWithTheSquareOfTheStaticTransmission) {
         params.vPi = 2.0;
         params.transmission = 0.5;
         const Modulated out(params, Constant(0.0).get(), light.get());
-        ASSERT_EQ(out.status, Status::Success);
         EXPECT_EQ(out.Signal().channels, nullptr);
         EXPECT_NEAR(out.Signal().noise->powerSamples[4], 4 * row.factor, rounding);
         EXPECT_NEAR(out.Signal().noise->next->powerSamples[6], 6 * row.factor, rounding);
@@ -252,7 +243,6 @@ TEST(Modulator, LevelTakesItsGridFromTheDriveAndSampledChannelsKeepTheirs) {
     const Owned<OpSignal> light =
         Light(std::move(level), RampChannel(samples, tStep, Polarized::Yes));
     const Modulated out(Plain("Ideal"), Constant(0.5).get(), light.get());
-    ASSERT_EQ(out.status, Status::Success) << out.text;
     const OpSig& expanded = *out.Signal().channels;
     EXPECT_EQ(std::tuple(expanded.noPoints, expanded.tStep, expanded.startTime, expanded.bitRate,
                          expanded.patternLength),
@@ -279,14 +269,11 @@ TEST(Modulator, ReportsPortsInOrder) {
         {nullptr, "ERROR: Missing first input port\n"},
         {&binary, "ERROR: Missing second input port\n"},
         {&wrong, "ERROR: Incorrect signal type on first input port\n"},
-        {&optical, "ERROR: Incorrect signal type on second input port\n"},
-        {&pair, ""}};  // no data: nothing happens
-    for (const auto& [inputs, expected] : rows) {
-        const Modulated out(Plain("Ideal"), inputs);
-        EXPECT_EQ(out.text, expected);
-        EXPECT_EQ(out.status, expected.empty() ? Status::Success : Status::Error);
-        EXPECT_EQ(out.output.sig, nullptr);
-    }
+        {&optical, "ERROR: Incorrect signal type on second input port\n"}};
+    for (const auto& [inputs, text] : rows) Modulated(Plain("Ideal"), inputs).ExpectRefusal(text);
+    const Modulated idle(Plain("Ideal"), &pair);
+    EXPECT_EQ(idle.status, Status::Success) << "without data nothing happens";
+    EXPECT_EQ(idle.output.sig, nullptr);
 }
 
 TEST(Modulator, RefusesWhatGivesNoField) {
@@ -316,7 +303,6 @@ TEST(Modulator, RefusesWhatGivesNoField) {
         {[](auto&, auto&, auto&) { RefuseAllocationsFrom(3); }, "ERROR copying optical signal\n"},
         {[](auto&, auto&, auto&) { RefuseAllocationsFrom(6); }, ""}};
     for (const auto& row : rows) {
-        SCOPED_TRACE(row.text);
         ModulatorParams params = Plain("MachZehnder");
         params.fittingType = "fOffset";
         params.fOffset = 16.0;
@@ -324,11 +310,7 @@ TEST(Modulator, RefusesWhatGivesNoField) {
         const Owned<ElecSig> drive = Constant(1.0);
         const Owned<OpSignal> light = Light(Level({1.0, 0.0}), RampChannel(samples, tStep));
         row.spoil(params, *drive, *light->channels->next);
-        const Modulated out(params, drive.get(), light.get());
-        RefuseAllocationsFrom(-1);
-        EXPECT_EQ(out.status, Status::Error);
-        EXPECT_EQ(out.text.substr(0, row.text.size()), row.text);
-        EXPECT_EQ(out.output.sig, nullptr);
+        Modulated(params, drive.get(), light.get()).ExpectRefusal(row.text);
     }
     // Without a response there is no transform, and any length does.
     const Modulated flat(Plain("Ideal"), Drive([](std::int32_t) { return 1.0; }, 12));

@@ -1,8 +1,11 @@
 // A component with the parameters that a run would have evaluated, for tests of models.
 #pragma once
 
+#include <gtest/gtest.h>
+#include <string>
 #include <string_view>
 
+#include "base/memory.h"
 #include "kernel/signals.h"
 #include "kernel/workspace.h"
 #include "support/parameter_list.h"
@@ -46,6 +49,29 @@ struct OutputCell : Nodelist {
     template <class Signal>
     const Signal& As() const {
         return *static_cast<const Signal*>(sig);
+    }
+};
+
+/// What a model with one output did.
+struct Outcome {
+    OutputCell output;
+    std::string text;
+    Status status = Status::Success;
+
+    explicit Outcome(std::int32_t type) : output(type) {}
+
+    /// The signal of a model that succeeded.
+    template <class Signal>
+    const Signal& Made() const {
+        EXPECT_EQ(status, Status::Success) << text;
+        return output.As<Signal>();
+    }
+    /// An error that tells this, and an empty port. Allocations work again.
+    void ExpectRefusal(std::string_view reason) const {
+        RefuseAllocationsFrom(-1);
+        EXPECT_EQ(status, Status::Error);
+        EXPECT_NE(text.find(reason), std::string::npos) << text << "\ninstead of " << reason;
+        EXPECT_EQ(output.sig, nullptr);
     }
 };
 
