@@ -7,14 +7,10 @@
 #include <numbers>
 #include <tuple>
 
-#include "base/memory.h"
-#include "support/model_parameters.h"
-#include "support/signals.h"
+#include "models/optical_fixture.h"
 
 namespace photrak {
 namespace {
-
-using Field = std::complex<double>;
 
 constexpr double rounding = 1e-14;
 constexpr double tStep = 1e-12;
@@ -40,11 +36,8 @@ Owned<OpSig> Level(Complex field) {
 }
 
 Owned<OpSignal> Light(Owned<OpSig> first, Owned<OpSig> second = nullptr) {
-    Owned<OpSignal> light;
-    EXPECT_EQ(Make(light, CreateOpSignal), 0);
-    if (second) second->prev = first.get();
-    first->next = second.release();
-    light->channels = first.release();
+    Owned<OpSignal> light = Alone(std::move(first));
+    if (second) AppendChannel(*light, Alone(std::move(second)));
     return light;
 }
 
@@ -219,8 +212,7 @@ TEST(Modulator, NoisePassesWithTheSquareOfTheStaticTransmission) {
     } rows[] = {{"MachZehnder", 3.0, 0.25},   // bias at the top of the curve
                 {"MachZehnder", 2.0, 0.125},  // half of the power
                 {"Phase", 2.0, 0.25}};
-    Owned<OpSignal> light;
-    ASSERT_EQ(Make(light, CreateOpSignal), 0);
+    const Owned<OpSignal> light = Alone(nullptr);
     light->noise = RampSpectrum(4).release();
     light->noise->next = RampSpectrum(6).release();
     for (const auto& row : rows) {

@@ -5,9 +5,9 @@
 #include <set>
 #include <tuple>
 
-#include "base/memory.h"
 #include "models/dispatch.h"
 #include "models/sources/integer_scan.h"
+#include "support/refused_memory.h"
 #include "support/signals.h"
 #include "support/temp_dir.h"
 
@@ -200,20 +200,18 @@ TEST(Prbs, ReadsAtMost512RowsOfEightAndRepeatsTheLastValueOfAShortFile) {
 
 TEST(Prbs, TellsWhichAllocationFailed) {
     const TempDir dir;
-    // Kept deliberately: a custom pattern tells of its outputs under the other function's name.
-    const char* texts[] = {"binSigOut in PRBS_Custom().\n", "bitSequence in PRBS_Custom().\n",
-                           "binary signal in PRBS_Generator().\n",
-                           "bit sequence in PRBS_Generator().\n"};
     const Owned<Nodelist> cells = OutputCells(1);
     const PrbsParams params = Custom(dir, "1", 2);
-    for (int i = 0; i < 4; ++i) {
-        std::string text;
-        RefuseAllocationsFrom(i + 1);
-        EXPECT_EQ(PRBS_Generator(params, cells.get(), text), Status::Error);
-        RefuseAllocationsFrom(-1);
-        EXPECT_EQ(text, std::string("Insufficient memory for dynamic allocation to ") + texts[i]);
-        EXPECT_EQ(cells->sig, nullptr);
-    }
+    const std::string noMemory = "Insufficient memory for dynamic allocation to ";
+    // Kept deliberately: a custom pattern tells of its outputs under the other function's name.
+    EXPECT_EQ(RefuseMemoryInTurn([&](std::string& text) {
+                  EXPECT_EQ(cells->sig, nullptr);
+                  return PRBS_Generator(params, cells.get(), text);
+              }),
+              noMemory + "binSigOut in PRBS_Custom().\n" + noMemory +
+                  "bitSequence in PRBS_Custom().\n" + noMemory +
+                  "binary signal in PRBS_Generator().\n" + noMemory +
+                  "bit sequence in PRBS_Generator().\n");
 }
 
 TEST(IntegerScan, ConvertsLikeTheShortConversionOfTheCLibrary) {
