@@ -57,6 +57,8 @@ ConsoleMessages::~ConsoleMessages() {
 }
 
 void ConsoleMessages::ShowStatusText(std::string_view text) {
+    constexpr std::string_view verb = "Simulating ";
+    if (text.starts_with(verb)) latestComponent_ = text.substr(verb.size());
     if (progress_ == Progress::Silent) return;
     const std::string clean = Printable(text);
     if (!terminal_) return WriteError(Concat(clean, "\n"));

@@ -27,12 +27,14 @@ class ConsoleMessages : public Messages {
     /// Clears the rewriting line before other output.
     void EndStatusLine();
     const std::string& ErrorText() const { return errorText_; }
+    /// "component 'NAME' of type 'TYPE'" after the run's latest status text that tells one.
+    const std::string& LatestComponent() const { return latestComponent_; }
 
   private:
     Progress progress_;
     bool terminal_;
     bool lineOpen_ = false;
-    std::string errorText_;
+    std::string errorText_, latestComponent_;
 };
 
 /// While one exists, the first SIGINT, SIGTERM or SIGHUP sets the run's stop word; a second one has

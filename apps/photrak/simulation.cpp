@@ -26,6 +26,12 @@ void TellBeforeRun(const Session& session, const CommandOptions& options) {
     }
 }
 
+/// Many a model's text tells its fault but not its block, and the status line is gone by then.
+std::string FailureText(const std::string& file, const std::string& component) {
+    return Concat(file, ": the run failed", component.empty() ? "" : " at ", component,
+                  "; see log.txt beside the topology");
+}
+
 /// The files that the run wrote, then what its testers found last.
 void TellResults() {
     constexpr int digits = 3;
@@ -42,7 +48,7 @@ int Conclude(Status status, bool warned, const Session& session, const ConsoleMe
     if (status == Status::Error) {
         const std::string& text = session.workspace->errorText;
         Report("error", text.empty() ? messages.ErrorText() : InterpretPercent(text));
-        Report("error", Concat(options.file, ": the run failed; see log.txt beside the topology"));
+        Report("error", FailureText(options.file, messages.LatestComponent()));
         return exitStatus::failed;
     }
     if (const int signal = StopOnSignal::Received()) {

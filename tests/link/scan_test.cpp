@@ -120,5 +120,15 @@ TEST_F(Scan, RefusesFaultySweeps) {
     EXPECT_NE(endless.error.find("ERROR in inner sweep settings"), std::string::npos);
 }
 
+TEST_F(Scan, APointThatFailsLeavesThoseBeforeItAndIsNamed) {
+    const ProgramResult result = Photrak(
+        "scan --no-commands --quiet --outer bits=18:19:1 --inner turn=0:0:1 sweep-pattern.top");
+    EXPECT_EQ(result.status, 1);
+    EXPECT_NE(result.out.find("sweep-trace_bits1.pcs"), std::string::npos) << result.out;
+    EXPECT_NE(result.error.find("the run failed at component 'Pattern' of type 'PseudoRandom"),
+              std::string::npos)
+        << result.error;
+}
+
 }  // namespace
 }  // namespace photrak::test
