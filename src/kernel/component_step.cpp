@@ -8,6 +8,7 @@
 #include "kernel/graph.h"
 #include "kernel/loops.h"
 #include "kernel/parameters.h"
+#include "kernel/signal_check.h"
 #include "platform/host.h"
 
 namespace photrak {
@@ -122,16 +123,21 @@ Status GatherPorts(const Component& component, InputCells& inputs, Owned<Nodelis
 Status StoreOutputs(Component& component, const SimOptions& options, Owned<Nodelist> outputs,
                     std::string& errorText) {
     Status status = Status::Success;
+    const auto refuse = [&](const char* why) {
+        AppendPiece(errorText,
+                    Concat("ERROR: component '", component.name, "' left an output ", why));
+        status = Status::Error;
+    };
     Nodelist* cell = outputs.get();
     for (const Port& port : component.outputs) {
         if (port.node) port.node->FreeSignals();
         if (port.node && cell && cell->sig) {
-            if (CarriesSignal(cell->sigType)) {
-                MergeStatus(status, PutOnNode(*cell, *port.node, options, errorText));
+            if (!CarriesSignal(cell->sigType)) {
+                refuse("of no known signal type\n");
+            } else if (!HasFiniteValues(cell->sig, cell->sigType)) {
+                refuse("with a value that is not finite, or too large to be squared\n");
             } else {
-                AppendPiece(errorText, Concat("ERROR: component '", component.name,
-                                              "' left an output of no known signal type\n"));
-                status = Status::Error;
+                MergeStatus(status, PutOnNode(*cell, *port.node, options, errorText));
             }
         }
         if (cell) cell = cell->next;

@@ -1,5 +1,6 @@
 // Whole runs over fake models: what is called, stored, logged and reclaimed, how failures end, and
 // that the workspace lives on.
+#include <limits>
 #include <new>
 
 #include "base/escape.h"
@@ -165,6 +166,50 @@ TEST(Simulate, RefusesAnOutputOfNoKnownType) {
     };
     EXPECT_EQ(link.Run(), Status::Error);
     EXPECT_EQ(link.Text(), "ERROR: component 'source' left an output of no known signal type\n");
+}
+
+// Whatever a model or a user library computes, no infinity or NaN reaches a result file.
+TEST(Simulate, RefusesValuesThatAreNotFinite) {
+    constexpr double huge = 1e170, nan = std::numeric_limits<double>::quiet_NaN();
+    const std::function<void(OpSignal&)> rows[] = {
+        [](OpSignal& light) { light.channels->Ex_samples[2].im = nan; },
+        [](OpSignal& light) { light.channels->Ex_samples[1].re = -huge; },  // an infinite power
+        [](OpSignal& light) { light.channels->Ey_samples[2].re = huge; },
+        [](OpSignal& light) { light.channels->startTime = huge * -huge; },
+        [](OpSignal& light) { light.noise->powerSamples[2] = huge * huge; },
+        [](OpSignal& light) { light.noise->fstep = nan; },
+        [](OpSignal&) {},
+    };
+    for (const auto& spoil : rows) {
+        SCOPED_TRACE("row " + std::to_string(&spoil - rows));
+        ChainLink link;
+        link.models.byType["Source"] = [&](const ModelCall& call) {
+            Owned<OpSignal> light;
+            EXPECT_EQ(Make(light, CreateOpSignalWithSig, 2), 0);
+            EXPECT_EQ(AddEySamples(light->channels), 0);
+            EXPECT_EQ(CreateOpSigASE(&light->noise, 2), 0);
+            light->noise->powerSamples[1] = huge;
+            spoil(*light);
+            call.outputs->sigType = OpSigType;
+            call.outputs->sig = light.release();
+            return Status::Success;
+        };
+        link.models.byType["Step"] = [](const ModelCall& call) {
+            Owned<ElecSig> wave;
+            EXPECT_EQ(Make(wave, CreateElecSig, 2), 0);
+            wave->sigmaSamples[2].re = huge;
+            call.outputs->sigType = ElecSigType;
+            call.outputs->sig = wave.release();
+            return Status::Success;
+        };
+        const bool sound = &spoil == std::end(rows) - 1;
+        EXPECT_EQ(link.Run(), Status::Error);
+        EXPECT_EQ(link.Text(),
+                  Concat("ERROR: component '", sound ? "step" : "source",
+                         "' left an output with a value that is not finite, or too large to be "
+                         "squared\n"));
+        EXPECT_EQ(link.models.calls.size(), sound ? 2u : 1u);
+    }
 }
 
 TEST(Simulate, EndsRunsNestedTooDeep) {
