@@ -20,25 +20,22 @@ TEST(ResultNames, FollowTheCoordinatesFromTheOutsideIn) {
         {simMode::anyScan, 9, 3, 5, 2, "scan_eye_out7_in2_run4_L3"},
         {simMode::savedStatistical, 0, 0, 5, 0, "out_eye"},
     };
+    SimOptions options;
+    options.OUTPUTPREFIX = "out_";
+    options.SCANPREFIX = "scan_";
+    options.SCANMETA1 = "_in";
+    options.SCANMETA2 = "_out";
+    options.RUNMETA = "_run";
+    options.loopSuffix = "_L3";
+    options.outerIndex = 7;
+    options.innerIndex = 2;
+    options.runIndex = 4;
     for (const auto& row : rows) {
-        SCOPED_TRACE(row.stem);
-        SimOptions options;
         options.mode = row.mode;
-        options.OUTPUTPREFIX = "out_";
-        options.SCANPREFIX = "scan_";
-        options.SCANMETA1 = "_in";
-        options.SCANMETA2 = "_out";
-        options.RUNMETA = "_run";
-        options.BINMETA = "_bin";
-        options.loopSuffix = "_L3";
         options.outerCount = row.outer;
         options.innerCount = row.inner;
         options.NUMRUNSTODO = row.runs;
         options.loopReps = row.loops;
-        options.outerIndex = 7;
-        options.innerIndex = 2;
-        options.runIndex = 4;
-        options.binIndex = 8;
         EXPECT_EQ(ResultStem(options, "eye"), row.stem);
     }
 }
