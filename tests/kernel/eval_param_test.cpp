@@ -50,10 +50,8 @@ TEST_F(EvalParameter, ReadsNumbersAndExpressions) {
         double value;
         std::int32_t whole;
     } const cases[] = {
-        {"-3.9", -3.9, -3},
         {"3.5, ", 3.5, 3},
-        {"twice+0.75", 4.75, 4},
-        {"len*2,", 4, 4},
+        {"-twice+0.25", -3.75, -3},
         {"1e12", 1e12, std::numeric_limits<std::int32_t>::max()},
         {"-len*1e12", -2e12, std::numeric_limits<std::int32_t>::min()},
     };
