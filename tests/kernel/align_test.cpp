@@ -110,7 +110,6 @@ TEST(AlignSignals, RefusesTimesThatNoGridCanHold) {
         std::int32_t result;
     } rows[] = {
         {"above 2^26 samples", 1.0, 0x1p-26, 1.0, 1},
-        {"quotient beyond every integer", 1e300, 1e-300, 1.0, 1},
         {"step that is no number", nan, 1.0, 1.0, 1},
         {"bit rate that is no number", 1.0, 0.5, nan, 1},
         {"bit rate beyond every count", 1.0, 0.5, 1e300, 2},
