@@ -147,6 +147,10 @@ TEST(Simulate, SurvivesEveryWayInWhichAModelCanThrow) {
         EXPECT_EQ(link.Behind("source").signals != nullptr, row.escapes);
         EXPECT_EQ(EscapeLevelCount(), 0);
         link.models.byType["Step"] = plain;
+        link.models.byType["Source"] = [&](const ModelCall& call) {
+            EXPECT_EQ(link.Behind("source").signals, nullptr);
+            return Emit(call.outputs, 1);
+        };
         EXPECT_EQ(link.Run(), Status::Success) << link.Text();
         EXPECT_EQ(link.arrived, std::vector<double>{2});
     }
