@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -45,18 +46,21 @@ class BlockRun {
     BlockRun& operator=(const BlockRun&) = delete;
 
     bool IsEmpty(std::size_t port = 0) const { return !outputs_[port].sig; }
-    const OpSignal& Light(std::size_t port = 0) const {
-        return *static_cast<const OpSignal*>(outputs_[port].sig);
-    }
+    const OpSignal& Light(std::size_t port = 0) const { return At<OpSignal>(port); }
     const OpSig& Channel(std::size_t port = 0) const { return *Light(port).channels; }
-    const ElecSig& Wave(std::size_t port = 0) const {
-        return *static_cast<const ElecSig*>(outputs_[port].sig);
-    }
+    const ElecSig& Wave(std::size_t port = 0) const { return At<ElecSig>(port); }
 
     Status status = Status::Error;
     std::string text;
 
   private:
+    /// A port without a signal fails the test with what the model said.
+    template <class Signal>
+    const Signal& At(std::size_t port) const {
+        if (IsEmpty(port)) throw std::runtime_error("no signal at the output: " + text);
+        return *static_cast<const Signal*>(outputs_[port].sig);
+    }
+
     Workspace workspace_;
     SimOptions options_;
     std::array<Nodelist, 4> outputs_{};
