@@ -105,7 +105,6 @@ TEST(OpticalAmplifier, EmissionFollowsGainNoiseFigureAndPhotonEnergy) {
     const double width = c / (center - 20e-9) - c / (center + 20e-9);
     EXPECT_EQ(flat.Noise().noPoints, 801);  // 80 nm in steps of 0.1 nm
     EXPECT_NEAR(flat.Noise().fstart, nu - width, 1.0);
-    EXPECT_NEAR(LastFrequency(flat.Noise()), nu + width, 1.0);
     EXPECT_EQ(DensityAt(flat.Noise(), nu + 0.51 * width), 0.0);
     EXPECT_EQ(DensityAt(flat.Noise(), nu - 0.49 * width), DensityAt(flat.Noise(), nu));
 

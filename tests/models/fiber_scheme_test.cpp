@@ -92,8 +92,7 @@ FiberParams ChangedFiber(const Changes& changes) {
 const struct {
     std::vector<ChannelSpec> channels;
     Changes changes;
-} schemeCases[] = {{OneChannel(), {StepFinely}},
-                   {OneChannel(), {StepFinely, Merge}},
+} schemeCases[] = {{OneChannel(), {StepFinely, Merge}},
                    {{MixedChannels()[0]}, {}},
                    {OneChannel(), {Adapt, Pad}},
                    {MixedChannels(), {Adapt, Merge}},
