@@ -114,7 +114,7 @@ TEST(Modulator, ExtinctionOfZeroDecibelsSwitchesTheFloorOff) {
     ExpectField(Modulated(params, Constant(0.0))[1], 0.0);
 }
 
-/// Bins of 62.5 GHz; the drive has a mean, bin 3 and the Nyquist bin.
+/// Bins of 62.5 GHz; the drive has a mean, bin 1 and the Nyquist bin.
 TEST(Modulator, ResponseScalesEachFrequencyOfTheDriveAndItsMean) {
     ModulatorParams params = Plain("Ideal");
     params.fOffset = 20.0;
@@ -133,16 +133,16 @@ TEST(Modulator, ResponseScalesEachFrequencyOfTheDriveAndItsMean) {
          }},
         {"Unknown", [](double) { return 0.0; }}};
     const auto wave = [](std::int32_t i, int k) {
-        return std::cos(2 * std::numbers::pi * k * (i - 1) / samples + (k == 3 ? 0.7 : 0.0));
+        return std::cos(2 * std::numbers::pi * k * (i - 1) / samples + (k == 1 ? 0.7 : 0.0));
     };
     for (const auto& [type, H] : rows) {
         SCOPED_TRACE(type);
         params.fittingType = type;
         const Modulated out(params, Drive([&](std::int32_t i) {
-                                return 5.0 + 3.0 * wave(i, 3) + 2.0 * wave(i, 8);
+                                return 5.0 + 3.0 * wave(i, 1) + 2.0 * wave(i, 8);
                             }));
         for (std::int32_t i = 1; i <= samples; ++i) {
-            const double d = 5.0 * H(0) + 3.0 * H(187.5) * wave(i, 3) + 2.0 * H(500.0) * wave(i, 8);
+            const double d = 5.0 * H(0) + 3.0 * H(62.5) * wave(i, 1) + 2.0 * H(500.0) * wave(i, 8);
             ExpectField(out[i], 100.0 + d, 1e-12);
         }
     }

@@ -299,7 +299,7 @@ TEST(SignalGenerator, RefusesWhatItCannotGenerate) {
         {[](auto& p, auto&, auto&) { p.tr = NAN; }, "'tr' is nan"},
         {[](auto& p, auto&, auto&) { p.tf = 1e300; }, "'tf' is 1e+300"},
         {[](auto& p, auto&, auto&) { p.timeJitter = 1.0; }, "'timeJitter' is 1;"},
-        {[](auto&, BinSig& b, auto&) { b.bitRate = 0.0; }, "the bit rate of the pattern is 0"},
+        {[](auto&, BinSig& b, auto&) { b.bitRate = -1.0; }, "the bit rate of the pattern is -1"},
         {[](auto&, BinSig& b, auto&) { b.bitRate = HUGE_VAL; },
          "the bit rate of the pattern is inf"},
         {[](auto&, BinSig& b, auto&) { b.bitRate = 1e-310; },
