@@ -18,7 +18,10 @@ struct PassListLink : SweepLink {
 
     /// The names in the list of what depends on a symbol.
     Names DependOn(const std::string& name) {
-        const RunOrder order = Prepare();
+        RunOrder order;
+        NodeSet nodes;
+        EXPECT_EQ(BuildSymbolTable(*workspace, errorText), Status::Success) << errorText;
+        EXPECT_EQ(OrderWorkspace(*workspace, order, nodes, errorText), Status::Success);
         PassChange change{.flag = runFlag::inner, .symbols = {}};
         change.symbols.emplace_back(name, workspace->symbols);
         Names names;

@@ -1,11 +1,8 @@
-// Sweeps and statistical runs: points, coordinates, what runs again, what is restored, how they
-// fail and stop.
+// Sweeps and statistical runs: points, coordinates, what runs again, how they fail and stop.
 #include <set>
 
 #include "base/escape.h"
-#include "kernel/passes.h"
 #include "kernel/result_names.h"
-#include "kernel/symbols.h"
 #include "support/sweep_link.h"
 
 namespace photrak {

@@ -43,10 +43,6 @@ class ParameterList {
         Add(name, DoubleType, "").valactual = NewBlock(value);
         return *this;
     }
-    ParameterList& Int(std::string_view name, std::int32_t value) {
-        Add(name, IntType, "").valactual = NewBlock(value);
-        return *this;
-    }
     ParameterList& Text(std::string_view name, std::string_view value,
                         std::int32_t type = StringType) {
         Add(name, type, value);

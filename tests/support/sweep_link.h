@@ -5,7 +5,6 @@
 #include <vector>
 
 #include "kernel/sweep_settings.h"
-#include "kernel/symbols.h"
 #include "support/small_link.h"
 
 namespace photrak {
@@ -41,16 +40,6 @@ struct SweepLink : SmallLink {
         AskForScan(Options());
         return Run();
     }
-    /// Symbols and order, as a run makes them.
-    RunOrder Prepare() {
-        RunOrder order;
-        NodeSet nodes;
-        EXPECT_EQ(BuildSymbolTable(*workspace, errorText), Status::Success) << errorText;
-        EXPECT_EQ(OrderWorkspace(*workspace, order, nodes, errorText), Status::Success)
-            << errorText;
-        return order;
-    }
-
     /// How often each component ran, in the order of `names`.
     std::vector<long> RunsOf(const std::vector<std::string>& names) const {
         std::vector<long> counts;
