@@ -1,6 +1,7 @@
 // The command line program: finds the command and its options, and turns the rest over to it.
 
 #include <algorithm>
+#include <cstdio>
 #include <exception>
 #include <filesystem>
 #include <new>
@@ -110,12 +111,19 @@ int Main(const std::vector<std::string>& arguments) {
     return BadUsage(Concat("unknown command '", word, "'"));
 }
 
+/// A listing that does not arrive is no success.
+int Finished(int status) {
+    if (std::fflush(stdout) == 0 && !std::ferror(stdout)) return status;
+    Report("error", "standard output could not be written");
+    return status == exitStatus::success ? exitStatus::failed : status;
+}
+
 }  // namespace
 }  // namespace photrak
 
 int main(int argc, char** argv) {
     try {
-        return photrak::Main({argv + 1, argv + argc});
+        return photrak::Finished(photrak::Main({argv + 1, argv + argc}));
     } catch (const std::bad_alloc&) {
         photrak::Report("error", "out of memory");
     } catch (const std::exception& failure) {

@@ -1,5 +1,6 @@
 #include "photrak/session.h"
 
+#include <algorithm>
 #include <filesystem>
 
 #include "base/log.h"
@@ -7,6 +8,7 @@
 #include "files/catalogue.h"
 #include "files/topology.h"
 #include "kernel/graph.h"
+#include "kernel/result_names.h"
 #include "models/dispatch.h"
 #include "photrak/console.h"
 
@@ -70,6 +72,19 @@ void ApplySymbols(Workspace& workspace, const CommandOptions& options) {
             AddVariable(workspace, name, DoubleType, value);
         }
     }
+}
+
+Status ListResultFiles() {
+    for (const std::string& name : ResultFiles()) WriteOut(Concat(name, "\n"));
+    constexpr std::size_t most = 10;  // a full disk fails every point of a scan alike
+    const std::vector<std::string>& failed = FailedResultFiles();
+    for (std::size_t i = 0; i < std::min(failed.size(), most); ++i) {
+        Report("warning", Concat("could not write all of '", failed[i], "'"));
+    }
+    if (failed.size() > most) {
+        Report("warning", Concat("nor of ", failed.size() - most, " more result files"));
+    }
+    return failed.empty() ? Status::Success : Status::Warning;
 }
 
 }  // namespace photrak

@@ -32,5 +32,8 @@ bool EnterDirectory(Session& session, const std::string& path);
 bool OpenTopology(Session& session, const CommandOptions& options, Status& loaded);
 /// Declares the symbols of --set as variables of the workspace, over those of the file.
 void ApplySymbols(Workspace& workspace, const CommandOptions& options);
+/// Lists the result files that were written, and warns of those that could not be, as when the disk
+/// is full. The status of that: Success or Warning.
+Status ListResultFiles();
 
 }  // namespace photrak

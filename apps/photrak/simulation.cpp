@@ -32,10 +32,9 @@ std::string FailureText(const std::string& file, const std::string& component) {
                   "; see log.txt beside the topology");
 }
 
-/// The files that the run wrote, then what its testers found last.
-void TellResults() {
+/// What the testers of the run found last.
+void TellReadings() {
     constexpr int digits = 3;
-    for (const std::string& name : ResultFiles()) WriteOut(Concat(name, "\n"));
     for (const BerReading& reading : BerReport()) {
         WriteOut(Concat("BER ", reading.component, ": ", FormatSignificant(reading.BER, digits),
                         "  Q: ", FormatSignificant(reading.Q, digits), "\n"));
@@ -44,7 +43,8 @@ void TellResults() {
 
 int Conclude(Status status, bool warned, const Session& session, const ConsoleMessages& messages,
              const CommandOptions& options) {
-    TellResults();
+    warned = ListResultFiles() != Status::Success || warned;
+    TellReadings();
     if (status == Status::Error) {
         const std::string& text = session.workspace->errorText;
         Report("error", text.empty() ? messages.ErrorText() : InterpretPercent(text));

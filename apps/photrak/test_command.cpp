@@ -25,11 +25,12 @@ Component* FindTestable(const Session& session, const CommandOptions& options) {
     return nullptr;
 }
 
-void TellFiles(const CommandOptions& options, Status status) {
-    for (const std::string& name : ResultFiles()) WriteOut(Concat(name, "\n"));
+/// The plots; a test that draws none (a user model's) says that it went well.
+Status TellFiles(const CommandOptions& options, Status status) {
     if (status == Status::Success && ResultFiles().empty() && !options.quiet) {
         WriteOut(Concat(options.component, ": no faults\n"));
     }
+    return ListResultFiles();
 }
 
 }  // namespace
@@ -53,7 +54,7 @@ int TestCommand(const CommandOptions& options) {
     std::string text;
     const Status tested = TestComponent(*component, workspace, session.userModels, text);
     MergeStatus(status, tested);
-    TellFiles(options, tested);
+    MergeStatus(status, TellFiles(options, tested));
     Report(tested == Status::Error ? "error" : "warning", text);
     if (status == Status::Error) return exitStatus::failed;
     return status == Status::Warning && options.strict ? exitStatus::warnings : exitStatus::success;

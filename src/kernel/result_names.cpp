@@ -11,18 +11,27 @@
 namespace photrak {
 namespace {
 
-struct WrittenFiles {
-    std::vector<std::string> names;         // in order of first writing
+struct FileNames {
+    std::vector<std::string> names;         // each once, in the order in which they came
     std::unordered_set<std::string> known;  // the same, for the search
+
+    void Add(const std::string& name) {
+        if (known.insert(name).second) names.push_back(name);
+    }
 };
 
 bool IsControl(char c) {
     return static_cast<unsigned char>(c) < ' ' || c == '\x7f';
 }
 
-WrittenFiles& Written() {
-    static WrittenFiles written;
+FileNames& Written() {
+    static FileNames written;
     return written;
+}
+
+FileNames& Failed() {
+    static FileNames failed;
+    return failed;
 }
 
 bool WriteAllowed(const std::string& name, std::string_view content,
@@ -36,9 +45,9 @@ bool WriteAllowed(const std::string& name, std::string_view content,
                             shown == name ? "\n" : " or holds control characters\n");
         return false;
     }
-    if (!write(name, content)) return false;
-    if (Written().known.insert(name).second) Written().names.push_back(name);
-    return true;
+    const bool written = write(name, content);
+    (written ? Written() : Failed()).Add(name);
+    return written;
 }
 
 }  // namespace
@@ -87,8 +96,13 @@ const std::vector<std::string>& ResultFiles() {
     return Written().names;
 }
 
+const std::vector<std::string>& FailedResultFiles() {
+    return Failed().names;
+}
+
 void ResetResultFiles() {
     Written() = {};
+    Failed() = {};
 }
 
 }  // namespace photrak

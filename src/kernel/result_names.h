@@ -17,8 +17,8 @@ std::string ResultStem(const SimOptions& options, std::string_view root);
 /// True if a result may be written under this name: not empty, not absolute, no "..",
 /// no control characters.
 bool IsAllowedResultName(std::string_view name);
-/// Writes a result file and records its name. False (nothing recorded) if the name is not allowed
-/// or the file cannot be written; a refused name appends an error to `errorText`.
+/// Writes a result file and records its name. False if the name is not allowed, which appends an
+/// error to `errorText`, or the file cannot be written.
 bool WriteResultFile(const std::string& name, std::string_view content, std::string& errorText);
 /// The same behind what the file already holds.
 bool AppendResultFile(const std::string& name, std::string_view content, std::string& errorText);
@@ -26,6 +26,8 @@ bool AppendResultFile(const std::string& name, std::string_view content, std::st
 /// Names of the files written since the last ResetResultFiles, each once, in order of first
 /// writing.
 const std::vector<std::string>& ResultFiles();
+/// Names of those that could not be written, likewise: no writer tells of a failing disk.
+const std::vector<std::string>& FailedResultFiles();
 void ResetResultFiles();
 
 }  // namespace photrak

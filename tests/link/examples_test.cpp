@@ -49,6 +49,16 @@ TEST_F(Examples, NoPlottingWritesNoResults) {
     EXPECT_FALSE(std::filesystem::exists("first-bits.pcs"));
 }
 
+TEST_F(Examples, AFullDiskIsTold) {
+    std::filesystem::create_symlink("/dev/full", "first-bits_bin.sig");
+    const ProgramResult result = Photrak("run --no-commands --strict first-bits.top");
+    EXPECT_EQ(result.status, 2);
+    EXPECT_NE(result.error.find("could not write all of 'first-bits_bin.sig'"), std::string::npos)
+        << result.error;
+    EXPECT_EQ(result.out.find("first-bits_bin.sig"), std::string::npos);
+    EXPECT_EQ(RunProgram("sh -c '" PHOTRAK_BINARY_DIR "/bin/photrak models >/dev/full'").status, 1);
+}
+
 TEST_F(Examples, TheViewerGetsTheCommandFileAsOneWord) {
     WriteText("viewer", "#!/bin/sh\nprintf '%s|' \"$@\" >viewed.tmp && mv viewed.tmp viewed\n");
     std::filesystem::permissions("viewer", std::filesystem::perms::owner_all);

@@ -120,8 +120,7 @@ TEST_F(BerTesterTest, RefusesMoreResultsThanItKeeps) {
     Runs(2'000'000'000);
     EXPECT_EQ(Pass(1, 1, 1, 3), Status::Error);
     EXPECT_EQ(message,
-              "ERROR: component 'ber': 2e+27 results of a scan are too many to keep, at most "
-              "10000000\n");
+              "ERROR: component 'ber': a scan with more than 10000000 results is not kept\n");
     EXPECT_EQ(block.component.modelState, nullptr);
 }
 

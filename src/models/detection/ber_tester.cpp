@@ -245,7 +245,7 @@ Status MakeBerResults(const SimOptions& options, const SymbolTable& symbols, std
                          static_cast<double>(results.SlotsPerPoint());
     if (slots > static_cast<double>(maxBerSlots)) {
         return RefuseComponent(
-            owner, Concat(slots, " results of a scan are too many to keep, at most ", maxBerSlots),
+            owner, Concat("a scan with more than ", maxBerSlots, " results is not kept"),
             errorText);
     }
     results.BER.assign(static_cast<std::size_t>(slots), notComputed);

@@ -205,7 +205,7 @@ void MeasureEye(const EyeLids& lids, EyeResult& eye) {
         sum += upper[i] - lower[i];
         moment += i * (upper[i] - lower[i]);
     }
-    eye.decisionIndex = static_cast<std::uint32_t>(moment / sum + 0.5);  // centroid of the opening
+    eye.decisionIndex = static_cast<std::uint32_t>(std::lround(moment / sum));  // centroid
     const std::uint32_t at = eye.decisionIndex;
     eye.eyeOpening = upper[at] - lower[at];
     eye.decisionLevel = (upper[at] + lower[at]) / 2.0;
