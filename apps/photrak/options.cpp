@@ -167,7 +167,7 @@ std::optional<std::string> ParseOptions(const std::vector<std::string>& argument
         } else if (equals != std::string::npos) {
             return Concat("option '", name, "' takes no value");
         }
-        if (const Problem problem = option->apply(options, value)) return problem;
+        if (Problem problem = option->apply(options, value)) return problem;
     }
     return {};
 }

@@ -92,7 +92,7 @@ long WalkOffShift(double startTime, double firstStartTime, double tStep, long po
     const double n = static_cast<double>(points);
     const double turned = steps - n * std::floor(steps / n);
     if (!std::isfinite(turned)) return 0;
-    const long shift = static_cast<long>(turned + 0.5);
+    const long shift = std::lround(turned);
     return startTime < firstStartTime ? -shift : shift;
 }
 
