@@ -1,6 +1,8 @@
 // Aligned memory on top of the program's one allocator.
 #include "numeric/simd_array.h"
 
+#include <memory>
+
 #include "base/escape.h"
 
 namespace photrak {
@@ -10,8 +12,9 @@ AlignedDoubles::AlignedDoubles(std::size_t count) : size_(count) {
     if (count < (SIZE_MAX - line) / sizeof(double))
         block_.reset(Allocate(count * sizeof(double) + line));
     if (!block_) NumericFailure("Insufficient memory for the arrays of a Fourier transform");
-    const auto address = reinterpret_cast<std::uintptr_t>(block_.get());
-    data_ = reinterpret_cast<double*>((address + line - 1) / line * line);
+    void* start = block_.get();
+    std::size_t room = count * sizeof(double) + line;
+    data_ = static_cast<double*>(std::align(line, count * sizeof(double), start, room));
 }
 
 namespace {

@@ -96,7 +96,8 @@ class Painter {
   private:
     bool IsOne(std::int32_t k) const { return bits_.bitSequence[k] == 1; }
     double Center(std::int32_t k) const {
-        return static_cast<double>(std::int64_t{k - 1} * samplesPerBit_ + samplesPerBit_ / 2);
+        const std::int32_t half = samplesPerBit_ / 2;  // a whole number of samples
+        return static_cast<double>(std::int64_t{k - 1} * samplesPerBit_ + half);
     }
     double DrawJitter() const { return jitter_ * ClippedGaussianRandom(&jitterSeed); }
 

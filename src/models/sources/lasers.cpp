@@ -216,7 +216,8 @@ void FillPulses(const ModeLockedLaserParams& params, const PulseShape& shape, co
                 OpSig& channel) {
     const bool single = params.pattern == "Single";
     const double period = 1.0 / params.repRate;
-    double center = single ? (channel.noPoints / 2) * channel.tStep : 0.5 * period;
+    const std::int32_t middle = channel.noPoints / 2;
+    double center = single ? middle * channel.tStep : 0.5 * period;
     double slotEnd = center + 0.5 * period;
     double phase = single ? 0.0 : 0.5 * params.phaseShift;
     double t = 0.0;
