@@ -30,7 +30,6 @@ TEST_F(ExternalCommands, ProgramsAndTheirArguments) {
         {{}, plot, {"vistrax", "/v", "@a b.pcs"}},
         {{}, launch, {"vistrax", "@a b.pcs"}},
         {{}, edit, {"notepad", "a b.txt"}},
-        {{{"PLOTCMD", " "}, {"EDITOR", ""}}, plot, {"vistrax", "/v", "@a b.pcs"}},
         {{{"PLOTCMD", "view -x"}},
          plot,
          {"/bin/sh", "-c", "view -x \"$@\"", "/bin/sh", "@a b.pcs"}},
@@ -47,28 +46,6 @@ TEST_F(ExternalCommands, ProgramsAndTheirArguments) {
         EXPECT_EQ(host.commands[0].arguments, row.arguments);
         EXPECT_FALSE(host.commands[0].waited);
     }
-}
-
-TEST_F(ExternalCommands, ResultTellsOnlyWhetherTheProcessStarted) {
-    host.startResult = -1;
-    EXPECT_EQ(Spawn("x", {}, Wait::No), -1);
-    const struct { int exitStatus, result; } rows[] = {{0, 0}, {3, 0}, {-1, -1}};
-    for (const auto& row : rows) {
-        host.waitResult = row.exitStatus;
-        EXPECT_EQ(Spawn("x", {}, Wait::Yes), row.result);
-        EXPECT_TRUE(host.commands.back().waited);
-    }
-}
-
-TEST_F(ExternalCommands, WindowKeyOfTheProfileIsReadOnce) {
-    Spawn("x", {}, Wait::Yes);
-    EXPECT_EQ(host.commands.back().state, WindowState::Hidden);
-    host.profile[{"PHOTRAK", "CommandShowWindow"}] = 1;
-    Spawn("x", {}, Wait::Yes);
-    EXPECT_EQ(host.commands.back().state, WindowState::Hidden);
-    ResetExternalCommands();
-    RunEditor("x", Wait::Yes);
-    EXPECT_EQ(host.commands.back().state, WindowState::Normal);
 }
 
 TEST_F(ExternalCommands, NothingStartsWhenRefused) {
