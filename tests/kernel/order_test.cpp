@@ -50,21 +50,6 @@ TEST(RunOrder, RunsPlotsRightBehindWhatFeedsThem) {
     EXPECT_EQ(Order(link).names, (Names{"source", "plot", "step", "last", "wide"}));
 }
 
-TEST(LoopLevels, CountOpenLoopsOnTheDeepestWay) {
-    SmallLink link;
-    link.LoopModels();
-    link.Draw(
-        "Source source > LoopBeginBlock outer > LoopBeginBlock inner > Join body > "
-        "LoopEndBlock innerEnd > LoopEndBlock outerEnd > Sink sink\n"
-        "source > body.2\nStep island");
-    std::string text;
-    ASSERT_EQ(AssignLevels(*link.workspace, text), Status::Success);
-    const std::pair<const char*, std::int32_t> expected[] = {
-        {"source", 0},   {"outer", 0},    {"inner", 1}, {"body", 2},
-        {"innerEnd", 2}, {"outerEnd", 1}, {"sink", 0},  {"island", levelNotReached}};
-    for (const auto& [name, level] : expected) EXPECT_EQ(link[name].level, level) << name;
-}
-
 TEST(LoopInputs, ComeBackFirstThenFromOutsideThenFromInside) {
     SmallLink link;
     link.LoopModels(6);
@@ -139,19 +124,6 @@ TEST(RunOrder, NamesAComponentOfAWiredCycle) {
                   std::string::npos)
             << result.text;
     }
-}
-
-TEST(RunOrder, NamesAComponentWhosePortStandsOnNoNode) {
-    SmallLink link;
-    Component& source = link.Add("Source", "source");
-    Component* join =
-        CreateComponent("join", "Join", 0, 0, link.workspace->components, link.catalogue);
-    Component& sink = link.Add("Sink", "sink");
-    AttachInput(*join, 1, source.outputs[0].node->number, *link.workspace);
-    AttachOutput(*join, 1, sink.inputs[0].node->number, *link.workspace);
-    const Ordered result = Order(link);
-    EXPECT_EQ(result.status, Status::Error);
-    EXPECT_EQ(result.text, "ERROR: input 2 of component 'join' stands on no node\n");
 }
 
 }  // namespace
