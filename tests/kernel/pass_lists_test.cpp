@@ -3,7 +3,6 @@
 #include "kernel/pass_lists.h"
 
 #include <random>
-#include <set>
 
 #include "kernel/symbols.h"
 #include "support/sweep_link.h"
@@ -14,8 +13,6 @@ namespace {
 using Names = std::vector<std::string>;
 
 struct PassListLink : SweepLink {
-    using SweepLink::SweepLink;
-
     /// The names in the list of what depends on a symbol.
     Names DependOn(const std::string& name) {
         RunOrder order;
@@ -66,44 +63,6 @@ TEST(PassList, HoldsWhatIsFedOnceAndInOrder) {
         "source > Step plain > Sink elsewhere\nplain > join.2\nswept > Sink plot");
     SetText(&link.GiveNumber(link["swept"], "number", "1").ISTDDEV, "x");
     EXPECT_EQ(link.DependOn("x"), (Names{"swept", "plot", "join", "sink"}));
-}
-
-/// The loop runs as a whole, with its plot, and so does what feeds its end: the end block takes the
-/// signals off its input nodes at each repetition. What feeds the middle stays.
-TEST(PassList, TakesALoopAsAWholeAndWhatFeedsItsEnd) {
-    PassListLink link(/*loopPorts=*/2);
-    link.Draw(
-        "Source source > LoopBeginBlock begin > Step first > Join join > Step second > "
-        "LoopEndBlock end > Sink sink\n"
-        "end.2 > Sink last\nfirst > Sink plot\nSource other > Step side > join.2\n"
-        "source > begin.2\nSource feeder > end.2");
-    const std::pair<const char*, const char*> numbers[] = {
-        {"first", "a"}, {"second", "b"}, {"side", "c"}, {"source", "d"}};
-    for (const auto& [name, number] : numbers) link.GiveNumber(link[name], "number", number);
-
-    const std::pair<const char*, Names> rows[] = {
-        {"a", {}}, {"b", {}}, {"c", {"side"}}, {"d", {"source"}}};
-    for (const auto& [symbol, more] : rows) {
-        std::set<std::string> expected = {"begin", "end",  "feeder", "first", "join",
-                                          "last",  "plot", "second", "sink"};
-        expected.insert(more.begin(), more.end());
-        const Names names = link.DependOn(symbol);
-        EXPECT_EQ(std::set<std::string>(names.begin(), names.end()), expected) << symbol;
-        EXPECT_EQ(names.size(), expected.size()) << symbol;
-    }
-}
-
-/// Chains of any length and nodes with any number of wires, in time that grows with them.
-TEST(PassList, ManagesLongChainsAndWideNodes) {
-    PassListLink link;
-    constexpr int length = 3000;
-    std::string diagram = "Source source > LoopBeginBlock begin";
-    for (int i = 0; i < length; ++i) AppendPiece(diagram, Concat(" > Step s", i));
-    diagram += " > LoopEndBlock end > Sink sink";
-    for (int i = 0; i < length; ++i) AppendPiece(diagram, Concat("\nbegin > Sink p", i));
-    link.Draw(diagram);
-    link.GiveNumber(link["s1500"], "number", "x");
-    EXPECT_EQ(link.DependOn("x").size(), static_cast<std::size_t>(2 * length + 3));
 }
 
 /// A diagram grown by chance: steps, joins, loops in a row and in each other, plots anywhere.
