@@ -4,7 +4,6 @@
 #include <bit>
 #include <iterator>
 
-#include "base/memory.h"
 #include "kernel/signals.h"
 #include "numeric/fft.h"
 #include "support/recording_host.h"
@@ -55,16 +54,6 @@ TEST(SupportTable, EntriesStandInTheOrderOfTheContract) {
             EXPECT_EQ(row.entries[i], places[i].entry);
         }
     }
-}
-
-TEST(SupportTable, GivesZeroedMemory) {
-    void* place = nullptr;
-    ASSERT_EQ(SupportTable().Allocate(&place, 4096), 0);
-    const OwnedBlock<unsigned char> block(static_cast<unsigned char*>(place));
-    for (int i = 0; i < 4096; ++i) ASSERT_EQ(block.get()[i], 0);
-    EXPECT_EQ(SupportTable().Allocate(&place, ~std::size_t{0}), 1);
-    EXPECT_EQ(place, nullptr);
-    EXPECT_EQ(SupportTable().Allocate(nullptr, 1), 1);
 }
 
 TEST(SupportTable, TransformThatFailsDoesNotUnwindTheLibrary) {
