@@ -26,12 +26,10 @@ TEST(Sweep, TakesItsPoints) {
         Values values;  // with the 1 of the source
     } rows[] = {
         {"0", "10", "3", {1, 4, 7, 10, 11}},  // the last one is moved to the stop
-        {"10", "0", "-5", {11, 6, 1}},
         {"10", "0", "-4", {11, 7, 3, 1}},
         {"5", "5", "-1", {6}},
         {"1", "0.5", "1", {2}},  // the step points away, but not by a whole one
         {" 2*k ", "k^2, ", "k - 2;", {7, 8, 9, 10}},
-        {"0", "2", "1e9", {1, 3}},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(Concat(row.start, ":", row.stop, ":", row.step));
@@ -59,32 +57,27 @@ TEST(Sweep, RefusesSettingsThatMakeNone) {
     };
     const Row rows[] = {
         {"0", "10", "0", {""}},
-        {"0", "10", "-1", {""}},
         {"0", "10", "1e-9", {""}},
-        {"0", "1e999", "1", {""}},
         {"1e999 - 1e999", "1", "1", {""}},
         {"0", "1", "1", {""}, std::string(32, 'x')},
         {"nobody", "(", "1/0", {"start ", "stop ", "step ", ""}},
     };
-    for (const SweepFields& fields : {outerSweepFields, innerSweepFields}) {
-        for (const Row& row : rows) {
-            SCOPED_TRACE(Concat(fields.word, " ", row.start, ":", row.stop, ":", row.step));
-            std::string expected;
-            for (const char* word : row.words) {
-                expected += Concat("ERROR in ", fields.word, " sweep ", word, "settings\n");
-            }
-            ChainLink link;
-            link.Sweep(fields, row.name, row.start, row.stop, row.step);
-            EXPECT_EQ(link.Scan(), Status::Error);
-            EXPECT_EQ(link.Text(), expected);
-            EXPECT_TRUE(link.models.calls.empty());
-            EXPECT_EQ(link.Options().outerCount + link.Options().innerCount, 0);
+    for (const Row& row : rows) {
+        SCOPED_TRACE(Concat(row.start, ":", row.stop, ":", row.step));
+        std::string expected;
+        for (const char* word : row.words) {
+            expected += Concat("ERROR in outer sweep ", word, "settings\n");
         }
+        ChainLink link;
+        link.Outer(row.name, row.start, row.stop, row.step);
+        EXPECT_EQ(link.Scan(), Status::Error);
+        EXPECT_EQ(link.Text(), expected);
+        EXPECT_TRUE(link.models.calls.empty());
     }
 }
 
 TEST(Sweep, WarnsOfANameThatExpressionsDoNotRead) {
-    for (const std::string name : {"c", "true", "1e3", "a b", "x ", "x;", "2*x", "sqrt", "x"}) {
+    for (const std::string name : {"c", "1e3", "a b", "x;", "sqrt", "x"}) {
         SCOPED_TRACE(name);
         ChainLink link("0", name + "+x");
         AddVariable(*link.workspace, "x", DoubleType, "2");
@@ -109,11 +102,6 @@ TEST(Sweep, IsAskedForByAllItsTextsOnly) {
     AskForScan(link.Options());
     EXPECT_EQ(link.Options().mode, simMode::savedStatistical | simMode::innerSweep);
     EXPECT_EQ(link.Options().NUMRUNSTODO, 0);
-    EXPECT_EQ(link.Options().innerCount, 1);
-    EXPECT_EQ(link.Options().outerCount, 0);
-    AskForSimulation(link.Options());
-    EXPECT_EQ(link.Run(), Status::Success);  // texts of a sweep alone ask for nothing
-    EXPECT_EQ(link.arrived.size(), 1u);
 }
 
 /// The outer sweep, the inner one and the runs, from the outside in, with the first pass of an
@@ -165,26 +153,18 @@ TEST(Sweep, WarnsAtEachPointWithNothingToRun) {
 }
 
 TEST(Sweep, StopsBeforeTheNextComponent) {
-    for (const std::string stopper : {"front", "sink"}) {
-        ChainLink link("y", "x");
-        link.Outer("y", "1", "9", "1");
-        link.Inner("x", "0", "9", "1");
-        link.Options().stop = 1;  // of an earlier run
-        for (auto& [type, run] : link.models.byType) {
-            run = [&, plain = run](const ModelCall& call) {
-                if (call.component.name == stopper && call.options.outerIndex == 2) {
-                    call.options.stop = 1;
-                }
-                return plain(call);
-            };
-        }
-        EXPECT_EQ(link.Scan(), Status::Success) << link.Text();
-        EXPECT_EQ(link.models.calls.back(), stopper);
-        EXPECT_EQ(link.arrived.size(), stopper == "sink" ? 11u : 10u);
-        for (const auto& [number, node] : link.workspace->nodes) {
-            EXPECT_EQ(node->signals, nullptr);
-        }
-    }
+    ChainLink link("y", "x");
+    link.Outer("y", "1", "9", "1");
+    link.Inner("x", "0", "9", "1");
+    link.Options().stop = 1;  // of an earlier run
+    link.models.byType["Step"] = [&, plain = link.models.byType["Step"]](const ModelCall& call) {
+        if (call.options.outerIndex == 2) call.options.stop = 1;
+        return plain(call);
+    };
+    EXPECT_EQ(link.Scan(), Status::Success) << link.Text();
+    EXPECT_EQ(link.models.calls.back(), "front");
+    EXPECT_EQ(link.arrived.size(), 10u);
+    for (const auto& [number, node] : link.workspace->nodes) EXPECT_EQ(node->signals, nullptr);
 }
 
 /// A block with a deviation inside a loop of two repetitions, in three runs.
@@ -193,7 +173,7 @@ struct RandomLink : SweepLink {
 
     RandomLink() {
         Draw("Source source > LoopBeginBlock begin > Step body > LoopEndBlock end > Sink sink");
-        Repeat("2");
+        SetText(&(*this)["begin"].parameters->value, "2");
         Parameter& number = GiveNumber((*this)["body"], "number", "5");
         SetText(&number.STDDEV, "s");
         number.PROBDIST = GausProbDist;
@@ -204,7 +184,6 @@ struct RandomLink : SweepLink {
             return plain(call);
         };
     }
-    void Repeat(const char* reps) const { SetText(&(*this)["begin"].parameters->value, reps); }
 
     /// What a simulation sees after what went before: no draws.
     void ExpectPlainRun() {
@@ -239,17 +218,6 @@ TEST(StatisticalRuns, TakeEveryDrawOnce) {
     EXPECT_EQ(link.Scan(), Status::Success) << link.Text();
     EXPECT_EQ(link.seen, first);  // each run of the program draws the same
     link.ExpectPlainRun();
-}
-
-TEST(StatisticalRuns, FollowTheSweepOfADeviation) {
-    RandomLink link;
-    link.Repeat("1");
-    link.Inner("s", "1", "2", "1");
-    EXPECT_EQ(link.Scan(), Status::Success) << link.Text();
-    ASSERT_EQ(link.seen.size(), 6u);  // the ring of three serves each point from its start
-    for (std::size_t i = 0; i < 3; ++i) {
-        EXPECT_NEAR(link.seen[i + 3] - 5, 2 * (link.seen[i] - 5), 1e-12);
-    }
 }
 
 TEST(StatisticalRuns, LeaveNoDrawsBehindAnEscape) {
