@@ -49,18 +49,6 @@ TEST_F(Symbols, FindsEachOfAFullTable) {
     }
 }
 
-TEST_F(Symbols, ReplacesWithoutGrowing) {
-    EXPECT_TRUE(SymbolInsert(table, "x", 0, "y+1"));
-    EXPECT_TRUE(SymbolInsert(table, "X", 1, ""));
-    EXPECT_TRUE(SymbolSetValue(table, "x", 5));
-    EXPECT_EQ(table.count, 2);
-    Symbol found;
-    EXPECT_TRUE(SymbolLookup(table, "x", &found));
-    EXPECT_EQ(std::pair(found.value, std::string(found.text)), std::pair(5.0, std::string()));
-    EXPECT_FALSE(SymbolLookup(table, "y", &found));
-    EXPECT_EQ(std::pair(found.value, std::string(found.name)), std::pair(0.0, std::string()));
-}
-
 TEST_F(Symbols, RefusesWhatDoesNotFit) {
     EXPECT_TRUE(SymbolInsert(table, std::string(31, 'n'), 1, std::string(79, '1')));
     EXPECT_FALSE(SymbolInsert(table, std::string(32, 'n'), 1, ""));
@@ -68,9 +56,6 @@ TEST_F(Symbols, RefusesWhatDoesNotFit) {
     EXPECT_FALSE(SymbolSetValue(table, std::string_view("a\0b", 3), 1));
     EXPECT_EQ(table.count, 1);
     EXPECT_EQ(FindSymbol(table, std::string(31, 'n'))->text, std::string(79, '1'));
-    SymbolTable none;
-    EXPECT_FALSE(SymbolSetValue(none, "x", 1));
-    EXPECT_FALSE(SymbolLookup(none, "x", nullptr));
 }
 
 class BuiltTable : public ::testing::Test {
@@ -99,16 +84,6 @@ TEST_F(BuiltTable, KeepsTheFirstOfANameAsAValueOrAText) {
         EXPECT_STREQ(FindSymbol(workspace.symbols, "span")->text, "80e3*2");
         EXPECT_EQ(FindSymbol(workspace.symbols, "empty")->value, 0.0);
     }
-}
-
-TEST_F(BuiltTable, LeavesOutWhatDoesNotFitWithAWarning) {
-    Declare("long", std::string(79, '1') + "+1");
-    Declare("longNumber", std::string(100, '1'));
-    EXPECT_EQ(BuildSymbolTable(workspace, text), Status::Warning);
-    EXPECT_EQ(
-        text,
-        "WARNING: variable 'long' is left out: a name may have 31 characters, its value 79\n");
-    EXPECT_EQ(workspace.symbols.count, 1);
 }
 
 TEST_F(BuiltTable, TooManyVariablesEndTheRun) {
