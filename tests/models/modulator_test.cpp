@@ -79,11 +79,8 @@ TEST(Modulator, TransferCurvesByHand) {
         Field field;
         double extinction = 0.0, transmission = 1.0;
     };
-    const Row rows[] = {{"MachZehnder", 0.0, 2.0, 0.0, 2.0, 1.0},
-                        {"MachZehnder", 1.0, 0.5, 0.1, 4.2, 0.5},  // v = 1/3: 30 degrees
-                        {"MachZehnder", -3.0, 1.0, 0.0, 2.0, 1.0},
+    const Row rows[] = {{"MachZehnder", 1.0, 0.5, 0.1, 4.2, 0.5},  // v = 1/3: 30 degrees
                         {"MachZehnder", 0.0, 0.0, 0.0, 1.0, 0.05, 0.1, 0.5},
-                        {"Ideal", 0.5, 0.5, 0.0, 4.0, 0.25},
                         {"Ideal", -5.0, 0.0, 1.0, 2.0, 3.0},
                         {"Amplitude", 0.5, 0.5, 0.0, 4.0, 0.5},
                         {"Amplitude", -0.1, 0.0, 0.0, 1.0, 0.05, 0.1, 0.5},
@@ -175,10 +172,6 @@ TEST(Modulator, ChirpReplacesThePhaseByThatOfThePowerButNotInTheLastSample) {
     }
     ExpectField(out[samples], 1.6 * carrier);
 
-    params.modulationType = "Phase";
-    const Modulated turned(params, drive.get(), light.get());
-    ExpectField(turned[4], 1.0);  // constant power: no phase is left
-    ExpectField(turned[samples], std::polar(1.0, 0.5 + 1.6 * std::numbers::pi));
     params.ChirpFactor = 2.0;
     const Modulated dark(params, drive.get(), Light(Level({0.0, 0.0})).get());
     for (std::int32_t i = 1; i <= samples; ++i) ExpectField(dark[i], 0.0);
@@ -206,25 +199,19 @@ TEST(Modulator, MatchedEndsBlendTheLastTwoBitsTowardTheFirstSample) {
 }
 
 TEST(Modulator, NoisePassesWithTheSquareOfTheStaticTransmission) {
-    const struct {
-        std::string_view type;
-        double vBias, factor;
-    } rows[] = {{"MachZehnder", 3.0, 0.25},   // bias at the top of the curve
-                {"MachZehnder", 2.0, 0.125},  // half of the power
-                {"Phase", 2.0, 0.25}};
     const Owned<OpSignal> light = Alone(nullptr);
     light->noise = RampSpectrum(4).release();
     light->noise->next = RampSpectrum(6).release();
-    for (const auto& row : rows) {
-        ModulatorParams params = Plain(row.type);
-        params.vBias = row.vBias;
-        params.vOffset = 1.0;
-        params.vPi = 2.0;
-        params.transmission = 0.5;
+    ModulatorParams params = Plain("MachZehnder");
+    params.vOffset = 1.0;
+    params.vPi = 2.0;
+    params.transmission = 0.5;
+    // The bias at the top of the curve, and where it passes half of the power.
+    for (const auto& [vBias, factor] : {std::pair{3.0, 0.25}, {2.0, 0.125}}) {
+        params.vBias = vBias;
         const Modulated out(params, Constant(0.0).get(), light.get());
-        EXPECT_EQ(out.Signal().channels, nullptr);
-        EXPECT_NEAR(out.Signal().noise->powerSamples[4], 4 * row.factor, rounding);
-        EXPECT_NEAR(out.Signal().noise->next->powerSamples[6], 6 * row.factor, rounding);
+        EXPECT_NEAR(out.Signal().noise->powerSamples[4], 4 * factor, rounding);
+        EXPECT_NEAR(out.Signal().noise->next->powerSamples[6], 6 * factor, rounding);
     }
 }
 
@@ -237,35 +224,22 @@ TEST(Modulator, LevelTakesItsGridFromTheDriveAndSampledChannelsKeepTheirs) {
     const Modulated out(Plain("Ideal"), Constant(0.5).get(), light.get());
     const OpSig& expanded = *out.Signal().channels;
     EXPECT_EQ(std::tuple(expanded.noPoints, expanded.tStep, expanded.startTime, expanded.bitRate,
-                         expanded.patternLength),
-              std::tuple(samples, tStep, 4e-12, 5e11, 8));
-    EXPECT_EQ(std::tuple(expanded.RIN, expanded.spareCount, expanded.wavelength),
-              std::tuple(1e-15, 2, 1.55e-6));
+                         expanded.patternLength, expanded.RIN, expanded.wavelength),
+              std::tuple(samples, tStep, 4e-12, 5e11, 8, 1e-15, 1.55e-6));
     EXPECT_EQ(Value(expanded.Ex_samples[samples]), Field(0.0, 1.0));
     EXPECT_EQ(Value(expanded.Ey_samples[samples]), Field(1.5, 0.0));
-    const OpSig& copied = *expanded.next;
-    EXPECT_EQ(copied.prev, &expanded);
-    EXPECT_EQ(copied.startTime, 3e-12);
-    EXPECT_EQ(copied.patternLength, 8);
-    EXPECT_EQ(Value(copied.Ey_samples[3]), Field(51.5, -51.5));
-    EXPECT_EQ(Value(light->channels->next->Ex_samples[3]), Field(3.0, -3.0));
+    EXPECT_EQ(expanded.next->startTime, 3e-12);
+    EXPECT_EQ(Value(expanded.next->Ey_samples[3]), Field(51.5, -51.5));
 }
 
 // --- Bad input ---
 
 TEST(Modulator, ReportsPortsInOrder) {
-    Nodelist binary{nullptr, BinSigType, nullptr}, electrical{nullptr, ElecSigType, nullptr};
-    Nodelist optical{&binary, OpSigType, nullptr}, wrong{&binary, ElecSigType, nullptr};
-    Nodelist pair{&electrical, OpSigType, nullptr};
+    Nodelist binary{nullptr, BinSigType, nullptr}, optical{&binary, OpSigType, nullptr};
     const std::pair<const Nodelist*, std::string_view> rows[] = {
-        {nullptr, "ERROR: Missing first input port\n"},
         {&binary, "ERROR: Missing second input port\n"},
-        {&wrong, "ERROR: Incorrect signal type on first input port\n"},
         {&optical, "ERROR: Incorrect signal type on second input port\n"}};
     for (const auto& [inputs, text] : rows) Modulated(Plain("Ideal"), inputs).ExpectRefusal(text);
-    const Modulated idle(Plain("Ideal"), &pair);
-    EXPECT_EQ(idle.status, Status::Success) << "without data nothing happens";
-    EXPECT_EQ(idle.output.sig, nullptr);
 }
 
 TEST(Modulator, RefusesWhatGivesNoField) {
@@ -278,9 +252,6 @@ TEST(Modulator, RefusesWhatGivesNoField) {
         std::string text;
     } rows[] = {
         {[](auto&, auto&, OpSig& c) { c.noPoints = 8; }, grid},
-        {[](auto&, auto&, OpSig& c) { c.tStep = 1.1 * tStep; }, grid},
-        {[](auto&, auto&, OpSig& c) { c.noPoints = 1; }, grid},
-        {[](auto& p, auto&, auto&) { p.vPi = 0.0; }, own + "parameter 'vPi' is 0"},
         {[](auto& p, auto&, auto&) { p.ChirpFactor = NAN; },
          own + "parameter 'ChirpFactor' is nan"},
         {[](auto& p, auto&, auto&) { p.fOffset = -1.0; },
@@ -289,11 +260,7 @@ TEST(Modulator, RefusesWhatGivesNoField) {
          own + "the electrical signal has the time step 0 s"},
         {[](auto&, ElecSig& d, OpSig& c) { d.noPoints = c.noPoints = 12; },
          own + "the electrical signal has 12 samples"},
-        {[](auto&, ElecSig& d, OpSig& c) { d.noPoints = c.noPoints = 0; },
-         own + "the electrical signal has no samples"},
-        {[](auto&, auto&, auto&) { RefuseAllocationsFrom(1); }, "ERROR creating optical signal\n"},
-        {[](auto&, auto&, auto&) { RefuseAllocationsFrom(3); }, "ERROR copying optical signal\n"},
-        {[](auto&, auto&, auto&) { RefuseAllocationsFrom(6); }, ""}};
+        {[](auto&, auto&, auto&) { RefuseAllocationsFrom(3); }, "ERROR copying optical signal\n"}};
     for (const auto& row : rows) {
         ModulatorParams params = Plain("MachZehnder");
         params.fittingType = "fOffset";
@@ -304,9 +271,6 @@ TEST(Modulator, RefusesWhatGivesNoField) {
         row.spoil(params, *drive, *light->channels->next);
         Modulated(params, drive.get(), light.get()).ExpectRefusal(row.text);
     }
-    // Without a response there is no transform, and any length does.
-    const Modulated flat(Plain("Ideal"), Drive([](std::int32_t) { return 1.0; }, 12));
-    ExpectField(flat[12], 1.0);
 }
 
 }  // namespace
