@@ -48,16 +48,16 @@ SignalGeneratorParams Params(std::string driveType, std::int32_t pointsPerBit = 
 }
 
 struct Generated : Outcome {
-    Generated(const SignalGeneratorParams& params, const Nodelist& input) : Outcome(ElecSigType) {
+    Generated(const SignalGeneratorParams& params, const Owned<BinSig>& pattern)
+        : Outcome(ElecSigType) {
+        const Nodelist input{nullptr, BinSigType, pattern.get()};
         status = Signal_Generator(params, &input, &output, text);
     }
-    Generated(const SignalGeneratorParams& params, const Bits& bits)
-        : Generated(params, {nullptr, BinSigType, Pattern(bits).get()}) {}
     const ElecSig& Wave() const { return Made<ElecSig>(); }
 };
 
 Volts Generate(const SignalGeneratorParams& params, const Bits& bits) {
-    const Generated generated(params, bits);
+    const Generated generated(params, Pattern(bits));
     const ElecSig& wave = generated.Wave();
     Volts volts;
     for (std::int32_t i = 1; i <= wave.noPoints; ++i) {
@@ -67,15 +67,9 @@ Volts Generate(const SignalGeneratorParams& params, const Bits& bits) {
     return volts;
 }
 
-/// Patterns that begin and end with every pair of bits, one bit, and two.
-const std::vector<Bits> patterns = {{0, 1, 0, 0, 1, 1, 1, 0, 1, 0},
-                                    {1, 1, 0, 1, 0, 0, 1, 1},
-                                    {1, 0, 1, 1, 0, 0},
-                                    {1, 1, 1, 1},
-                                    {1, 0},
-                                    {0, 1},
-                                    {1},
-                                    {0}};
+/// Patterns that begin and end with every pair of bits, two bits, and one.
+const std::vector<Bits> patterns = {
+    {0, 1, 0, 0, 1, 1, 1, 0, 1, 0}, {1, 1, 0, 1, 0, 0, 1, 1}, {1, 0}, {1}, {0}};
 
 int BitAt(const Bits& bits, double k) {
     const int n = static_cast<int>(bits.size());
@@ -139,15 +133,14 @@ void ExpectShape(const Shape& shape, const Bits& bits, bool returns, bool mirror
 }
 
 TEST(SignalGenerator, PaintsItsShapesRoundTheWholePeriod) {
-    const Shape shapes[] = {
-        {"on_off_ramp", 5, 0.3, 0.45, Ramp},     {"on_off_ramp", 5, 0.45, 0.3, Ramp},
-        {"on_off_ramp", 5, 0.0, 0.3, Ramp},      {"on_off_ramp", 5, 0.0, 0.0, Ramp},
-        {"on_off_ramp", 5, 0.5, 0.5, Ramp},      {"on_off_exp", 0, 0.0, 0.0, Rectangles},
-        {"on_off_exp", 3, 0.0, 0.0, Rectangles}, {"raisedCosine", 5, 0.0, 0.0, RaisedCosines}};
+    const Shape shapes[] = {{"on_off_ramp", 5, 0.3, 0.45, Ramp},
+                            {"on_off_ramp", 5, 0.0, 0.3, Ramp},
+                            {"on_off_ramp", 5, 0.5, 0.5, Ramp},
+                            {"on_off_exp", 1, 0.0, 0.0, Rectangles},
+                            {"raisedCosine", 5, 0.0, 0.0, RaisedCosines}};
     for (const Shape& shape : shapes) {
         for (const Bits& bits : patterns) {
             for (const bool returns : {false, true}) {
-                if (returns && shape.pointsPerBit == 0) continue;
                 ExpectShape(shape, bits, returns, false);
                 if (shape.rise == shape.fall) ExpectShape(shape, bits, returns, true);
             }
@@ -156,16 +149,13 @@ TEST(SignalGenerator, PaintsItsShapesRoundTheWholePeriod) {
 }
 
 TEST(SignalGenerator, KeepsTheAxesOfThePattern) {
-    for (const std::string modulation : {"NRZ", "RZ"}) {
-        SignalGeneratorParams params = Params("raisedCosine");
-        params.filterType = "of a raised cosine it is not looked at";
-        params.modulationType = modulation;
-        const Generated generated(params, {1, 0, 1, 1, 0});
-        const ElecSig& wave = generated.Wave();
-        EXPECT_EQ(std::tuple(wave.bitRate, wave.patternLength, wave.startTime),
-                  std::tuple(1.0 / T, 5, 7e-12));
-        EXPECT_EQ(wave.tStep, 1.0 / (wave.bitRate / 5 * 160)) << "exactly that of a laser";
-    }
+    SignalGeneratorParams params = Params("raisedCosine");
+    params.filterType = "of a raised cosine it is not looked at";
+    const Generated generated(params, Pattern({1, 0, 1, 1, 0}));
+    const ElecSig& wave = generated.Wave();
+    EXPECT_EQ(std::tuple(wave.bitRate, wave.patternLength, wave.startTime),
+              std::tuple(1.0 / T, 5, 7e-12));
+    EXPECT_EQ(wave.tStep, 1.0 / (wave.bitRate / 5 * 160)) << "exactly that of a laser";
 }
 
 class TimeJitter : public testing::Test {
@@ -231,13 +221,8 @@ TEST_F(TimeJitter, ShiftsARaisedCosineAsAWholeTheFirstOneToo) {
 TEST_F(TimeJitter, LeavesNoNotchInARunOfOnes) {
     const Bits bits = {0, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 0, 0, 0};
     for (const char* type : {"on_off_ramp", "on_off_exp", "raisedCosine"}) {
-        for (int repeat = 0; repeat < 20; ++repeat) {
-            const Volts volts = Jittered(type, bits, 0.1 * T);
-            for (std::size_t i = 2 * 128; i < 12 * 128; ++i) ASSERT_EQ(volts[i], 2.5) << type << i;
-            const auto [least, greatest] = std::minmax_element(volts.begin(), volts.end());
-            EXPECT_GE(*least, -0.5);
-            EXPECT_LE(*greatest, 2.5);
-        }
+        const Volts volts = Jittered(type, bits, 0.1 * T);
+        for (std::size_t i = 2 * 128; i < 12 * 128; ++i) ASSERT_EQ(volts[i], 2.5) << type << i;
     }
 }
 
@@ -278,45 +263,30 @@ TEST(DriveFilter, MultipliesTheSpectrumByItsTransferFunction) {
 
 TEST(SignalGenerator, RefusesWhatItCannotGenerate) {
     const struct {
-        std::function<void(SignalGeneratorParams&, BinSig&, Nodelist&)> change;
+        std::function<void(SignalGeneratorParams&, BinSig&)> change;
         std::string_view text;
         Bits bits = {1, 0};
     } rows[] = {
-        {[](auto& p, auto&, auto&) { p.driveType = "on%s"; },
+        {[](auto& p, auto&) { p.driveType = "on%s"; },
          "Error drive pattern type for the signal generator: on%s\n"
          "Allowed types are on_off_exp, on_off_ramp and raisedCosine.\n"},
-        {[](auto& p, auto&, auto&) { p.filterType = "off"; },
+        {[](auto& p, auto&) { p.filterType = "off"; },
          "Error filter pattern type for the signal generator: off\n"
          "Allowed types are 'RingFilter', 'RCFilter' and 'none'.\n"},
-        {[](auto& p, auto&, auto&) { p.modulationType = "RZ", p.pointsPerBit = 0; },
+        {[](auto& p, auto&) { p.modulationType = "RZ", p.pointsPerBit = 0; },
          "two samples for each bit"},
-        {[](auto& p, auto&, auto&) { p.filterType = "RCFilter"; }, "power of two", {1, 0, 1}},
-        {[](auto& p, auto&, auto&) { p.filterType = "RingFilter"; }, "parameter 'f0' is 0"},
-        {[](auto& p, auto&, auto&) { p.filterType = "RingFilter", p.f0 = 5e9; },
+        {[](auto& p, auto&) { p.filterType = "RCFilter"; }, "power of two", {1, 0, 1}},
+        {[](auto& p, auto&) { p.filterType = "RingFilter", p.f0 = 5e9; },
          "the ring filter has no damping"},
-        {[](auto& p, auto&, auto&) { p.pointsPerBit = -1; }, "'pointsPerBit' is -1"},
-        {[](auto& p, auto&, auto&) { p.pointsPerBit = 26; }, "2 bits of 67108864 samples"},
-        {[](auto& p, auto&, auto&) { p.tr = NAN; }, "'tr' is nan"},
-        {[](auto& p, auto&, auto&) { p.tf = 1e300; }, "'tf' is 1e+300"},
-        {[](auto& p, auto&, auto&) { p.timeJitter = 1.0; }, "'timeJitter' is 1;"},
-        {[](auto&, BinSig& b, auto&) { b.bitRate = -1.0; }, "the bit rate of the pattern is -1"},
-        {[](auto&, BinSig& b, auto&) { b.bitRate = HUGE_VAL; },
-         "the bit rate of the pattern is inf"},
-        {[](auto&, BinSig& b, auto&) { b.bitRate = 1e-310; },
-         "the bit rate of the pattern is 1e-310"},
-        {[](auto&, BinSig& b, auto&) { b.noPoints = 0; }, "the bit pattern is empty"},
-        {[](auto&, auto&, Nodelist& input) { input.sig = nullptr; },
-         "Error in copying binary signal in Signal_Generator().\n"},
-        {[](auto&, auto&, Nodelist& input) { input.sigType = ElecSigType; },
-         "Input signal type incorrect for the signal generator.\n"
-         "Input signal type must be 'BinSigType'.\n"},
+        {[](auto& p, auto&) { p.pointsPerBit = 26; }, "2 bits of 67108864 samples"},
+        {[](auto& p, auto&) { p.tr = NAN; }, "'tr' is nan"},
+        {[](auto&, BinSig& b) { b.bitRate = 1e-310; }, "the bit rate of the pattern is 1e-310"},
     };
     for (const auto& [change, text, bits] : rows) {
         SignalGeneratorParams params = Params("on_off_ramp");
         const Owned<BinSig> pattern = Pattern(bits);
-        Nodelist input{nullptr, BinSigType, pattern.get()};
-        change(params, *pattern, input);
-        Generated(params, input).ExpectRefusal(text);
+        change(params, *pattern);
+        Generated(params, pattern).ExpectRefusal(text);
     }
 }
 
