@@ -1,9 +1,7 @@
 // Results over sweeps and runs: slots by hand, table and curve as text, the life of the record.
 #include "models/detection/ber_tester.h"
 
-#include <chrono>
 #include <sstream>
-#include <thread>
 #include <tuple>
 
 #include "base/text.h"
@@ -78,7 +76,7 @@ std::string Row(const std::string& before, double Q) {
 /// Kept deliberately: a run without a result takes the statistics with it.
 TEST_F(BerTesterTest, StatisticsFollowTheRunsUntilOneHasNoResult) {
     Inner(2, "0 1 1");
-    Runs(6);
+    Runs(5);
     BERResults results = Made();
     options.innerIndex = 2;
     // Average, minimum and maximum. In Q the third run is extreme; in the rate it is not.
@@ -88,19 +86,18 @@ TEST_F(BerTesterTest, StatisticsFollowTheRunsUntilOneHasNoResult) {
     } rows[] = {{4e-3, 3, {4e-3, 4e-3, 4e-3}, {3, 3, 3}},
                 {2e-3, 5, {3e-3, 2e-3, 4e-3}, {4, 5, 3}},
                 {3e-3, 10, {3e-3, 2e-3, 4e-3}, {6, 5, 3}},
-                {7e-3, 2, {4e-3, 2e-3, 7e-3}, {5, 5, 2}},
                 {1, 0, {1, 1, 1}, {0, 0, 0}},
-                {0.4, 6, {0.9, 0.4, 1}, {1, 6, 0}}};
+                {0.5, 5, {0.9, 0.5, 1}, {1, 5, 0}}};
     for (const auto& row : rows) {
         if (row.Q > 0) StoreBerResult(options, Status::Success, row.BER, row.Q, results);
         if (row.Q == 0) StoreBerResult(options, Status::Warning, 0.3, 0.5, results);
         for (int k = 0; k < 3; ++k) {
-            EXPECT_NEAR(results.BER[9 + k], row.rates[k], 1e-15);
-            EXPECT_NEAR(results.Q[9 + k], row.Qs[k], 1e-15);
+            EXPECT_NEAR(results.BER[8 + k], row.rates[k], 1e-15);
+            EXPECT_NEAR(results.Q[8 + k], row.Qs[k], 1e-15);
         }
-        EXPECT_EQ(results.BER[11 + options.runIndex++], row.BER);
+        EXPECT_EQ(results.BER[10 + options.runIndex++], row.BER);
     }
-    EXPECT_EQ(std::count(results.BER.begin(), results.BER.end(), -1), 9) << "not computed";
+    EXPECT_EQ(std::count(results.BER.begin(), results.BER.end(), -1), 8) << "not computed";
 }
 
 TEST_F(BerTesterTest, SweepValuesEndOnTheStop) {
@@ -108,10 +105,6 @@ TEST_F(BerTesterTest, SweepValuesEndOnTheStop) {
     Outer(3, "10 -5 0");
     const BERResults results = Made();
     EXPECT_EQ(results.sweep, (std::vector<double>{0, 3, 6, 9, 10, 10, 5, 0}));
-    options.innerCount = 0;
-    options.NUMRUNSTODO = 5;  // without the statistical bit
-    EXPECT_EQ(Made().sweep, (std::vector<double>{0, 10, 5, 0}));
-    EXPECT_EQ(Made().BER.size(), 3u);
 }
 
 TEST_F(BerTesterTest, RefusesMoreResultsThanItKeeps) {
@@ -130,8 +123,6 @@ TEST_F(BerTesterTest, SinglePassWritesOneResult) {
     EXPECT_EQ(dir.Read("ber.ber"), "0 " + FormatDefault(TailBeyond(6)) + "\n");
     EXPECT_EQ(ResultFiles(), (std::vector<std::string>{"ber.ber", "ber.pcb", "ber.bdt"}));
     EXPECT_EQ(block.component.modelState, nullptr) << "the last pass is done";
-    ASSERT_EQ(BerReport().size(), 1u);
-    EXPECT_EQ(BerReport()[0].component, "ber");
     // The table goes on, the curve begins anew.
     EXPECT_EQ(Pass(1, 1, 1, 3), Status::Success);
     EXPECT_EQ(dir.Read("ber.bdt"), Row("BER\tQ\n1\t", 6) + Row("BER\tQ\n1\t", 3));
@@ -175,13 +166,8 @@ TEST_F(BerTesterTest, LastRunOfAPointBringsItsStatistics) {
                                        average + "\t2.5\n" + Row(one + "MAX\t", 2) +
                                        Row(two + "1\t", 4));
     // Every point shows the run that is under way.
-    const auto curve = [](double first, double second) {
-        return Concat("0 ", FormatDefault(TailBeyond(first)), " ",
-                      FormatDefault(TailBeyond(second)), "\n");
-    };
-    EXPECT_EQ(dir.Read("ber.ber"), curve(3, 4));
-    EXPECT_EQ(Pass(2, 1, 2, 5), Status::Success);
-    EXPECT_EQ(dir.Read("ber.ber"), curve(2, 5));
+    EXPECT_EQ(dir.Read("ber.ber"),
+              Concat("0 ", FormatDefault(TailBeyond(3)), " ", FormatDefault(TailBeyond(4)), "\n"));
 }
 
 TEST_F(BerTesterTest, PlotModeSelectsTheStatistic) {
@@ -200,9 +186,6 @@ TEST_F(BerTesterTest, WritesWhatIsAskedForAndAllowed) {
     block.Word("PlotCurves", "NO").Word("FilenameRoot", "sub_root");
     EXPECT_EQ(Pass(1, 1, 1, 3), Status::Success);
     EXPECT_EQ(dir.Files(), std::vector<std::string>{"sub_root.bdt"});
-    Afresh().Word("PlotCurves", "NO").Word("SaveAllData", "NO");
-    EXPECT_EQ(Pass(1, 1, 1, 0), Status::Success) << "not even computed";
-    EXPECT_EQ(message, "");
     Afresh().Word("FilenameRoot", "../out");
     EXPECT_EQ(Pass(1, 1, 1, 3), Status::Error);
     EXPECT_EQ(message,
@@ -213,12 +196,8 @@ TEST_F(BerTesterTest, WritesWhatIsAskedForAndAllowed) {
 TEST_F(BerTesterTest, ErrorsFreeTheResults) {
     Inner(2, "0 1 1");
     EXPECT_EQ(Pass(1, 1, 1, 3), Status::Success);
-    EXPECT_NE(block.component.modelState, nullptr);
     block.Number("timingJitter", NAN);
     EXPECT_EQ(Pass(1, 2, 1, 3), Status::Error);
-    EXPECT_EQ(message,
-              "ERROR: component 'ber': parameter 'timingJitter' is nan; it must be a finite "
-              "number\n");
     EXPECT_EQ(block.component.modelState, nullptr);
 }
 
@@ -231,45 +210,18 @@ TEST_F(BerTesterTest, ResultsOutliveTheRepetitionsOfAPass) {
             EXPECT_EQ(Pass(1, inner, 1, inner + options.loopIndex), Status::Success);
         }
     }
-    EXPECT_EQ(dir.Read("ber.ber"), Concat("0 ", FormatDefault(TailBeyond(3)), "\n1 ",
-                                          FormatDefault(TailBeyond(4)), "\n"));
     const std::string table = dir.Read("ber.bdt");
     EXPECT_EQ(table.rfind("rx_power"), 0u) << "one header";
-    EXPECT_EQ(std::count(table.begin(), table.end(), '\n'), 5);
-}
-
-/// The sum over this many bits takes about a second.
-TEST_F(BerTesterTest, StopAmidTheBitsLeavesTheFinishedPoints) {
-    Inner(2, "0 1 1");
-    block.Whole("bitsPerLine", 8);
-    EXPECT_EQ(Pass(1, 1, 1, 3), Status::Success);
-    const auto files = [this] {
-        return dir.Read("ber.bdt") + dir.Read("ber.ber") + dir.Read("ber_bitstream_1");
-    };
-    const std::string before = files();
-    options.innerIndex = 2;
-    inputs.reset();
-    AddPair(MixedBits(1 << 16), 2, 0.0, 1.0, 0.1);
-    std::jthread stopper([this] {
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
-        options.stop = 1;
-    });
-    EXPECT_EQ(RunBerTester({workspace, block.component, options, inputs.get(), nullptr, message}),
-              Status::Success);
-    EXPECT_EQ(files(), before);
-    EXPECT_NEAR(BerReport().at(0).Q, 3.0, 1e-6);
+    EXPECT_EQ(std::count(table.begin(), table.end(), '\n'), 5) << "and each repetition";
 }
 
 TEST_F(BerTesterTest, ReadsItsParametersByName) {
     block.Number("timingJitter", 1e-12).Number("decisionLevelJitter", 2).Number("decisionLevel", 3);
-    block.Number("decisionPointShift", 0.25).Whole("bitsPerLine", 40);
-    block.Word("decisionLevelSelection", "Defined").Word("PlotEyeLids", "YES");
-    block.Word("PlotSignals", "YES").Word("SaveOrDisplayPlots", "Save");
+    block.Number("decisionPointShift", 0.25).Word("decisionLevelSelection", "Defined");
     const BerParams read = ReadBerParams(block.component);
     EXPECT_EQ(std::tuple(read.timingJitter, read.decisionLevelJitter, read.decisionLevel,
-                         read.decisionPointShift, read.bitsPerLine, read.saveOrDisplay),
-              std::tuple(1e-12, 2.0, 3.0, 0.25, 40, 1));
-    EXPECT_TRUE(read.decisionLevelDefined && read.plotEyeLids && read.plotSignals);
+                         read.decisionPointShift, read.decisionLevelDefined),
+              std::tuple(1e-12, 2.0, 3.0, 0.25, true));
 }
 
 }  // namespace
