@@ -1,7 +1,5 @@
 // Rates against closed forms and numerical integrals, and every message of the checks.
 #include "models/ber_fixture.h"
-#include "numeric/random.h"
-#include "support/refused_memory.h"
 
 namespace photrak {
 namespace {
@@ -27,9 +25,6 @@ TEST_F(BerTest, IdealEyeHasTheGaussianTail) {
         EXPECT_NEAR(eye.decisionLevel, 0.7, 1e-15);
         EXPECT_NEAR(eye.eyeOpening, 1.2, 1e-15);
     }
-    inputs.reset();
-    AddPair({0, 1, 0, 0, 1}, 4, 0.0, 1.0, 0.25);
-    EXPECT_NEAR(Rate() / TailBeyond(2.0L), 1.0, 1e-12) << "five bits decide one";
 }
 
 TEST_F(BerTest, EachBitCountsWithItsOwnNoiseAtTheEyesOrADefinedLevel) {
@@ -91,7 +86,6 @@ TEST_F(BerTest, WorstPairCountsInEveryTrial) {
     const auto bits = MixedBits(64);
     AddPair(bits, 4, 0.0, 1.0, 0.1);
     AddPair(bits, 4, 0.0, 1.0, 0.125);
-    AddPair(bits, 4, 0.0, 1.0, 0.11);
     EXPECT_NEAR(Rate() / TailBeyond(4.0L), 1.0, 1e-12);
 
     // A space of one pair and a mark of the other count both.
@@ -105,8 +99,6 @@ TEST_F(BerTest, WorstPairCountsInEveryTrial) {
 
 TEST_F(BerTest, BitsComeFromTheWaveformWithoutASequence) {
     AddWaveAlone(MixedBits(64), 4, 0.2, 1.2, 0.1);
-    EXPECT_NEAR(Rate() / TailBeyond(5.0L), 1.0, 1e-12);
-    LastCell()->sigType = NoSigType;  // a port that is not wired
     EXPECT_NEAR(Rate() / TailBeyond(5.0L), 1.0, 1e-12);
     // Each decision believes itself: beyond the level there is no wrong side.
     params.decisionLevelDefined = true;
@@ -122,8 +114,6 @@ TEST_F(BerTest, NoiselessBitsCountByTheirSide) {
     params.decisionLevelDefined = true;
     params.decisionLevel = 1.5;
     EXPECT_EQ(Rate(), 0.2);
-    params.decisionLevel = 1.0;  // right on the marks
-    EXPECT_EQ(Rate(), 0.1);
     inputs.reset();
     AddPair({0, 1, 1, 0, 1, 1, 0, 1, 1}, 4, 0.25, 1.0, 0.0);  // four of the five are 1s
     params.decisionLevel = 1.5;
@@ -142,9 +132,6 @@ TEST_F(BerTest, BitStreamTellsOfTheCountOfAllBitsSoFar) {
     // Bits 2 to 9 hold 0 1 0 0 1 1 0 1 and 0 0 0 0 0 0 1 0.
     EXPECT_EQ(dir.Read("ber_bitstream_1"), "0 1 1 \n1 0 0 \n0 0 \n");
     EXPECT_EQ(dir.Read("ber_bitstream_2"), "0 0 0 \n0 0 0 \n1 1 \n");
-    params.bitsPerLine = 4;
-    Rate();
-    EXPECT_EQ(dir.Read("ber_bitstream_1"), "0 1 1 1 \n0 0 0 0 \n");
 }
 
 // --- Inputs ---
@@ -183,7 +170,6 @@ BinSig& Sent(Nodelist& cell) {
 }
 
 TEST_F(BerTest, RefusesWhatItCannotMeasure) {
-    const std::string odd = "Input signal type incorrect for the bit error rate tester.\n";
     const std::string alike = "BERTester error: incompatible input electrical signals\n";
     const std::string bits =
         "BERTester error: bitrate or pattern length between electrical and binary signals "
@@ -194,7 +180,8 @@ TEST_F(BerTest, RefusesWhatItCannotMeasure) {
         std::string text;
         std::function<void(Nodelist& first)> change;  // of two good pairs
     } rows[] = {
-        {odd + "The 3 input signal type must be ELECSIG.\n",
+        {"Input signal type incorrect for the bit error rate tester.\n"
+         "The 3 input signal type must be ELECSIG.\n",
          [](Nodelist& c) {
              FreeSignal(&c.next->next->sig, ElecSigType);
              c.next->next->sigType = BinSigType;
@@ -206,19 +193,10 @@ TEST_F(BerTest, RefusesWhatItCannotMeasure) {
         {"BER tester requires even number of input signals.\n"
          "The odd signals must be ELECSIG and the even must be BINSIG.\n",
          [](Nodelist& c) { FreeNodelistSignals(&c.next->next->next); }},
-        {odd + "The 2 input signal type must be BINSIG.\n",
-         [](Nodelist& c) {
-             FreeSignal(&c.next->sig, BinSigType);
-             c.next->sigType = ElecSigType;
-         }},
         {"BERTester error: incorrect input electrical signal type\n",
          [](Nodelist& c) { Wave(c).UnitType = CurrentUnit; }},
-        {alike, [](Nodelist& c) { Other(c).UnitType = CurrentUnit; }},
         {alike, [](Nodelist& c) { Other(c).tStep = 2e-12; }},
-        {alike, [](Nodelist& c) { Other(c).bitRate = 1e9; }},
-        {alike, [](Nodelist& c) { Other(c).patternLength = 7; }},
         {alike, [](Nodelist& c) { Other(c).noPoints = 15; }},
-        {bits, [](Nodelist& c) { Sent(c).bitRate = 1e9; }},
         {bits, [](Nodelist& c) { Sent(c).noPoints = 7; }},
         {own + "a pattern of 4 bits is too short, at least 5 are needed\n",
          [](Nodelist& c) {
@@ -227,15 +205,8 @@ TEST_F(BerTest, RefusesWhatItCannotMeasure) {
          }},
         {own + "15 samples for 8 bits are too few, at least 2 for each bit are needed\n",
          [](Nodelist& c) { Wave(c).noPoints = Other(c).noPoints = 15; }},
-        {own + "the time step 0 s is not above 0\n",
-         [](Nodelist& c) { Wave(c).tStep = Other(c).tStep = 0.0; }},
-        {own + "a start time is no finite number\n", [](Nodelist& c) { Other(c).startTime = NAN; }},
-        {own + "a sample or its noise is no finite number\n",
-         [](Nodelist& c) { Wave(c).elecSamples[7].re = NAN; }},
         {own + "a sample or its noise is no finite number\n",
          [](Nodelist& c) { Other(c).sigmaSamples[16].im = INFINITY; }},
-        {"BERTester error: missing #1 input electrical signal\n",
-         [this](Nodelist&) { inputs.reset(); }},
         {own + "decisions fall too far from the pattern\n",
          [this](Nodelist&) { params.timingJitter = 1e200; }},
     };
@@ -248,22 +219,6 @@ TEST_F(BerTest, RefusesWhatItCannotMeasure) {
         EXPECT_EQ(Compute(), row.text == none ? Status::Warning : Status::Error);
         EXPECT_EQ(message, row.text);
     }
-}
-
-TEST_F(BerTest, TellsWhichAllocationFailed) {
-    AddWaveAlone(fewBits, 2, 0.0, 1.0, 0.1);
-    std::string expected;
-    for (const std::string name : {"ComputeBER() -- voltageSamples", "ComputeBER() -- sigmaSamples",
-                                   "bitSequence", "lowerEyeLid", "upperEyeLid", "eye->eyeData"}) {
-        expected += "Insufficient memory for dynamic allocation to " + name + "\n";
-        if (name.find("ye") != name.npos) expected += "Error in ComputeBER -- DoEyeDiagram\n";
-    }
-    EXPECT_EQ(RefuseMemoryInTurn([this](std::string& text) {
-                  const Status status = Compute();
-                  text = message;
-                  return status;
-              }),
-              expected);
 }
 
 }  // namespace
