@@ -78,13 +78,6 @@ int16_t TestGain(const PhotrakSupport* api, Parameter* parameters, char** messag
     return 1;
 }
 
-int16_t RunOddStatus(const PhotrakSupport* api, Parameter* parameters, Nodelist* inputs,
-                     Nodelist* outputs, char** message) {
-    (void)api, (void)parameters, (void)inputs, (void)outputs;
-    *message = NULL;
-    return -7;
-}
-
 /* Takes no notice of a transform that cannot be done. */
 int16_t RunBadTransform(const PhotrakSupport* api, Parameter* parameters, Nodelist* inputs,
                         Nodelist* outputs, char** message) {
