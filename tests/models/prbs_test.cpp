@@ -119,26 +119,20 @@ TEST(Prbs, MakesShortRegularAndEmptyPatterns) {
 }
 
 TEST(Prbs, RefusesWhatItCannotMake) {
-    const struct {
-        const char* type;
-        int exponent;
-        const char* text;
-    } rows[] = {
-        {"Prbs%s", 3,
+    PrbsParams missing = Params("custom", 3);
+    missing.filename = "100%n/no such file";
+    const std::pair<PrbsParams, const char*> rows[] = {
+        {missing, "Can not open file: 100%n/no such file.\n"},
+        {Params("Prbs%s", 3),
          "Error pattern type for the pattern generator: Prbs%s\n"
          "Allowed types are PRBS, alternating, one, zero, single, and custom. \n"},
-        {"PRBS", 19,
+        {Params("PRBS", 19),
          "Error pattern length for the pattern generator: 19\n"
-         "The exponent of the pattern length must be at most 18. \n"},
-        {"custom", 3, "Can not open file: 100%n/no such file.\n"},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.text);
-        PrbsParams params = Params(row.type, row.exponent);
-        params.filename = "100%n/no such file";
+         "The exponent of the pattern length must be at most 18. \n"}};
+    for (const auto& [params, text] : rows) {
         const Generated made = Generate(params);
         EXPECT_EQ(made.status, Status::Error);
-        EXPECT_EQ(made.text, row.text);
+        EXPECT_EQ(made.text, text);
     }
 }
 
