@@ -2,7 +2,6 @@
 #include <algorithm>
 #include <numbers>
 
-#include "base/text.h"
 #include "models/ber_fixture.h"
 #include "numeric/random.h"
 
@@ -152,8 +151,6 @@ TEST_F(EyeTest, LidFilesHoldOffsetsFromTheDecision) {
     options.PLOTTING = PlotToFilesOnly;
     BerPairs set = Filled();
     EXPECT_EQ(Diagram(set, 1), Status::Success);
-    EXPECT_EQ(dir.Files(), (std::vector<std::string>{"ber_Eyelids.eye", "ber_Eyelids.lid",
-                                                     "ber_Eyelids.pdt", "ber_Eyelids.pld"}));
     EXPECT_EQ(dir.Read("ber_Eyelids.lid"),
               "-1e-12 0.25 -0.25\n0 0.25 -0.25\n1e-12 -0.25 0.75\n2e-12 -0.5 0.5\n");
     EXPECT_EQ(dir.Read("ber_Eyelids.eye"),
@@ -169,30 +166,6 @@ TEST_F(EyeTest, LidFilesHoldOffsetsFromTheDecision) {
     EXPECT_EQ(FromOne(set.pairs[0].voltage.get(), 10),
               (Values{0.25, 1, 1, 0.75, 0.75, 0.25, 0, 1.25, 1, 0.125}))
         << "the decision becomes the first sample";
-}
-
-TEST_F(EyeTest, LidFilesComeWhenAskedForOrInDoubt) {
-    const struct {
-        std::int16_t plotting;
-        int plotEyeLids;
-        bool shut;
-        std::size_t files, viewers;
-    } rows[] = {{DoNotPlot, 2, true, 0, 0},
-                {PlotToFilesOnly, 0, true, 4, 0},
-                {DisplayAllPlots, 1, false, 4, 2},
-                {UsePlotIconSettings, 1, false, 4, 0}};
-    for (const auto& row : rows) {
-        SCOPED_TRACE(Concat(row.plotting, " ", row.plotEyeLids, " ", row.shut));
-        inputs.reset();
-        host.commands.clear();
-        for (const std::string& name : dir.Files()) std::filesystem::remove(name);
-        AddPair({0, 1, 0, 1, 1, 0}, 2, 0.0, row.shut ? 0.0 : 1.0, 0.0);
-        options.PLOTTING = row.plotting;
-        BerPairs set = Filled();
-        EXPECT_EQ(Diagram(set, row.plotEyeLids), row.shut ? Status::Warning : Status::Success);
-        EXPECT_EQ(dir.Files().size(), row.files);
-        EXPECT_EQ(host.commands.size(), row.viewers);
-    }
 }
 
 TEST_F(EyeTest, SweepsTagTheFilesOrLeaveThemOut) {

@@ -70,26 +70,14 @@ class BerTest : public ::testing::Test {
         AddCell(sent.release(), BinSigType);
         return added;
     }
-    /// A pair whose second port is left empty.
-    void AddWaveAlone(const std::vector<int>& bits, int samplesPerBit, double low, double high,
-                      double sigma) {
-        AddPair(bits, samplesPerBit, low, high, sigma);
-        FreeSignal(&LastCell()->sig, BinSigType);
-    }
     void AddCell(void* sig, std::int32_t sigType) {
         Nodelist* cell = nullptr;
         EXPECT_EQ(CreateNodelist(&cell, sigType), 0);
         cell->sig = sig;
-        if (Nodelist* last = LastCell()) {
-            last->next = cell;
-        } else {
-            inputs.reset(cell);
-        }
-    }
-    Nodelist* LastCell() {
         Nodelist* last = inputs.get();
         while (last && last->next) last = last->next;
-        return last;
+        if (!last) return inputs.reset(cell);
+        last->next = cell;
     }
     /// The pairs as the computation sees them.
     BerPairs Filled() {
