@@ -130,9 +130,8 @@ TEST_F(CustomSignal, WarnsOfUncertainSamplesOneByOneOrTogether) {
         "t=5e+11ps, real input = 6.25, imag input = 0, error = 6.25\n"))
         << few->text;
     params.pointsPerBit = 64;
-    const std::string many = Run(params, spike)->text;
-    EXPECT_EQ(std::count(many.begin(), many.end(), '\n'), 3) << many;
-    EXPECT_NE(many.find("component 'scope': this concerns "), many.npos);
+    EXPECT_NE(Run(params, spike)->text.find("component 'scope': this concerns "),
+              std::string::npos);
 }
 
 TEST_F(CustomSignal, RefusesBadFilesAndParameters) {

@@ -173,16 +173,5 @@ TEST(ElectricalFilterBlock, DelaysAndWeakensASine) {
     }
 }
 
-TEST(ElectricalFilterBlock, RefusesLengthsWithoutATransform) {
-    ModelBlock block;
-    block.Word("type", "LPbessel").Number("bandwidth", 4e9).Whole("order", 4);
-    const BlockRun run(ElectricalFilter, block, {RampWaveform(12, 1e-12)}, 1, ElecSigType);
-    EXPECT_EQ(run.status, Status::Error);
-    EXPECT_EQ(run.text,
-              "ERROR: component 'block': a signal of 12 samples; their number must be a power of "
-              "two, at least 1\n");
-    EXPECT_TRUE(run.IsEmpty());
-}
-
 }  // namespace
 }  // namespace photrak

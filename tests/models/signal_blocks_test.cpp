@@ -14,10 +14,10 @@ class SignalBlocks : public testing::Test {
   protected:
     SignalBlocks() { ResetResultFiles(); }
 
-    Status Save(const SimOptions& options, std::string_view fileName, const Nodelist* inputs) {
+    Status Save(std::string_view fileName, const Nodelist* inputs) {
         errorText.clear();
-        return SaveSigBlock(options, ModelBlock("probe").Word("FileName", fileName).component,
-                            inputs, errorText);
+        return SaveSigBlock({}, ModelBlock("probe").Word("FileName", fileName).component, inputs,
+                            errorText);
     }
     Status Load(std::string_view fileName, Nodelist* outputs) {
         errorText.clear();
@@ -39,7 +39,7 @@ class SignalBlocks : public testing::Test {
 
 TEST_F(SignalBlocks, FeedBackWhatPassedOutputByOutput) {
     const Owned<Nodelist> inputs = Inputs();
-    ASSERT_EQ(Save({}, "kept", inputs.get()), Status::Success) << errorText;
+    ASSERT_EQ(Save("kept", inputs.get()), Status::Success) << errorText;
     EXPECT_EQ(ResultFiles(), std::vector<std::string>{"kept.sgd"});
 
     Owned<Nodelist> outputs;
@@ -50,22 +50,8 @@ TEST_F(SignalBlocks, FeedBackWhatPassedOutputByOutput) {
     EXPECT_EQ(optical.next->sigType, ElecSigType);
     EXPECT_EQ(optical.next->next->sig, nullptr) << "no group is left";
 
-    ASSERT_EQ(Save({}, "again", outputs.get()), Status::Success);
+    ASSERT_EQ(Save("again", outputs.get()), Status::Success);
     EXPECT_EQ(directory.Read("again.sgd"), directory.Read("kept.sgd"));
-}
-
-TEST_F(SignalBlocks, NameAFileForEachPointOfAScan) {
-    SimOptions options;
-    options.OUTPUTPREFIX = "out_";
-    options.SCANPREFIX = "scan_";
-    options.SCANMETA1 = "i";
-    const Owned<Nodelist> inputs = Inputs();
-    ASSERT_EQ(Save(options, "", inputs.get()), Status::Success);
-    options.mode = simMode::innerSweep;
-    options.innerCount = 3;
-    options.innerIndex = 2;
-    ASSERT_EQ(Save(options, "x", inputs.get()), Status::Success);
-    EXPECT_EQ(ResultFiles(), (std::vector<std::string>{"out_probe.sgd", "scan_xi2.sgd"}));
 }
 
 TEST_F(SignalBlocks, SayWhatIsMissingOrBroken) {
@@ -73,11 +59,11 @@ TEST_F(SignalBlocks, SayWhatIsMissingOrBroken) {
     Owned<Nodelist> outputs;
     PushCell(outputs, Owned<BinSig>(), UnknownSigType);
     directory.Write("bad.sgd", "BinSigType\nnoPoints 2147483647\nENDSIG\n");
-    EXPECT_EQ(Save({}, "no/such/x", inputs.get()), Status::Error);
+    EXPECT_EQ(Save("no/such/x", inputs.get()), Status::Error);
     EXPECT_EQ(errorText,
               "ERROR: Unable to save signals: could not create output file.\n"
               "  component 'probe', file 'no/such/x.sgd'\n");
-    EXPECT_EQ(Save({}, "../x", inputs.get()), Status::Error) << "it would leave the directory";
+    EXPECT_EQ(Save("../x", inputs.get()), Status::Error) << "it would leave the directory";
     EXPECT_EQ(Load("none%s.sgd", outputs.get()), Status::Error);
     EXPECT_EQ(errorText,
               "ERROR: Unable to load signals: could not open file.\n"
