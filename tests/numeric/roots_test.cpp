@@ -15,8 +15,8 @@ struct Root {
     std::string message = "BER: ";
     double value;
 
-    Root(double target, double tolerance, double low = 1e-5)
-        : value(QFactorRoot(target, low, 1000.0, tolerance, status, message)) {}
+    Root(double target, double tolerance)
+        : value(QFactorRoot(target, 1e-5, 1000.0, tolerance, status, message)) {}
 };
 
 TEST(QFactorRoot, InvertsTheComplementaryErrorFunction) {
@@ -28,7 +28,6 @@ TEST(QFactorRoot, InvertsTheComplementaryErrorFunction) {
         EXPECT_EQ(root.message, "BER: ");
     }
     EXPECT_EQ(Root(0.0, 1e-6).value, 1000.0) << "an end may meet the target";
-    EXPECT_EQ(Root(1.0, 1e-6, 0.0).status, Status::Success);
 }
 
 TEST(QFactorRoot, WarnsWhereNoRootIsFound) {
@@ -38,17 +37,6 @@ TEST(QFactorRoot, WarnsWhereNoRootIsFound) {
         EXPECT_EQ(root.status, Status::Warning);
         EXPECT_EQ(root.message, "BER: Q factor cannot be computed: root not bracketed\n");
     }
-    // A tolerance of 0 is below the spacing of numbers: met only where erfc hits the target.
-    int unmet = 0;
-    for (int i = 1; i <= 50; ++i) {
-        const Root root(0.001 * i, 0.0);
-        if (root.status == Status::Success) continue;
-        EXPECT_EQ(root.message,
-                  "BER: Q factor cannot be computed: max number of iterations exceeded\n");
-        EXPECT_EQ(root.value, 0.0);
-        ++unmet;
-    }
-    EXPECT_GT(unmet, 0);
 }
 
 TEST(SuperGaussianOrder, RecoversTheOrderFromItsRiseTimeOrStopsTheRun) {
