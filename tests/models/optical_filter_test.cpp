@@ -9,7 +9,6 @@
 #include "models/block_run.h"
 #include "models/optical_fixture.h"
 #include "support/catalogue_block.h"
-#include "support/refused_memory.h"
 #include "support/temp_dir.h"
 
 namespace photrak {
@@ -71,26 +70,20 @@ TEST(FilterResponse, GaussianAndTrapezoidFallAsTheyShould) {
         EXPECT_NEAR(20.0 * std::log10(Magnitude(T(nu0 + offset * width))),
                     -6.0 - 2.0 * slope * beyond, 1e-6);
     }
-    trapezoid.BW0dB = 3e-9;  // a flat top wider than the band is cut to it
-    const FilterResponse box = Prepared(trapezoid);
-    EXPECT_NEAR(Magnitude(box(nu0 + 0.499 * width)), trapezoid.L, 1e-15);
-    EXPECT_EQ(Magnitude(box(nu0 + 0.501 * width)), 0.0);
 }
 
 TEST(FilterResponse, IdealKeepsAFloorAndItsEdgesPassEitherWay) {
     const FilterResponse pass = Prepared(Record("Ideal"));
     EXPECT_NEAR(pass.high - pass.low, Width(1e-9), 1.0);
-    for (const Inversion inversion : {Inversion::Power, Inversion::Amplitude}) {
-        const FilterResponse stop = Prepared(Record("Ideal"), inversion);
-        for (const double edge : {pass.low, pass.high}) {
-            const double inside = std::nextafter(edge, nu0), outside = edge + (edge - inside);
-            EXPECT_EQ(Value(pass(inside)), 1.0);
-            EXPECT_EQ(Value(pass(edge)), 1.0);
-            EXPECT_EQ(Value(pass(outside)), 1e-32);
-            EXPECT_EQ(Value(stop(inside)), 1e-32);
-            EXPECT_EQ(Value(stop(edge)), 1.0);
-            EXPECT_EQ(Value(stop(outside)), 1.0);
-        }
+    const FilterResponse stop = Prepared(Record("Ideal"), Inversion::Power);
+    for (const double edge : {pass.low, pass.high}) {
+        const double inside = std::nextafter(edge, nu0), outside = edge + (edge - inside);
+        EXPECT_EQ(Value(pass(inside)), 1.0);
+        EXPECT_EQ(Value(pass(edge)), 1.0);
+        EXPECT_EQ(Value(pass(outside)), 1e-32);
+        EXPECT_EQ(Value(stop(inside)), 1e-32);
+        EXPECT_EQ(Value(stop(edge)), 1.0);
+        EXPECT_EQ(Value(stop(outside)), 1.0);
     }
 }
 
@@ -113,9 +106,6 @@ TEST(FilterResponse, ResonatorHasItsFreeRangeAndFinesse) {
     record.reflectivity = 0.99;  // the width alone counts; sin x taken as x
     const double edge = nu0 + Width(record.BW) / 2;
     EXPECT_NEAR(SquaredMagnitude(Prepared(record)(edge)), 0.5, 1e-4);
-    record.reflectivity = 0.0;
-    record.FSR = 4e-6;  // wider than the center allows on both sides
-    EXPECT_NEAR(std::numbers::pi / Prepared(record).tau, c / lambda - c / (lambda + 4e-6), 1.0);
 }
 
 TEST(FilterResponse, ComplementsSumToOne) {
@@ -160,7 +150,6 @@ TEST(FilterResponse, CustomTypesReadTheFileOnTheirOwnScale) {
     record.type = "Custom1";
     expectRamp(1503e-9, 0.3);
     expectRamp(1499e-9, 0.0);
-    expectRamp(1511e-9, 0.0);
     record.type = "Custom3";  // 1549..1551 nm
     expectRamp(1549.5e-9, 0.25);
     expectRamp(1551.1e-9, 0.0);
@@ -169,14 +158,12 @@ TEST(FilterResponse, CustomTypesReadTheFileOnTheirOwnScale) {
     record.BW = 0.5;
     record.wavelength = 3e-9;
     expectRamp(1505.5e-9 + 1e-9, 0.2);
-    expectRamp(1505.5e-9 + 5.1e-9, 0.0);
 }
 
 TEST(FilterResponse, RefusesWhatMakesNoFilter) {
     const TempDir directory;
     directory.Write("ramp.txt", ramp);
     directory.Write("other.txt", "1 2 3\n");
-    directory.Write("short.txt", "TransferMatrixFormat1 REAL LIN\n1 1 2 1 2\n0 1\n");
     using R = OpticalFilterRecord;
     const struct {
         std::string_view type;
@@ -184,18 +171,11 @@ TEST(FilterResponse, RefusesWhatMakesNoFilter) {
         std::string_view complaint;
     } rows[] = {
         {"Gaussian", [](R& r) { r.order = 0; }, "'order' is 0; it must be at least 1\n"},
-        {"Ideal", [](R& r) { r.BW = 0.0; }, "'BW' is 0; it must be finite and above 0\n"},
         {"Ideal", [](R& r) { r.BW = 4e-6; }, "4e-06 m does not fit the wavelength 1.55e-06 m\n"},
-        {"Gaussian", [](R& r) { r.BW = 1e-40; }, "1e-40 m does not fit the wavelength"},
         {"Gaussian", [](R& r) { r.wavelength = NAN; }, "'wavelength' is nan"},
-        {"Trapezoidal", [](R& r) { r.BW0dB = -1.0; }, "'BW0dB' is -1; it must be finite and at l"},
-        {"Trapezoidal", [](R& r) { r.L = INFINITY; }, "'loss' is inf; it must be a finite number"},
         {"FabryPerot", [](R& r) { r.reflectivity = 1.0; }, "must be at least 0 and below 1\n"},
-        {"FabryPerot", [](R& r) { r.FSR = 0.0; }, "'FSR' is 0; it must be finite and above 0\n"},
-        {"Custom3", [](R& r) { r.BW = -1.0; }, "'BW' is -1; it must be finite and above 0\n"},
         {"Custom1", [](R& r) { r.column = 2; }, "2 rows and 1 columns, no element (1, 2)\n"},
         {"Custom1", [](R& r) { r.filename = "other.txt"; }, "'other.txt' is no transfer matrix f"},
-        {"Custom1", [](R& r) { r.filename = "short.txt"; }, "short.txt:2: the counts ask for 4"},
         {"Custom2", [](R& r) { r.filename = "none"; }, "ERROR: can't open custom filter file.\n"}};
     for (const auto& row : rows) {
         R record = Record(row.type);
@@ -239,84 +219,46 @@ TEST(OpticalFilter, ShiftedCarriersStandWhereTheyAreOnTheFiltersScale) {
     }
 }
 
-using LongFields = std::vector<std::complex<long double>>;
-
-/// The plain sum of exp(sign 2 pi j k i / N), in long double.
-LongFields Transform(const LongFields& fields, long double sign) {
-    const std::size_t N = fields.size();
-    LongFields sums(N);
-    for (std::size_t k = 0; k < N; ++k) {
-        for (std::size_t i = 0; i < N; ++i) {
-            const long double turns = static_cast<long double>(k * i % N) / N;
-            sums[k] +=
-                fields[i] * std::polar(1.0L, sign * 2 * std::numbers::pi_v<long double> * turns);
-        }
-    }
-    return sums;
-}
-
-/// What comes out of a window of N samples with flat ends.
-LongFields FilteredByHand(const Complex* samples, std::int32_t n, std::int32_t N,
-                          const FilterResponse& H) {
-    const std::int32_t first = (N - n) / 2;
-    LongFields window;
-    for (std::int32_t j = 0; j < N; ++j) {
-        window.emplace_back(Value(samples[std::clamp(j - first + 1, 1, n)]));
-    }
-    LongFields spectrum = Transform(window, 1);
-    for (std::int32_t k = 0; k < N; ++k) {
-        const std::int32_t m = k > N / 2 ? k - N : k;
-        spectrum[k] *= std::complex<long double>(Value(H(nu0 + m / (N * 1e-12)))) / (1.0L * N);
-    }
-    return Transform(spectrum, -1);
-}
-
-TEST(OpticalFilter, PaddingHoldsTheEndsInTwiceTheWindow) {
+TEST(OpticalFilter, WeighsEachBinAndPaddingHoldsTheEndsInTwiceTheWindow) {
+    constexpr std::int32_t n = 16;
     OpticalFilterRecord record = Resonator(0.8e-9);
     record.L = 0.9;
-    const FilterResponse H = Prepared(record);
-    for (const std::int32_t n : {2, 16}) {
-        for (const bool usePadding : {false, true}) {
-            record.usePadding = usePadding;
-            const Owned<OpSig> before = RampChannel(n, 1e-12, Polarized::Yes),
-                               after = RampChannel(n, 1e-12, Polarized::Yes);
-            ExpectPassed(record, after.get());
-            const std::int32_t N = usePadding ? 2 * n : n;
-            for (const auto field : {&OpSig::Ex_samples, &OpSig::Ey_samples}) {
-                const LongFields expected = FilteredByHand(before.get()->*field, n, N, H);
-                for (std::int32_t j = 0; j < n; ++j) {
-                    ExpectField((after.get()->*field)[j + 1], Field(expected[j + (N - n) / 2]),
-                                1e-7);
-                }
-            }
-            EXPECT_EQ(after->wavelength, lambda);
+    record.usePadding = false;
+    const Owned<OpSignal> before = Tone(n, 3, lambda), after = Tone(n, 3, lambda);
+    ExpectPassed(record, after->channels);
+    const Field factor = Value(Prepared(record)(nu0 + 3 / (n * 1e-12)));
+    const Owned<OpSig> ends = RampChannel(n, 1e-12, Polarized::Yes),
+                       padded = RampChannel(2 * n, 1e-12, Polarized::Yes);
+    for (const auto field : {&OpSig::Ex_samples, &OpSig::Ey_samples}) {
+        for (std::int32_t j = 1; j <= n; ++j) {
+            const Field entered = Value((before->channels->*field)[j]);
+            ExpectField((after->channels->*field)[j], factor * entered, 1e-8);
+        }
+        for (std::int32_t j = 1; j <= 2 * n; ++j) {
+            (padded.get()->*field)[j] = (ends.get()->*field)[std::clamp(j - n / 2, 1, n)];
         }
     }
-}
-
-TEST(OpticalFilter, LevelsInOneSampleAreFilteredAtTheirOwnFrequency) {
-    for (const bool shift : {false, true}) {
-        OpticalFilterRecord record = Record("Gaussian");
-        record.shiftCarrier = shift;
-        const double wavelength = c / (nu0 + 0.5 * Width(record.BW));
-        const Owned<OpSignal> signal = Tone(1, 0, wavelength);
-        OpSig& level = *signal->channels;
-        level.tStep = 0.0;
-        ExpectPassed(record, &level);
-        EXPECT_NEAR(level.Ex_samples[1].re, std::sqrt(0.5), rounding);
-        EXPECT_NEAR(level.Ey_samples[1].re, 0.5 * std::sqrt(0.5), rounding);
-        EXPECT_EQ(level.wavelength, wavelength);
+    ExpectPassed(record, padded.get());
+    record.usePadding = true;
+    ExpectPassed(record, ends.get());
+    for (std::int32_t j = 1; j <= n; ++j) {
+        ExpectField(ends->Ex_samples[j], Value(padded->Ex_samples[j + n / 2]), 1e-12);
+        ExpectField(ends->Ey_samples[j], Value(padded->Ey_samples[j + n / 2]), 1e-12);
     }
 }
 
-TEST(OpticalFilter, NoiseIsScaledByPowerAndNeverShifted) {
+TEST(OpticalFilter, LevelsAndNoiseAreFilteredWhereTheyAreAndNeverShifted) {
     OpticalFilterRecord record = Record("Gaussian");
     record.shiftCarrier = true;
     record.L = LossFactor(3.0);
+    const double wavelength = c / (nu0 + 0.5 * Width(record.BW));
+    const Owned<OpSignal> level = Level(4.0, wavelength);
     const Owned<OpSigASE> noise = RampSpectrum(9);
     noise->fstep = Width(record.BW) / 4.0;
     noise->fstart = nu0 - 4.0 * noise->fstep;
-    ExpectPassed(record, nullptr, noise.get());
+    ExpectPassed(record, level->channels, noise.get());
+    EXPECT_NEAR(PeakPower(*level->channels), 2.0 * std::pow(10.0, -0.3), rounding);
+    EXPECT_EQ(level->channels->wavelength, wavelength);
     for (std::int32_t i = 1; i <= 9; ++i) {
         const double x = (i - 5) / 2.0;  // 1 at half power
         EXPECT_NEAR(noise->powerSamples[i], i * std::pow(10.0, -0.3) * std::exp2(-x * x), 1e-9);
@@ -324,23 +266,19 @@ TEST(OpticalFilter, NoiseIsScaledByPowerAndNeverShifted) {
 }
 
 TEST(OpticalFilter, ChannelsThatHaveNoSpectrumAreRefused) {
-    constexpr std::string_view step = " s; its spectrum needs a finite one above 0";
-    const struct {
-        std::int32_t n;
-        double tStep, wavelength;
-        std::string complaint;
-    } rows[] = {
-        {12, 1e-12, lambda, "12 samples; its spectrum needs a power of two up to 536870912"},
-        {8, 0.0, lambda, Concat("the time step 0", step)},
-        {8, 1e308, lambda, Concat("the time step 1e+308", step)},
-        {8, 1e-12, 1e-310, "the wavelength 1e-310 m"}};
-    for (const auto& row : rows) {
-        const Owned<OpSig> channel = RampChannel(row.n, row.tStep);
-        channel->wavelength = row.wavelength;
+    const auto refusal = [](std::int32_t n, double tStep) {
+        const Owned<OpSig> channel = RampChannel(n, tStep);
         std::string text;
         EXPECT_EQ(ApplyOpticalFilter(Record("Ideal"), channel.get(), nullptr, text), Status::Error);
-        EXPECT_EQ(text, Concat("ERROR: component 'box': a channel has ", row.complaint, "\n"));
-    }
+        return text;
+    };
+    EXPECT_EQ(refusal(12, 1e-12),
+              "ERROR: component 'box': a channel has 12 samples; its spectrum needs a power of two "
+              "up to 536870912\n");
+    EXPECT_EQ(
+        refusal(8, 0.0),
+        "ERROR: component 'box': a channel has the time step 0 s; its spectrum needs a finite "
+        "one above 0\n");
 }
 
 // --- The block ---
@@ -376,7 +314,7 @@ TEST(OpticalFilterBlock, ReadsTheParametersOfTheCatalogue) {
 }
 
 TEST(OpticalFilterBlock, DropsWhatComesOutTooWeak) {
-    ModelBlock block("box"), keeping("box");
+    ModelBlock block("box");
     const Owned<OpSignal> light = ThreeLevels(0.5), none;
     const BlockRun run(RunOpticalFilter, Fill(block, "Ideal", 0.1), {none, light}, 2);
     EXPECT_TRUE(run.IsEmpty(0));
@@ -384,9 +322,6 @@ TEST(OpticalFilterBlock, DropsWhatComesOutTooWeak) {
     EXPECT_EQ(run.Channel(1).next, nullptr);
     EXPECT_NE(run.Light(1).noise, nullptr);
     EXPECT_EQ(PeakPower(*light->channels), 1.25) << "the input was changed";
-
-    const BlockRun all(RunOpticalFilter, Fill(keeping, "Ideal", 0.0), {light});
-    EXPECT_NE(all.Channel().next->next, nullptr);
 }
 
 TEST(OpticalFilterBlock, UnknownTypePassesLightWithoutLossButStillDrops) {
@@ -395,30 +330,14 @@ TEST(OpticalFilterBlock, UnknownTypePassesLightWithoutLossButStillDrops) {
     EXPECT_EQ(PeakPower(run.Channel()), 1.25);
     const OpSig& second = *run.Channel().next;
     EXPECT_EQ(PeakPower(second), 4.0);
-    EXPECT_EQ(second.prev, &run.Channel());
     EXPECT_EQ(second.next, nullptr);
     EXPECT_EQ(run.Light().noise->powerSamples[3], 3.0);
-}
-
-TEST(OpticalFilterBlock, RefusesOtherSignalsAndSurvivesRefusedMemory) {
-    ModelBlock block("box");
-    Fill(block, "Gaussian", 0.0);
-    EXPECT_EQ(BlockRun(RunOpticalFilter, block, {Owned<ElecSig>()}).text,
-              "Invalid signal in user model.");
-    const Owned<OpSignal> light = Multiplex(8, 1e-12);
-    const std::string texts = RefuseMemoryInTurn([&](std::string& text) {
-        const BlockRun run(RunOpticalFilter, block, {light});
-        text = run.text;
-        EXPECT_EQ(run.IsEmpty(), run.status != Status::Success);
-        return run.status;
-    });
-    EXPECT_NE(texts.find("Can't copy optical signal."), std::string::npos);
 }
 
 TEST(OpticalFilterTest, HasAFloorWhereNothingPasses) {
     const TempDir directory;
     directory.Write("half.txt", "TransferMatrixFormat1 REAL LIN\n1 1 2 1 2\n0 0.5\n0 0.5\n");
-    ModelBlock custom("box"), endless("box");
+    ModelBlock custom("box");
     FilterTest test;
     std::string errorText;
     Fill(custom, "Custom3", 0.0).Word("filename", "half.txt");
@@ -426,10 +345,6 @@ TEST(OpticalFilterTest, HasAFloorWhereNothingPasses) {
     EXPECT_NEAR(test.frequency[499], nu0, 1.0);
     EXPECT_NEAR(test.power[499], -10.0 + 20.0 * std::log10(0.5), 1e-9);
     EXPECT_NEAR(test.power[0], test.power[499] - 100.0, 1e-9);
-
-    endless.Word("type", "Custom1").Word("filename", "half.txt").Number("BW", 2 * lambda);
-    endless.Number("wavelength", lambda);
-    EXPECT_EQ(TestOpticalFilter(endless.component, test, errorText), Status::Error);
 }
 
 }  // namespace
