@@ -16,6 +16,10 @@ namespace photrak {
 
 using Field = std::complex<double>;
 
+inline Complex ToComplex(Field value) {
+    return {value.real(), value.imag()};
+}
+
 /// n samples of a constant x field of `power` watts, 1 ps apart.
 inline Owned<OpSignal> Carrier(double power, std::int32_t n = 4, double wavelength = 1.55e-6) {
     Owned<OpSignal> signal;
@@ -41,8 +45,8 @@ inline Owned<OpSignal> Tone(std::int32_t n, int bin, double wavelength) {
     OpSig& channel = *signal->channels;
     EXPECT_EQ(AddEySamples(&channel), 0);
     for (std::int32_t j = 1; j <= n; ++j) {
-        const Field sample = std::polar(1.0, -2.0 * std::numbers::pi * bin * (j - 1) / n);
-        channel.Ex_samples[j] = {sample.real(), sample.imag()};
+        const double turns = 1.0 * bin * (j - 1) / n;
+        channel.Ex_samples[j] = ToComplex(std::polar(1.0, -2.0 * std::numbers::pi * turns));
         channel.Ey_samples[j] = 0.5 * channel.Ex_samples[j];
     }
     return signal;
@@ -50,11 +54,11 @@ inline Owned<OpSignal> Tone(std::int32_t n, int bin, double wavelength) {
 
 /// Puts the channels of `other` behind those of the signal.
 inline OpSig& AppendChannel(OpSignal& signal, Owned<OpSignal> other) {
-    OpSig* last = signal.channels;
-    while (last->next) last = last->next;
-    last->next = std::exchange(other->channels, nullptr);
-    last->next->prev = last;
-    return *last->next;
+    OpSig *last = nullptr, **tail = &signal.channels;
+    for (; *tail; tail = &last->next) last = *tail;
+    *tail = std::exchange(other->channels, nullptr);
+    (*tail)->prev = last;
+    return **tail;
 }
 
 /// Puts a spectrum at the end of the signal's list.
