@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "models/optical/fiber.h"
+#include "models/optical_fixture.h"
 #include "support/recording_host.h"
-#include "support/signals.h"
 #include "support/temp_dir.h"
 
 namespace photrak {
@@ -25,32 +25,24 @@ struct ChannelSpec {
     double startTime = 0;
 };
 
-inline void FillFrom(const Waveform& waveform, OpSig& sig, Complex* samples) {
-    for (int i = 1; waveform && i <= sig.noPoints; ++i) {
-        const Cplx value = waveform((i - 1 - sig.noPoints / 2) * sig.tStep);
-        samples[i] = {value.real(), value.imag()};
-    }
-}
-
 inline Owned<OpSignal> MakeSignal(const std::vector<ChannelSpec>& specs, int n, double tStep) {
-    Owned<OpSignal> pair;
-    EXPECT_EQ(Make(pair, CreateOpSignal), 0);
-    OpSig *last = nullptr, **place = &pair->channels;
+    Owned<OpSignal> signal;
+    EXPECT_EQ(Make(signal, CreateOpSignal), 0);
     for (const ChannelSpec& spec : specs) {
-        Owned<OpSig> sig;
-        EXPECT_EQ(Make(sig, CreateOpSig, n), 0);
-        EXPECT_EQ(spec.y ? AddEySamples(sig.get()) : 0, 0);
-        sig->tStep = tStep;
-        sig->wavelength = spec.wavelength;
-        sig->startTime = spec.startTime;
-        sig->bitRate = 1e10;
-        sig->prev = last;
-        FillFrom(spec.x, *sig, sig->Ex_samples);
-        FillFrom(spec.y, *sig, sig->Ey_samples);
-        last = *place = sig.release();
-        place = &last->next;
+        Owned<OpSignal> one = Carrier(0, n, spec.wavelength);
+        OpSig& sig = *one->channels;
+        EXPECT_EQ(spec.y ? AddEySamples(&sig) : 0, 0);
+        sig.tStep = tStep;
+        sig.startTime = spec.startTime;
+        sig.bitRate = 1e10;
+        for (int i = 1; i <= n; ++i) {
+            const double t = (i - 1 - n / 2) * tStep;
+            sig.Ex_samples[i] = ToComplex(spec.x(t));
+            if (spec.y) sig.Ey_samples[i] = ToComplex(spec.y(t));
+        }
+        AppendChannel(*signal, std::move(one));
     }
-    return pair;
+    return signal;
 }
 
 /// A lossless, linear, dispersionless fiber of 1 km in steps of 100 m without padding.

@@ -20,34 +20,29 @@ class PlainFiber {
     /// Works on the signal in place. The parameters are those with which Fiber has been run, so
     /// that distance and area are known.
     PlainFiber(OpSignal& signal, const FiberParams& params) : params_(params) {
-        for (OpSig& sig : Items(signal.channels)) {
-            if (IsCoarse()) {
-                EXPECT_EQ(AddEySamples(&sig), 0);
-            }
-            channels_.push_back(&sig);
-        }
+        for (OpSig& sig : Items(signal.channels)) channels_.push_back(&sig);
         n_ = channels_[0]->noPoints;
         points_ = params.doublesWindow ? 2 * n_ : n_;
         first_ = params.doublesWindow ? n_ / 2 : 0;
         for (OpSig* sig : channels_) {
+            EXPECT_EQ(IsCoarse() ? AddEySamples(sig) : 0, 0);
             x_.push_back(Load(sig->Ex_samples));
             y_.push_back(Load(sig->Ey_samples));
         }
+        Renew();
     }
 
     void Run() {
         double z = 0, carry = 0, dz = Next(0);
         const double L = params_.distance;
-        while (z < L) {
+        for (; z < L; ++steps) {
             const double r = IsCoarse() ? params_.pmdCoefficient / std::sqrt(dz) : 0;
-            std::vector<long> shifts = Shifts();
+            const std::vector<long> shifts = Shifts();
             Linear(dz / 2 + carry, r);
-            if (channels_.size() > 1) {
-                if (params_.doublesWindow) RenewAll();
-                Walk(shifts, +1);
-            }
+            if (channels_.size() > 1) Renew();
+            Walk(shifts, +1);
             Nonlinear(dz);
-            if (channels_.size() > 1) Walk(shifts, -1);
+            Walk(shifts, -1);
             if (IsCoarse()) Turn();
             if (!params_.mergesHalfSteps || z + dz >= L)
                 Linear(dz / 2, r);
@@ -57,39 +52,35 @@ class PlainFiber {
                 sig->startTime += dz * params_.curve.GroupDelay(sig->wavelength);
             z += dz;
             dz = Next(z);
-            ++steps;
         }
-        Store();
+        for (std::size_t c = 0; c < channels_.size(); ++c) {
+            Store(x_[c], channels_[c]->Ex_samples);
+            Store(y_[c], channels_[c]->Ey_samples);
+        }
     }
 
     int steps = 0;
 
   private:
-    using Field = std::vector<Complex>;  // one-based; empty without that polarization
+    using Samples = std::vector<Complex>;  // one-based; zeros without that polarization
 
     bool IsCoarse() const { return params_.pmdMethod == "Coarse_Step"; }
 
-    Field Load(const Complex* samples) const {
-        if (!samples) return {};
-        Field field(static_cast<std::size_t>(points_) + 1);
-        std::copy_n(samples + 1, n_, field.begin() + 1 + first_);
-        Renew(field);
+    Samples Load(const Complex* samples) const {
+        Samples field(points_ + 1);
+        if (samples) std::copy_n(samples + 1, n_, field.begin() + 1 + first_);
         return field;
     }
-    void Renew(Field& field) const {
-        if (field.empty()) return;
-        std::fill_n(field.begin() + 1, first_, field[1 + first_]);
-        std::fill(field.begin() + 1 + first_ + n_, field.end(), field[first_ + n_]);
+    void Store(const Samples& field, Complex* samples) const {
+        if (samples) std::copy_n(field.begin() + 1 + first_, n_, samples + 1);
     }
-    void RenewAll() {
-        for (auto* fields : {&x_, &y_})
-            for (Field& field : *fields) Renew(field);
-    }
-    void Store() {
-        for (std::size_t c = 0; c < channels_.size(); ++c) {
-            std::copy_n(x_[c].begin() + 1 + first_, n_, channels_[c]->Ex_samples + 1);
-            if (!y_[c].empty())
-                std::copy_n(y_[c].begin() + 1 + first_, n_, channels_[c]->Ey_samples + 1);
+    /// The padding holds the ends.
+    void Renew() {
+        for (auto* fields : {&x_, &y_}) {
+            for (Samples& field : *fields) {
+                std::fill_n(field.begin() + 1, first_, field[1 + first_]);
+                std::fill(field.begin() + 1 + first_ + n_, field.end(), field[first_ + n_]);
+            }
         }
     }
 
@@ -100,8 +91,8 @@ class PlainFiber {
             double peaks = 0;
             for (std::size_t c = 0; c < x_.size(); ++c) {
                 double peak = 0;
-                for (long i = first_ + 1; i <= first_ + n_; ++i)
-                    peak = std::max(peak, Power(x_[c], i) + Power(y_[c], i));
+                for (std::int32_t i = first_ + 1; i <= first_ + n_; ++i)
+                    peak = std::max(peak, SquaredMagnitude(x_[c][i]) + SquaredMagnitude(y_[c][i]));
                 peaks += peak;
             }
             const double lengths[] = {params_.LD, params_.L3, 1 / (Gamma(0) * peaks)};
@@ -113,9 +104,6 @@ class PlainFiber {
     }
     double Gamma(std::size_t c) const {
         return params_.n2 * 2 * M_PI / (channels_[c]->wavelength * params_.effectiveArea);
-    }
-    static double Power(const Field& field, long i) {
-        return field.empty() ? 0 : SquaredMagnitude(field[static_cast<std::size_t>(i)]);
     }
 
     std::vector<long> Shifts() const {
@@ -129,44 +117,39 @@ class PlainFiber {
     }
     void Walk(const std::vector<long>& shifts, int way) {
         for (std::size_t c = 0; c < shifts.size(); ++c)
-            for (Field* field : {&x_[c], &y_[c]})
-                if (!field->empty()) RotateSamples(way * shifts[c], points_, field->data());
+            for (Samples* field : {&x_[c], &y_[c]})
+                RotateSamples(way * shifts[c], points_, field->data());
     }
 
     void Linear(double s, double r) {
         const double dw = 2 * M_PI / (points_ * channels_[0]->tStep);
-        const auto n = static_cast<std::int32_t>(points_);
         for (std::size_t c = 0; c < channels_.size(); ++c) {
             const double omega0 = 2 * M_PI * 299792458.0 / channels_[c]->wavelength;
-            for (Field* field : {&x_[c], &y_[c]})
-                if (!field->empty()) DoFFTFlagged(field->data(), n, +1, 0);
-            for (std::int32_t k = 1; k <= n; ++k) {
-                const double w = FFTIndexToBin(n, k) * dw;
+            DoFFTFlagged(x_[c].data(), points_, +1, 0);
+            DoFFTFlagged(y_[c].data(), points_, +1, 0);
+            for (std::int32_t k = 1; k <= points_; ++k) {
+                const double w = FFTIndexToBin(points_, k) * dw;
                 const double lambda = 2 * M_PI * 299792458.0 / (w + omega0);
                 const double beta2 = params_.curve.Beta2(lambda);
                 const double beta3 = params_.curve.Beta3(lambda);
                 const double phi = ((beta2 - beta3 * w / 3) * w * 0.5 - r * 0.5) * w;
-                const auto at = static_cast<std::size_t>(k);
                 const Complex h = Exp({-params_.alpha / 2 * s, phi * s});
-                x_[c][at] = x_[c][at] * h;
-                if (!y_[c].empty()) y_[c][at] = y_[c][at] * (h * Exp({0, r * w * s}));
+                x_[c][k] = x_[c][k] * h;
+                y_[c][k] = y_[c][k] * (h * Exp({0, r * w * s}));
             }
-            for (Field* field : {&x_[c], &y_[c]})
-                if (!field->empty()) DoFFTFlagged(field->data(), n, -1, fftDivideByN);
+            DoFFTFlagged(x_[c].data(), points_, -1, fftDivideByN);
+            DoFFTFlagged(y_[c].data(), points_, -1, fftDivideByN);
         }
     }
 
     void Nonlinear(double dz) {
         const std::size_t count = channels_.size();
-        for (long i = 1; i <= points_; ++i) {
-            const auto at = static_cast<std::size_t>(i);
+        for (std::int32_t i = 1; i <= points_; ++i) {
             std::vector<double> px, py;
             double sx = 0, sy = 0;
             for (std::size_t c = 0; c < count; ++c) {
-                px.push_back(Power(x_[c], i));
-                py.push_back(Power(y_[c], i));
-                sx += px[c];
-                sy += py[c];
+                sx += px.emplace_back(SquaredMagnitude(x_[c][i]));
+                sy += py.emplace_back(SquaredMagnitude(y_[c][i]));
             }
             for (std::size_t c = 0; c < count; ++c) {
                 const double a = 2 * sx - px[c], b = 2 * sy - py[c];
@@ -178,8 +161,8 @@ class PlainFiber {
                                              c < other, params_.effectiveArea);
                 }
                 const double g = Gamma(c) * dz;
-                x_[c][at] = x_[c][at] * Exp({gain * dz, g * (a + b * 2 / 3)});
-                if (!y_[c].empty()) y_[c][at] = y_[c][at] * Exp({gain * dz, g * (b + a * 2 / 3)});
+                x_[c][i] = x_[c][i] * Exp({gain * dz, g * (a + b * 2 / 3)});
+                y_[c][i] = y_[c][i] * Exp({gain * dz, g * (b + a * 2 / 3)});
             }
         }
     }
@@ -188,7 +171,7 @@ class PlainFiber {
         for (std::size_t c = 0; c < channels_.size(); ++c) {
             const double a = M_PI * ShuffledUniformRandom(&seed_);
             const double b = M_PI * ShuffledUniformRandom(&seed_);
-            for (std::size_t i = 1; i < x_[c].size(); ++i) {
+            for (std::int32_t i = 1; i <= points_; ++i) {
                 const Complex x = x_[c][i], y = y_[c][i];
                 x_[c][i] = Exp({0, b}) * (std::cos(a) * x + std::sin(a) * y);
                 y_[c][i] = -std::sin(a) * x + std::cos(a) * y;
@@ -198,8 +181,8 @@ class PlainFiber {
 
     FiberParams params_;
     std::vector<OpSig*> channels_;
-    std::vector<Field> x_, y_;
-    long n_ = 0, points_ = 0, first_ = 0;
+    std::vector<Samples> x_, y_;
+    std::int32_t n_ = 0, points_ = 0, first_ = 0;
     int seed_ = -1;
 };
 
