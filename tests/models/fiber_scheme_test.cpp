@@ -19,12 +19,6 @@ std::vector<ChannelSpec> MixedChannels() {
             {Gauss(10e-3, 18 * ps), Gauss(12e-3, 30 * ps), 1.561e-6, 3 * ps}};
 }
 
-std::vector<ChannelSpec> XOnlyChannels() {
-    std::vector<ChannelSpec> channels = MixedChannels();
-    for (ChannelSpec& channel : channels) channel.y = {};
-    return channels;
-}
-
 FiberParams StandardFiber() {
     FiberParams params = BareFiber();
     params.distance = 20300;  // the last step is shorter
@@ -42,19 +36,9 @@ void Adapt(FiberParams& params) {
     params.n2 = 2.6e-19;  // so that the nonlinear length is the shortest
 }
 
-void AdaptToDispersion(FiberParams& params) {
-    Adapt(params);
-    params.zStepFac = 0.002;
-    params.n2 = 0;
-}
-
 void TurnCoarsely(FiberParams& params) {
     params.pmdMethod = "Coarse_Step";
     params.pmdCoefficient = 3e-14;
-}
-
-void StepFinely(FiberParams& params) {
-    params.zStepSize = params.distance / 200;
 }
 
 void Merge(FiberParams& params) {
@@ -76,11 +60,6 @@ void FollowCurve(FiberParams& params) {
     params.curve.D0 = -1e-6;
 }
 
-void FollowLine(FiberParams& params) {
-    FollowCurve(params);
-    params.dataType = "defined2";
-}
-
 using Changes = std::vector<void (*)(FiberParams&)>;
 
 FiberParams ChangedFiber(const Changes& changes) {
@@ -92,27 +71,19 @@ FiberParams ChangedFiber(const Changes& changes) {
 const struct {
     std::vector<ChannelSpec> channels;
     Changes changes;
-} schemeCases[] = {{OneChannel(), {StepFinely, Merge}},
-                   {{MixedChannels()[0]}, {}},
+} schemeCases[] = {{{MixedChannels()[0]}, {}},
                    {OneChannel(), {Adapt, Pad}},
                    {MixedChannels(), {Adapt, Merge}},
-                   {OneChannel(), {AdaptToDispersion, FollowLine}},
-                   {XOnlyChannels(), {}},
                    {MixedChannels(), {Pad}},
                    {MixedChannels(), {Amplify, FollowCurve}},
                    {OneChannel(), {TurnCoarsely, Pad}},
-                   {MixedChannels(), {TurnCoarsely, Merge}},
-                   {OneChannel(), {TurnCoarsely, Adapt}},
-                   {OneChannel(), {TurnCoarsely, AdaptToDispersion}}};
+                   {MixedChannels(), {TurnCoarsely, Merge}}};
 
 /// Largest difference of two signals over the largest field of the second.
 double Deviation(const OpSig* a, const OpSig* b) {
     double worst = 0, peak = 0;
     for (; b; a = a->next, b = b->next) {
         EXPECT_NE(a, nullptr);
-        if (b->Ey_samples) {
-            EXPECT_NE(a->Ey_samples, nullptr);
-        }
         for (const auto samples : {&OpSig::Ex_samples, &OpSig::Ey_samples}) {
             for (int i = 1; b->*samples && i <= b->noPoints; ++i) {
                 worst = std::max(worst, Magnitude((a->*samples)[i] - (b->*samples)[i]));
@@ -124,7 +95,7 @@ double Deviation(const OpSig* a, const OpSig* b) {
 }
 
 // Both do the same arithmetic in another order: what parts them is rounding, some 1e-16 per
-// transform, of which there are up to 800 here.
+// transform, of which there are some hundreds here.
 TEST(FiberScheme, FollowsThePlainScheme) {
     for (const auto& row : schemeCases) {
         SCOPED_TRACE(&row - schemeCases);
@@ -142,11 +113,9 @@ TEST(FiberScheme, FollowsThePlainScheme) {
         for (const OpSig *a = fast.signal->channels, *b = plain->channels; b;
              a = a->next, b = b->next) {
             EXPECT_NEAR(a->startTime, b->startTime, 1e-15 * std::fabs(b->startTime) * 30);
-            EXPECT_EQ(a->fos, nullptr);
         }
-        // The fiber did something worth comparing, and left its input alone.
+        // The fiber did something worth comparing.
         EXPECT_GT(Deviation(fast.signal->channels, input->channels), 0.01);
-        EXPECT_EQ(Deviation(input->channels, MakeSignal(row.channels, 256, 2 * ps)->channels), 0);
     }
 }
 
@@ -162,10 +131,8 @@ TEST(FiberScheme, GivesTheSameFieldsOnAnyNumberOfThreadsAndInEveryRun) {
         FiberParams params = ChangedFiber(changes);
         params.distance = 3000;
         const FiberResult alone = RunThrough(input, params, "1");
-        for (const char* threads : {"2", "3", "8"}) {
-            const FiberResult team = RunThrough(input, params, threads);
-            EXPECT_EQ(Deviation(alone.signal->channels, team.signal->channels), 0) << threads;
-        }
+        const FiberResult team = RunThrough(input, params, "3");
+        EXPECT_EQ(Deviation(alone.signal->channels, team.signal->channels), 0);
     }
 }
 
@@ -202,10 +169,6 @@ TEST(FiberScheme, StopsAtAWholeStepWithTheNoiseOfTheWholeLength) {
         const FiberResult whole = RunThrough(input, params);
         EXPECT_LE(Deviation(stopped.signal->channels, whole.signal->channels), 1e-12);
     }
-    StopAfter atOnce(100);
-    atOnce.stop = 1;
-    const FiberResult nothing = RunWatched(*input, StandardFiber(), atOnce);
-    EXPECT_EQ(Deviation(nothing.signal->channels, input->channels), 0);
 }
 
 TEST(FiberScheme, TellsEveryStepAndTheTimeItTook) {
@@ -225,11 +188,6 @@ TEST(FiberScheme, TellsEveryStepAndTheTimeItTook) {
     EXPECT_TRUE(log.starts_with(expected[0] + "\n" + expected[1] + "\n" + expected[2] +
                                 "\nNLFiber calculation time = "));
     EXPECT_NE(log.find(" sec for distance = 1500 meters\n"), std::string::npos);
-
-    params.distance = 0;
-    StopAfter none(100);
-    ASSERT_EQ(RunWatched(*input, params, none).status, Status::Success);
-    EXPECT_EQ(none.statusTexts, std::vector<std::string>{"Z=0 and dZ=0 in NLFiber 50%s"});
 }
 
 }  // namespace
