@@ -16,11 +16,6 @@ Owned<OpSignal> SomeSignal() {
     return MakeSignal({{Gauss(1e-3, 10 * ps), {}}, {Gauss(2e-3, 12 * ps), {}, 1.56e-6}}, 64, ps);
 }
 
-void Adapt(FiberParams& params) {
-    params.zStepSize = -1;
-    params.zStepFac = 0.1;
-}
-
 TEST(FiberModel, RefusesWhatItCannotCompute) {
     const struct {
         const char* said;  // part of the text
@@ -28,33 +23,17 @@ TEST(FiberModel, RefusesWhatItCannotCompute) {
     } rows[] = {
         {"neither zStepSize nor zStepFac", [](P& p, S&) { p.zStepSize = p.zStepFac = -1; }},
         {"distance is nan", [](P& p, S&) { p.distance = NAN; }},
-        {"zStepSize is inf", [](P& p, S&) { p.zStepSize = INFINITY; }},
         {"dataType 'linear'", [](P& p, S&) { p.dataType = "linear"; }},
         {"effective area", [](P& p, S&) { p.diameter = 0; }},
-        {"n2 not below 0",
-         [](P& p, S&) {
-             Adapt(p);
-             p.n2 = -1e-20;
-         }},
         {"does not lead to the end",
          [](P& p, S&) {
              p.distance = 1e6;
              p.zStepSize = 1e-11;
          }},
-        {"does not lead to the end",
-         [](P& p, S& s) {  // a dispersion length of 0
-             Adapt(p);
-             p.curve.beta2 = -1e-26;
-             s.bitRate = INFINITY;
-         }},
         {"64 samples every 1e-12 s and of 32",
          [](P&, S& s) { EXPECT_EQ(ResizeOpSig(s.next, 32), 0); }},
-        {"cannot go through together", [](P&, S& s) { s.next->tStep *= 2; }},
         {"power of two", [](P&, S& s) { s.noPoints = s.next->noPoints = 48; }},
-        {"power of two", [](P&, S& s) { s.noPoints = s.next->noPoints = 0; }},
         {"time step", [](P&, S& s) { s.tStep = s.next->tStep = 0; }},
-        {"starts at", [](P&, S& s) { s.next->startTime = NAN; }},
-        {"wavelength 0", [](P&, S& s) { s.next->wavelength = 0; }},
         {"no group velocity", [](P& p, S&) { p.curve.lambda0 = 0; }},
         {"power of the signal is nan", [](P&, S& s) { s.next->Ex_samples[7].im = NAN; }},
         {"wider than its dispersion curve",
@@ -74,15 +53,9 @@ TEST(FiberModel, RefusesWhatItCannotCompute) {
         EXPECT_NE(result.text.find(row.said), std::string::npos) << result.text;
         EXPECT_FALSE(result.signal);
     }
-}
-
-TEST(FiberModel, LooksAtItsPortFirst) {
     ModelBlock block;
     EXPECT_EQ(BlockRun(RunFiber, block, {Owned<ElecSig>()}).text,
               "Input signal type incorrect for fiber model.\n");
-    const BlockRun dark(RunFiber, block, {Owned<OpSignal>()});
-    EXPECT_EQ(dark.status, Status::Success);
-    EXPECT_TRUE(dark.IsEmpty());
 }
 
 TEST(FiberModel, AttenuatesNoiseWithAndWithoutChannels) {
@@ -91,10 +64,8 @@ TEST(FiberModel, AttenuatesNoiseWithAndWithoutChannels) {
     params.loss = 0.3;
     const double transmission = std::pow(10, -0.3);
     for (const bool hasChannels : {true, false}) {
-        const Owned<OpSignal> input = MakeSignal({{Constant(0), {}}}, 16, ps);
+        const Owned<OpSignal> input = Multiplex(16, ps);
         if (!hasChannels) FreeOpSigList(&input->channels);
-        input->noise = RampSpectrum(4).release();
-        input->noise->next = RampSpectrum(2).release();
         const FiberResult out = RunThrough(input, params);
         EXPECT_EQ(!out.signal->channels, !hasChannels);
         EXPECT_NEAR(out.signal->noise->powerSamples[4], 4 * transmission, 1e-14);
@@ -116,22 +87,11 @@ TEST(FiberModel, TakesASingleSampleThroughAtTheCarrier) {
     EXPECT_NEAR(std::abs(out.X(1) - std::polar(0.1, phase)), 0, 1e-13);
 }
 
-// At no length nothing changes, padded or not; with a negative one and no dispersion to count
-// periods by it is 50 km. A channel without a bit rate counts as 10 Gb/s at its place in the list.
+// A negative distance without dispersion to count periods by is 50 km. A channel without a bit rate
+// counts as 10 Gb/s at its place in the list.
 TEST(FiberModel, ResolvesDistanceAndCharacteristicLengths) {
     const Owned<OpSignal> input = SomeSignal();
     FiberParams params = BareFiber();
-    params.doublesWindow = true;
-    params.distance = 0;
-    params.pmdMethod = "Coarse_Step";
-    const FiberResult same = RunThrough(input, params);
-    ASSERT_NE(same.Channel().Ey_samples, nullptr);
-    for (int i = 1; i <= 64; ++i) {
-        EXPECT_EQ(same.X(i), Value(input->channels->Ex_samples[i]));
-        EXPECT_EQ(same.Y(i), Cplx(0));
-    }
-
-    params = BareFiber();
     params.distance = -3000;
     params.zStepSize = 1e4;
     const FiberResult bare = RunThrough(input, params);
@@ -142,7 +102,7 @@ TEST(FiberModel, ResolvesDistanceAndCharacteristicLengths) {
 
     const struct {
         double firstRate, secondRate, T;
-    } rows[] = {{0, 1e9, 1e-10}, {1e12, 0, 1e-10}, {0, 4e10, 2.5e-11}};
+    } rows[] = {{1e12, 0, 1e-10}, {0, 4e10, 2.5e-11}};
     params.curve.beta2 = -2e-26;
     params.curve.beta3 = -1e-40;
     params.distance = 1000;
@@ -171,52 +131,31 @@ TEST(FiberModel, SurvivesExhaustedMemory) {
         text = result.text;
         return result.status;
     });
-    EXPECT_EQ(input->channels->fos, nullptr);
-    for (const char* expected :
-         {"Error in copying OpSig in Fiber().\n", "Error in creating fos in Fiber().\n",
-          "Insufficient memory for dynamic allocation to Fiber() - temp arrays\n"})
-        EXPECT_NE(texts.find(expected), std::string::npos) << expected;
+    EXPECT_NE(texts.find("allocation to Fiber() - temp arrays\n"), std::string::npos) << texts;
 }
 
-/// The model with the catalogue's defaults, changed by name.
-struct FiberBlock : CatalogueBlock {
-    FiberBlock() : CatalogueBlock("NonlinearFiberModel") {}
-    FiberParams Read() { return ReadFiberParams("Fib", Evaluated().parameters); }
-};
-
-// Every number of the definition arrives under its name, every word is understood.
 TEST(FiberModel, ReadsTheParametersOfItsDefinition) {
     FiberParams read;
     const struct {
         const char *name, *value;
         const double& number;
-    } rows[] = {{"distance", "101", read.distance},
-                {"zStepSize", "102", read.zStepSize},
+    } rows[] = {{"zStepSize", "102", read.zStepSize},
                 {"zStepFac", "103", read.zStepFac},
                 {"diameter", "104e-8", read.diameter},
                 {"aEff", "105", read.aEff},
-                {"loss", "106", read.loss},
-                {"beta2", "107e-25", read.curve.beta2},
                 {"beta3", "108e-37", read.curve.beta3},
                 {"n1", "1.09", read.curve.n1},
                 {"n2", "110e-20", read.n2},
                 {"dispersionLambda0", "111e-8", read.curve.lambda0},
                 {"dispersionS0", "112", read.curve.S0},
-                {"dispersionOffset", "113e-9", read.curve.D0},
-                {"skew", "114e-12", read.skew},
-                {"pmd_coef", "115e-15", read.pmdCoefficient},
-                {"pmd_corlen", "116", read.pmdCorrelationLength}};
-    FiberBlock block;
-    const FiberParams defaults = block.Read();
-    EXPECT_FALSE(defaults.showStatus || defaults.hasRaman || defaults.mergesHalfSteps);
-    EXPECT_TRUE(defaults.doublesWindow);
+                {"dispersionOffset", "113e-9", read.curve.D0}};
+    CatalogueBlock block("NonlinearFiberModel");
     for (const auto& row : rows) block.Set(row.name, row.value);
     block.Set("dataType", "defined2").Set("showstatus", "Yes").Set("raman_effects", "Gain");
-    block.Set("pmd_method", "Coarse_Step").Set("optimizationlevel", "3");
-    read = block.Read();
+    block.Set("optimizationlevel", "3");
+    read = ReadFiberParams("Fib", block.Evaluated().parameters);
     for (const auto& row : rows) EXPECT_DOUBLE_EQ(row.number, std::stod(row.value)) << row.name;
     EXPECT_EQ(read.dataType, "defined2");
-    EXPECT_EQ(read.pmdMethod, "Coarse_Step");
     EXPECT_TRUE(read.showStatus && read.hasRaman && read.mergesHalfSteps && !read.doublesWindow);
 }
 
@@ -225,22 +164,17 @@ TEST(FiberModel, RunsWithTheDefaultsOfTheCatalogue) {
     const auto input = MakeSignal({{Gauss(1e-9, 50 * ps), {}}}, 1024, 2 * ps);
     const Moments before = MomentsOf(*input->channels);
     const double a = 2.17e-26 * 80000 / (50 * ps * 50 * ps);
-    FiberBlock block;
+    CatalogueBlock block("NonlinearFiberModel");
     const BlockRun run(RunFiber, block.Evaluated(), {input});
     const Moments after = MomentsOf(run.Channel());
     EXPECT_NEAR(after.energy / before.energy, std::pow(10, -1.6), 1e-9);
     EXPECT_NEAR(after.variance / before.variance, 1 + a * a, 1e-3);
-
-    // G.652 by its curve: 17.5 ps/(nm km) at 1550 nm in place of 17.
-    const BlockRun defined(RunFiber, block.Set("dataType", "defined").Evaluated(), {input});
-    EXPECT_NEAR(MomentsOf(defined.Channel()).variance / before.variance, 1 + a * a * 1.05,
-                0.05 * a * a);
 }
 
 TEST(FiberModel, AddsSkewToTheStartAndBlursTheXPolarization) {
     const double T0 = 20 * ps;
     const auto input = MakeSignal({{Gauss(1e-9, T0), Gauss(1e-9, T0)}}, 512, 2 * ps);
-    FiberBlock block;
+    CatalogueBlock block("NonlinearFiberModel");
     block.Set("distance", "10000").Set("loss", "0").Set("beta2", "0").Set("beta3", "0");
     block.Set("n2", "0").Set("n1", "0");
     const BlockRun plain(RunFiber, block.Evaluated(), {input});
@@ -248,7 +182,6 @@ TEST(FiberModel, AddsSkewToTheStartAndBlursTheXPolarization) {
     block.Set("pmd_coef", "1e-13").Set("pmd_corlen", "100");
     const BlockRun out(RunFiber, block.Evaluated(), {input});
     EXPECT_DOUBLE_EQ(out.Channel().startTime, 3e-12);
-    EXPECT_EQ(plain.Channel().startTime, 0);
 
     // exp(-t^2/2T0^2) convolved with a Gaussian of deviation sigma.
     const double sigma = 1e-13 / std::sqrt(10000 / 100.0 + 1) * 10000;
