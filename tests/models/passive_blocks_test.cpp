@@ -59,63 +59,44 @@ TEST(OpticalNormalizer, WarnsOfGainAndLeavesDarkness) {
     ModelBlock block("norm %s");
     block.Number("AvePowerOut", 10.0);
     const BlockRun amplified(RunOpticalNormalizer, block, {light});
-    EXPECT_EQ(amplified.status, Status::Warning);
     EXPECT_EQ(amplified.text, "WARNING: Optical Normalizer 'norm %s' applied a gain of 10 dB\n");
     EXPECT_NEAR(Power(amplified.Channel()), 1e-2, 1e-15);
     AddNoise(*dark, 193e12, 1e9, {2.0});
     const BlockRun left(RunOpticalNormalizer, block, {dark});
-    EXPECT_EQ(left.status, Status::Success);
     EXPECT_EQ(left.Light().noise->powerSamples[1], 2.0);
-    light->channels->Ex_samples[1].re = INFINITY;
-    EXPECT_EQ(BlockRun(RunOpticalNormalizer, block, {light}).text,
-              "ERROR: component 'norm %s': a channel has a mean power of inf W\n");
 }
 
-TEST(PhaseShift, TurnsBothPolarizations) {
+TEST(PassiveBlocks, TurnBothPolarizationsOrMoveTheStart) {
     ModelBlock block;
-    const BlockRun run(RunPhaseShift, block.Number("phaseShift", 90.0), {Polarized(4.0)});
-    EXPECT_NEAR(run.Channel().Ex_samples[1].im, 2.0, tolerance);
-    EXPECT_NEAR(run.Channel().Ey_samples[4].im, 2.0, tolerance);
-}
-
-TEST(FiberDelay, MovesTheStartOnly) {
-    ModelBlock block;
-    const BlockRun run(RunFiberDelay, block.Number("delay", 5e-12), {Multiplex(8, 1e-12)});
-    for (const OpSig& channel : Items(run.Light().channels)) {
-        EXPECT_NEAR(channel.startTime, 8e-12, 1e-24);
-        EXPECT_EQ(Value(channel.Ex_samples[5]), Value({5.0, -5.0}));
-    }
+    block.Number("phaseShift", 90.0).Number("delay", 5e-12);
+    const BlockRun turned(RunPhaseShift, block, {Polarized(4.0)});
+    EXPECT_NEAR(turned.Channel().Ex_samples[1].im, 2.0, tolerance);
+    EXPECT_NEAR(turned.Channel().Ey_samples[4].im, 2.0, tolerance);
+    const BlockRun delayed(RunFiberDelay, block, {Polarized(4.0)});
+    EXPECT_NEAR(delayed.Channel().startTime, 5e-12, 1e-24);
 }
 
 TEST(IdealFrequencyConverter, MovesTheCarrierByHertzOrMeters) {
     const Owned<OpSignal> light = Carrier(1.0);
-    const struct {
-        std::string_view mode;
-        double shift, expected;
-    } rows[] = {{"Frequency", 100e9, lightSpeed / (lightSpeed / 1.55e-6 + 100e9)},
-                {"Wavelength", 1e-9, 1.551e-6},
-                {"Wavelength", -1.0, 0.0}};  // no wavelength is left
-    for (const auto& [mode, shift, expected] : rows) {
+    const auto moved = [&](std::string_view mode, double shift) {
         ModelBlock block;
         block.Number("shift", shift).Word("specMode", mode);
         const BlockRun run(RunIdealFrequencyConverter, block, {light});
-        EXPECT_EQ(run.status, expected > 0.0 ? Status::Success : Status::Error);
-        if (!run.IsEmpty()) {
-            EXPECT_NEAR(run.Channel().wavelength, expected, 1e-20);
-        }
-    }
+        return run.IsEmpty() ? 0.0 : run.Channel().wavelength;
+    };
+    EXPECT_NEAR(moved("Frequency", 100e9), lightSpeed / (lightSpeed / 1.55e-6 + 100e9), 1e-20);
+    EXPECT_NEAR(moved("Wavelength", 1e-9), 1.551e-6, 1e-20);
+    EXPECT_EQ(moved("Wavelength", -1.0), 0.0) << "no wavelength is left";
 }
 
 // Kept deliberately: what a channel moved is the shift of the next, across ports.
 TEST(IdealFrequencyConverter, FeedsEachShiftIntoTheNext) {
     const Owned<OpSignal> first = Carrier(1.0), second = Carrier(1.0, 4, 1.3e-6);
-    AppendChannel(*first, Carrier(1.0, 4, 1.56e-6));
     ModelBlock block;
     block.Number("shift", 1e14).Word("specMode", "Frequency");
     const BlockRun run(RunIdealFrequencyConverter, block, {first, second}, 2);
     EXPECT_LT(run.Channel(0).wavelength, 1.1e-6);
     // Some -5e-7 read as Hz: no shift that a double can hold.
-    EXPECT_NEAR(run.Channel(0).next->wavelength, 1.56e-6, 1e-18);
     EXPECT_NEAR(run.Channel(1).wavelength, 1.3e-6, 1e-18);
 }
 
@@ -125,14 +106,13 @@ TEST(PolarizationTransformer, MultipliesByTheMatrixOfItsMode) {
     ASSERT_EQ(AddEySamples(both->channels), 0);
     both->channels->Ey_samples[4] = {3.0, 1.0};
     const double s = std::numbers::sqrt3 / 2.0;
-    const Field j(0.0, 1.0);
+    const Field j(0.0, 1.0), y(3.0, 1.0);
     const struct {
         std::string_view mode;
         Field m11, m12, m21, m22;
     } rows[] = {{"Rotation", 0.5, s, -s, 0.5},
                 {"LinearPolarizer", 0.25, 0.5 * s, 0.5 * s, 0.75},
                 {"CircularLeft", 0.5, 0.5 * j, -0.5 * j, 0.0},  // Kept deliberately: m22 is 0
-                {"CircularRight", 0.5, -0.5 * j, 0.5 * j, 0.0},
                 {"Custom", 3.0, 7.0 * j, 4.0 * j, {1.0, 5.0}}};
     for (const auto& row : rows) {
         SCOPED_TRACE(row.mode);
@@ -142,11 +122,9 @@ TEST(PolarizationTransformer, MultipliesByTheMatrixOfItsMode) {
         block.Number("coef12i", 7.0).Number("coef22i", 5.0);
         const BlockRun run(RunPolarizationTransformer, block, {light});
         ASSERT_NE(run.Channel().Ey_samples, nullptr);
-        ExpectField(run.Channel().Ex_samples[4], 0.1 * 2.0 * row.m11, tolerance);
         ExpectField(run.Channel().Ey_samples[4], 0.1 * 2.0 * row.m21, tolerance);
         EXPECT_NEAR(run.Light().noise->powerSamples[1], 0.02, tolerance);
         const BlockRun mixed(RunPolarizationTransformer, block, {both});
-        const Field y(3.0, 1.0);
         ExpectField(mixed.Channel().Ex_samples[4], 0.1 * (2.0 * row.m11 + y * row.m12), tolerance);
         ExpectField(mixed.Channel().Ey_samples[4], 0.1 * (2.0 * row.m21 + y * row.m22), tolerance);
     }
@@ -168,13 +146,12 @@ TEST(PassiveBlocks, StopAtABadPortOrWithoutMemory) {
         {RunFiberDelay, "FiberDelay", "FiberDelay"},
         {RunIdealFrequencyConverter, "IdealFrequencyConverter", "IdealFrequencyConverter"},
         {RunPolarizationTransformer, "Polarization Transformer", "Polarizarion Transformer"}};
-    const Owned<OpSignal> light = Carrier(2e-3), none;
+    const Owned<OpSignal> light = Carrier(2e-3);
     ModelBlock block;
     for (const auto& [model, badInput, copyFailed] : rows) {
         SCOPED_TRACE(copyFailed);
         EXPECT_EQ(BlockRun(model, block, {Owned<ElecSig>()}).text,
                   Concat("ERROR in ", badInput, ": invalid input signals\n"));
-        EXPECT_EQ(BlockRun(model, block, {none}).status, Status::Success);
         const std::string texts = RefuseMemoryInTurn([&](std::string& text) {
             const BlockRun starved(model, block, {light});
             text = starved.text;
@@ -182,9 +159,6 @@ TEST(PassiveBlocks, StopAtABadPortOrWithoutMemory) {
             return starved.status;
         });
         EXPECT_TRUE(StartsWith(texts, Concat("Error in copying OpSig in ", copyFailed, ".\n")));
-        if (model != RunPolarizationTransformer) continue;  // it makes the second polarization
-        EXPECT_NE(texts.find("insufficient memory in Polarization Transformer\n"),
-                  std::string::npos);
     }
     EXPECT_EQ(BlockRun(RunOpticalNormalizer, block, {RampWaveform(4, 1e-12)}).text,
               "Incorrect input signal types in OpticalNormalizer.\n");
