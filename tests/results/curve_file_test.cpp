@@ -33,9 +33,7 @@ TEST_F(PlotTest, FlatCurvesGetRoom) {
         EXPECT_TRUE(Holds(dir.Read("c.pcl"), "/ls1\n" + lines + "c.lic\n"));
     };
     expectLines({1, 2}, {3, 3}, "/w1,2,1.5,6\n");
-    expectLines({-2, -2}, {0, 1}, "/w-4,-1,0,1\n");
     expectLines({4}, {0}, "/st7\n/w2,8,-1,1\n");
-    EXPECT_EQ(write("none", {}, {}), Status::Success);
     EXPECT_EQ(write("/c", {1}, {1}), Status::Error);
     EXPECT_EQ(dir.Files(), (std::vector<std::string>{"c.lic", "c.pcl"}));
 }
