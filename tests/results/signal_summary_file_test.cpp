@@ -70,14 +70,13 @@ TEST(SummaryFile, HasASectionForEachRecord) {
               "================================================\n");
 }
 
-TEST(SummaryFile, IsNamedAfterPortBlockOrNodeAndWrittenOrReportsWhyNot) {
+TEST(SummaryFile, IsNamedAfterPortOrNodeAndWrittenOrReportsWhyNot) {
     SimOptions options;
     options.OUTPUTPREFIX = "run_";
     options.SCANPREFIX = "scan_";
     Node node;
     node.number = 12;
     EXPECT_EQ(SummaryFileName(options, "Fiber", 2), "run_Fiber_p2_sig.sum");
-    EXPECT_EQ(SummaryFileName(options, "Fiber", 0), "run_Fiber_sig.sum");
     options.mode = simMode::statistical;
     EXPECT_EQ(SummaryFileName(options, node), "scan_node_12_sig.sum");
 
@@ -94,8 +93,6 @@ TEST(SummaryFile, IsNamedAfterPortBlockOrNodeAndWrittenOrReportsWhyNot) {
     std::filesystem::create_directory("b.sum");
     EXPECT_EQ(WriteSummaryFile("b.sum", dark, text), Status::Error);
     EXPECT_EQ(text, "Could not open file for signal summary data\n");
-    EXPECT_EQ(WriteSummaryFile("../c.sum", dark, text), Status::Error);
-    EXPECT_TRUE(Holds(text, "does not stay inside"));
     ResetResultFiles();
 }
 
