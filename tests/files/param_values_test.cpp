@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include "base/text.h"
 #include "files/model_definition.h"
 #include "kernel/graph.h"
 #include "kernel/parameters.h"

@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include "kernel/graph.h"
-#include "kernel/parameters.h"
 #include "support/holds.h"
 #include "support/model_parameters.h"
 #include "support/signals.h"

@@ -13,6 +13,8 @@ namespace {
 using Names = std::vector<std::string>;
 
 struct PassListLink : SweepLink {
+    using SweepLink::SweepLink;
+
     /// The names in the list of what depends on a symbol.
     Names DependOn(const std::string& name) {
         RunOrder order;
@@ -63,6 +65,17 @@ TEST(PassList, HoldsWhatIsFedOnceAndInOrder) {
         "source > Step plain > Sink elsewhere\nplain > join.2\nswept > Sink plot");
     SetText(&link.GiveNumber(link["swept"], "number", "1").ISTDDEV, "x");
     EXPECT_EQ(link.DependOn("x"), (Names{"swept", "plot", "join", "sink"}));
+}
+
+// The end block takes the signals off its input nodes at each repetition, so what feeds it from
+// outside must run again with the loop.
+TEST(PassList, TakesALoopAsAWholeAndWhatFeedsItsEnd) {
+    PassListLink link(/*loopPorts=*/2);
+    link.Draw(
+        "Source source > LoopBeginBlock begin > Step step > LoopEndBlock end > Sink sink\n"
+        "source > begin.2\nSource feeder > end.2");
+    link.GiveNumber(link["step"], "number", "x");
+    EXPECT_EQ(link.DependOn("x"), (Names{"feeder", "begin", "step", "end", "sink"}));
 }
 
 /// A diagram grown by chance: steps, joins, loops in a row and in each other, plots anywhere.

@@ -95,10 +95,5 @@ TEST(SignalSummary, MeasuresWaveformsAndBits) {
     EXPECT_DOUBLE_EQ(binary.duration, 0.9e-9);
 }
 
-TEST(SignalSummary, SurvivesSignalsWithoutSamples) {
-    Stored nothing(RampWaveform(0, 1.0).release(), ElecSigType);
-    EXPECT_EQ(nothing.Keep().front().average, 0.0);
-}
-
 }  // namespace
 }  // namespace photrak
