@@ -91,6 +91,8 @@ TEST(RepetitionLoop, RefusesEndsThatDoNotFitTheirBegin) {
     const std::pair<const char*, const char*> rows[] = {
         {"Source source > LoopEndBlock end > Sink sink",
          "ERROR: Loop End encountered when not looping\n"},
+        {"Source source > LoopBeginBlock begin > Convert convert > LoopEndBlock end > Any any",
+         "ERROR: Loop End port signal types do not match Loop Begin signal types\n"},
         {"Source source > LoopBeginBlock begin > Step body > WideEnd end > Sink sink\n"
          "Source other > end.2",
          "Loop End port count does not match Loop Begin port count\n"},
@@ -99,6 +101,9 @@ TEST(RepetitionLoop, RefusesEndsThatDoNotFitTheirBegin) {
         SCOPED_TRACE(text);
         LoopLink link;
         link.Model("WideEnd", {UnknownSigType, UnknownSigType}, {UnknownSigType});
+        link.Model("Any", {UnknownSigType}, {NoSigType});
+        link.Model("Convert", {BinSigType}, {ElecSigType});
+        link.models.byType["Convert"] = [](const ModelCall&) { return Status::Success; };
         link.Draw(diagram);
         link["end"].type = "LoopEndBlock";
         if (FindModel("begin", link.workspace->components)) link.Repeat("begin", "2");
