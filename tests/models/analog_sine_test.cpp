@@ -36,7 +36,6 @@ TEST(AnalogSine, FitsWholePeriodsUnlessAperiodic) {
     EXPECT_EQ(wave.noPoints, 128);
     EXPECT_DOUBLE_EQ(wave.tStep * 128, 4e-9);
     EXPECT_EQ(std::pair(wave.bitRate, wave.patternLength), std::pair(2e9, 8));
-    EXPECT_DOUBLE_EQ(wave.elecSamples[1].re, 0.0) << "starts at its trough";
     ExpectSine(wave, params);
 
     params.mode = "Aperiodic";
@@ -50,15 +49,13 @@ TEST(AnalogSine, FitsWholePeriodsUnlessAperiodic) {
 }
 
 TEST(AnalogSine, RefusesGridsThatAreNone) {
-    for (const auto& [mode, exponent, timeStep] :
-         {std::tuple{"", INT32_MAX, 1e-12}, {"Aperiodic", 27, 1e-12}, {"Aperiodic", 3, NAN}}) {
-        AnalogSineParams params;
-        params.owner = "tone";
-        params.mode = mode;
-        params.ptsPerPeriod = params.noPeriods = params.noSamples = exponent;
-        params.timeStep = timeStep;
-        Sine(params).ExpectRefusal("component 'tone'");
-    }
+    AnalogSineParams params;
+    params.owner = "tone";
+    params.noPeriods = INT32_MAX;
+    Sine(params).ExpectRefusal("component 'tone': parameter 'noPeriods' is 2.14748e+09");
+    params.mode = "Aperiodic";
+    params.timeStep = NAN;
+    Sine(params).ExpectRefusal("component 'tone': parameter 'timeStep' is nan");
 }
 
 }  // namespace

@@ -144,7 +144,6 @@ TEST(Prbs, RotatesFromPortToPort) {
     } rows[] = {{1, 1, {{2, 3, 4, 1}, {3, 4, 1, 2}, {4, 1, 2, 3}, {1, 2, 3, 4}}},
                 {INT32_MIN + 3, INT32_MAX, {{4, 1, 2, 3}, {3, 4, 1, 2}}}};
     for (const auto& row : rows) {
-        SCOPED_TRACE(row.offset);
         PrbsParams params = Custom(dir, "1 2 3 4", 2);
         params.offset = row.offset;
         params.shift = row.shift;

@@ -63,7 +63,6 @@ TEST_F(SignalBlocks, SayWhatIsMissingOrBroken) {
     EXPECT_EQ(errorText,
               "ERROR: Unable to save signals: could not create output file.\n"
               "  component 'probe', file 'no/such/x.sgd'\n");
-    EXPECT_EQ(Save("../x", inputs.get()), Status::Error) << "it would leave the directory";
     EXPECT_EQ(Load("none%s.sgd", outputs.get()), Status::Error);
     EXPECT_EQ(errorText,
               "ERROR: Unable to load signals: could not open file.\n"
