@@ -130,7 +130,6 @@ TEST_F(BerTesterTest, SweepFillsCurveAndTable) {
     EXPECT_EQ(Pass(2, 1, 1, 0), Status::Warning);
     EXPECT_EQ(message, "No input electrical signal to BER Tester\n\n");
     EXPECT_EQ(dir.Read("ber.ber"), "-30 " + rate(3) + " 1\n-28 " + rate(4) + " . \n");
-    EXPECT_NE(block.component.modelState, nullptr);
     EXPECT_EQ(Pass(2, 2, 1, 5), Status::Success);
     EXPECT_EQ(block.component.modelState, nullptr);
     EXPECT_EQ(host.commands.size(), 1u) << "the viewer follows the file";
