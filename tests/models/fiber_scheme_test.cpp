@@ -188,6 +188,11 @@ TEST(FiberScheme, TellsEveryStepAndTheTimeItTook) {
     EXPECT_TRUE(log.starts_with(expected[0] + "\n" + expected[1] + "\n" + expected[2] +
                                 "\nNLFiber calculation time = "));
     EXPECT_NE(log.find(" sec for distance = 1500 meters\n"), std::string::npos);
+
+    params.distance = 0;
+    host.statusTexts.clear();
+    ASSERT_EQ(RunWatched(*input, params, host).status, Status::Success);
+    EXPECT_EQ(host.statusTexts.back(), "Z=0 and dZ=0 in NLFiber 50%s");
 }
 
 }  // namespace
