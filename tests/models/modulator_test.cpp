@@ -189,8 +189,10 @@ TEST(Modulator, MatchedEndsBlendTheLastTwoBitsTowardTheFirstSample) {
         ExpectField(out[13 + i], std::polar(1.0 + g, -0.6 + g));
     }
     ExpectField(out[12], std::polar(1.0, -0.6));
-    drive->patternLength = 1000;  // of bits shorter than a sample
-    ExpectField(Modulated(params, drive.get(), light.get())[samples], std::polar(1.0, -0.6));
+    for (const std::int32_t bits : {7, 1000}) {  // too few, or shorter than a sample
+        drive->patternLength = bits;
+        ExpectField(Modulated(params, drive.get(), light.get())[samples], std::polar(1.0, -0.6));
+    }
 }
 
 TEST(Modulator, NoisePassesWithTheSquareOfTheStaticTransmission) {
