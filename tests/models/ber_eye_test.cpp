@@ -67,7 +67,6 @@ TEST_F(EyeTest, MeasuresTheSpanAroundTheWidestOpening) {
     EXPECT_EQ(eye.eyeEnd, 7u) << "lids that touch belong to it on the right";
     EXPECT_EQ(eye.decisionIndex, 4u);  // 41.5 / 10
     EXPECT_EQ(eye.eyeOpening, 4.0);
-    EXPECT_EQ(eye.decisionLevel, 2.0);
     EXPECT_DOUBLE_EQ(eye.eyeWidth, 4.5 / 4);  // from sample 2 to between samples 6 and 7
     const double area =
         0.5 * 3 / 8 + 2.0 * 7 / 6 + 4.0 * 23 / 24 + 2.5 * 23 / 24 + 1.0 * 7 / 6 + 0.0;

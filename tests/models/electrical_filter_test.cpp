@@ -150,6 +150,9 @@ TEST(ElectricalFilter, RefusesWhatHasNoTransferFunction) {
         params.bandwidth = row.bandwidth;
         Filter(params, Concat("ERROR: component 'f': filter ", row.reason, "\n"));
     }
+    ModelBlock wide;
+    wide.Whole("order", 65537);
+    EXPECT_GT(ReadElectricalFilterParams(wide.component, "").order, 64) << "it does not wrap";
     EXPECT_EQ(Filter(Params("none", 0))[2], Value64(1.0)) << "another word is no filter";
 }
 
