@@ -108,6 +108,16 @@ TEST_F(BerTesterTest, RefusesMoreResultsThanItKeeps) {
               "ERROR: component 'ber': a scan with more than 10000000 results is not kept\n");
 }
 
+TEST_F(BerTesterTest, StoppedPassLeavesThePointsBeforeItAlone) {
+    Inner(2, "0 1 1");
+    ASSERT_EQ(Pass(1, 1, 1, 6), Status::Success);
+    const std::string rows = dir.Read("ber.bdt"), curve = dir.Read("ber.ber");
+    options.stop = 1;
+    EXPECT_EQ(Pass(1, 2, 1, 6), Status::Success);
+    EXPECT_EQ(dir.Read("ber.bdt"), rows);
+    EXPECT_EQ(dir.Read("ber.ber"), curve);
+}
+
 TEST_F(BerTesterTest, SinglePassWritesOneResult) {
     EXPECT_EQ(Pass(1, 1, 1, 6), Status::Success);
     EXPECT_EQ(dir.Read("ber.bdt"), Row("BER\tQ\n1\t", 6));
