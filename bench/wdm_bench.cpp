@@ -1,8 +1,10 @@
 // The whole eight-channel link of the examples over five amplified spans: seconds from the loaded
 // topology to its bit error rates, and the share that the transforms of fiber and demultiplexer
 // take of it.
+#include <algorithm>
 #include <benchmark/benchmark.h>
 #include <chrono>
+#include <cmath>
 #include <filesystem>
 #include <sys/resource.h>
 
@@ -29,11 +31,14 @@ double SecondsOfTransfer(long n) {
     SplitField field(n);
     TransferArray transfer(n, +1);
     transfer.Fill([](long) { return 1.0; });
-    constexpr int times = 50;
-    ApplyTransferOpen(field, transfer);
-    const auto start = std::chrono::steady_clock::now();
-    for (int k = 0; k < times; ++k) ApplyTransferOpen(field, transfer);
-    return Seconds(start) / times;
+    constexpr int rounds = 10, times = 20;
+    double best = HUGE_VAL;
+    for (int round = 0; round < rounds; ++round) {
+        const auto start = std::chrono::steady_clock::now();
+        for (int k = 0; k < times; ++k) ApplyTransferOpen(field, transfer);
+        best = std::min(best, Seconds(start) / times);
+    }
+    return best;
 }
 
 void BM_EightChannelsFiveSpans(benchmark::State& state) {
