@@ -23,11 +23,7 @@ void CheckWithSymbols(Workspace& workspace, const CommandOptions& options, Statu
 }  // namespace
 
 int CheckCommand(const CommandOptions& options) {
-    ConsoleMessages messages(Progress::Silent);
-    Host host = CurrentHost();
-    host.messages = &messages;
-    const HostScope scope(host);
-
+    const ConsoleMessages messages(Progress::Silent);
     Session session;
     if (!OpenCatalogue(session) || !EnterDirectory(session, options.file))
         return exitStatus::failed;

@@ -38,6 +38,12 @@ std::size_t TerminalColumns() {
     return 79;
 }
 
+Host HostWith(Messages& messages) {
+    Host host = CurrentHost();
+    host.messages = &messages;
+    return host;
+}
+
 /// Control characters of a name may not steer the terminal.
 std::string Printable(std::string_view text) {
     std::string clean(text);
@@ -50,7 +56,7 @@ std::string Printable(std::string_view text) {
 }  // namespace
 
 ConsoleMessages::ConsoleMessages(Progress progress)
-    : progress_(progress), terminal_(isatty(STDERR_FILENO) == 1) {}
+    : progress_(progress), terminal_(isatty(STDERR_FILENO) == 1), scope_(HostWith(*this)) {}
 
 ConsoleMessages::~ConsoleMessages() {
     EndStatusLine();

@@ -14,7 +14,7 @@ enum class Progress { Silent, Shown };
 
 /// Messages on standard error. On a terminal the status text is one line that rewrites itself,
 /// otherwise each text is a line of its own. An error box is kept for the command, which prints the
-/// whole text; a question is answered with no.
+/// whole text; a question is answered with no. While it exists it is the host's.
 class ConsoleMessages : public Messages {
   public:
     explicit ConsoleMessages(Progress progress);
@@ -35,6 +35,7 @@ class ConsoleMessages : public Messages {
     bool terminal_;
     bool lineOpen_ = false;
     std::string errorText_, latestComponent_;
+    HostScope scope_;
 };
 
 /// While one exists, the first SIGINT, SIGTERM or SIGHUP sets the run's stop word; a second one has

@@ -66,10 +66,6 @@ int Conclude(Status status, bool warned, const Session& session, const ConsoleMe
 
 int SimulateTopology(const CommandOptions& options, const SimulationKind& kind) {
     ConsoleMessages messages(options.quiet ? Progress::Silent : Progress::Shown);
-    Host host = CurrentHost();
-    host.messages = &messages;
-    const HostScope scope(host);
-
     Session session;
     Status loaded = Status::Success;
     if (!OpenTopology(session, options, loaded)) return exitStatus::failed;

@@ -36,11 +36,7 @@ Status TellFiles(const CommandOptions& options, Status status) {
 }  // namespace
 
 int TestCommand(const CommandOptions& options) {
-    ConsoleMessages messages(Progress::Silent);
-    Host host = CurrentHost();
-    host.messages = &messages;
-    const HostScope scope(host);
-
+    const ConsoleMessages messages(Progress::Silent);
     Session session;
     Status status = Status::Success;
     if (!OpenTopology(session, options, status)) return exitStatus::failed;
