@@ -5,11 +5,12 @@
 #include "files/catalogue.h"
 #include "kernel/graph.h"
 #include "kernel/parameters.h"
+#include "support/paths.h"
 
 namespace photrak {
 namespace {
 
-const std::string installDirectory = PHOTRAK_SOURCE_DIR "/catalogue/";
+const std::string installDirectory = SourceDir() + "/catalogue/";
 
 class ShippedCatalogue : public testing::Test {
   protected:

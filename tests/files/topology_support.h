@@ -11,13 +11,14 @@
 #include "files/topology.h"
 #include "kernel/graph.h"
 #include "platform/file_system.h"
+#include "support/paths.h"
 #include "support/small_catalogue.h"
 
 namespace photrak {
 
 inline std::string DataFile(const std::string& name) {
     std::string text, error;
-    EXPECT_TRUE(ReadWholeFile(PHOTRAK_SOURCE_DIR "/tests/data/" + name, text, error)) << error;
+    EXPECT_TRUE(ReadWholeFile(SourceDir() + "/tests/data/" + name, text, error)) << error;
     return text;
 }
 

@@ -6,6 +6,7 @@
 #include "kernel/graph.h"
 #include "support/holds.h"
 #include "support/model_parameters.h"
+#include "support/paths.h"
 #include "support/signals.h"
 #include "support/temp_dir.h"
 
@@ -17,8 +18,7 @@ class UserLibraries : public testing::Test {
     void SetUp() override {
         for (const char* name : {"gain_model", "old_model", "no_entries", "throwing_model"}) {
             const std::string file = std::string(name) + ".so";
-            ASSERT_TRUE(
-                CopyWholeFile(PHOTRAK_BINARY_DIR "/user_library/" + file, dir_.Path() + file));
+            ASSERT_TRUE(CopyWholeFile(BinaryDir() + "/user_library/" + file, dir_.Path() + file));
         }
         catalogue_.modelDirectory = dir_.Path();
     }

@@ -5,13 +5,14 @@
 #include <cmath>
 
 #include "link/run_program.h"
+#include "support/paths.h"
 
 namespace photrak::test {
 
 class ExampleRun : public ::testing::Test {
   protected:
     ExampleRun() {
-        std::filesystem::copy(PHOTRAK_SOURCE_DIR "/examples", ".",
+        std::filesystem::copy(SourceDir() + "/examples", ".",
                               std::filesystem::copy_options::recursive);
     }
 

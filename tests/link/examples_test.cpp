@@ -1,5 +1,6 @@
 // The example topologies through the real program, from the command line to the result files.
 #include "link/example_run.h"
+#include "support/paths.h"
 
 namespace photrak::test {
 namespace {
@@ -56,7 +57,7 @@ TEST_F(Examples, AFullDiskIsTold) {
     EXPECT_NE(result.error.find("could not write all of 'first-bits_bin.sig'"), std::string::npos)
         << result.error;
     EXPECT_EQ(result.out.find("first-bits_bin.sig"), std::string::npos);
-    EXPECT_EQ(RunProgram("sh -c '" PHOTRAK_BINARY_DIR "/bin/photrak models >/dev/full'").status, 1);
+    EXPECT_EQ(RunProgram("sh -c '" + BinaryDir() + "/bin/photrak models >/dev/full'").status, 1);
 }
 
 TEST_F(Examples, TheViewerGetsTheCommandFileAsOneWord) {

@@ -15,6 +15,7 @@
 #include <unistd.h>
 #include <vector>
 
+#include "support/paths.h"
 #include "support/temp_dir.h"
 
 namespace photrak::test {
@@ -48,13 +49,13 @@ inline ProgramResult RunProgram(const std::string& commandLine) {
 
 /// Runs the program with the words of a shell command line.
 inline ProgramResult Photrak(const std::string& arguments) {
-    return RunProgram(PHOTRAK_BINARY_DIR "/bin/photrak " + arguments);
+    return RunProgram(BinaryDir() + "/bin/photrak " + arguments);
 }
 
 /// Runs the program, sends it the signal as soon as `file` is there, and waits for its end.
 inline ProgramResult InterruptedPhotrak(std::vector<std::string> words, int signal,
                                         const std::filesystem::path& file) {
-    words.insert(words.begin(), PHOTRAK_BINARY_DIR "/bin/photrak");
+    words.insert(words.begin(), BinaryDir() + "/bin/photrak");
     std::vector<char*> arguments;
     for (std::string& word : words) arguments.push_back(word.data());
     arguments.push_back(nullptr);

@@ -1,5 +1,6 @@
 // A model in a C library, from user.lis to the trace of what it made, through the real program.
 #include "link/run_program.h"
+#include "support/paths.h"
 
 namespace photrak::test {
 namespace {
@@ -30,11 +31,11 @@ class OwnCatalogue : public ::testing::Test {
   protected:
     OwnCatalogue() {
         namespace fs = std::filesystem;
-        fs::copy_file(PHOTRAK_BINARY_DIR "/bin/photrak", "photrak");
-        fs::copy(PHOTRAK_SOURCE_DIR "/catalogue/models", "models", fs::copy_options::recursive);
+        fs::copy_file(BinaryDir() + "/bin/photrak", "photrak");
+        fs::copy(SourceDir() + "/catalogue/models", "models", fs::copy_options::recursive);
         WriteText("models/inverter.def", definition);
         WriteText("link.top", Topology());
-        fs::copy(PHOTRAK_BINARY_DIR "/user_library/gain_model.so", "models");
+        fs::copy(BinaryDir() + "/user_library/gain_model.so", "models");
     }
     static void UserList(const std::string& line) { WriteText("models/user.lis", line); }
     static ProgramResult Run(const std::string& arguments) {

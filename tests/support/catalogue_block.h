@@ -10,6 +10,7 @@
 #include "files/catalogue.h"
 #include "kernel/graph.h"
 #include "kernel/parameters.h"
+#include "support/paths.h"
 #include "support/recording_host.h"
 
 namespace photrak {
@@ -17,8 +18,7 @@ namespace photrak {
 class CatalogueBlock {
   public:
     explicit CatalogueBlock(std::string_view type) {
-        EXPECT_EQ(InitializeModels(PHOTRAK_SOURCE_DIR "/catalogue/", catalogue_, text_),
-                  Status::Success)
+        EXPECT_EQ(InitializeModels(SourceDir() + "/catalogue/", catalogue_, text_), Status::Success)
             << text_;
         component_ = AddComponent(*workspace_, type, "box", 1, 1, catalogue_);
         EXPECT_NE(component_, nullptr);
