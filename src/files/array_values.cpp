@@ -109,7 +109,7 @@ bool ReadElements(void* data, std::int64_t count, ElementForm form, LineReader& 
     return true;
 }
 
-/// Reads the elements behind DATA into fresh memory, which replaces the old only when it is full.
+/// Reads the elements behind DATA into fresh memory, which replaces the array only when it is full.
 Status ReadData(ArrayRecord& array, std::int32_t rows, std::int32_t cols, ElementForm form,
                 std::string_view name, LineReader& reader, std::string& faults) {
     const auto fail = [&](std::string_view what) {

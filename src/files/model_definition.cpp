@@ -1,6 +1,6 @@
 // A model definition is a sequence of lines, each a keyword with its value: ports and texts of the
-// model, and a block for each parameter. Unknown keywords are passed over, so that a newer file
-// still reads.
+// model, and a block for each parameter. Unknown keywords are passed over, so that a
+// definition may carry keywords for other readers.
 #include "files/model_definition.h"
 
 #include <algorithm>
@@ -65,7 +65,7 @@ constexpr struct {
 
 enum class Direction { In, Out };
 
-// Kept deliberately: "OpOrElecSigType", which the definition of a SuperBlock may hold, is no word
+// By design: "OpOrElecSigType", which the definition of a SuperBlock may hold, is no word
 // of this list and reads as a port of unknown type.
 std::int32_t PortTypeOf(std::string_view word, Direction direction) {
     for (const auto& row : portTypes) {
@@ -165,7 +165,7 @@ void ReadParameterBlock(Definition& definition) {
                               : MemoryRanOut(name, reader, definition.faults);
     MergeStatus(definition.result, status);
     if (status == Status::Success && parameter->type == EnumType) {
-        // Kept deliberately: the fields of an enum always resolve, and their success is stored as
+        // By design: the fields of an enum always resolve, and their success is stored as
         // the file's, so that an enum clears the failure of a block before it.
         definition.faults.clear();
         definition.result = ResolveEnumFields(*parameter) == Status::Success

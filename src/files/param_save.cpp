@@ -60,8 +60,8 @@ std::string Element(const ArrayRecord& array, std::int64_t i) {
         case 2:
             return Concat(static_cast<const std::int16_t*>(array.data)[i]);
         default: {
-            // Kept deliberately: nothing separates the two numbers of a complex element; existing
-            // files look so, although only a signed imaginary part reads back as it was.
+            // By design: nothing separates the two numbers of a complex element, which is the
+            // form of the file, although only a signed imaginary part reads back as it was.
             const Complex& z = static_cast<const Complex*>(array.data)[i];
             return Number(z.re) + Number(z.im);
         }

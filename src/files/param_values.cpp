@@ -12,18 +12,18 @@
 namespace photrak {
 namespace {
 
-/// Names that parameters had in older versions of the models.
+/// Second names under which a file may set a parameter.
 constexpr struct {
-    std::string_view old, present;
-} formerNames[] = {
+    std::string_view alias, name;
+} parameterAliases[] = {
     {"patternWidth", "patternLength"},
     {"Vpk", "Vmax"},
 };
 
-Parameter* FindByNameOrFormerName(std::string_view name, Parameter* list) {
+Parameter* FindByNameOrAlias(std::string_view name, Parameter* list) {
     if (Parameter* parameter = FindParameter(name, list)) return parameter;
-    for (const auto& row : formerNames) {
-        if (row.old == name) return FindParameter(row.present, list);
+    for (const auto& row : parameterAliases) {
+        if (row.alias == name) return FindParameter(row.name, list);
     }
     return nullptr;
 }
@@ -51,7 +51,7 @@ Status ReadArrayBlock(Parameter& parameter, const ParameterTypeWord& type, LineR
 Status ReadBlock(Component& component, Status running, LineReader& reader, std::string& faults) {
     const std::string name(reader.Word());
     const std::string_view token = reader.Word();
-    Parameter* parameter = FindByNameOrFormerName(name, component.parameters);
+    Parameter* parameter = FindByNameOrAlias(name, component.parameters);
     if (!parameter) {
         MergeStatus(running, SkipBlock(name, reader, faults));
         return running;
@@ -70,7 +70,7 @@ Status ReadBlock(Component& component, Status running, LineReader& reader, std::
     const Status status =
         ReadScalarBody(*parameter, type->savedCode, BlockSource::Saved, reader, faults);
     if (status == Status::Success && type->savedCode == EnumType) {
-        // Kept deliberately: as in a definition, the success of an enum is stored as the result.
+        // By design: as in a definition, the success of an enum is stored as the result.
         faults.clear();
         return ResolveEnumFields(*parameter);
     }

@@ -6,7 +6,7 @@
 namespace photrak {
 namespace {
 
-// Kept deliberately: a definition reads "IntArrayType" as the code of a binary array, since the
+// By design: a definition reads "IntArrayType" as the code of a binary array, since the
 // catalogues in use were made so; a saved block expects the true code and calls the other a fault.
 constexpr ParameterTypeWord typeWords[] = {
     {"DoubleType", DoubleType, DoubleType, {}},

@@ -58,7 +58,7 @@ void AppendSpectrum(std::string& text, const OpSigASE& spectrum, Origin origin) 
     AppendLine(text, "fstart", spectrum.fstart);
     AppendLine(text, "fstep", spectrum.fstep);
     AppendLine(text, "noPoints", spectrum.noPoints);
-    // Kept deliberately: the form of stored records lacks this keyword, and so the reader passes
+    // By design: the form of stored records lacks this keyword, and so the reader passes
     // over its values.
     if (origin == Origin::Block) text += "powerSamples\n";
     for (std::int32_t i = 1; i <= spectrum.noPoints; ++i) {
@@ -99,7 +99,7 @@ void AppendElectrical(std::string& text, const ElecSig& wave) {
     AppendLine(text, "tStep", wave.tStep);
     AppendLine(text, "startTime", wave.startTime);
     AppendLine(text, "noPoints", wave.noPoints);
-    // Kept deliberately: imaginary parts are not stored, so that a spectrum does not come back
+    // By design: imaginary parts are not stored, so that a spectrum does not come back
     // whole.
     AppendRealBlock(text, "elecSamples ", wave.elecSamples, wave.noPoints);
     AppendRealBlock(text, "sigmaSamples", wave.sigmaSamples, wave.noPoints);

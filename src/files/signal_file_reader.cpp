@@ -204,7 +204,7 @@ constexpr Keyword<OpSig> channelKeywords[] = {
     {"Ey_samples", ReadEySamples},
 };
 
-// Kept deliberately: "UNKNOWN" is none of the words, and leaves the unit as the record was made.
+// By design: "UNKNOWN" is none of the words, and leaves the unit as the record was made.
 void ReadUnitType(Source& source, ElecSig& wave) {
     const std::string_view word = source.Word();
     if (word == "VOLTAGE") wave.UnitType = VoltageUnit;

@@ -10,7 +10,7 @@
 
 namespace photrak {
 
-/// Destroys the old workspace and makes a new one from the file. Messages are in the new
+/// Destroys the present workspace and makes a new one from the file. Messages are in the new
 /// workspace's errorText, each followed by a line "  at FILE:LINE"; after an error the new, partial
 /// workspace stays. An escape (a full symbol table) ends the load with an error.
 Status TopologyLoad(const std::string& fileName, std::unique_ptr<Workspace>& workspace,
@@ -27,7 +27,7 @@ Status TopologyCheckText(std::string_view text, const std::string& fileName,
                          std::unique_ptr<Workspace>& workspace, const Catalogue& catalogue);
 
 /// Writes the topology (temporary file, flush, rename) and, with In or Out blocks, its .dts. An
-/// error, also one in a parameter, leaves the old file whole; its reason is added to the
+/// error, also one in a parameter, leaves the target as it was; its reason is added to the
 /// workspace's errorText.
 Status TopologySave(const std::string& fileName, Workspace* workspace, const Catalogue& catalogue);
 /// What TopologySave would write.

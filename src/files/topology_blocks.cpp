@@ -90,7 +90,7 @@ struct CodedOption {
 };
 
 void StoreMode(SimOptions& options, std::string_view word) {
-    // Kept deliberately: reading sets the bit that a run looks at, the writer looks at another
+    // By design: reading sets the bit that a run looks at, the writer looks at another
     // one, so a statistical setting does not survive a save by itself.
     if (word == "SpecifiedValueMode") options.mode = 0;
     if (word == "StatisticalMode") options.mode = simMode::statistical;
@@ -140,7 +140,7 @@ Status ReadOptions(TopologyContext& context) {
 
 namespace {
 
-/// Kept deliberately: the first new number of a line goes in front of the list, each later one
+/// By design: the first new number of a line goes in front of the list, each later one
 /// behind the one before and cuts off what followed, so that with two or more numbers node 0 drops
 /// out; a number already there is skipped.
 void PlaceOnList(NodeListCells& list, Node& node, int placedBefore) {
@@ -191,7 +191,7 @@ Status ReadNodeSaveMode(TopologyContext& context, Node& node) {
                  Concat("Error loading topology: node signalsavemode cannot be ", word, "\n"));
 }
 
-/// The node of a NODEBEGIN line, with its type. Kept deliberately: a node that has a type already
+/// The node of a NODEBEGIN line, with its type. By design: a node that has a type already
 /// conflicts even with the same one, so a node is told once and before its components.
 Status ReadNodeHead(TopologyContext& context, Node*& node) {
     const std::int32_t number = ReadInt(context.lines.Word());

@@ -23,10 +23,11 @@ namespace {
 
 constexpr std::string_view superBlockType = "SuperBlock";
 
-struct RenamedType {
-    std::string_view old, present;
+/// Words of a file for block types that the catalog has under one name.
+struct TypeAlias {
+    std::string_view alias, type;
 };
-constexpr RenamedType renamedTypes[] = {
+constexpr TypeAlias typeAliases[] = {
     {"Optical_Scope", "EyeDiagram"},    {"Elec_Scope", "EyeDiagram"},
     {"Elec_Plot", "SignalPlot"},        {"Optical_Plot", "SignalPlot"},
     {"Elec_Spectrum", "SignalSpectra"}, {"Optical_Spectrum", "SignalSpectra"},
@@ -118,8 +119,8 @@ bool ComponentReader::ReadHead() {
                                      type_, "'\n"));
         }
     }
-    const auto renamed = std::ranges::find(renamedTypes, type_, &RenamedType::old);
-    if (renamed != std::end(renamedTypes)) type_ = renamed->present;
+    const auto row = std::ranges::find(typeAliases, type_, &TypeAlias::alias);
+    if (row != std::end(typeAliases)) type_ = row->type;
     return true;
 }
 

@@ -39,8 +39,8 @@ Status ReadBlock(TopologyContext& context) {
     const std::string_view keyword = context.lines.Word();
     const auto block = std::ranges::find(blockKeywords, keyword, &BlockKeyword::keyword);
     if (block != std::end(blockKeywords)) return block->read(context);
-    // Kept deliberately: an unknown keyword is told on the error stream only; files of newer
-    // versions load.
+    // By design: an unknown keyword is reported on the error stream only, so that a file with
+    // keywords of another tool loads.
     if (!keyword.empty() && context.unknownKeywords++ < maxFaultsTold) {
         std::cerr << "\nTopologyLoad: I do not understand the following keyword: "
                   << CleanWord(keyword) << "\n";

@@ -1,5 +1,5 @@
 // Writing a topology: header, variables, options, node lists, nodes, components. The text is made
-// in memory and replaces the old file at once, so that no fault leaves half a file.
+// in memory and replaces the file at once, so that no fault leaves half of one.
 #include <algorithm>
 
 #include "base/text.h"
@@ -43,7 +43,7 @@ void WriteVariables(const Workspace& workspace, std::string& out) {
 }
 
 void WriteOptions(const SimOptions& options, std::string& out) {
-    // Kept deliberately: only the low bit counts here, while loading and running use another one.
+    // By design: only the low bit counts here, while loading and running use another one.
     const bool statistical = options.mode & simMode::savedStatistical;
     out += "\nSIMOPTIONS\n";
     out += Concat("SIMMODE ", statistical ? "StatisticalMode" : "SpecifiedValueMode", "\n");
@@ -85,7 +85,7 @@ void WriteNode(const Node& node, std::string& out) {
     for (const NodeLine& line : node.lines) {
         out += "LINE ";
         for (const std::int32_t number : line.numbers) out += Concat(number, " ");
-        // Kept deliberately: an empty text is written as a word and reads back as that word.
+        // By design: an empty text is written as a word and reads back as that word.
         out += Concat(line.text.empty() ? "NULL" : CleanLine(line.text), "\n");
     }
     out += "ENDNODE\n";

@@ -1,5 +1,5 @@
-// Word tables of the topology format. The writer takes the first row of a code, so that synonyms of
-// older files stand behind the present word.
+// Word tables of the topology format. The writer takes the first row of a code, so that the word
+// to be written comes before its synonyms.
 #include "files/topology_words.h"
 
 #include <algorithm>
@@ -64,7 +64,7 @@ constexpr Option textOptionRows[] = {
     {"INNERSWEEPSTARTVAL", &SimOptions::INNERSWEEPSTARTVAL, Option::KeepsValue, Option::WithValue},
     {"INNERSWEEPSTEPVAL",  &SimOptions::INNERSWEEPSTEPVAL,  Option::KeepsValue, Option::WithValue},
     {"INNERSWEEPSTOPVAL",  &SimOptions::INNERSWEEPSTOPVAL,  Option::KeepsValue, Option::WithValue},
-    // Kept deliberately: prefixes and tags belong to one run; a save keeps their lines, not their
+    // By design: prefixes and tags belong to one run; a save keeps their lines, not their
     // texts, so that a shared topology does not write over another user's results.
     {"OUTPUTPREFIX",       &SimOptions::OUTPUTPREFIX,       Option::Empties,    Option::KeywordAlone},
     {"SCANPREFIX",         &SimOptions::SCANPREFIX,         Option::Empties,    Option::KeywordAlone},

@@ -42,7 +42,7 @@ struct TextOption {
     Missing missing;
     Saved saved;
 };
-/// In the order of a written file; names that only older files use come last.
+/// In the order of a written file; names that are read and never written come last.
 extern const std::span<const TextOption> textOptions;
 
 /// A text as it can stand at the end of a line: line ends, carriage returns and NULs become blanks.

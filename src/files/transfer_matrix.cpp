@@ -199,7 +199,7 @@ Status ReadTransferMatrix(std::string_view text, std::string_view name, Transfer
                           std::string& errorText) {
     Scanner scanner(text, name);
     std::string_view head = scanner.Line().substr(0, headLineLength);
-    // Kept deliberately: another kind of file is no error, and the matrix in use stays in use.
+    // By design: another kind of file is no error, and the matrix in use stays in use.
     if (TakeWord(head) != formatWord) return Status::Success;
     const NumberForm& form = FindForm(TakeWord(head));
     const bool decibels = IsDecibel(TakeWord(head));

@@ -102,7 +102,7 @@ void UserModelTable::LoadUserModels(const Catalogue& catalogue, std::string& mes
     }
     LineReader reader(text, path);
     while (reader.Next()) {
-        // Kept deliberately: every line counts here, a comment too, since the place of a line is
+        // By design: every line counts here, a comment too, since the place of a line is
         // the place of its model in the palette.
         const UserLine line = SplitLine(reader);
         UserModelEntry entry;

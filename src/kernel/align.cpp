@@ -99,7 +99,7 @@ bool ResampleArrays(ElecSig& sig, std::int32_t n, double step) {
 }
 
 bool ResampleArrays(OpSig& sig, std::int32_t n, double step) {
-    // Kept deliberately: polarized channels are not resampled, a plot of them is refused.
+    // By design: polarized channels are not resampled, a plot of them is refused.
     if (sig.Ey_samples) return false;
     const bool done = ResampleArray(sig.Ex_samples, sig.noPoints, sig.tStep, n, step);
     sig.fftView = DoubleView(sig.Ex_samples);

@@ -34,7 +34,7 @@ Status MoveTo(const void* limit, auto& value, std::string_view side, const Param
 template <class T>
 Status Clamp(Parameter& parameter, std::string& errorText) {
     if (!parameter.valactual) {
-        // Kept deliberately: called a warning, without a newline, yet the status is an error.
+        // By design: called a warning, without a newline, yet the status is an error.
         errorText += FillIn("WARNING: parameter '%s' has no valactual field", {parameter.name});
         return Status::Error;
     }

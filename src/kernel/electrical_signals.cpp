@@ -34,7 +34,7 @@ std::int32_t CreateElecSig(ElecSig** place, std::int32_t n) {
     return 0;
 }
 
-// As with optical channels: the old arrays go first, and a failure leaves no samples at all.
+// As with optical channels: the present arrays go first, and a failure leaves no samples at all.
 std::int32_t ResizeElecSig(ElecSig* sig, std::int32_t n) {
     if (!sig) return 1;
     if (n == sig->noPoints) return 0;

@@ -103,7 +103,7 @@ Status StoreFollowed(Parameter& parameter, const Followed& followed, const T& va
 }
 
 Status EvalComplex(Parameter& parameter, Workspace& workspace, std::string& errorText) {
-    // Kept deliberately: whatever starts at or above 'B' is a name, so that a name may not start
+    // By design: whatever starts at or above 'B' is a name, so that a name may not start
     // with 'A'.
     const auto isName = [](std::string_view text) {
         return !text.empty() && static_cast<unsigned char>(text[0]) >= 'B';
@@ -111,7 +111,7 @@ Status EvalComplex(Parameter& parameter, Workspace& workspace, std::string& erro
     const auto followed = FollowVariables(parameter, workspace, isName, errorText);
     if (!followed) return Status::Error;
     if (followed->variable && followed->variable->type != ComplexType) {
-        // Kept deliberately: the wording says IntType, though the test is for ComplexType.
+        // By design: the wording says IntType, though the test is for ComplexType.
         errorText +=
             FillIn("ERROR: variable '%s' is not type IntType\n", {followed->variable->name});
         return Status::Error;

@@ -110,7 +110,7 @@ Lexeme Evaluator::Resolve(std::string_view word) {
     Lexeme lexeme{.kind = Lexeme::Kind::Number};
     if (IsNumber(word, &lexeme.number)) return lexeme;
     word = StripNumberText(word);
-    // Kept deliberately: a predefined name hides a symbol, so that c is always the speed of light.
+    // By design: a predefined name hides a symbol, so that c is always the speed of light.
     if (const Symbol* predefined = FindSymbol(PredefinedSymbols(), word)) {
         lexeme.number = predefined->value;
         return lexeme;
@@ -161,7 +161,7 @@ double Evaluator::Term() {
     return value;
 }
 
-/// Kept deliberately: the power associates from the left, so that 2^3^2 is 64.
+/// By design: the power associates from the left, so that 2^3^2 is 64.
 double Evaluator::Power() {
     double value = Atom();
     while (At('^')) {
@@ -198,7 +198,7 @@ double Evaluator::AtomInside() {
     }
     if (At('-')) {
         Advance();
-        // Kept deliberately: the minus takes a whole term, so that -2^2 is -4 and 2^-1*3 is 2^-3.
+        // By design: the minus takes a whole term, so that -2^2 is -4 and 2^-1*3 is 2^-3.
         return -Term();
     }
     return Fail(ExprError::Syntax);

@@ -58,13 +58,13 @@ bool PickArgument(ExprArguments arguments, double& result) {
     const std::int32_t element = SaturateToInt(arguments[0] + 0.5);
     const auto count = static_cast<std::int32_t>(arguments.size());
     if (element < 0 || element > count) return false;
-    // Kept deliberately: the numbering counts the selector itself, so that 2 picks the argument
+    // By design: the numbering counts the selector itself, so that 2 picks the argument
     // behind it, 1 gives the selector and 0 the number of arguments.
     result = element == 0 ? count : arguments[static_cast<std::size_t>(element) - 1];
     return true;
 }
 
-/// Kept deliberately: the name stays reserved and empty, its value is 0 whatever it is given.
+/// By design: the name stays reserved and empty, its value is 0 whatever it is given.
 bool SlabIndex(ExprArguments, double& result) {
     result = 0.0;
     return true;

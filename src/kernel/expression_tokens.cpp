@@ -17,7 +17,7 @@ std::size_t WordLength(std::string_view text) {
     std::size_t length = 1;
     for (; length < text.size() && text[length] != ' '; ++length) {
         const char c = text[length];
-        // Kept deliberately: a capital E takes no sign, so that 1.5E-3 is no number here.
+        // By design: a capital E takes no sign, so that 1.5E-3 is no number here.
         const bool exponentSign = (c == '+' || c == '-') && text[length - 1] == 'e' && !isName;
         if (!exponentSign && marks.find(c) != std::string_view::npos) break;
     }

@@ -53,7 +53,7 @@ Status DisconnectComponents(Workspace& workspace, Component& first, std::int32_t
 /// Port counts against their limits, then every parameter through ClampParam.
 Status CheckPorts(Component& component, std::string& errorText);
 
-/// Inserted in ascending order of name, behind none of its name (a repeat stands before the older).
+/// Inserted in ascending order of name, a repeat before the component that has the name already.
 Variable& AddVariable(Workspace& workspace, std::string_view name, std::int32_t type,
                       std::string_view value);
 Variable* FindVariable(std::string_view name, Workspace& workspace);

@@ -166,7 +166,7 @@ Status EndLoop(RunState& run, Step& step) {
     }
     const LoopFrame& frame = run.frames.back();
     if (frame.rep < frame.reps) return GoRound(run, step);
-    // Kept deliberately: with no repetition asked for the loop neither goes round nor ends, and
+    // By design: with no repetition asked for the loop neither goes round nor ends, and
     // nothing leaves it.
     if (frame.rep > frame.reps) return Status::Success;
     const Status status = CopyThrough(run, step);

@@ -30,8 +30,8 @@ std::int32_t AddEySamples(OpSig* sig) {
     return sig->Ey_samples ? 0 : 1;
 }
 
-// The old arrays go first, so that a long signal never stands in memory twice. When the new ones
-// cannot be had the record is left without samples.
+// The present arrays go first, so that a long signal never stands in memory twice. When the new
+// ones cannot be had the record is left without samples.
 std::int32_t ResizeOpSig(OpSig* sig, std::int32_t n) {
     if (!sig) return 1;
     if (n == sig->noPoints) return 0;

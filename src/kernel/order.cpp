@@ -79,7 +79,7 @@ class OrderWalk {
             return Status::Error;
         }
         if (CheckPortNodes(driver, errorText_) == Status::Error) return Status::Error;
-        // Kept deliberately: an ordinary driver goes on with the adjustment of the loop block that
+        // By design: an ordinary driver goes on with the adjustment of the loop block that
         // was queued before it on this node.
         if (const std::int32_t step = LoopStep(driver); step != 0) visit.adjust = -step;
         driver.runFlags |= runFlag::open;

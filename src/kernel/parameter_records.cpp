@@ -174,9 +174,9 @@ std::int32_t CopyParameterList(Parameter** place, const Parameter* source) {
 void InsertParameterSorted(Parameter** list, Parameter* parameter) {
     const std::string_view name = parameter->name;
     while (*list && (*list)->name < name) list = &(*list)->next;
-    if (Parameter* former = *list; former && former->name == name) {
-        *list = former->next;
-        FreeParameter(former);
+    if (Parameter* present = *list; present && present->name == name) {
+        *list = present->next;
+        FreeParameter(present);
     }
     parameter->next = *list;
     *list = parameter;

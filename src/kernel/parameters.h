@@ -29,7 +29,7 @@ void FreeParameterList(Parameter** list);
 [[nodiscard]] std::int32_t CopyParameterList(Parameter** place, const Parameter* source);
 /// Inserts into a list ascending by name; one of the same name is replaced (and freed).
 void InsertParameterSorted(Parameter** list, Parameter* parameter);
-/// Replaces an owned text; false when memory is exhausted (the old text stays).
+/// Replaces an owned text; false when memory is exhausted (the text stays as it is).
 bool SetText(char** place, std::string_view text);
 void FreeParameterDraws(Parameter& parameter);
 

@@ -86,7 +86,7 @@ SymbolUse::SymbolUse(std::string_view name, const SymbolTable& symbols) : name_(
     }
 }
 
-// Kept deliberately: the name counts wherever its letters stand, also inside a longer name. A
+// By design: the name counts wherever its letters stand, also inside a longer name. A
 // component that runs once too often costs time; one that does not run is a wrong result.
 bool SymbolUse::InText(std::string_view text) const {
     if (name_.empty()) return false;

@@ -57,7 +57,7 @@ void SpeakLastWord(Status status, std::string& errorText) {
 }
 
 /// What must not reach into the next run when the escape was taken.
-// Kept deliberately: nothing else is cleaned up here, since the failure may be exhausted memory;
+// By design: nothing else is cleaned up here, since the failure may be exhausted memory;
 // the signals stay on the nodes until the next run begins.
 void Abandon(Workspace* workspace) {
     if (!workspace) return;

@@ -55,7 +55,7 @@ void DrawImaginary(const Parameter& parameter, int& seed, ParameterDraw& draw) {
             draw.im = LimitedToTwoSigma(GaussianRandom(&seed));
             return;
         case UniformProbDist:
-            // Kept deliberately: the imaginary part stays uniform on 0 .. 1, and the step to unit
+            // By design: the imaginary part stays uniform on 0 .. 1, and the step to unit
             // variance falls on the real part once more.
             draw.im = UniformRandom(&seed);
             draw.re = UnitVariance(draw.re);

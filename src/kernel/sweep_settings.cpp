@@ -29,7 +29,7 @@ void AskForSweep(SimOptions& options, const SweepFields& fields) {
     options.mode = static_cast<std::int16_t>(mode);
 }
 
-/// The number of points, 0 for settings that make no sweep. Kept deliberately: no tolerance. A span
+/// The number of points, 0 for settings that make no sweep. By design: no tolerance. A span
 /// that is a whole number of steps but for rounding gets one point more, which Value puts on the
 /// stop.
 std::int32_t CountPoints(const Sweep& sweep) {

@@ -49,7 +49,7 @@ constexpr ModelEntry builtInModels[] = {
     {"NonlinearFiberModel", RunFiber},
     {"ElectricalFilter", ElectricalFilter},
     {"ReceiverModel", ReceiverModel},
-    // The two older names stand in topologies and catalogs from before the plots were one.
+    // Both aliases name the one plot, which tells by the signal at its port what to write.
     {"Elec_Plot", RunSignalPlot},
     {"Optical_Plot", RunSignalPlot},
     {"SignalPlot", RunSignalPlot},

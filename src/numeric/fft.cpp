@@ -15,7 +15,7 @@ namespace photrak {
 
 namespace {
 
-// Twice the usual raised cosine. Kept deliberately: spectra are compared at a peak gain of 2.
+// Twice the usual raised cosine. By design: spectra are compared at a peak gain of 2.
 void ApplyHannWindow(Complex* samples, std::int32_t n) {
     const double m = n < 2 ? 1.0 : n - 1.0;
     for (std::int32_t i = 1; i <= n; ++i)

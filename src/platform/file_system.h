@@ -19,7 +19,7 @@ inline constexpr std::size_t maxInputFileBytes = std::size_t{1} << 30;
 /// Opens for appending, writes, closes.
 [[nodiscard]] bool AppendToFile(const std::string& path, std::string_view text);
 /// Writes a temporary file in the same directory, flushes it to the disk, renames it over `path`.
-/// On failure the old file is whole and no temporary stays.
+/// On failure the target is as it was and no temporary stays.
 [[nodiscard]] bool ReplaceFile(const std::string& path, std::string_view text);
 [[nodiscard]] bool CopyWholeFile(const std::string& from, const std::string& to);
 bool FileExists(const std::string& path);

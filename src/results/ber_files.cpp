@@ -100,7 +100,7 @@ std::string BerTableHeader(const BerTable& table) {
         {table.innerName, table.outerName, table.statistical ? "RUN#" : "", "BER", "Q"});
 }
 
-/// Kept deliberately: a row holds the number of its run also where there is but one, and the
+/// By design: a row holds the number of its run also where there is but one, and the
 /// header has no word for it.
 std::string BerTableLine(const BerTable& table, const BerTableRow& row) {
     const std::string inner = table.innerName.empty() ? "" : FormatExponent(row.inner);

@@ -37,7 +37,7 @@ constexpr Form forms[] = {
 constexpr std::string_view binaryLabel = "Binary Value";
 constexpr std::string_view binaryLimits = ",,-0.1,1.1\n";  // no limit in x, a margin in y
 
-/// Kept deliberately: values of plain magnitude or power come from all samples in turn, while every
+/// By design: values of plain magnitude or power come from all samples in turn, while every
 /// other walk returns to sample 1 where it should have reached the last one.
 std::int32_t WrapOf(Quantity quantity, std::int32_t noPoints) {
     return quantity == Quantity::Magnitude ? noPoints + 1 : noPoints;

@@ -145,7 +145,7 @@ TEST(ModelDefinition, UnknownTypeFailsAndDropsWhatFollows) {
     }
 }
 
-// Kept deliberately: the result of an enum's fields is stored as the result of the file.
+// By design: the result of an enum's fields is stored as the result of the file.
 TEST(ModelDefinition, AnEnumClearsTheFailureOfABlockBeforeIt) {
     ReadResult read(Concat("COMPONENT Test\n", badBlock, enumBlock, goodBlock));
     EXPECT_EQ(read.status, Status::Success);
@@ -170,7 +170,7 @@ TEST(ModelDefinition, ReadsArraysInRows) {
     EXPECT_EQ(d.rows * 10 + d.cols, 23);
     EXPECT_EQ(d.rowStep, 0.5);
     EXPECT_STREQ(d.colStepTitle, "a b");
-    // Kept deliberately: the code of a binary array over elements of 32 bits.
+    // By design: the code of a binary array over elements of 32 bits.
     EXPECT_EQ(read.Find("i")->type, BinaryArrayType);
     EXPECT_EQ(*static_cast<const std::int32_t*>(ArrayOf(read.Find("i")).data), 70000);
     const auto* pairs = static_cast<const Complex*>(ArrayOf(read.Find("z")).data);

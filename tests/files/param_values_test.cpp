@@ -58,9 +58,9 @@ TEST_F(ParamValues, OverwritesValuesAndNothingElse) {
                    "PROBDIST GausProbDist\nUNITS furlong\nENDPARAM\n"
                    "PARAM mode EnumType\nVALUE c\nFIELD c\nENDPARAM\n"
                    "PARAM file StringType\nVALUE a b\"c\nENDPARAM\n"
-                   "PARAM patternWidth IntType\nVALUE 9\nENDPARAM\n"  // a former name
-                   "NOTE gain\nPARAM old DoubleType\nVALUE ENDCOMPONENT\nENDPARAM\n"
-                   "PARAM older float\nENDPARAM\n"  // no parameter's types do not matter
+                   "PARAM patternWidth IntType\nVALUE 9\nENDPARAM\n"  // an alias
+                   "NOTE gain\nPARAM unknown DoubleType\nVALUE ENDCOMPONENT\nENDPARAM\n"
+                   "PARAM absent float\nENDPARAM\n"  // no parameter's types do not matter
                    "x ENDCOMPONENT trailing\nPARAM gain DoubleType\nVALUE 3\nENDPARAM\n"),
               Status::Success);
     EXPECT_EQ(errorText_, "");
@@ -83,7 +83,7 @@ TEST_F(ParamValues, FaultsAreToldAndTheRestIsRead) {
     EXPECT_STREQ(Find("gain")->value, "1");
     EXPECT_EQ(Data<double>("table"), (std::vector<double>{1, 2, 3, 4})) << "two are too few";
     EXPECT_STREQ(Find("file")->value, "x");
-    // Kept deliberately: as in a definition, the success of an enum is stored as the result.
+    // By design: as in a definition, the success of an enum is stored as the result.
     errorText_.clear();
     EXPECT_EQ(Read(unknownType + "PARAM mode EnumType\nVALUE b\nENDPARAM\nENDCOMPONENT\n"),
               Status::Success);
@@ -117,7 +117,7 @@ TEST_F(ParamValues, ArraysKeepTheirShapeAndTakeSteps) {
     EXPECT_TRUE(taps[2] == (Complex{5, -6})) << "an imaginary part may follow straight on";
 }
 
-// Kept deliberately: the definition reads IntArrayType as a binary array, so the word of a saved
+// By design: the definition reads IntArrayType as a binary array, so the word of a saved
 // block does not match it.
 TEST_F(ParamValues, AMismatchedArrayWordFailsAndReadsAllTheSame) {
     EXPECT_EQ(Read("PARAM ints IntArrayType\nDATA\n5 6\nENDPARAM\nENDCOMPONENT\n"), Status::Error);

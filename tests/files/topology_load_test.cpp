@@ -1,4 +1,4 @@
-// Loading topologies: every block, the faults with their texts and places, what older files hold,
+// Loading topologies: every block, the faults with their texts and places, words with synonyms,
 // and files that mean harm.
 #include <gtest/gtest.h>
 
@@ -26,7 +26,7 @@ TEST(TopologyReader, ReadsEveryBlock) {
     EXPECT_DOUBLE_EQ(GetParamDouble(laser.parameters, "power", -1), 1e-3);
 }
 
-TEST(TopologyReader, ReadsWhatOlderFilesHold) {
+TEST(TopologyReader, ReadsSynonymsAndPassesOverWhatItDoesNotKnow) {
     const std::string options =
         "SIMOPTIONS\nSIMMODE StatisticalMode\nSWEEPVARIABLE gain\nSWEEPSTARTVAL 1 2\n"
         "NEWKEYWORD 1\nENDSIMOPTIONS\nNODEBEGIN 7 ...\nENDNODE\n";
@@ -59,7 +59,7 @@ TEST(TopologyReader, LoadsUnknownKeywordsAndTellsThemOnTheErrorStream) {
 }
 
 TEST(TopologyReader, CutsNodeListsAsItReadsThem) {
-    // Kept deliberately: two or more numbers drop node 0 and whatever the list held.
+    // By design: two or more numbers drop node 0 and whatever the list held.
     const struct {
         std::string_view text;
         std::vector<std::int32_t> list;

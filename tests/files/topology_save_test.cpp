@@ -18,8 +18,8 @@ TEST(TopologyWriter, WritesBackWhatItLoads) {
 }
 
 TEST(TopologyWriter, DropsWhatASaveIsNotMeantToKeep) {
-    // Kept deliberately: prefixes lose their texts, the run's statistical bit is not the saved one,
-    // an empty wire text comes back as a word, old keywords come back as the present ones.
+    // By design: prefixes lose their texts, the run's statistical bit is not the saved one,
+    // an empty wire text comes back as a word, a synonym comes back as the word of its row.
     const Loaded loaded = Load(
         "SIMOPTIONS\nSIMMODE StatisticalMode\nOUTPUTPREFIX a\nSCANMETA2 b\nBINMETA c\n"
         "SWEEPSTEPVAL 3\nENDSIMOPTIONS\nNODEBEGIN 4 BinSigType\nLINE 1 2 3 4\nENDNODE\n");
@@ -33,7 +33,7 @@ TEST(TopologyWriter, DropsWhatASaveIsNotMeantToKeep) {
 }
 
 TEST(TopologyWriter, PrintsComplexElementsWithoutSeparator) {
-    // Kept deliberately: 1.5 + 2i reads back as 1.52 + 0i, while a sign separates the two numbers.
+    // By design: 1.5 + 2i reads back as 1.52 + 0i, while a sign separates the two numbers.
     Catalogue catalogue = SmallCatalogue();
     ASSERT_TRUE(
         AddModel(catalogue, "Phasor",
@@ -76,7 +76,7 @@ TEST(TopologyWriter, IsAFixedPointBehindOneLoad) {
     }
 }
 
-TEST(TopologyWriter, LeavesTheOldFileWholeAfterAnError) {
+TEST(TopologyWriter, LeavesTheTargetWholeAfterAnError) {
     const TempDir dir;
     dir.Write("link.top", "old");
     const Loaded loaded = Load(Block("laser Source", "0", "1"));

@@ -16,7 +16,7 @@ namespace {
 class UserLibraries : public testing::Test {
   protected:
     void SetUp() override {
-        for (const char* name : {"gain_model", "old_model", "no_entries", "throwing_model"}) {
+        for (const char* name : {"gain_model", "other_version", "no_entries", "throwing_model"}) {
             const std::string file = std::string(name) + ".so";
             ASSERT_TRUE(CopyWholeFile(BinaryDir() + "/user_library/" + file, dir_.Path() + file));
         }
@@ -85,12 +85,12 @@ TEST_F(UserLibraries, WhatDoesNotBindKeepsItsPlaceWithoutEntries) {
     Load(
         "* a comment line counts\n"
         "Broken g.def g broken.so RunGain\n"
-        "Old g.def g old_model.so RunOld\n"
+        "Other g.def g other_version.so RunOther\n"
         "None g.def g no_entries.so RunNone TestNone\n"
         "NoTest g.def g gain_model.so RunGain\n"
         "Short\n");
     ASSERT_EQ(table_.Entries().size(), 6u);
-    for (const char* type : {"Broken", "Old", "None", "Short"}) {
+    for (const char* type : {"Broken", "Other", "None", "Short"}) {
         SCOPED_TRACE(type);
         EXPECT_TRUE(Holds(messages_, std::string("'") + type + "'"));
         ASSERT_TRUE(table_.Knows(type));

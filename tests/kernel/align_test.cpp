@@ -65,7 +65,7 @@ TEST(AlignSignals, TakesTheLongestDurationAndTheFinestStep) {
     EXPECT_EQ(static_cast<const BinSig*>(coarse.next->sig)->noPoints, 3);
 }
 
-// Kept deliberately: a plot of several grids with polarized light is refused.
+// By design: a plot of several grids with polarized light is refused.
 TEST(AlignSignals, PolarizedChannelsAreNotResampled) {
     Owned<Nodelist> list;
     PushCell(list, RampWaveform(7, 1.0), ElecSigType);

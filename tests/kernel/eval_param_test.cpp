@@ -108,7 +108,7 @@ TEST_F(EvalParameter, ReadsPairsAndCharactersThroughVariables) {
         Parameter& parameter;
         const char *value, *text;
     } refused[] = {
-        // Kept deliberately: of another type than the one that is wanted.
+        // By design: of another type than the one that is wanted.
         {pair, "Cnumber", "ERROR: variable 'Cnumber' is not type IntType\n"},
         {mark, "ab", "ERROR: variable 'ab' in parameter 'mark' not found\n"},
     };
@@ -119,7 +119,7 @@ TEST_F(EvalParameter, ReadsPairsAndCharactersThroughVariables) {
     }
 }
 
-TEST_F(EvalParameter, KeptDeliberatelyComplexNamesStartAtB) {
+TEST_F(EvalParameter, ByDesignComplexNamesStartAtB) {
     Parameter& parameter = list.Add("x", ComplexType, "Aname");
     EXPECT_EQ(Evaluate(parameter), Status::Success);
     EXPECT_TRUE(BlockValue<Complex>(parameter.valactual) == MakeComplex(0, 0));
@@ -193,7 +193,7 @@ TEST(ClampParameter, AcceptsAbsentLimitsAndRefusesPairs) {
     EXPECT_EQ(text, "ERROR: Complex parameter types not yet supported\n");
 }
 
-TEST(ClampParameter, KeptDeliberatelyMissingValueIsAWarningTextWithErrorStatus) {
+TEST(ClampParameter, ByDesignMissingValueIsAWarningTextWithErrorStatus) {
     ParameterList list;
     std::string text;
     EXPECT_EQ(ClampParam(list.Add("p", DoubleType, "1"), text), Status::Error);

@@ -55,11 +55,11 @@ TEST(Expression, FollowsPrecedenceFromTheLeft) {
     ExpectEqual({"1+2*3 = 7", "8-3-2 = 3", "64/4/2 = 8", " 2/4 *  6  = 3", "0*5+-0 = 0"});
 }
 
-TEST(Expression, KeptDeliberatelyPowerAssociatesFromTheLeft) {
+TEST(Expression, ByDesignPowerAssociatesFromTheLeft) {
     ExpectEqual({"2^3^2 = 64", "2^(3^2) = 512"});
 }
 
-TEST(Expression, KeptDeliberatelyMinusTakesAWholeTerm) {
+TEST(Expression, ByDesignMinusTakesAWholeTerm) {
     ExpectEqual({"-2^2 = -4", "2*-3 = -6", "2^-1*3 = 0.125", "5-2*-3*2+1 = 18", "--4 = 4"});
 }
 
@@ -68,7 +68,7 @@ TEST(Expression, ReadsSignsOfExponentsInNumbersOnly) {
     ExpectEqual({"1e-3 = 0.001", "1.5E3 = 1500", "x1e-3 = 7", "e-1 = 1.718281828459045", "3;+1 = 4",
                  "x1e;;-3 = 7"},
                 table);
-    // Kept deliberately: a capital E takes no sign; and a tab is no blank.
+    // By design: a capital E takes no sign; and a tab is no blank.
     for (const char* text : {"1.5E-3", "1e--3", "2e-x", "1\t", "\t1", "1e", "0x10", "infinity"}) {
         EXPECT_EQ(ErrorOf(table, text), ExprError::Syntax) << text;
     }
@@ -105,7 +105,7 @@ TEST(Expression, TakesListsOfArguments) {
                  "multiarg(2.6,7,8) = 8"});
 }
 
-TEST(Expression, KeptDeliberatelySelectionCountsTheSelectorItself) {
+TEST(Expression, ByDesignSelectionCountsTheSelectorItself) {
     ExpectEqual({"multiarg(1,7,8) = 1", "multiarg(0,7,8) = 3", "multiarg(-0.9,7) = 2"});
     for (const char* text : {"multiarg(4,7,8)", "multiarg(-2,7)", "multiarg()", "multiarg(1e20)",
                              "multiarg(acos(2),1)"}) {
@@ -113,7 +113,7 @@ TEST(Expression, KeptDeliberatelySelectionCountsTheSelectorItself) {
     }
 }
 
-TEST(Expression, KeptDeliberatelyReservedFunctionIsZero) {
+TEST(Expression, ByDesignReservedFunctionIsZero) {
     ExpectEqual({"slabneff() = 0", "slabneff(1,2,3) = 0"});
 }
 

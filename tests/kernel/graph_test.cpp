@@ -114,7 +114,7 @@ TEST(ConnectComponents, ChoosesPortsLeftOpen) {
     EXPECT_EQ(text, "ERROR: invalid position number on first component to connect\n");
 }
 
-// Kept deliberately: a refused connection leaves the types that it reconciled.
+// By design: a refused connection leaves the types that it reconciled.
 TEST(ConnectComponents, KeepsTheTypeChangeOfARefusedConnection) {
     SmallLink link;
     link.Model("Op", {}, {OpSigType});

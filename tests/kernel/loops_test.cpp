@@ -76,7 +76,7 @@ TEST(RepetitionLoop, KeepsSideInputsUntilTheLastRepetition) {
     EXPECT_EQ(std::count(link.models.calls.begin(), link.models.calls.end(), "side"), 1);
 }
 
-// Kept deliberately: with no repetition asked for the body runs once and nothing leaves the loop.
+// By design: with no repetition asked for the body runs once and nothing leaves the loop.
 TEST(RepetitionLoop, LetsNothingOutWithNoRepetitionAskedFor) {
     SmallLink link;
     link.LoopModels();

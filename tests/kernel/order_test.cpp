@@ -68,7 +68,7 @@ TEST(LoopInputs, ComeBackFirstThenFromOutsideThenFromInside) {
     EXPECT_EQ(SortLoopInputs(link["end"], *link.workspace), expected);
 }
 
-// Kept deliberately: an ordinary driver goes on with the adjustment of the loop block queued before
+// By design: an ordinary driver goes on with the adjustment of the loop block queued before
 // it on the same node, so its inputs are walked in the order of a loop's end.
 TEST(RunOrder, OrdinaryDriverKeepsTheAdjustmentOfTheLoopEndBeforeIt) {
     for (const bool behindLoopEnd : {false, true}) {

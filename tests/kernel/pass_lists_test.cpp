@@ -50,7 +50,7 @@ TEST(SymbolUse, FollowsNamesThroughSymbols) {
     EXPECT_FALSE(SymbolUse("", workspace.symbols).InText("gain"));
 }
 
-TEST(PassList, KeptDeliberatelyTakesANameInsideALongerOne) {
+TEST(PassList, ByDesignTakesANameInsideALongerOne) {
     PassListLink link;
     link.Draw("Source source > Step step > Sink sink");
     link.GiveNumber(link["step"], "number", "max(1, 2)");

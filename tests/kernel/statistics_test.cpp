@@ -115,7 +115,7 @@ TEST_F(Statistics, RepeatsTheSequenceWithTheLatestDrawInFront) {
     }
 }
 
-TEST_F(Statistics, KeptDeliberatelyUniformImaginaryPartStaysRawAndMovesTheRealPart) {
+TEST_F(Statistics, ByDesignUniformImaginaryPartStaysRawAndMovesTheRealPart) {
     Parameter& pair = AddRandom(UniformProbDist, "0");
     pair.type = ComplexType;
     SetText(&pair.value, "1 2");

@@ -41,7 +41,7 @@ TEST(Sweep, TakesItsPoints) {
     }
 }
 
-TEST(Sweep, KeptDeliberatelyCountsPointsWithoutTolerance) {
+TEST(Sweep, ByDesignCountsPointsWithoutTolerance) {
     ChainLink link;
     link.Outer("x", "0", "0.07", "0.01");
     EXPECT_EQ(link.Scan(), Status::Success) << link.Text();

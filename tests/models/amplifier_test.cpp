@@ -136,7 +136,7 @@ TEST(OpticalAmplifier, GainCurvesActBinByBin) {
     }
 }
 
-// Kept deliberately: watts are compared with the dBm of the file, so 1 W lies between 0 and 10.
+// By design: watts are compared with the dBm of the file, so 1 W lies between 0 and 10.
 TEST(OpticalAmplifier, ComparesWattsWithTheDecibelsOfTheFile) {
     const auto gainAt = [](std::string_view curves, double power) {
         return Amplifier(CurveAmplifier(curves), *Carrier(power)).Power() / power;
@@ -160,7 +160,7 @@ TEST(SCurves, InterpolateInsideAndKeepTheEndValuesOutside) {
     EXPECT_EQ(SCurveValue(ChooseSCurves(two, 0.0), 1550.0), 30.0) << "darkness has no dBm";
 }
 
-// Kept deliberately: gain and frequency of the emission are those of the last bin of the last
+// By design: gain and frequency of the emission are those of the last bin of the last
 // channel, and only the first record of incoming noise is amplified.
 TEST(OpticalAmplifier, LastChannelSetsTheEmissionOfGainCurves) {
     EdfaParams params =

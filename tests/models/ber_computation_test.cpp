@@ -121,7 +121,7 @@ TEST_F(BerTest, NoiselessBitsCountByTheirSide) {
     EXPECT_EQ(eye.BER, 0.8);
 }
 
-/// Kept deliberately: running counts.
+/// By design: running counts.
 TEST_F(BerTest, BitStreamTellsOfTheCountOfAllBitsSoFar) {
     AddPair({0, 0, 1, 0, 0, 1, 1, 0, 1, 0, 1, 0}, 4, 0.0, 1.0, 0.01);
     AddPair({0, 0, 0, 0, 0, 0, 0, 1, 0, 1, 0, 1}, 4, 0.0, 1.0, 0.01);
@@ -134,7 +134,7 @@ TEST_F(BerTest, BitStreamTellsOfTheCountOfAllBitsSoFar) {
 
 // --- Inputs ---
 
-/// Kept deliberately: the shift counts doubles, so that an odd one pairs halves of neighbors.
+/// By design: the shift counts doubles, so that an odd one pairs halves of neighbors.
 TEST_F(BerTest, LaterStartTurnsTheOthers) {
     ElecSig& early = AddPair(fewBits, 2, 0.0, 1.0, 0.1);
     AddPair(fewBits, 2, 0.0, 1.0, 0.1).startTime = 4.6 * tStep;

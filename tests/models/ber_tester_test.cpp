@@ -67,7 +67,7 @@ std::string Row(const std::string& before, double Q) {
     return before + FormatExponent(TailBeyond(Q)) + "\t" + FormatDefault(Q) + "\n";
 }
 
-/// Kept deliberately: a run without a result takes the statistics with it.
+/// By design: a run without a result takes the statistics with it.
 TEST_F(BerTesterTest, StatisticsFollowTheRunsUntilOneHasNoResult) {
     Inner(2, "0 1 1");
     Runs(5);

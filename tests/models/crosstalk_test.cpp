@@ -41,7 +41,7 @@ void ExpectReal(const ElecSig& wave, std::initializer_list<double> expected) {
     for (const double value : expected) EXPECT_NEAR(wave.elecSamples[++i].re, value, tolerance);
 }
 
-// Element (k, i) leads from input k to output i; deviations add linearly, kept deliberately.
+// Element (k, i) leads from input k to output i; deviations add linearly, by design.
 TEST(Crosstalk, ReadsTheMatrixByColumnsAndAddsDeviationsLinearly) {
     const Owned<ElecSig> a = Wave({{1.0, 1.0}, {2.0, 0.0}}), b = Wave({{10.0, 0.0}, {-20.0, 2.0}});
     ModelBlock block;

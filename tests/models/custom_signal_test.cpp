@@ -79,7 +79,7 @@ TEST_F(CustomSignal, UnderstandsItsSignalTypes) {
     }
 }
 
-// Kept deliberately: real parts find the extremes, whose magnitudes set the threshold. In the
+// By design: real parts find the extremes, whose magnitudes set the threshold. In the
 // second file the lowest real part has the greatest magnitude, and no sample exceeds half of the
 // sum.
 TEST_F(CustomSignal, GivesWaveformAndBitsOneGrid) {

@@ -64,7 +64,7 @@ TEST(FiberPhysics, DerivesDispersionFromTheGroupDelay) {
     EXPECT_DOUBLE_EQ(curve.GroupDelay(curve.lambda0), 1.468 / 299792458.0);
     const double delay = curve.GroupDelay(1.55e-6);
     curve.kind = DispersionKind::Defined2;
-    // Kept deliberately: not the integral of the straight line, but that of the other curve.
+    // By design: not the integral of the straight line, but that of the other curve.
     EXPECT_EQ(curve.GroupDelay(1.55e-6), delay);
     EXPECT_NEAR(curve.D(1.322e-6), 10e-9 * 90 + 2e-7, 1e-15);
 }
@@ -178,7 +178,7 @@ TEST(FiberPhysics, RamanMovesPhotonsToTheLongerWavelength) {
     EXPECT_NEAR(RamanCoefficient(listed, 1.45e-6, false, area), gain, 1e-9 * gain);
     EXPECT_NEAR(RamanCoefficient(1.45e-6, listed, true, area), -gain * listed / 1.45e-6,
                 1e-9 * gain);
-    // Kept deliberately: of two equal wavelengths the earlier in the list gains.
+    // By design: of two equal wavelengths the earlier in the list gains.
     EXPECT_GT(RamanCoefficient(1.5e-6, 1.5e-6, true, area), 0);
 
     FiberParams params = BareFiber();

@@ -122,7 +122,7 @@ TEST(FilterResponse, ComplementsSumToOne) {
     }
 }
 
-TEST(FilterResponse, ResonatorComplementIsThatOfTheSquaredField) {  // Kept deliberately
+TEST(FilterResponse, ResonatorComplementIsThatOfTheSquaredField) {  // By design
     OpticalFilterRecord record = Record("FabryPerot", 0.5e-9);
     record.reflectivity = 0.6;
     const FilterResponse A = Prepared(record), power = Prepared(record, Inversion::Power),

@@ -27,7 +27,7 @@ double Power(const OpSig& channel) {
     return AverageOpSigPower(&channel);
 }
 
-TEST(OpticalAttenuator, TakesItsValueAsAGain) {  // Kept deliberately
+TEST(OpticalAttenuator, TakesItsValueAsAGain) {  // By design
     const Owned<OpSignal> light = Polarized(8.0);
     ModelBlock block;
     block.Number("attenuation", -10.0).Number("xy_differential", 10.0 * std::log10(2.0));
@@ -89,7 +89,7 @@ TEST(IdealFrequencyConverter, MovesTheCarrierByHertzOrMeters) {
     EXPECT_EQ(moved("Wavelength", -1.0), 0.0) << "no wavelength is left";
 }
 
-// Kept deliberately: what a channel moved is the shift of the next, across ports.
+// By design: what a channel moved is the shift of the next, across ports.
 TEST(IdealFrequencyConverter, FeedsEachShiftIntoTheNext) {
     const Owned<OpSignal> first = Carrier(1.0), second = Carrier(1.0, 4, 1.3e-6);
     ModelBlock block;
@@ -112,7 +112,7 @@ TEST(PolarizationTransformer, MultipliesByTheMatrixOfItsMode) {
         Field m11, m12, m21, m22;
     } rows[] = {{"Rotation", 0.5, s, -s, 0.5},
                 {"LinearPolarizer", 0.25, 0.5 * s, 0.5 * s, 0.75},
-                {"CircularLeft", 0.5, 0.5 * j, -0.5 * j, 0.0},  // Kept deliberately: m22 is 0
+                {"CircularLeft", 0.5, 0.5 * j, -0.5 * j, 0.0},  // By design: m22 is 0
                 {"Custom", 3.0, 7.0 * j, 4.0 * j, {1.0, 5.0}}};
     for (const auto& row : rows) {
         SCOPED_TRACE(row.mode);
@@ -140,7 +140,7 @@ TEST(PassiveBlocks, StopAtABadPortOrWithoutMemory) {
         std::string_view badInput, copyFailed;
     } rows[] = {
         {RunOpticalAttenuator, "OpticalAttenuator", "OpticalAttenuator"},
-        // Kept deliberately: a port of another type is told in the attenuator's words.
+        // By design: a port of another type is told in the attenuator's words.
         {RunOpticalNormalizer, "OpticalAttenuator", "OpticalNormalizer"},
         {RunPhaseShift, "PhaseShift", "PhaseShift"},
         {RunFiberDelay, "FiberDelay", "FiberDelay"},

@@ -53,7 +53,7 @@ std::vector<LongComplex> Response(PhotoDetectorParams detector) {
     return h;
 }
 
-// q lambda / (h c) with the constants of the SI; those built in are an older set.
+// q lambda / (h c) with the constants of the SI; the model has fewer digits of it.
 TEST(Photodetector, TurnsPowerIntoCurrent) {
     const double perMeter = 1.602176634e-19 / (6.62607015e-34 * 299792458.0);
     const Owned<OpSignal> light = Flash();

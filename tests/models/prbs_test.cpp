@@ -173,7 +173,7 @@ TEST(Prbs, ReadsAtMost512RowsOfEightAndRepeatsTheLastValueOfAShortFile) {
     EXPECT_EQ(OnePort(Custom(dir, "1", 13)), expected);
 }
 
-// Kept deliberately: a custom pattern tells of its outputs under the other function's name.
+// By design: a custom pattern tells of its outputs under the other function's name.
 TEST(Prbs, TellsOfTheOutputsOfACustomPatternByTheOtherName) {
     const TempDir dir;
     const PrbsParams params = Custom(dir, "1", 2);

@@ -141,7 +141,7 @@ class ErrorSum {
         }
     }
 
-    /// Kept deliberately: the counts are never set back, so that a bit's character tells of all
+    /// By design: the counts are never set back, so that a bit's character tells of all
     /// bits so far.
     void AppendStreams() {
         for (std::size_t i = 0; i < streams_.size(); ++i) {

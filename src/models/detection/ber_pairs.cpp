@@ -125,7 +125,7 @@ std::int64_t ShiftOf(const ElecSig& wave, double start) {
     return static_cast<std::int64_t>(shift < 0.0 ? shift + n : shift);
 }
 
-/// Kept deliberately: the shift counts doubles of the interleaved samples, half a sample each. An
+/// By design: the shift counts doubles of the interleaved samples, half a sample each. An
 /// odd one pairs the imaginary part of a sample with the real part of the next. Signals normally
 /// arrive aligned.
 /// False if a magnitude is no finite number.

@@ -281,7 +281,7 @@ void StoreBerResult(const SimOptions& options, Status status, double BER, double
     }
     store(berSlot::beforeRuns + place.run + 1, rate, q);
     if (failed || place.run == 0) {
-        // Kept deliberately: a run without a result takes all statistics of its point with it.
+        // By design: a run without a result takes all statistics of its point with it.
         store(berSlot::average, rate, q);
         store(berSlot::minimum, rate, q);
         store(berSlot::maximum, rate, q);

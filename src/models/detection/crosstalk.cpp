@@ -185,7 +185,7 @@ void AddInputs(const Ports& ports, CrosstalkMatrix& matrix, std::size_t i, Addit
         const std::int32_t offset = ports.offsets[k];
         AddSamples(output.elecSamples, ports.offsets[i], {input->elecSamples, offset}, factor, n,
                    addition);
-        // Kept deliberately: deviations add like values, not as squares, so that the noise of
+        // By design: deviations add like values, not as squares, so that the noise of
         // receivers that leak into each other counts as fully correlated.
         AddSamples(output.sigmaSamples, ports.offsets[i], {input->sigmaSamples, offset}, factor, n,
                    addition);

@@ -84,7 +84,7 @@ struct Spectrum {
 
 template <class Prototype>
 void Apply(const Spectrum& spectrum, const FrequencyMap& y, const Prototype& prototype) {
-    // Kept deliberately: DC takes s = 0 in every type, so that a high-pass or band-pass passes DC
+    // By design: DC takes s = 0 in every type, so that a high-pass or band-pass passes DC
     // like its prototype and the mean of a waveform survives.
     MultiplyElement(spectrum.view, 1, prototype(0.0));
     MultiplyPairs(spectrum.view, spectrum.n, spectrum.df,

@@ -15,7 +15,7 @@ inline void MultiplyElement(double* view, long i, Complex factor) {
 
 /// Multiplies all elements but DC by the transfer function of a real system: each positive element
 /// by transfer(f), the negative one at -f by its conjugate, f in Hz.
-// Kept deliberately: element N/2 + 1 is both ends of the walk and gets both factors.
+// By design: element N/2 + 1 is both ends of the walk and gets both factors.
 template <class Transfer>
 void MultiplyPairs(double* view, long n, double df, Transfer transfer) {
     for (long i = 2; i <= n / 2 + 1; ++i) {

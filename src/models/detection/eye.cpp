@@ -36,7 +36,7 @@ void AddWorst(const double* window, bool mark, std::int32_t length, EyeLids& lid
     }
 }
 
-/// Kept deliberately: the divisor is the length of the window and not the number of bits. The sums
+/// By design: the divisor is the length of the window and not the number of bits. The sums
 /// of marks and spaces compare with each other, which is all that the decision needs.
 void AddAverage(const double* window, bool mark, std::int32_t length, EyeLids& lids) {
     double* lid = mark ? lids.upper.get() : lids.lower.get();
@@ -97,7 +97,7 @@ double LidArea(const double* lid, const EyeResult& eye) {
                        [beforeSpan](long i) { return beforeSpan[i]; });
 }
 
-/// Kept deliberately: the right end counts lids that touch, the left end does not.
+/// By design: the right end counts lids that touch, the left end does not.
 void FindSpan(const EyeLids& lids, std::int32_t widest, EyeResult& eye) {
     const double *lower = lids.lower.get(), *upper = lids.upper.get();
     std::int32_t start = widest, end = widest;

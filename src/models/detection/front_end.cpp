@@ -44,7 +44,7 @@ bool KeepsOrder(const double* frequency, std::int32_t row) {
 }
 
 /// H at element i = `positive` at (i - 1) df, its conjugate at element N + 2 - i.
-// Kept deliberately: element N/2 + 1 is its own partner and ends up with the conjugate.
+// By design: element N/2 + 1 is its own partner and ends up with the conjugate.
 template <class Transfer>
 void FillPairs(Complex* H, long n, double df, Transfer positive) {
     for (long i = 2; i <= n / 2 + 1; ++i) {
@@ -140,7 +140,7 @@ Status FrontEnd(const ElecSig* esOut, const FrontEndParams& frontEnd, Complex* H
     const long n = esOut->noPoints;
     const double df = 1.0 / (static_cast<double>(n) * esOut->tStep);
     if (frontEnd.modelType == "defined") {
-        // Kept deliberately: DC does not see the low corner, so that the mean of a signal passes.
+        // By design: DC does not see the low corner, so that the mean of a signal passes.
         H[1] = MakeComplex(frontEnd.tZ);
         FillPairs(H, n, df, DefinedTransfer{frontEnd.tZ, frontEnd.zero, frontEnd.pole});
         return Status::Success;

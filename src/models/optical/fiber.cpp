@@ -127,7 +127,7 @@ Status MeasurePeak(const FiberParams& params, const OpSig* list, double& peakPow
     return Refuse(params, errorText, "the power of the signal is ", peakPower, " W");
 }
 
-/// The shortest bit, s; the first channel is not special. Kept deliberately: a channel without a
+/// The shortest bit, s; the first channel is not special. By design: a channel without a
 /// bit rate sets 100 ps at its place in the list, whatever came before.
 double TimeScale(const OpSig* list) {
     double T = 1000000.0;

@@ -45,7 +45,7 @@ double DispersionCurve::Beta3(double lambda) const {
 double DispersionCurve::GroupDelay(double lambda) const {
     if (kind == DispersionKind::Custom)
         return (1.0 / lambda - 1.0 / lambda0) * beta2 * twoPiC + n1 * inverseSpeed;
-    // Kept deliberately: the straight line travels with the group delay of the other curve; the two
+    // By design: the straight line travels with the group delay of the other curve; the two
     // differ in third order around lambda0 only.
     const double square0 = Square(lambda0);
     return (Square(lambda) + (Square(lambda0 / lambda) - 2.0) * square0) * S0 * 0.125 +

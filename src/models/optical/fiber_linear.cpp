@@ -29,7 +29,7 @@ LinearTable::LinearTable(const FrequencyGrid& grid, const DispersionCurve& curve
     for (long q = 0; q < grid.points; ++q) {
         const double w = Offset(grid, order[q]);
         // Both coefficients at the bin's own wavelength: the curve enters whole, not as a series
-        // around the carrier. Kept deliberately: the third order comes on top of that.
+        // around the carrier. By design: the third order comes on top of that.
         const double lambda = twoPiC / (w + omega0);
         const double phase = (curve.Beta2(lambda) - curve.Beta3(lambda) * w / 3) * w * 0.5 * w;
         phase_[static_cast<std::size_t>(q)] = phase;

@@ -69,7 +69,7 @@ Status BlurByPmd(OpSig* list, const FiberParams& params, std::string& errorText)
         return Status::Error;
     }
     if (sigma == 0.0) return Status::Success;
-    // Kept deliberately: only the x polarization is blurred.
+    // By design: only the x polarization is blurred.
     for (OpSig& signal : Items(list)) {
         // A single sample is a carrier and nothing else, which the filter leaves alone.
         if (signal.noPoints > 1) Blur(signal, sigma);

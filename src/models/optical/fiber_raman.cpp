@@ -97,7 +97,7 @@ double RamanCoefficient(double lambda, double otherLambda, bool isEarlier, doubl
                  second = isEarlier ? otherLambda : lambda;
     const double delta = (1.0 / first - 1.0 / second) * perCentimeter;
     const double gain = RamanGain(std::fabs(delta));
-    // Not above 0: the earlier of the pair has the longer wavelength and gains. Kept deliberately:
+    // Not above 0: the earlier of the pair has the longer wavelength and gains. By design:
     // so does the earlier of two channels of equal wavelength, by the curve's small value at 0.
     const bool earlierGains = !(delta > 0.0);
     const double pump = earlierGains ? second : first;

@@ -105,7 +105,7 @@ LinearStretch FiberRun::CarriedHalf() const {
     return {carry_, ModeDelay(carry_)};
 }
 
-/// Kept deliberately: a half carried over from the step before parts the polarizations at the rate
+/// By design: a half carried over from the step before parts the polarizations at the rate
 /// of the present step.
 LinearStretch FiberRun::FirstHalf() const {
     const double length = params_.dz / 2 + carry_;

@@ -154,7 +154,7 @@ Complex FabryPerot(const FilterResponse& response, double f) {
     const Complex A = ((1.0 - R) * once) / (one - R * twice);
     switch (response.record.inversion) {
         case Inversion::Power:
-            // Kept deliberately: the complement of the field's square, not of its power. Off
+            // By design: the complement of the field's square, not of its power. Off
             // resonance the two outputs together exceed the input.
             return Sqrt(one - A * A);
         case Inversion::Amplitude:

@@ -42,7 +42,7 @@ Status Refuse(const ModelCall& call, std::string_view reason) {
 
 // --- Normalizer ---
 
-// Kept deliberately: the text of the attenuator for a bad input, under which users look it up.
+// By design: the text of the attenuator for a bad input, under which users look it up.
 constexpr PortTexts normalizerTexts = {"ERROR in OpticalAttenuator: invalid input signals\n",
                                        "Error in copying OpSig in OpticalNormalizer.\n"};
 
@@ -105,7 +105,7 @@ Status Normalize(const ModelCall& call, const Normalization& normalization, OpSi
 /// Moves a channel. `shift` is in Hz or in m and is replaced by what the channel moved, in m.
 Status ShiftWavelength(const ModelCall& call, bool inFrequency, OpSig& channel, double& shift) {
     const double lambda = channel.wavelength;
-    // Kept deliberately: the result takes the place of the shift, so that every channel behind the
+    // By design: the result takes the place of the shift, so that every channel behind the
     // first, on later ports too, is moved by what the one before it moved, read as Hz.
     if (inFrequency) shift = (lightSpeed / (lambda * shift + lightSpeed) - 1.0) * lambda;
     channel.wavelength += shift;
@@ -123,7 +123,7 @@ Status RunOpticalAttenuator(const ModelCall& call) {
     Status status = ReadFinite(call, "attenuation", attenuation);
     if (status == Status::Success) status = ReadFinite(call, "xy_differential", differential);
     if (status != Status::Success) return status;
-    // Kept deliberately: a gain in dB, links are drawn with negative values where light gets lost.
+    // By design: a gain in dB, links are drawn with negative values where light gets lost.
     const double Px = PowerFactor(attenuation), Py = PowerFactor(attenuation - differential);
     return ChangeCopies(call, texts, [&](OpSignal& signal) {
         for (OpSig& channel : Items(signal.channels)) {

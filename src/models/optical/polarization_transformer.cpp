@@ -30,7 +30,7 @@ JonesMatrix LinearPolarizer(double a) {
     return {{c * c, 0.0}, {s * c, 0.0}, {s * c, 0.0}, {s * s, 0.0}};
 }
 
-// Kept deliberately: m22 of the circular polarizers is 0, not 0.5. What enters on y alone leaves on
+// By design: m22 of the circular polarizers is 0, not 0.5. What enters on y alone leaves on
 // x alone; links were designed with these figures.
 JonesMatrix CircularLeft(double) {
     return {{0.5, 0.0}, {0.0, 0.5}, {0.0, -0.5}, {}};

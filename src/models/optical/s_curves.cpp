@@ -163,7 +163,7 @@ Status ReadSCurves(std::string_view text, std::string_view fileName, std::string
 
 SCurvePair ChooseSCurves(const SCurves& curves, double inputPower) {
     SCurvePair pair;
-    // Kept deliberately: watts meet the dBm of the file here. While all powers of a file are below
+    // By design: watts meet the dBm of the file here. While all powers of a file are below
     // 0 dBm that makes the strongest curve count, alone.
     for (const SCurve& curve : curves) {
         const double power = curve.inputPower;

@@ -104,7 +104,7 @@ Status Resample(const CustomSignalParams& params, const CustomTable& table, cons
 /// Bits by the middle sample of each against the middle between the extremes.
 void DecideBits(const CustomSignalParams& params, const SampleView& view, BinSig& bits) {
     double high = -100000.0, low = 100000.0;
-    // Kept deliberately: the extremes are found by the real part, and hold the magnitude.
+    // By design: the extremes are found by the real part, and hold the magnitude.
     for (std::int32_t i = 1; i <= view.noPoints; ++i) {
         const Complex sample = view.samples[i];
         if (sample.re > high) high = Magnitude(sample);

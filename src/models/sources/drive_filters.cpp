@@ -16,7 +16,7 @@ namespace {
 
 constexpr double pi = std::numbers::pi;
 // A first-order system rises from 10 % to 90 % in ln(9) time constants.
-// Kept deliberately: this is 1/ln(9) to eight digits, and drive signals depend on the others, too.
+// By design: this is 1/ln(9) to eight digits, and drive signals depend on the others, too.
 constexpr double timeConstantPerRiseTime = 0.45511960861898226;
 
 /// First-order low-pass: 1 / (1 + j 2 pi f tau).

@@ -93,7 +93,7 @@ struct Pulse {
     double exponent = 0.0;      // super-Gaussian: power falls as exp(-(|tau| / T)^exponent)
 };
 
-// Kept deliberately: "width" is not one definition. It is the full width at half height of the
+// By design: "width" is not one definition. It is the full width at half height of the
 // field for "gaussian", of the power for "supGaussian" and both raised cosines, 3.35 time scales
 // for "sech". Links are tuned to these numbers.
 constexpr double gaussianWidth = 2.3548200450309493;  // 2 sqrt(2 ln 2)
@@ -223,7 +223,7 @@ void FillPulses(const ModeLockedLaserParams& params, const PulseShape& shape, co
     double t = 0.0;
     std::int32_t slot = 1;
     for (std::int32_t i = 1; i <= channel.noPoints; ++i, t += channel.tStep) {
-        // Kept deliberately: the train never moves on into its last slot, which only sees the tail
+        // By design: the train never moves on into its last slot, which only sees the tail
         // of the pulse before it.
         if (!single && t > slotEnd && slot < channel.patternLength - 1) {
             center += period;
@@ -315,7 +315,7 @@ Status LaserModeLocked(const ModeLockedLaserParams& params, Nodelist* output,
     OpSig& channel = *signal->channels;
     if (SetTiming(params, channel, errorText) != Status::Success) return Status::Error;
     if (params.type == "on_off" && CheckRamps(params, errorText) != Status::Success) {
-        // Kept deliberately: what was made so far stays in the port.
+        // By design: what was made so far stays in the port.
         Store(std::move(signal), output);
         return Status::Error;
     }

@@ -229,7 +229,7 @@ void Chirp(double chirpFactor, Complex* field, std::int32_t n) {
     while (first <= n && SquaredMagnitude(field[first]) == 0.0) ++first;
     if (first > n) return;
     const double P0 = SquaredMagnitude(field[first]);
-    // Kept deliberately: the phase that a sample had is replaced, and the last sample keeps its
+    // By design: the phase that a sample had is replaced, and the last sample keeps its
     // own.
     for (std::int32_t i = first; i < n; ++i) {
         const double P = SquaredMagnitude(field[i]);
@@ -341,7 +341,7 @@ ModulatorParams ReadModulatorParams(Parameter* parameters) {
     params.fittingType = GetParamText(parameters, "fittingType", "fOffset");
     params.fOffset = number("fOffset", 16.655);
     params.power = number("power", -0.10478);
-    // Kept deliberately: "frequency" is a setting of blocks and files without effect.
+    // By design: "frequency" is a setting without effect.
     params.coef1 = number("coef1", 1.0);
     params.coef2 = number("coef2", 0.011484);
     params.a = {number("a0", 0.16567), number("a1", 0.073221), number("a2", -0.0079505),

@@ -60,7 +60,7 @@ constexpr MemoryTexts generatorTexts = {
 constexpr MemoryTexts customTexts = {
     "Insufficient memory for dynamic allocation to binSigOut in PRBS_Custom().\n",
     "Insufficient memory for dynamic allocation to bitSequence in PRBS_Custom().\n"};
-// Kept deliberately: the custom generator reports its outputs under the other generator's name.
+// By design: the custom generator reports its outputs under the other generator's name.
 constexpr MemoryTexts outputTexts = {
     "Insufficient memory for dynamic allocation to binary signal in PRBS_Generator().\n",
     "Insufficient memory for dynamic allocation to bit sequence in PRBS_Generator().\n"};
@@ -85,7 +85,7 @@ void FillPseudoRandom(PrbsParams& params, BinSig& pattern) {
     if (pattern.noPoints == 2) {
         bits[2] = 1;
     } else if (pattern.noPoints == 4) {
-        // Kept deliberately: this short pattern is 1, 0 and two elements never written (zero).
+        // By design: this short pattern is 1, 0 and two elements never written (zero).
         bits[1] = 1;
     } else if (pattern.noPoints > 4) {
         for (std::int32_t i = 1; i <= pattern.noPoints; ++i) {

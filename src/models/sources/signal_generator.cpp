@@ -64,7 +64,7 @@ Status CheckInput(const SignalGeneratorParams& params, const Nodelist* input,
 Status ExpandPattern(const BinSig& source, Owned<BinSig>& pattern, std::string& errorText) {
     std::int32_t count = 0;
     if (!SampleCount(source.noPoints, 2, count) || Make(pattern, CreateBinSig, count)) {
-        // Kept deliberately: the custom generator's name stands in this text.
+        // By design: the custom generator's name stands in this text.
         return Fail("Error in creating Binary Signal in Signal_Gen_Custom().\n", errorText);
     }
     pattern->bitRate = 2.0 * source.bitRate;
