@@ -4,7 +4,7 @@
 #include "kernel/external_commands.h"
 #include "kernel/graph.h"
 #include "kernel/result_names.h"
-#include "models/model_tests.h"
+#include "models/block_tests.h"
 #include "photrak/commands.h"
 #include "photrak/console.h"
 #include "photrak/session.h"
@@ -14,12 +14,12 @@ namespace {
 
 /// The block to test, or null after a report.
 Component* FindTestable(const Session& session, const CommandOptions& options) {
-    Component* component = FindModel(options.component, session.workspace->components);
+    Component* component = FindComponent(options.component, session.workspace->components);
     if (!component) {
         Report("error", Concat(options.file, ": no component '", options.component, "'"));
         return nullptr;
     }
-    if (HasModelTest(component->type, session.userModels)) return component;
+    if (HasBlockTest(component->type, session.userModels)) return component;
     Report("error", Concat("component '", component->name, "' of type '", component->type,
                            "': ", noModelTestText));
     return nullptr;

@@ -7,13 +7,13 @@
 #include <utility>
 
 #include "base/text.h"
+#include "base/units.h"
 
 namespace photrak {
 namespace {
 
 constexpr std::string_view formatWord = "TransferMatrixFormat1";
 constexpr std::size_t headLineLength = 80;  // characters; what stands behind is a remark
-constexpr double radiansPerDegree = 0.017453292519943295;
 
 Complex Polar(double amplitude, double angle) {
     return {amplitude * std::cos(angle), amplitude * std::sin(angle)};

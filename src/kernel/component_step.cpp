@@ -40,8 +40,12 @@ Status RunBlock(RunState& run, Step& step) {
     Component& component = *step.component;
     if (component.type == loopBeginType) return BeginLoop(run, step);
     if (component.type == loopEndType) return EndLoop(run, step);
-    return DispatchModel(run.models, {run.workspace, component, *run.workspace.options,
-                                      step.inputs.get(), step.outputs.get(), run.errorText});
+    return DispatchModel(run.models, {{component.name, run.errorText},
+                                      run.workspace,
+                                      component,
+                                      *run.workspace.options,
+                                      step.inputs.get(),
+                                      step.outputs.get()});
 }
 
 /// Warnings are logged once and forgotten; the text of an error stays for the final message.

@@ -86,7 +86,7 @@ constexpr CountTest countTests[] = {
 
 }  // namespace
 
-Component* FindModel(std::string_view name, const ComponentList& list) {
+Component* FindComponent(std::string_view name, const ComponentList& list) {
     const auto found = FirstNotBelow(name, list);
     return found != list.end() && (*found)->name == name ? found->get() : nullptr;
 }
@@ -104,14 +104,14 @@ Component* CreateComponentFrom(const Component& prototype, std::string_view name
 
 Component* CreateComponent(std::string_view name, std::string_view type, std::int32_t inputs,
                            std::int32_t outputs, ComponentList& list, const Catalogue& catalogue) {
-    const Component* prototype = FindModel(type, catalogue.models);
+    const Component* prototype = FindComponent(type, catalogue.models);
     return prototype ? CreateComponentFrom(*prototype, name, inputs, outputs, list) : nullptr;
 }
 
 Component* AddComponent(Workspace& workspace, std::string_view type, std::string_view name,
                         std::int32_t inputs, std::int32_t outputs, const Catalogue& catalogue) {
     std::string unique(name);
-    while (FindModel(unique, workspace.components)) unique += '1';
+    while (FindComponent(unique, workspace.components)) unique += '1';
     Component* component =
         CreateComponent(unique, type, inputs, outputs, workspace.components, catalogue);
     if (!component) return nullptr;

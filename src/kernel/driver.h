@@ -2,25 +2,27 @@
 #pragma once
 
 #include <span>
+#include <vector>
 
 #include "base/status.h"
 #include "kernel/order.h"
+#include "kernel/param_table.h"
 
 namespace photrak {
 
-/// What a model gets for one execution.
-struct ModelCall {
+/// What a model gets for one execution. It fails through Refuse, Fail and Warn of the report.
+struct ModelCall : ModelReport {
     Workspace& workspace;
     Component& component;
     SimOptions& options;
     Nodelist* inputs;   // one cell per input port, sig borrowed from its node
     Nodelist* outputs;  // one cell per output port, sig empty: the model stores and hands over
-    std::string& errorText;
 };
 
 struct ModelEntry {
     std::string_view type;
     Status (*run)(const ModelCall& call);
+    std::vector<ParamSpec> (*params)() = nullptr;  // all rows of its tables
 };
 
 /// User models, searched after the built-in ones. Supplied from above the files.

@@ -5,12 +5,12 @@
 
 #include "base/escape.h"
 #include "base/text.h"
+#include "base/units.h"
 
 namespace photrak {
 
 namespace {
 
-constexpr double radiansPerDegree = 0.017453292519943295;
 constexpr double smallest = 1e-300;    // keeps logarithm and tangent finite
 constexpr double extremeStart = 1e30;  // min starts from it, max from its negative
 

@@ -59,7 +59,8 @@ Variable& AddVariable(Workspace& workspace, std::string_view name, std::int32_t 
 Variable* FindVariable(std::string_view name, Workspace& workspace);
 /// Plain search by name, without memory.
 Parameter* FindParameter(std::string_view name, Parameter* list);
-Component* FindModel(std::string_view name, const ComponentList& list);
+/// The first of its name in a list, or null; among prototypes the name is the type.
+Component* FindComponent(std::string_view name, const ComponentList& list);
 
 /// Frees all signals on all nodes.
 void ClearNodeSignals(Workspace& workspace);

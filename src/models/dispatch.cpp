@@ -74,7 +74,7 @@ constexpr ModelEntry builtInModels[] = {
     {"ModeLockedLaserModel", RunModeLockedLaser},
     {"CWLaserModel", RunCwLaser},
     {"Modulator", RunModulator},
-    {"OpticalAmplifier", RunOpticalAmplifier},
+    {"OpticalAmplifier", RunOpticalAmplifier, EdfaParamSpecs},
     {"OpticalFilter", RunOpticalFilter},
     {"SaveSigBlock", RunSaveSigBlock},
     {"LoadSigBlock", RunLoadSigBlock},

@@ -30,7 +30,12 @@ class UserLibraries : public testing::Test {
     Status Run(const std::string& type, Nodelist& input, Nodelist& output) {
         block_.component.type = type;
         errorText_ = "before: ";
-        return table_.Run({workspace_, block_.component, options_, &input, &output, errorText_});
+        return table_.Run({{block_.component.name, errorText_},
+                           workspace_,
+                           block_.component,
+                           options_,
+                           &input,
+                           &output});
     }
     TempDir dir_;
     Catalogue catalogue_;

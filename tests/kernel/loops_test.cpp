@@ -106,7 +106,7 @@ TEST(RepetitionLoop, RefusesEndsThatDoNotFitTheirBegin) {
         link.models.byType["Convert"] = [](const ModelCall&) { return Status::Success; };
         link.Draw(diagram);
         link["end"].type = "LoopEndBlock";
-        if (FindModel("begin", link.workspace->components)) link.Repeat("begin", "2");
+        if (FindComponent("begin", link.workspace->components)) link.Repeat("begin", "2");
         EXPECT_EQ(link.Run(), Status::Error);
         EXPECT_EQ(link.Text(), text);
     }

@@ -2,6 +2,7 @@
 #include <functional>
 
 #include "link/example_run.h"
+#include "support/paths.h"
 
 namespace photrak::test {
 namespace {
@@ -55,7 +56,7 @@ TEST_F(Links, AStopRequestEndsTheRunAndKeepsWhatWasWritten) {
     link.replace(link.find(length), length.size() + 1, length + "12");
     WriteText("long.top", link);
     const ProgramResult result =
-        RunProgram("timeout --preserve-status --signal=INT 3 " PHOTRAK_BINARY_DIR
+        RunProgram("timeout --preserve-status --signal=INT 3 " + BinaryDir() +
                    "/bin/photrak run --no-commands --quiet --set length=1e8 long.top");
     EXPECT_EQ(result.status, 130) << result.error;
     EXPECT_NE(result.error.find("stopped on request"), std::string::npos) << result.error;

@@ -4,7 +4,7 @@
 #include <functional>
 
 #include "base/text.h"
-#include "models/optical/ase_spectra.h"
+#include "models/common/ase_spectra.h"
 #include "models/optical_fixture.h"
 #include "numeric/samples.h"
 #include "support/catalogue_block.h"
@@ -26,7 +26,6 @@ double Decibels(double value) {
 /// One flat gain of 16 dB, 5 dB noise figure, 40 nm of noise.
 EdfaParams FlatAmplifier() {
     EdfaParams params;
-    params.owner = "A1";
     params.type = "defined";
     params.Psat = 0.1;
     params.gain = std::sqrt(Decibels(16));
@@ -54,7 +53,7 @@ EdfaParams CurveAmplifier(std::string_view curves) {
 struct Amplifier : Outcome {
     Amplifier(const EdfaParams& params, const OpSignal& light) : Outcome(OpSigType) {
         Nodelist input{nullptr, OpSigType, const_cast<OpSignal*>(&light)};
-        status = EDFA(&input, params, &output, text);
+        status = EDFA(&input, params, &output, {"A1", text});
     }
     const OpSignal& Light() const { return Made<OpSignal>(); }
     double Power() const { return AverageOpSigPower(Light().channels); }
@@ -257,7 +256,7 @@ TEST(OpticalAmplifier, ReadsDecibelsAndOnlyTheFilesItNeeds) {
         block.Set("noiseFilename", "absent").Set("Psat", "13").Set("gain", "20").Set("Fn", "3");
         block.Set("BW", "1e-8").Set("noiseResolution", "0").Set("noiseCenter", "1.3e-6");
         std::string text;
-        (void)ReadEdfaParams(block.Evaluated(), params, text);
+        (void)ReadEdfaParams(block.Evaluated().parameters, params, {"box", text});
         return text;
     };
     EXPECT_EQ(read("custom", "Gaussian", curves), "");

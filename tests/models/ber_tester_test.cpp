@@ -55,7 +55,12 @@ class BerTesterTest : public BerTest {
         AddPair(MixedBits(16), 4, 0.0, 1.0, 0.5 / std::max(Q, 1.0));
         if (Q == 0.0) FreeSignal(&inputs->sig, ElecSigType);
         message.clear();
-        return RunBerTester({workspace, block.component, options, inputs.get(), nullptr, message});
+        return RunBerTester({{block.component.name, message},
+                             workspace,
+                             block.component,
+                             options,
+                             inputs.get(),
+                             nullptr});
     }
 
     ModelBlock block{"ber"};

@@ -37,7 +37,12 @@ class BlockRun {
         for (std::size_t i = 0; i < outputCount; ++i) {
             outputs_[i] = {i + 1 < outputCount ? &outputs_[i + 1] : nullptr, outputType, nullptr};
         }
-        status = model({workspace_, component, options_, inputs.data(), outputs_.data(), text});
+        status = model({{component.name, text},
+                        workspace_,
+                        component,
+                        options_,
+                        inputs.data(),
+                        outputs_.data()});
     }
     ~BlockRun() {
         for (Nodelist& cell : outputs_) FreeSignal(&cell.sig, cell.sigType);

@@ -8,7 +8,7 @@
 #include <numbers>
 #include <utility>
 
-#include "models/optical/spectrum_grid.h"
+#include "models/common/spectrum_grid.h"
 #include "support/model_parameters.h"
 #include "support/signals.h"
 

@@ -130,7 +130,7 @@ class SmallLink {
     }
     /// The component of that name.
     Component& operator[](std::string_view name) const {
-        Component* found = FindModel(name, workspace->components);
+        Component* found = FindComponent(name, workspace->components);
         EXPECT_NE(found, nullptr) << name;
         return *found;
     }
@@ -147,7 +147,7 @@ class SmallLink {
             std::int32_t output = 1;
             for (std::string word, type; words >> word;) {
                 if (word == ">") continue;
-                if (FindModel(word, catalogue.models)) {
+                if (FindComponent(word, catalogue.models)) {
                     type = word;
                     continue;
                 }

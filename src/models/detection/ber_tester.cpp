@@ -8,8 +8,8 @@
 #include "kernel/expression.h"
 #include "kernel/parameters.h"
 #include "kernel/result_names.h"
-#include "models/parameter_limits.h"
-#include "models/refusals.h"
+#include "models/common/parameter_limits.h"
+#include "models/common/refusals.h"
 #include "results/ber_report.h"
 
 namespace photrak {

@@ -10,7 +10,7 @@
 #include "kernel/graph.h"
 #include "kernel/parameters.h"
 #include "kernel/signals.h"
-#include "models/parameter_limits.h"
+#include "models/common/parameter_limits.h"
 #include "numeric/messages.h"
 
 namespace photrak {

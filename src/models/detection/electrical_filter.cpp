@@ -9,10 +9,11 @@
 #include <numbers>
 
 #include "base/text.h"
+#include "base/units.h"
 #include "kernel/parameters.h"
 #include "kernel/sample_arrays.h"
-#include "models/detection/electrical_spectrum.h"
-#include "models/refusals.h"
+#include "models/common/electrical_spectrum.h"
+#include "models/common/refusals.h"
 #include "numeric/fft.h"
 #include "numeric/messages.h"
 #include "numeric/special_functions.h"
@@ -20,7 +21,6 @@
 namespace photrak {
 namespace {
 
-constexpr double pi = std::numbers::pi;
 constexpr double maxRippleDb = 3.01;  // half power: a larger ripple leaves no 3 dB width
 
 enum class Response { LowPass = 1, HighPass = 2, BandPass = 3 };

@@ -5,8 +5,9 @@
 #include <cmath>
 #include <numbers>
 
+#include "base/units.h"
 #include "kernel/parameters.h"
-#include "models/detection/electrical_spectrum.h"
+#include "models/common/electrical_spectrum.h"
 #include "numeric/fft.h"
 
 namespace photrak {
@@ -14,7 +15,6 @@ namespace {
 
 /// q / (h c), A/W for each meter of wavelength at full efficiency.
 constexpr double responsivityPerMeter = 806543.9341951312;
-constexpr double twoPi = 2.0 * std::numbers::pi;
 
 void DeriveFields(PhotoDetectorParams& detector, double wavelength) {
     detector.RC =

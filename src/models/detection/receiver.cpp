@@ -6,10 +6,11 @@
 
 #include "base/arrays.h"
 #include "base/text.h"
+#include "base/units.h"
 #include "kernel/parameters.h"
 #include "kernel/sample_arrays.h"
-#include "models/detection/electrical_spectrum.h"
-#include "models/refusals.h"
+#include "models/common/electrical_spectrum.h"
+#include "models/common/refusals.h"
 #include "numeric/messages.h"
 #include "numeric/samples.h"
 #include "platform/file_system.h"
@@ -17,8 +18,7 @@
 namespace photrak {
 namespace {
 
-constexpr double speedOfLight = 299792458.0;  // m/s
-constexpr std::int32_t fewestSamples = 8;     // fewer have next to no spectrum to integrate over
+constexpr std::int32_t fewestSamples = 8;  // fewer have next to no spectrum to integrate over
 constexpr std::size_t maxTableFileBytes = std::size_t{1} << 28;
 
 Status Fail(std::string_view text, std::string& message) {
@@ -123,7 +123,7 @@ struct OpticalNoise {
     double RIN;           // 1/Hz
 };
 
-NoiseTerms Terms(const TransferArray& transfer, double peak, const OpticalNoise& light,
+NoiseTerms Terms(const ReceiverTransfer& transfer, double peak, const OpticalNoise& light,
                  const PhotoDetectorParams& detector, const NoisePolynomial& density) {
     const double excess = ExcessNoise(detector.APD_Multiplier, detector.ionizationCoef);
     NoiseTerms terms;
@@ -131,7 +131,7 @@ NoiseTerms Terms(const TransferArray& transfer, double peak, const OpticalNoise&
     terms.receiverNoise = ReceiverNoise(transfer, density);
     const double aseDensity =
         light.ase
-            ? NoiseDensityAt(transfer, *light.ase, speedOfLight / light.wavelength, terms.bandwidth)
+            ? NoiseDensityAt(transfer, *light.ase, lightSpeed / light.wavelength, terms.bandwidth)
             : 0.0;
     terms.signalDensity = 4.0 * excess * detector.responsivity * aseDensity + twiceElementaryCharge;
     terms.darkDensity = detector.darkShotDensity * excess;
@@ -159,7 +159,7 @@ Status RunChain(const OpSig& light, const OpSigASE* ase, const ReceiverParams& p
         return RefuseComponent(params.owner, "front end and filter pass nothing", message);
     }
     ToVoltage(esOut, H);
-    const TransferArray transfer{H, n, 1.0 / (static_cast<double>(n) * esOut.tStep)};
+    const ReceiverTransfer transfer{H, n, 1.0 / (static_cast<double>(n) * esOut.tStep)};
     const OpticalNoise noise{ase, light.wavelength, light.RIN};
     if (!FillSigma(esOut, Terms(transfer, peak, noise, detector, params.noise))) {
         return RefuseComponent(params.owner, "a voltage or its noise is not a finite number",

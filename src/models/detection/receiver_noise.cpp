@@ -22,19 +22,19 @@ double DensityAt(const OpSigASE& spectrum, double f) {
 
 }  // namespace
 
-double NoiseBandwidth(const TransferArray& transfer) {
+double NoiseBandwidth(const ReceiverTransfer& transfer) {
     return transfer.df *
            WeightedSum(transfer.n / 2 + 1, [&](long i) { return SquaredMagnitude(transfer.H[i]); });
 }
 
-double ReceiverNoise(const TransferArray& transfer, const NoisePolynomial& density) {
+double ReceiverNoise(const ReceiverTransfer& transfer, const NoisePolynomial& density) {
     return transfer.df * WeightedSum(transfer.n / 2 + 1, [&](long i) {
                const double f = static_cast<double>(i - 1) * transfer.df;
                return SquaredMagnitude(transfer.H[i]) * density(f);
            });
 }
 
-double NoiseDensityAt(const TransferArray& transfer, const OpSigASE& spectrum, double carrier,
+double NoiseDensityAt(const ReceiverTransfer& transfer, const OpSigASE& spectrum, double carrier,
                       double noiseBandwidth) {
     const auto n = static_cast<std::int32_t>(transfer.n);
     double sum = 0.0;

@@ -18,20 +18,20 @@ struct NoisePolynomial {
 };
 
 /// A transfer array H[1..n] in transform order, V/A, bins df apart (Hz).
-struct TransferArray {
+struct ReceiverTransfer {
     const Complex* H;
     long n;
     double df;
 };
 
 /// One-sided integral of |H|^2, Hz (V/A)^2, with end weights.
-double NoiseBandwidth(const TransferArray& transfer);
+double NoiseBandwidth(const ReceiverTransfer& transfer);
 /// One-sided integral of |H|^2 n(f), V^2.
-double ReceiverNoise(const TransferArray& transfer, const NoisePolynomial& density);
+double ReceiverNoise(const ReceiverTransfer& transfer, const NoisePolynomial& density);
 /// Density of the optical noise around the carrier (Hz) as the receiver weighs it, W/Hz: the mean
 /// of the spectrum over both sides of the carrier with the weight |H|^2. Outside its points the
 /// spectrum is 0.
-double NoiseDensityAt(const TransferArray& transfer, const OpSigASE& spectrum, double carrier,
+double NoiseDensityAt(const ReceiverTransfer& transfer, const OpSigASE& spectrum, double carrier,
                       double noiseBandwidth);
 
 /// Excess noise factor of an avalanche times M^2 (McIntyre): (k M + (1 - k)(2 - 1/M)) M^2.

@@ -6,13 +6,11 @@
 #include <cmath>
 
 #include "base/text.h"
-#include "kernel/parameters.h"
+#include "base/units.h"
 #include "kernel/sample_arrays.h"
+#include "models/common/ase_spectra.h"
+#include "models/common/spectrum_grid.h"
 #include "models/optical/amplifier_noise.h"
-#include "models/optical/ase_spectra.h"
-#include "models/optical/spectrum_grid.h"
-#include "models/parameter_limits.h"
-#include "models/refusals.h"
 #include "numeric/fft.h"
 #include "numeric/messages.h"
 #include "numeric/samples.h"
@@ -22,20 +20,23 @@
 namespace photrak {
 namespace {
 
-constexpr double nanometersPerMeter = 1e9;
-
-Status Fail(std::string_view text, std::string& errorText) {
-    AppendPiece(errorText, text);
-    return Status::Error;
+void StoreShape(EdfaParams& params, std::string_view word) {
+    params.noiseShape = word == "Gaussian" ? NoiseShape::Gaussian
+                        : word == "Custom" ? NoiseShape::Custom
+                                           : NoiseShape::Flat;
 }
 
-constexpr ParameterLimit<EdfaParams> limits[] = {
-    {"Psat", &EdfaParams::Psat, Range::Positive},
-    {"gain", &EdfaParams::gain, Range::Positive},
-    {"Fn", &EdfaParams::Fn, Range::NotNegative},
-    {"BW", &EdfaParams::BW, Range::Finite},
-    {"noiseResolution", &EdfaParams::noiseResolution, Range::Finite},
-    {"noiseCenter", &EdfaParams::noiseCenter, Range::Positive}};
+constexpr ParamRow<EdfaParams> rows[] = {
+    {"type", &EdfaParams::type, "defined", Words{"defined custom"}},
+    {"spectraFilename", &EdfaParams::spectraFilename, ""},
+    {"Psat", &EdfaParams::Psat, 20.0, Range::Positive, ParamUnit::Dbm},
+    {"gain", &EdfaParams::gain, 16.0, Range::Positive, ParamUnit::FieldDecibels},
+    {"Fn", &EdfaParams::Fn, 5.0, Range::NotNegative, ParamUnit::PowerDecibels},
+    {"BW", &EdfaParams::BW, 40e-9},
+    {"noiseResolution", &EdfaParams::noiseResolution, 0.1e-9},
+    {"noiseCenter", &EdfaParams::noiseCenter, 1.55e-6, Range::Positive},
+    {"noiseShape", StoreShape, "Flat", Words{"Flat Gaussian Custom"}},
+    {"noiseFilename", &EdfaParams::noiseFilename, ""}};
 
 // --- Gain ---
 
@@ -54,12 +55,12 @@ void Multiply(Complex* samples, std::int32_t n, double factor) {
 /// One gain for all wavelengths. The power gain falls from G^2 toward Psat/Pin: the output power
 /// G^2 Pin / (1 + G^2 Pin/Psat) never exceeds Psat.
 Status AmplifyEvenly(const EdfaParams& params, double inputPower, OpSignal& signal, Gain& gain,
-                     std::string& errorText) {
+                     const ModelReport& report) {
     const double unsaturated = params.gain * params.gain;
     gain.g = std::sqrt(unsaturated / (inputPower / params.Psat * unsaturated + 1.0));
     gain.nu = lightSpeed / params.noiseCenter;
     if (!std::isfinite(gain.g)) {
-        return RefuseComponent(params.owner, "the gain is out of range", errorText);
+        return report.Refuse("the gain is out of range");
     }
     for (OpSig& channel : Items(signal.channels)) {
         Multiply(channel.Ex_samples, channel.noPoints, gain.g);
@@ -71,7 +72,7 @@ Status AmplifyEvenly(const EdfaParams& params, double inputPower, OpSignal& sign
 
 /// Factor of the power at a frequency in Hz, from a gain in dB.
 double PowerFactor(const SCurvePair& curves, double nu) {
-    return std::pow(10.0, 0.1 * SCurveValue(curves, lightSpeed / nu * nanometersPerMeter));
+    return PowerRatio(SCurveValue(curves, lightSpeed / nu * nanometersPerMeter));
 }
 
 /// Multiplies the spectra of both polarizations by the factors[1..n] of their bins.
@@ -85,14 +86,13 @@ void MultiplySpectra(OpSig& channel, const double* factors) {
     }
 }
 
-Status AmplifyChannel(const EdfaParams& params, OpSig& channel, Gain& gain,
-                      std::string& errorText) {
-    const Status status = CheckSpectrumGrid(channel, params.owner, errorText);
+Status AmplifyChannel(OpSig& channel, Gain& gain, const ModelReport& report) {
+    const Status status = CheckSpectrumGrid(channel, report);
     if (status != Status::Success || channel.noPoints < 1) return status;
     const std::int32_t n = channel.noPoints;
     OwnedBlock<double> factors(NewUnclearedSamples<double>(n));
     if (!factors) {
-        ReportNoMemory(errorText, "EDFA - gainArray");
+        ReportNoMemory(report.errorText, "EDFA - gainArray");
         return Status::Error;
     }
     const SpectrumGrid grid(channel, n);
@@ -100,11 +100,11 @@ Status AmplifyChannel(const EdfaParams& params, OpSig& channel, Gain& gain,
     bool finite = true;
     for (std::int32_t k = 1; k <= n; ++k) {
         const double x = lightSpeed / grid.Frequency(k) * nanometersPerMeter;
-        gain.g = factors.get()[k] = std::pow(10.0, 0.05 * SCurveValue(gain.curves, x));
+        gain.g = factors.get()[k] = FieldRatio(SCurveValue(gain.curves, x));
         finite = finite && std::isfinite(gain.g);
     }
     if (!finite) {
-        return RefuseComponent(params.owner, "the gain curves are out of range", errorText);
+        return report.Refuse("the gain curves are out of range");
     }
     MultiplySpectra(channel, factors.get());
     return Status::Success;
@@ -112,9 +112,9 @@ Status AmplifyChannel(const EdfaParams& params, OpSig& channel, Gain& gain,
 
 /// A gain for each bin of each channel.
 Status AmplifyByCurves(const EdfaParams& params, double inputPower, OpSignal& signal, Gain& gain,
-                       std::string& errorText) {
+                       const ModelReport& report) {
     if (params.gainCurves.empty()) {
-        return RefuseComponent(params.owner, "there are no gain curves", errorText);
+        return report.Refuse("there are no gain curves");
     }
     gain.curves = ChooseSCurves(params.gainCurves, inputPower);
     // Without a channel the center of the noise stands for the last one.
@@ -123,7 +123,7 @@ Status AmplifyByCurves(const EdfaParams& params, double inputPower, OpSignal& si
     // By design: the last bin of the last channel sets the gain and the frequency that the
     // emission follows, whatever the gain at other wavelengths is.
     for (OpSig& channel : Items(signal.channels)) {
-        const Status status = AmplifyChannel(params, channel, gain, errorText);
+        const Status status = AmplifyChannel(channel, gain, report);
         if (status != Status::Success) return status;
     }
     // By design: the first record is the one that the emission joins; further records pass
@@ -139,38 +139,38 @@ Status AmplifyByCurves(const EdfaParams& params, double inputPower, OpSignal& si
 struct AmplifierType {
     std::string_view word;
     Status (*amplify)(const EdfaParams& params, double inputPower, OpSignal& signal, Gain& gain,
-                      std::string& errorText);
+                      const ModelReport& report);
 };
 constexpr AmplifierType types[] = {{"defined", AmplifyEvenly}, {"custom", AmplifyByCurves}};
 
 // --- Noise ---
 
 /// The spectrum joins the first record of the list, or becomes the list.
-Status AddEmission(Owned<OpSigASE> emission, OpSignal& signal, std::string& errorText) {
+Status AddEmission(Owned<OpSigASE> emission, OpSignal& signal, const ModelReport& report) {
     if (!signal.noise) {
         signal.noise = emission.release();
         return Status::Success;
     }
-    if (AddSpectrum(*signal.noise, *emission, errorText) == Status::Success) {
+    if (AddSpectrum(*signal.noise, *emission, report.errorText) == Status::Success) {
         return Status::Success;
     }
-    return Fail("ERROR in EDFA combining noise spectra\n", errorText);
+    return report.Fail("ERROR in EDFA combining noise spectra\n");
 }
 
 Status Amplify(const EdfaParams& params, const AmplifierType& type, OpSignal& signal,
-               std::string& errorText) {
+               const ModelReport& report) {
     const double inputPower = NodelistPower(&signal);
     if (!std::isfinite(inputPower)) {
-        return RefuseComponent(params.owner, "the input power is not a finite number", errorText);
+        return report.Refuse("the input power is not a finite number");
     }
     Gain gain;
-    Status status = type.amplify(params, inputPower, signal, gain, errorText);
+    Status status = type.amplify(params, inputPower, signal, gain, report);
     if (status != Status::Success) return status;
     Owned<OpSigASE> emission;
     const double density = EmissionDensity(gain.g, params.Fn, gain.nu);
-    status = MakeEmission(params, density, inputPower, emission, errorText);
+    status = MakeEmission(params, density, inputPower, emission, report);
     if (status != Status::Success) return status;
-    return AddEmission(std::move(emission), signal, errorText);
+    return AddEmission(std::move(emission), signal, report);
 }
 
 // --- Parameters ---
@@ -188,74 +188,54 @@ constexpr CurveFileTexts gainTexts = {
     "OpticalAmplifier %s: Cannot open gain spectra filename '%s'\n",
     "The first line of file %s must specify the input power, exit!\n"};
 
-Status LoadCurves(const Component& component, std::string_view parameter,
-                  const CurveFileTexts& texts, SCurves& curves, std::string& errorText) {
-    const std::string fileName(GetParamText(component.parameters, parameter, ""));
+Status LoadCurves(const std::string& fileName, const CurveFileTexts& texts, SCurves& curves,
+                  const ModelReport& report) {
     std::string text, reason;
     if (fileName.empty() || !ReadWholeFile(fileName, text, reason, maxCurveFileBytes)) {
-        return Fail(FillIn(texts.cannotOpen, {component.name, fileName}), errorText);
+        return report.Fail(FillIn(texts.cannotOpen, {report.owner, fileName}));
     }
-    return ReadSCurves(text, fileName, texts.notStarted, curves, errorText);
-}
-
-double PowerRatio(double decibels) {
-    return std::pow(10.0, 0.1 * decibels);
-}
-
-constexpr double wattsPerMilliwatt = 0.001;
-
-NoiseShape ShapeOf(std::string_view word) {
-    if (word == "Gaussian") return NoiseShape::Gaussian;
-    return word == "Custom" ? NoiseShape::Custom : NoiseShape::Flat;
+    return ReadSCurves(text, fileName, texts.notStarted, curves, report.errorText);
 }
 
 }  // namespace
 
-Status ReadEdfaParams(const Component& component, EdfaParams& params, std::string& errorText) {
-    const auto number = [&](std::string_view name, double fallback) {
-        return GetParamDouble(component.parameters, name, fallback);
-    };
-    params.owner = component.name;
-    params.type = GetParamText(component.parameters, "type", "defined");
-    params.Psat = PowerRatio(number("Psat", 20.0)) * wattsPerMilliwatt;
-    params.gain = std::pow(10.0, 0.05 * number("gain", 16.0));
-    params.Fn = PowerRatio(number("Fn", 5.0));
-    params.BW = number("BW", 40e-9);
-    params.noiseResolution = number("noiseResolution", 0.1e-9);
-    params.noiseCenter = number("noiseCenter", 1.55e-6);
-    params.noiseShape = ShapeOf(GetParamText(component.parameters, "noiseShape", "Flat"));
+std::vector<ParamSpec> EdfaParamSpecs() {
+    return SpecsOf(rows);
+}
+
+Status ReadEdfaParams(Parameter* parameters, EdfaParams& params, const ModelReport& report) {
+    ReadParams(rows, parameters, params);
     if (params.noiseShape == NoiseShape::Custom) {
         const Status status =
-            LoadCurves(component, "noiseFilename", noiseTexts, params.noiseCurves, errorText);
+            LoadCurves(params.noiseFilename, noiseTexts, params.noiseCurves, report);
         if (status != Status::Success) return status;
     }
     if (params.type != "custom") return Status::Success;
-    return LoadCurves(component, "spectraFilename", gainTexts, params.gainCurves, errorText);
+    return LoadCurves(params.spectraFilename, gainTexts, params.gainCurves, report);
 }
 
 Status EDFA(const Nodelist* input, const EdfaParams& params, Nodelist* output,
-            std::string& errorText) {
+            const ModelReport& report) {
     if (!input || input->sigType != OpSigType) {
-        return Fail(
-            "Input signal type incorrect for the EDFA.\nInput signal type must be 'OPSIG'.\n",
-            errorText);
+        return report.Fail(
+            "Input signal type incorrect for the EDFA.\nInput signal type must be 'OPSIG'.\n");
     }
-    if (!output) return RefuseComponent(params.owner, "no output port", errorText);
+    if (!output) return report.Refuse("no output port");
     if (!input->sig) return Status::Success;
     const auto* type =
         std::find_if(std::begin(types), std::end(types),
                      [&](const AmplifierType& row) { return row.word == params.type; });
     if (type == std::end(types)) {
-        return Fail("Wrong EDFA type in EDFA().\nThe allowed types are 'defined' and 'custom'.\n",
-                    errorText);
+        return report.Fail(
+            "Wrong EDFA type in EDFA().\nThe allowed types are 'defined' and 'custom'.\n");
     }
-    Status status = CheckLimits<EdfaParams>(params, limits, errorText);
+    Status status = CheckParams(rows, params, report);
     if (status != Status::Success) return status;
     Owned<OpSignal> signal;
     if (Make(signal, CopyOpSignal, static_cast<const OpSignal*>(input->sig))) {
-        return Fail("Error in copying OpSig in EDFA().\n", errorText);
+        return report.Fail("Error in copying OpSig in EDFA().\n");
     }
-    status = Amplify(params, *type, *signal, errorText);
+    status = Amplify(params, *type, *signal, report);
     if (status != Status::Success) return status;
     output->sig = signal.release();
     output->sigType = OpSigType;
@@ -264,9 +244,9 @@ Status EDFA(const Nodelist* input, const EdfaParams& params, Nodelist* output,
 
 Status RunOpticalAmplifier(const ModelCall& call) {
     EdfaParams params;
-    const Status status = ReadEdfaParams(call.component, params, call.errorText);
+    const Status status = ReadEdfaParams(call.component.parameters, params, call);
     if (status != Status::Success) return status;
-    return EDFA(call.inputs, params, call.outputs, call.errorText);
+    return EDFA(call.inputs, params, call.outputs, call);
 }
 
 }  // namespace photrak

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "kernel/driver.h"
 #include "models/optical/s_curves.h"
@@ -15,9 +16,8 @@ namespace photrak {
 enum class NoiseShape { Flat = 0, Gaussian = 1, Custom = 2 };
 
 struct EdfaParams {
-    std::string owner;  // the component's name, for messages
-    std::string type;   // "defined": one gain, "custom": gain curves
-    SCurves gainCurves;
+    std::string type;              // "defined": one gain, "custom": gain curves
+    std::string spectraFilename;   // gain curves
     double Psat = 0.0;             // W, at the output
     double gain = 1.0;             // factor of the field, unsaturated
     double Fn = 1.0;               // noise figure, linear
@@ -25,16 +25,22 @@ struct EdfaParams {
     double noiseResolution = 0.0;  // step of the noise spectrum, m
     double noiseCenter = 0.0;      // center of the noise spectrum, m
     NoiseShape noiseShape = NoiseShape::Flat;
+    std::string noiseFilename;  // noise curves
+
+    // Read from the files.
+    SCurves gainCurves;
     SCurves noiseCurves;  // without any, Custom is Flat
 };
 
-/// Converts decibels and loads the curve files that type and noiseShape ask for.
-Status ReadEdfaParams(const Component& component, EdfaParams& params, std::string& errorText);
+/// The rows of its table.
+std::vector<ParamSpec> EdfaParamSpecs();
+/// Reads the table and loads the curve files that type and noiseShape ask for.
+Status ReadEdfaParams(Parameter* parameters, EdfaParams& params, const ModelReport& report);
 
 /// Stores the amplified copy of the input in the output cell; nothing, with success, while the
 /// input holds no data. An error appends a text and leaves the cell empty.
 Status EDFA(const Nodelist* input, const EdfaParams& params, Nodelist* output,
-            std::string& errorText);
+            const ModelReport& report);
 
 /// The model.
 Status RunOpticalAmplifier(const ModelCall& call);

@@ -6,14 +6,13 @@
 #include <numbers>
 
 #include "base/text.h"
-#include "models/optical/ase_spectra.h"
-#include "models/optical/spectrum_grid.h"
-#include "models/parameter_limits.h"
+#include "base/units.h"
+#include "models/common/ase_spectra.h"
+#include "models/common/spectrum_grid.h"
 
 namespace photrak {
 namespace {
 
-constexpr double nanometersPerMeter = 1e9;
 constexpr double halfPlanck = 3.313085e-34;  // J s
 
 /// Width in Hz of a band of `width` meters about a wavelength.
@@ -26,10 +25,9 @@ struct NoiseGrid {
     std::int32_t n = 1;
 };
 
-Status CreateOnGrid(const NoiseGrid& grid, Owned<OpSigASE>& emission, std::string& errorText) {
+Status CreateOnGrid(const NoiseGrid& grid, Owned<OpSigASE>& emission, const ModelReport& report) {
     if (Make(emission, CreateOpSigASE, grid.n)) {
-        AppendPiece(errorText, "ERROR in EDFA creating ASE noise spectra\n");
-        return Status::Error;
+        return report.Fail("ERROR in EDFA creating ASE noise spectra\n");
     }
     emission->fstart = grid.fstart;
     emission->fstep = grid.fstep;
@@ -38,15 +36,14 @@ Status CreateOnGrid(const NoiseGrid& grid, Owned<OpSigASE>& emission, std::strin
 
 /// Steps of a grid; one whose number cannot be held is refused.
 Status CountPoints(const EdfaParams& params, double steps, NoiseGrid& grid,
-                   std::string& errorText) {
+                   const ModelReport& report) {
     steps = std::round(steps);
     if (steps < maxSpectrumPoints) {
         grid.n = SaturateToInt(steps) + 1;
         return Status::Success;
     }
-    return RefuseParameter(params.owner, "noiseResolution", params.noiseResolution,
-                           Concat("coarse enough for at most ", maxSpectrumPoints, " points"),
-                           errorText);
+    return report.RefuseValue("noiseResolution", params.noiseResolution,
+                              Concat("coarse enough for at most ", maxSpectrumPoints, " points"));
 }
 
 // --- Computed shapes ---
@@ -73,21 +70,19 @@ constexpr ComputedShape flat = {2.0, FlatShape};
 constexpr ComputedShape gaussian = {4.0, GaussianShape};
 
 Status MakeComputed(const EdfaParams& params, const ComputedShape& shape, double density,
-                    Owned<OpSigASE>& emission, std::string& errorText) {
+                    Owned<OpSigASE>& emission, const ModelReport& report) {
     if (!(params.BW > 0.0 && params.BW < 2.0 * params.noiseCenter)) {
-        return RefuseParameter(params.owner, "BW", params.BW, "above 0 and below twice noiseCenter",
-                               errorText);
+        return report.RefuseValue("BW", params.BW, "above 0 and below twice noiseCenter");
     }
     const Band band = {lightSpeed / params.noiseCenter,
                        FrequencyWidth(params.noiseCenter, params.BW)};
     const double width = shape.span * band.dnu, r = params.noiseResolution;
     NoiseGrid grid;
-    Status status =
-        CountPoints(params, r > 0.0 ? shape.span * params.BW / r : 0.0, grid, errorText);
+    Status status = CountPoints(params, r > 0.0 ? shape.span * params.BW / r : 0.0, grid, report);
     if (status != Status::Success) return status;
     grid.fstart = band.nu0 - width / 2.0;
     grid.fstep = grid.n > 1 ? width / (grid.n - 1) : width;
-    status = CreateOnGrid(grid, emission, errorText);
+    status = CreateOnGrid(grid, emission, report);
     if (status != Status::Success) return status;
     for (std::int32_t i = 1; i <= grid.n; ++i) {
         emission->powerSamples[i] = density * shape.value(band, SpectrumFrequency(*emission, i));
@@ -99,7 +94,7 @@ Status MakeComputed(const EdfaParams& params, const ComputedShape& shape, double
 
 /// The grid spans the wavelengths of the lower curve.
 Status GridOfCurve(const EdfaParams& params, const SCurve& curve, NoiseGrid& grid,
-                   std::string& errorText) {
+                   const ModelReport& report) {
     const double nuA = lightSpeed / (curve.wavelength.get()[curve.count] / nanometersPerMeter);
     const double nuB = lightSpeed / (curve.wavelength.get()[1] / nanometersPerMeter);
     const double middle = 2.0 * lightSpeed / (nuA + nuB);
@@ -107,27 +102,27 @@ Status GridOfCurve(const EdfaParams& params, const SCurve& curve, NoiseGrid& gri
     grid.fstart = nuA;
     if (r > 0.0 && r < 2.0 * middle) {
         grid.fstep = FrequencyWidth(middle, r);
-        const Status status = CountPoints(params, width / grid.fstep, grid, errorText);
+        const Status status = CountPoints(params, width / grid.fstep, grid, report);
         if (status != Status::Success) return status;
     }
     // One point stands for the whole width; a curve of one wavelength has none but the resolution.
     if (grid.n == 1 && width > 0.0) grid.fstep = width;
     if (grid.fstep > 0.0 && std::isfinite(grid.fstep) && std::isfinite(nuA)) return Status::Success;
-    return RefuseParameter(params.owner, "noiseResolution", params.noiseResolution,
-                           "above 0 and below twice the wavelength", errorText);
+    return report.RefuseValue("noiseResolution", params.noiseResolution,
+                              "above 0 and below twice the wavelength");
 }
 
 Status MakeFromCurves(const EdfaParams& params, double inputPower, Owned<OpSigASE>& emission,
-                      std::string& errorText) {
+                      const ModelReport& report) {
     const SCurvePair curves = ChooseSCurves(params.noiseCurves, inputPower);
     NoiseGrid grid;
-    Status status = GridOfCurve(params, *curves.lo, grid, errorText);
+    Status status = GridOfCurve(params, *curves.lo, grid, report);
     if (status != Status::Success) return status;
-    status = CreateOnGrid(grid, emission, errorText);
+    status = CreateOnGrid(grid, emission, report);
     if (status != Status::Success) return status;
     for (std::int32_t i = 1; i <= grid.n; ++i) {
         const double x = lightSpeed / SpectrumFrequency(*emission, i) * nanometersPerMeter;
-        emission->powerSamples[i] = std::pow(10.0, 0.1 * SCurveValue(curves, x)) * 0.001;
+        emission->powerSamples[i] = WattsFromDbm(SCurveValue(curves, x));
     }
     return Status::Success;
 }
@@ -140,12 +135,12 @@ bool IsFinite(const OpSigASE& spectrum) {
 }
 
 Status MakeShape(const EdfaParams& params, double density, double inputPower,
-                 Owned<OpSigASE>& emission, std::string& errorText) {
+                 Owned<OpSigASE>& emission, const ModelReport& report) {
     if (params.noiseShape == NoiseShape::Custom && !params.noiseCurves.empty()) {
-        return MakeFromCurves(params, inputPower, emission, errorText);
+        return MakeFromCurves(params, inputPower, emission, report);
     }
     const bool bell = params.noiseShape == NoiseShape::Gaussian;
-    return MakeComputed(params, bell ? gaussian : flat, density, emission, errorText);
+    return MakeComputed(params, bell ? gaussian : flat, density, emission, report);
 }
 
 }  // namespace
@@ -155,10 +150,10 @@ double EmissionDensity(double g, double Fn, double nu) {
 }
 
 Status MakeEmission(const EdfaParams& params, double density, double inputPower,
-                    Owned<OpSigASE>& emission, std::string& errorText) {
-    const Status status = MakeShape(params, density, inputPower, emission, errorText);
+                    Owned<OpSigASE>& emission, const ModelReport& report) {
+    const Status status = MakeShape(params, density, inputPower, emission, report);
     if (status == Status::Success && IsFinite(*emission)) return Status::Success;
-    AppendPiece(errorText, "ERROR in EDFA creating noise spectrum\n");
+    AppendPiece(report.errorText, "ERROR in EDFA creating noise spectrum\n");
     return Status::Error;
 }
 

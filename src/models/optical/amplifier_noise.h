@@ -16,6 +16,6 @@ double EmissionDensity(double g, double Fn, double nu);
 /// A new spectrum of the shape that the parameters ask for. `density` (W/Hz) is the height of the
 /// computed shapes; curves bring their own, chosen by the input power (W).
 [[nodiscard]] Status MakeEmission(const EdfaParams& params, double density, double inputPower,
-                                  Owned<OpSigASE>& emission, std::string& errorText);
+                                  Owned<OpSigASE>& emission, const ModelReport& report);
 
 }  // namespace photrak

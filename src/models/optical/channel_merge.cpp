@@ -4,7 +4,7 @@
 #include <cmath>
 
 #include "base/text.h"
-#include "models/optical/spectrum_grid.h"
+#include "models/common/spectrum_grid.h"
 #include "numeric/fft.h"
 #include "numeric/samples.h"
 

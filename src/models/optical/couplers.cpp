@@ -7,10 +7,10 @@
 
 #include "base/text.h"
 #include "kernel/parameters.h"
+#include "models/common/parameter_limits.h"
 #include "models/optical/filter_response.h"
 #include "models/optical/jones_matrix.h"
 #include "models/optical/multiport.h"
-#include "models/parameter_limits.h"
 #include "numeric/messages.h"
 
 namespace photrak {

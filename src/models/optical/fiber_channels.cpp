@@ -33,7 +33,7 @@ Status MakeFiberChannels(OpSig* list, const DispersionCurve& curve, FiberChannel
         channel.omega0 = twoPiC / signal.wavelength;
         const double groupDelay = curve.GroupDelay(signal.wavelength);
         channel.vg = 1.0 / groupDelay;
-        channel.groupIndex = speedOfLight / channel.vg;
+        channel.groupIndex = lightSpeed / channel.vg;
         channel.delay = groupDelay - curve.GroupDelay(list->wavelength);
     }
     return Status::Success;

@@ -5,12 +5,12 @@
 #include <optional>
 #include <string_view>
 
+#include "base/units.h"
+
 namespace photrak {
 
-inline constexpr double speedOfLight = 299792458.0;             // m/s
 inline constexpr double inverseSpeed = 3.3356409519815204e-09;  // s/m
-inline constexpr double pi = 3.14159265358979323846, twoPi = 2 * pi;
-inline constexpr double twoPiC = 1883651567.3088531;  // m/s
+inline constexpr double twoPiC = 1883651567.3088531;            // m/s
 
 enum class DispersionKind {
     Custom,   // beta2 and beta3 as given, the same at every wavelength

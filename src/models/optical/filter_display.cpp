@@ -19,7 +19,7 @@ constexpr ResponsePlot responsePlots[] = {
      "Error plotting wavelength response", &FilterTest::wavelength},
 };
 
-Status DrawResponse(const ResponsePlot& kind, const FilterTest& test, const ModelTestCall& call) {
+Status DrawResponse(const ResponsePlot& kind, const FilterTest& test, const BlockTestCall& call) {
     CurvePlot plot;
     plot.name = Concat("test_", call.component.name, kind.suffix);
     plot.title = kind.title;
@@ -39,7 +39,7 @@ Status DrawResponse(const ResponsePlot& kind, const FilterTest& test, const Mode
 
 }  // namespace
 
-Status DrawOpticalFilter(const ModelTestCall& call) {
+Status DrawOpticalFilter(const BlockTestCall& call) {
     FilterTest test;
     Status status = TestOpticalFilter(call.component, test, call.errorText);
     for (const ResponsePlot& kind : responsePlots) {

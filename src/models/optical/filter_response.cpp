@@ -7,15 +7,15 @@
 #include <numbers>
 
 #include "base/text.h"
-#include "models/optical/spectrum_grid.h"
-#include "models/parameter_limits.h"
-#include "models/refusals.h"
+#include "base/units.h"
+#include "models/common/parameter_limits.h"
+#include "models/common/refusals.h"
+#include "models/common/spectrum_grid.h"
 #include "platform/file_system.h"
 
 namespace photrak {
 namespace {
 
-constexpr double pi = std::numbers::pi;
 constexpr double stopBand = 1e-32;     // of the ideal filter: plots show a floor and no hole
 constexpr double endlessSlope = 1e30;  // of a trapezoid that is a rectangle
 

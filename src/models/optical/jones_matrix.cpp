@@ -2,7 +2,7 @@
 #include "models/optical/jones_matrix.h"
 
 #include "kernel/parameters.h"
-#include "models/parameter_limits.h"
+#include "models/common/parameter_limits.h"
 
 namespace photrak {
 namespace {

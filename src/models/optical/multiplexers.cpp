@@ -5,10 +5,10 @@
 #include <utility>
 
 #include "kernel/parameters.h"
+#include "models/common/refusals.h"
+#include "models/common/spectrum_grid.h"
 #include "models/optical/optical_filter.h"
 #include "models/optical/signal_join.h"
-#include "models/optical/spectrum_grid.h"
-#include "models/refusals.h"
 
 namespace photrak {
 namespace {

@@ -12,8 +12,8 @@
 #include "kernel/external_commands.h"
 #include "kernel/parameters.h"
 #include "kernel/sample_arrays.h"
-#include "models/optical/spectrum_grid.h"
-#include "models/refusals.h"
+#include "models/common/refusals.h"
+#include "models/common/spectrum_grid.h"
 #include "numeric/fft.h"
 #include "platform/file_system.h"
 
@@ -131,7 +131,7 @@ Status CheckGrid(const Device& device, const Gathered& gathered) {
         }
     }
     if (device.bandwidth == SignalBandwidth::Narrow) return Status::Success;
-    return CheckSpectrumGrid(first, device.owner, device.errorText);
+    return CheckSpectrumGrid(first, {device.owner, device.errorText});
 }
 
 /// A channel with the settings of the first gathered one and no light.

@@ -9,8 +9,8 @@
 
 #include "base/text.h"
 #include "kernel/parameters.h"
-#include "models/optical/spectrum_grid.h"
-#include "models/parameter_limits.h"
+#include "models/common/parameter_limits.h"
+#include "models/common/spectrum_grid.h"
 #include "numeric/transfer.h"
 
 namespace photrak {
@@ -94,7 +94,7 @@ void FilterLevel(const FilterResponse& response, OpSig& level) {
 
 Status FilterChannel(const FilterResponse& response, OpSig& channel, std::string& errorText) {
     const OpticalFilterRecord& record = response.record;
-    if (CheckSpectrumGrid(channel, record.owner, errorText) != Status::Success) {
+    if (CheckSpectrumGrid(channel, {record.owner, errorText}) != Status::Success) {
         return Status::Error;
     }
     if (channel.noPoints < 1) return Status::Success;

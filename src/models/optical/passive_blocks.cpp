@@ -5,20 +5,19 @@
 #include <cmath>
 #include <string>
 
+#include "base/units.h"
 #include "kernel/parameters.h"
-#include "models/optical/ase_spectra.h"
-#include "models/optical/port_copies.h"
-#include "models/optical/spectrum_grid.h"
-#include "models/parameter_limits.h"
-#include "models/refusals.h"
+#include "models/common/ase_spectra.h"
+#include "models/common/parameter_limits.h"
+#include "models/common/port_copies.h"
+#include "models/common/refusals.h"
+#include "models/common/spectrum_grid.h"
 #include "numeric/samples.h"
 
 namespace photrak {
 namespace {
 
-constexpr double radiansPerDegree = 0.017453292519943295;
 constexpr double darkerThanAll = -1e32;  // dBm
-constexpr double milliwattsPerWatt = 1000.0;
 
 double PowerFactor(double decibels) {
     return std::pow(10.0, 0.1 * decibels);

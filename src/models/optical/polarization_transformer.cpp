@@ -5,18 +5,17 @@
 #include <algorithm>
 #include <cmath>
 
+#include "base/units.h"
 #include "kernel/parameters.h"
-#include "models/optical/ase_spectra.h"
+#include "models/common/ase_spectra.h"
+#include "models/common/parameter_limits.h"
+#include "models/common/port_copies.h"
+#include "models/common/refusals.h"
 #include "models/optical/filter_response.h"
 #include "models/optical/jones_matrix.h"
-#include "models/optical/port_copies.h"
-#include "models/parameter_limits.h"
-#include "models/refusals.h"
 
 namespace photrak {
 namespace {
-
-constexpr double radiansPerDegree = 0.017453292519943295;
 
 // --- Modes, with the angle in radians ---
 

@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "base/text.h"
-#include "models/optical/ase_spectra.h"
+#include "models/common/ase_spectra.h"
 #include "models/optical/channel_merge.h"
 #include "numeric/samples.h"
 

@@ -6,8 +6,8 @@
 
 #include "base/text.h"
 #include "kernel/parameters.h"
-#include "models/optical/ase_spectra.h"
-#include "models/parameter_limits.h"
+#include "models/common/ase_spectra.h"
+#include "models/common/parameter_limits.h"
 
 namespace photrak {
 namespace {

@@ -5,15 +5,14 @@
 #include <numbers>
 
 #include "base/text.h"
+#include "base/units.h"
 #include "kernel/parameters.h"
-#include "models/parameter_limits.h"
-#include "models/refusals.h"
+#include "models/common/parameter_limits.h"
+#include "models/common/refusals.h"
 #include "models/sources/drive_signal.h"
 
 namespace photrak {
 namespace {
-
-constexpr double radiansPerDegree = 0.017453292519943295;
 
 struct Grid {
     std::int32_t noPoints = 0, patternLength = 0;

@@ -6,14 +6,14 @@
 
 #include "base/line_reader.h"
 #include "base/text.h"
+#include "base/units.h"
 #include "kernel/sample_arrays.h"
-#include "models/refusals.h"
+#include "models/common/refusals.h"
 #include "platform/file_system.h"
 
 namespace photrak {
 namespace {
 
-constexpr double radiansPerDegree = 0.017453292519943295, wattsPerMilliwatt = 0.001;
 constexpr std::int32_t minCustomLines = 4;  // the points of the interpolation
 constexpr std::size_t maxCustomFileBytes = std::size_t{1} << 28;
 

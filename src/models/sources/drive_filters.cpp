@@ -6,15 +6,15 @@
 #include <numbers>
 
 #include "base/text.h"
-#include "models/detection/electrical_spectrum.h"
-#include "models/parameter_limits.h"
-#include "models/refusals.h"
+#include "base/units.h"
+#include "models/common/electrical_spectrum.h"
+#include "models/common/parameter_limits.h"
+#include "models/common/refusals.h"
 #include "numeric/fft.h"
 
 namespace photrak {
 namespace {
 
-constexpr double pi = std::numbers::pi;
 // A first-order system rises from 10 % to 90 % in ln(9) time constants.
 // By design: this is 1/ln(9) to eight digits, and drive signals depend on the others, too.
 constexpr double timeConstantPerRiseTime = 0.45511960861898226;

@@ -7,15 +7,14 @@
 #include <numbers>
 
 #include "base/text.h"
+#include "base/units.h"
 #include "kernel/parameters.h"
-#include "models/parameter_limits.h"
-#include "models/refusals.h"
+#include "models/common/parameter_limits.h"
+#include "models/common/refusals.h"
 #include "numeric/roots.h"
 
 namespace photrak {
 namespace {
-
-constexpr double radiansPerDegree = 0.017453292519943295;
 
 double FromDecibels(double powerRatioDb) {
     return std::pow(10.0, 0.1 * powerRatioDb);

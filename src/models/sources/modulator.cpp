@@ -8,17 +8,17 @@
 #include <numbers>
 
 #include "base/text.h"
+#include "base/units.h"
 #include "kernel/parameters.h"
 #include "kernel/sample_arrays.h"
-#include "models/parameter_limits.h"
-#include "models/refusals.h"
+#include "models/common/parameter_limits.h"
+#include "models/common/refusals.h"
 #include "numeric/fft.h"
 #include "numeric/messages.h"
 
 namespace photrak {
 namespace {
 
-constexpr double radiansPerDegree = 0.017453292519943295;
 constexpr double gigahertz = 1e9;
 
 Status Fail(std::string_view text, std::string& errorText) {

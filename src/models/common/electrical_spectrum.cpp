@@ -1,5 +1,5 @@
 // The transform back.
-#include "models/detection/electrical_spectrum.h"
+#include "models/common/electrical_spectrum.h"
 
 #include "numeric/fft.h"
 

@@ -1,5 +1,5 @@
 // Tests of blocks: what a model can show of one block without a run, say the response of a filter.
-// A model's test is one row of the table in model_tests.cpp; a user model brings its own entry.
+// A model's test is one row of the table in block_tests.cpp; a user model brings its own entry.
 #pragma once
 
 #include <span>
@@ -9,24 +9,18 @@
 #include "base/status.h"
 #include "files/user_models.h"
 #include "kernel/workspace.h"
-#include "results/plot_files.h"
+#include "models/common/block_test.h"
 
 namespace photrak {
 
-struct ModelTestCall {
-    const Component& component;  // parameters evaluated and within their limits
-    PlotMode plotMode;           // the files are written in any mode
-    std::string& errorText;
-};
-
-struct ModelTest {
+struct BlockTest {
     std::string_view type;
-    Status (*run)(const ModelTestCall& call);
+    Status (*run)(const BlockTestCall& call);
 };
-std::span<const ModelTest> BuiltInModelTests();
+std::span<const BlockTest> BuiltInBlockTests();
 
 /// Whether blocks of the type can be tested.
-bool HasModelTest(std::string_view type, const UserModelTable& userModels);
+bool HasBlockTest(std::string_view type, const UserModelTable& userModels);
 
 /// Evaluates the block's parameters against the workspace's symbols, checks its ports and runs the
 /// test of its model. A fault of evaluation or ports is told and the test goes on. Result files

@@ -1,10 +1,9 @@
 // The checks before a channel is transformed.
-#include "models/optical/spectrum_grid.h"
+#include "models/common/spectrum_grid.h"
 
 #include <cmath>
 
 #include "base/text.h"
-#include "models/refusals.h"
 
 namespace photrak {
 namespace {
@@ -31,9 +30,9 @@ std::string Complaint(const OpSig& channel) {
 
 }  // namespace
 
-Status CheckSpectrumGrid(const OpSig& channel, std::string_view owner, std::string& errorText) {
+Status CheckSpectrumGrid(const OpSig& channel, const ModelReport& report) {
     const std::string complaint = Complaint(channel);
-    return complaint.empty() ? Status::Success : RefuseComponent(owner, complaint, errorText);
+    return complaint.empty() ? Status::Success : report.Refuse(complaint);
 }
 
 }  // namespace photrak

@@ -5,16 +5,16 @@
 #include <string_view>
 
 #include "base/status.h"
+#include "base/units.h"
+#include "kernel/model_report.h"
 #include "kernel/signals.h"
 #include "numeric/fft.h"
 
 namespace photrak {
 
-inline constexpr double lightSpeed = 299792458.0;  // m/s
-
 /// A channel must have a power of two of samples and a time step above 0, or be a level in one
-/// sample (or empty). The message names the component.
-Status CheckSpectrumGrid(const OpSig& channel, std::string_view owner, std::string& errorText);
+/// sample (or empty).
+Status CheckSpectrumGrid(const OpSig& channel, const ModelReport& report);
 
 struct SpectrumGrid {
     std::int32_t n = 0;    // bins

@@ -9,11 +9,10 @@
 #include <string_view>
 
 #include "base/status.h"
-#include "models/refusals.h"
+#include "kernel/param_table.h"
+#include "models/common/refusals.h"
 
 namespace photrak {
-
-enum class Range { Finite, NotZero, NotNegative, Positive };  // all of them finite
 
 /// Refuses a value outside the range.
 Status CheckRange(std::string_view owner, std::string_view name, double value, Range range,

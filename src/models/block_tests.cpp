@@ -1,5 +1,5 @@
 // The models that have a test, and the steps around it.
-#include "models/model_tests.h"
+#include "models/block_tests.h"
 
 #include <algorithm>
 #include <exception>
@@ -14,32 +14,33 @@
 namespace photrak {
 namespace {
 
-constexpr ModelTest modelTests[] = {
+constexpr BlockTest blockTests[] = {
     {"OpticalFilter", DrawOpticalFilter},
 };
 
-const ModelTest* FindModelTest(std::string_view type) {
-    const auto row = std::ranges::find(modelTests, type, &ModelTest::type);
-    return row != std::end(modelTests) ? row : nullptr;
+const BlockTest* FindBlockTest(std::string_view type) {
+    const auto row = std::ranges::find(blockTests, type, &BlockTest::type);
+    return row != std::end(blockTests) ? row : nullptr;
 }
 
 Status RunTest(const Component& component, const Workspace& workspace,
                const UserModelTable& userModels, std::string& errorText) {
-    if (const ModelTest* test = FindModelTest(component.type)) {
-        return test->run(
-            {component, BlockPlotMode(*workspace.options, component.parameters), errorText});
+    if (const BlockTest* test = FindBlockTest(component.type)) {
+        return test->run({{component.name, errorText},
+                          component,
+                          BlockPlotMode(*workspace.options, component.parameters)});
     }
     return userModels.Test(component.type, component.parameters, errorText);
 }
 
 }  // namespace
 
-std::span<const ModelTest> BuiltInModelTests() {
-    return modelTests;
+std::span<const BlockTest> BuiltInBlockTests() {
+    return blockTests;
 }
 
-bool HasModelTest(std::string_view type, const UserModelTable& userModels) {
-    return FindModelTest(type) || userModels.HasTest(type);
+bool HasBlockTest(std::string_view type, const UserModelTable& userModels) {
+    return FindBlockTest(type) || userModels.HasTest(type);
 }
 
 Status TestComponent(Component& component, Workspace& workspace, const UserModelTable& userModels,

@@ -1,5 +1,5 @@
 // The messages of refused components.
-#include "models/refusals.h"
+#include "models/common/refusals.h"
 
 #include <cmath>
 

@@ -1,5 +1,5 @@
 // Grid union and resampling.
-#include "models/optical/ase_spectra.h"
+#include "models/common/ase_spectra.h"
 
 #include <algorithm>
 #include <cmath>
