@@ -24,19 +24,8 @@ constexpr struct {
     {RepeatFour, "the last four again"},
 };
 
-constexpr struct {
-    std::int32_t code;
-    std::string_view words;
-} typeNames[] = {
-    {DoubleType, "number"},      {IntType, "whole number"}, {ComplexType, "complex"},
-    {CharType, "character"},     {StringType, "text"},      {EnumType, "choice"},
-    {DoubleArrayType, "array"},  {IntArrayType, "array"},   {BinaryArrayType, "array"},
-    {ComplexArrayType, "array"},
-};
-
-template <class Table>
-std::string_view WordsFor(const Table& table, std::int32_t code) {
-    for (const auto& row : table) {
+std::string_view WordsForPort(std::int32_t code) {
+    for (const auto& row : portWords) {
         if (row.code == code) return row.words;
     }
     return "unknown";
@@ -55,25 +44,34 @@ std::string DescribePorts(std::string_view title, const std::vector<Port>& ports
         least == most ? Concat(most) : Concat(least, " to ", most, ", ", placed, " when placed");
     std::string_view separator = ": ";
     for (const Port& port : ports) {
-        line += Concat(separator, WordsFor(portWords, port.sigType));
+        line += Concat(separator, WordsForPort(port.sigType));
         separator = ", ";
     }
     return line + (ports.empty() ? ": any signal\n" : "\n");
 }
 
+std::string LimitText(double limit) {
+    return FormatDefault(limit);
+}
+std::string LimitText(std::int32_t limit) {
+    return Concat(limit);
+}
+std::string LimitText(signed char limit) {
+    return std::string(1, static_cast<char>(limit));
+}
+/// Of a complex number its real part.
+std::string LimitText(const Complex& limit) {
+    return FormatDefault(limit.re);
+}
+
 std::string LimitText(const Parameter& parameter, const void* limit) {
-    if (!limit) return {};
-    switch (parameter.type) {
-        case DoubleType:
-        case ComplexType:
-            return FormatDefault(*static_cast<const double*>(limit));
-        case IntType:
-            return Concat(*static_cast<const std::int32_t*>(limit));
-        case CharType:
-            return std::string(1, *static_cast<const char*>(limit));
-        default:
-            return {};
-    }
+    if (!limit || TypeOf(parameter.type).limits == Limits::None) return {};
+    return WithForm(TypeOf(parameter.type).form, [&]<class T>(std::type_identity<T>) {
+        if constexpr (std::is_void_v<T>)
+            return std::string();
+        else
+            return LimitText(*static_cast<const T*>(limit));
+    });
 }
 
 /// Limits and units, or the words of a choice, or the shape of an array.
@@ -102,10 +100,9 @@ std::string DescribeParameters(const Parameter* list) {
     std::size_t widths[columnCount] = {};
     for (const Parameter& parameter : Items(list)) {
         const std::string_view value = TextOf(parameter.value);
-        Row row{
-            {std::string(TextOf(parameter.name)), std::string(WordsFor(typeNames, parameter.type)),
-             value.empty() ? std::string("(empty)") : std::string(value), RangeText(parameter)},
-            TextOf(parameter.DESC)};
+        Row row{{std::string(TextOf(parameter.name)), std::string(TypeOf(parameter.type).listing),
+                 value.empty() ? std::string("(empty)") : std::string(value), RangeText(parameter)},
+                TextOf(parameter.DESC)};
         for (std::size_t i = 0; i < columnCount; ++i) {
             widths[i] = std::max(widths[i], row.cells[i].size());
         }

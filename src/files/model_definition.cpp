@@ -116,30 +116,27 @@ bool GiveLimits(Parameter& parameter) {
 
 /// A block without limits gets the widest of its type, since whoever clamps relies on them.
 bool CompleteLimits(Parameter& parameter) {
-    switch (parameter.type) {
-        case DoubleType:
-        case ComplexType:
+    const ParameterType& type = TypeOf(parameter.type);
+    if (type.limits == Limits::None) return true;
+    return WithForm(type.form, [&]<class T>(std::type_identity<T>) {
+        if constexpr (std::is_arithmetic_v<T>)
+            return GiveLimits<T>(parameter);
+        else
             return GiveLimits<double>(parameter);
-        case IntType:
-            return GiveLimits<std::int32_t>(parameter);
-        case CharType:
-            return GiveLimits<signed char>(parameter);
-        default:
-            return true;
-    }
+    });
 }
 
-Status ReadBody(Parameter& parameter, ElementForm form, LineReader& reader, std::string& faults) {
+Status ReadBody(Parameter& parameter, const ParameterType& word, LineReader& reader,
+                std::string& faults) {
     if (!ReadDescription(parameter, reader)) {
         return TextEndedInside(parameter.name, reader, faults);
     }
     if (IsArrayType(parameter.type)) {
         if (!GiveArray(parameter)) return MemoryRanOut(parameter.name, reader, faults);
-        return ReadArrayDefinition(*static_cast<ArrayRecord*>(parameter.valactual), form,
+        return ReadArrayDefinition(*static_cast<ArrayRecord*>(parameter.valactual), word.form,
                                    parameter.name, reader, faults);
     }
-    const Status status =
-        ReadScalarBody(parameter, parameter.type, BlockSource::Definition, reader, faults);
+    const Status status = ReadScalarBody(parameter, word, BlockSource::Definition, reader, faults);
     if (status == Status::Success && !CompleteLimits(parameter)) {
         return MemoryRanOut(parameter.name, reader, faults);
     }
@@ -150,7 +147,7 @@ void ReadParameterBlock(Definition& definition) {
     LineReader& reader = definition.reader;
     const std::string name(reader.Word());
     const std::string_view token = reader.Word();
-    const ParameterTypeWord* type = FindParameterType(token);
+    const ParameterType* type = FindParameterType(token);
     if (!type || definition.parameterCount == maxParameters) {
         definition.result = AddFault(definition.faults, reader,
                                      Concat("parameter '", name,
@@ -160,9 +157,8 @@ void ReadParameterBlock(Definition& definition) {
         return;
     }
     OwnedParameter parameter(CreateParameter(name, type->definitionCode));
-    const Status status = parameter
-                              ? ReadBody(*parameter, type->elements, reader, definition.faults)
-                              : MemoryRanOut(name, reader, definition.faults);
+    const Status status = parameter ? ReadBody(*parameter, *type, reader, definition.faults)
+                                    : MemoryRanOut(name, reader, definition.faults);
     MergeStatus(definition.result, status);
     if (status == Status::Success && parameter->type == EnumType) {
         // By design: the fields of an enum always resolve, and their success is stored as

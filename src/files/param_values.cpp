@@ -33,15 +33,24 @@ Status SkipBlock(std::string_view name, LineReader& reader, std::string& faults)
     return ForEachBodyLine(name, reader, faults, [](std::string_view) { return Status::Success; });
 }
 
-Status ReadArrayBlock(Parameter& parameter, const ParameterTypeWord& type, LineReader& reader,
-                      std::string& faults) {
-    const bool matches = parameter.type == type.savedCode;
+/// The ports of a block that has as many inputs as outputs: the rows and columns that a matrix over
+/// them may be given. 0 for other blocks.
+std::int32_t PortsOfMatrix(const Component& component) {
+    const std::size_t ports = component.inputs.size();
+    const bool square = component.NUMINEQNUMOUTNODES && ports == component.outputs.size();
+    return square ? static_cast<std::int32_t>(ports) : 0;
+}
+
+Status ReadArrayBlock(const Component& component, Parameter& parameter, const ParameterType& type,
+                      LineReader& reader, std::string& faults) {
+    const bool matches = parameter.type == type.code;
     // A value of another kind is no array to read into.
     const bool isArray = IsArrayType(parameter.type) && parameter.valactual;
     const Status status =
-        isArray ? ReadArrayValues(*static_cast<ArrayRecord*>(parameter.valactual), reader, faults)
+        isArray ? ReadArrayValues(*static_cast<ArrayRecord*>(parameter.valactual), parameter.name,
+                                  PortsOfMatrix(component), reader, faults)
                 : SkipBlock(parameter.name, reader, faults);
-    if (matches && status == Status::Success) return status;
+    if (matches && isArray) return status;
     return AddFault(faults, reader,
                     Concat("the block of parameter '", parameter.name, "' is no good ", type.word));
 }
@@ -56,20 +65,19 @@ Status ReadBlock(Component& component, Status running, LineReader& reader, std::
         MergeStatus(running, SkipBlock(name, reader, faults));
         return running;
     }
-    const ParameterTypeWord* type = FindParameterType(token);
+    const ParameterType* type = FindParameterType(token);
     if (!type) {
         return AddFault(faults, reader,
                         Concat("parameter '", name, "' of component '", component.name,
                                "' has the unknown type '", token, "'"));
     }
-    if (IsArrayType(type->savedCode)) {
-        MergeStatus(running, ReadArrayBlock(*parameter, *type, reader, faults));
+    if (IsArray(*type)) {
+        MergeStatus(running, ReadArrayBlock(component, *parameter, *type, reader, faults));
         return running;
     }
     if (!reader.Next()) return TextEndedInside(name, reader, faults);
-    const Status status =
-        ReadScalarBody(*parameter, type->savedCode, BlockSource::Saved, reader, faults);
-    if (status == Status::Success && type->savedCode == EnumType) {
+    const Status status = ReadScalarBody(*parameter, *type, BlockSource::Saved, reader, faults);
+    if (status == Status::Success && type->code == EnumType) {
         // By design: as in a definition, the success of an enum is stored as the result.
         faults.clear();
         return ResolveEnumFields(*parameter);

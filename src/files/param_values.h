@@ -13,7 +13,5 @@ namespace photrak {
 /// Reads up to a line containing "ENDCOMPONENT", or to the end of the text (an error that names the
 /// component). Unknown parameters are dropped silently.
 Status ReadParamValues(Component& component, LineReader& reader, std::string& errorText);
-/// The body of one array parameter, up to "ENDPARAM".
-Status ReadArrayValues(ArrayRecord& array, LineReader& reader, std::string& errorText);
 
 }  // namespace photrak

@@ -1,125 +1,141 @@
-// Keywords of scalar PARAM blocks, as one table of word, types and action.
+// Keywords of PARAM blocks with one value, as one table of word, types, reader and writer.
 #include "files/parameter_body.h"
 
+#include <cstring>
+
+#include "files/topology_words.h"
 #include "kernel/parameters.h"
 
 namespace photrak {
 namespace {
 
-// By design: a definition reads "IntArrayType" as the code of a binary array, since the
-// catalogues in use were made so; a saved block expects the true code and calls the other a fault.
-constexpr ParameterTypeWord typeWords[] = {
-    {"DoubleType", DoubleType, DoubleType, {}},
-    {"IntType", IntType, IntType, {}},
-    {"ComplexType", ComplexType, ComplexType, {}},
-    {"CharType", CharType, CharType, {}},
-    {"StringType", StringType, StringType, {}},
-    {"EnumType", EnumType, EnumType, {}},
-    {"DoubleArrayType", DoubleArrayType, DoubleArrayType, ElementForm::Double},
-    {"IntArrayType", BinaryArrayType, IntArrayType, ElementForm::Int32},
-    {"BinaryArrayType", BinaryArrayType, BinaryArrayType, ElementForm::Int16},
-    {"ComplexArrayType", ComplexArrayType, ComplexArrayType, ElementForm::ComplexLines},
-};
+// A field of a parameter as reader and writer see it: a text, a distribution or a limit.
 
-constexpr struct {
-    std::string_view word;
-    std::int32_t code;
-} distributions[] = {
-    {"GausProbDist", GausProbDist},
-    {"TwoSigmaGausProbDist", TwoSigmaGausProbDist},
-    {"UniformProbDist", UniformProbDist},
-};
-
-template <auto Member>
-bool StoreText(Parameter& parameter, std::int32_t, LineReader& reader) {
-    return SetText(&(parameter.*Member), reader.Text());
+bool ReadField(char*& text, const ParameterType&, LineReader& reader) {
+    return SetText(&text, reader.Text());
+}
+std::string FieldLine(std::string_view keyword, const char* text) {
+    return KeywordLine(keyword, text);
 }
 
-template <auto Member>
-bool StoreDistribution(Parameter& parameter, std::int32_t, LineReader& reader) {
-    const std::string_view word = reader.Word();
-    parameter.*Member = NoProbDist;
-    for (const auto& row : distributions) {
-        if (row.word == word) parameter.*Member = row.code;
-    }
+bool ReadField(std::int32_t& distribution, const ParameterType&, LineReader& reader) {
+    distribution = CodeOf(distributionWords, reader.Word()).value_or(NoProbDist);
     return true;
 }
-
-template <class Value>
-bool StoreValue(void** place, Value value) {
-    if (!*place) *place = Allocate(sizeof(Value));
-    if (!*place) return false;
-    *static_cast<Value*>(*place) = value;
-    return true;
+std::string FieldLine(std::string_view keyword, std::int32_t distribution) {
+    return Concat(keyword, " ", WordOf(distributionWords, distribution, "NoProbDist"), "\n");
 }
 
-template <auto Member>
-bool StoreLimit(Parameter& parameter, std::int32_t type, LineReader& reader) {
-    const std::string_view word = reader.Word();
-    void** place = &(parameter.*Member);
-    switch (type) {
-        case DoubleType:
-            return StoreValue(place, ReadDouble(word));
-        case IntType:
-            return StoreValue(place, ReadInt(word));
-        // A pair, so that a copy in the form of the value stays within it.
-        case ComplexType:
-            return StoreValue(place, Complex{ReadDouble(word), 0.0});
-        default:
-            return StoreValue(place, word.empty() ? '\0' : word.front());
+/// The number or character that a word stands for.
+template <class T>
+T LimitOf(std::string_view word) {
+    if constexpr (std::is_same_v<T, double>) return ReadDouble(word);
+    if constexpr (std::is_same_v<T, std::int32_t>) return ReadInt(word);
+    // A pair, so that a copy in the form of the value stays within it.
+    if constexpr (std::is_same_v<T, Complex>) return {ReadDouble(word), 0.0};
+    if constexpr (std::is_same_v<T, signed char>) {
+        return static_cast<signed char>(word.empty() ? '\0' : word.front());
     }
+    return {};
+}
+bool ReadField(void*& limit, const ParameterType& type, LineReader& reader) {
+    return WithForm(type.form, [&]<class T>(std::type_identity<T>) {
+        if constexpr (std::is_void_v<T>) {
+            return true;
+        } else {
+            const T value = LimitOf<T>(reader.Word());
+            if (!limit) limit = Allocate(sizeof(T));
+            if (limit) std::memcpy(limit, &value, sizeof(T));
+            return limit != nullptr;
+        }
+    });
+}
+std::string FieldLine(std::string_view, const void*) {
+    return {};  // limits belong to the definition
 }
 
-constexpr unsigned Bit(std::int32_t type) {
-    return 1u << type;
-}
-constexpr unsigned measured = Bit(DoubleType) | Bit(IntType) | Bit(ComplexType);
-constexpr unsigned limited = measured | Bit(CharType);
-constexpr unsigned randomized = Bit(DoubleType) | Bit(ComplexType);
-constexpr unsigned scalars = limited | Bit(StringType) | Bit(EnumType);
+/// What saved blocks do with a keyword. Units are for people who read the file.
+enum class InSaved { No, Written, WrittenAndRead };
 
 struct BodyKeyword {
     std::string_view word;
-    unsigned types;
-    bool inSavedBlocks;
-    bool (*store)(Parameter& parameter, std::int32_t type, LineReader& reader);
+    bool (*belongsTo)(const ParameterType& type);
+    InSaved saved;
+    bool (*read)(Parameter& parameter, const ParameterType& type, LineReader& reader);
+    std::string (*line)(std::string_view keyword, const Parameter& parameter);
 };
 
-// The list of an EnumType's words lives in its units text.
+/// A row of the table below.
+template <auto Member>
+constexpr BodyKeyword Keyword(std::string_view word, bool (*belongsTo)(const ParameterType&),
+                              InSaved saved) {
+    return {word, belongsTo, saved,
+            [](Parameter& parameter, const ParameterType& type, LineReader& reader) {
+                return ReadField(parameter.*Member, type, reader);
+            },
+            [](std::string_view keyword, const Parameter& parameter) {
+                return FieldLine(keyword, parameter.*Member);
+            }};
+}
+
+bool IsAny(const ParameterType&) {
+    return true;
+}
+bool IsLimited(const ParameterType& type) {
+    return type.limits == Limits::Given;
+}
+bool Deviates(const ParameterType& type) {
+    return type.deviation != Deviation::None;
+}
+bool DeviatesInBothParts(const ParameterType& type) {
+    return type.deviation == Deviation::OfBothParts;
+}
+bool HasUnits(const ParameterType& type) {
+    return type.unitsKeyword == "UNITS";
+}
+bool HasChoices(const ParameterType& type) {
+    return type.unitsKeyword == "FIELD";
+}
+
+// In the order of a written block. The list of a choice's words lives in its units text.
 constexpr BodyKeyword bodyKeywords[] = {
-    {"MINVALUE", limited, false, StoreLimit<&Parameter::min>},
-    {"MAXVALUE", limited, false, StoreLimit<&Parameter::max>},
-    {"VALUE", scalars, true, StoreText<&Parameter::value>},
-    {"STDDEV", randomized, true, StoreText<&Parameter::STDDEV>},
-    {"PROBDIST", randomized, true, StoreDistribution<&Parameter::PROBDIST>},
-    {"ISTDDEV", Bit(ComplexType), true, StoreText<&Parameter::ISTDDEV>},
-    {"IPROBDIST", Bit(ComplexType), true, StoreDistribution<&Parameter::IPROBDIST>},
-    {"UNITS", measured, false, StoreText<&Parameter::UNITS>},
-    {"FIELD", Bit(EnumType), false, StoreText<&Parameter::UNITS>},
+    Keyword<&Parameter::min>("MINVALUE", IsLimited, InSaved::No),
+    Keyword<&Parameter::max>("MAXVALUE", IsLimited, InSaved::No),
+    Keyword<&Parameter::value>("VALUE", IsAny, InSaved::WrittenAndRead),
+    Keyword<&Parameter::STDDEV>("STDDEV", Deviates, InSaved::WrittenAndRead),
+    Keyword<&Parameter::PROBDIST>("PROBDIST", Deviates, InSaved::WrittenAndRead),
+    Keyword<&Parameter::ISTDDEV>("ISTDDEV", DeviatesInBothParts, InSaved::WrittenAndRead),
+    Keyword<&Parameter::IPROBDIST>("IPROBDIST", DeviatesInBothParts, InSaved::WrittenAndRead),
+    Keyword<&Parameter::UNITS>("UNITS", HasUnits, InSaved::Written),
+    Keyword<&Parameter::UNITS>("FIELD", HasChoices, InSaved::Written),
 };
 
 }  // namespace
 
-const ParameterTypeWord* FindParameterType(std::string_view word) {
-    for (const ParameterTypeWord& row : typeWords) {
-        if (row.word == word) return &row;
-    }
-    return nullptr;
-}
-
-Status ReadScalarBody(Parameter& parameter, std::int32_t type, BlockSource source,
+Status ReadScalarBody(Parameter& parameter, const ParameterType& type, BlockSource source,
                       LineReader& reader, std::string& faults) {
-    const auto store = [&](std::string_view word) {
+    const auto read = [&](std::string_view word) {
         for (const BodyKeyword& row : bodyKeywords) {
-            const bool known = row.word == word && (row.types & Bit(type));
-            if (!known || (source == BlockSource::Saved && !row.inSavedBlocks)) continue;
-            if (!row.store(parameter, type, reader)) {
+            if (row.word != word || !row.belongsTo(type)) continue;
+            if (source == BlockSource::Saved && row.saved != InSaved::WrittenAndRead) continue;
+            if (!row.read(parameter, type, reader)) {
                 return MemoryRanOut(parameter.name, reader, faults);
             }
         }
         return Status::Success;
     };
-    return ForEachBodyLine(parameter.name, reader, faults, store);
+    return ForEachBodyLine(parameter.name, reader, faults, read);
+}
+
+void WriteScalarBody(const Parameter& parameter, std::string& out) {
+    for (const BodyKeyword& row : bodyKeywords) {
+        if (row.saved == InSaved::No || !row.belongsTo(TypeOf(parameter.type))) continue;
+        out += row.line(row.word, parameter);
+    }
+}
+
+std::string KeywordLine(std::string_view keyword, const char* text) {
+    return Concat(keyword, " ", CleanLine(text ? text : ""), "\n");
 }
 
 Status AddFault(std::string& faults, const LineReader& reader, std::string_view text) {

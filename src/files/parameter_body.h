@@ -1,5 +1,6 @@
-// The body of a PARAM block as both its readers know it: a model definition sets value, limits and
-// units, a saved block the value alone. Used only by the two readers.
+// The body of a PARAM block that holds one value, as its two readers and its writer know it: a
+// model definition sets value, limits and units, a saved block the value alone. Used only by these
+// three.
 #pragma once
 
 #include <cstdint>
@@ -9,29 +10,21 @@
 #include "base/line_reader.h"
 #include "base/status.h"
 #include "base/text.h"
+#include "kernel/parameter_types.h"
 #include "kernel/workspace.h"
 
 namespace photrak {
 
 enum class BlockSource { Definition, Saved };
 
-/// How the elements of an array stand in a text.
-enum class ElementForm { Double, Int32, Int16, ComplexPairs, ComplexLines };
-
-/// A type word of a PARAM line: its code in either reader, and for the array types their elements.
-struct ParameterTypeWord {
-    std::string_view word;
-    std::int32_t definitionCode, savedCode;
-    ElementForm elements;
-};
-
-/// Null for a word that is no parameter type.
-const ParameterTypeWord* FindParameterType(std::string_view word);
-
 /// Reads the lines up to "ENDPARAM"; the reader stands on the first of them. `type` chooses the
 /// keywords; the others are ignored.
-Status ReadScalarBody(Parameter& parameter, std::int32_t type, BlockSource source,
+Status ReadScalarBody(Parameter& parameter, const ParameterType& type, BlockSource source,
                       LineReader& reader, std::string& faults);
+/// Appends the lines of a saved block between "PARAM" and "ENDPARAM".
+void WriteScalarBody(const Parameter& parameter, std::string& out);
+/// "KEYWORD TEXT" as a line; a null text is an empty one.
+std::string KeywordLine(std::string_view keyword, const char* text);
 
 /// Appends "ERROR: ", file, line and the text to the faults, unless a broken file has filled them.
 /// Gives Status::Error.

@@ -64,30 +64,29 @@ std::string OutputTypes(const std::vector<Component*>& outs) {
     return line + "\n";
 }
 
-/// Lines of a variable's block before and behind those with its value. The limits never bite.
-struct VariableForm {
-    std::int32_t type;
-    std::string_view limits, rest;
-};
-constexpr VariableForm variableForms[] = {
-    {DoubleType, "MINVALUE -1e32 \nMAXVALUE 1e32 \n",
-     "STDDEV 0\nPROBDIST NoProbDist\nUNITS unknown\n"},
-    {IntType, "MINVALUE -1000000 \nMAXVALUE 1000000 \n", "UNITS unknown\n"},
-    {ComplexType, "MINVALUE -1e32 \nMAXVALUE 1e32 \n",
-     "STDDEV 0\nPROBDIST NoProbDist\nISTDDEV 0\nIPROBDIST NoProbDist\nUNITS unknown\n"},
-    {CharType, "", ""},
-    {StringType, "", ""},
-    {EnumType, "", ""},
-};
+std::string LimitLines(std::string_view widest) {
+    if (widest.empty()) return {};
+    return Concat("MINVALUE -", widest, " \nMAXVALUE ", widest, " \n");
+}
 
+std::string DeviationLines(Deviation deviation) {
+    std::string lines;
+    if (deviation != Deviation::None) lines += "STDDEV 0\nPROBDIST NoProbDist\n";
+    if (deviation == Deviation::OfBothParts) lines += "ISTDDEV 0\nIPROBDIST NoProbDist\n";
+    return lines;
+}
+
+/// A parameter that stands for the variable; a choice has the variable's text as its only word.
 std::string VariableBlock(const Variable& variable) {
-    const auto form = std::ranges::find(variableForms, variable.type, &VariableForm::type);
+    const ParameterType& type = TypeOf(variable.type);
     const std::string head = Concat("\nPARAM ", CleanName(variable.name), " ");
-    if (form == std::end(variableForms)) return head + "UnknownType\nENDPARAM\n";
+    if (type.word.empty() || IsArray(type)) return head + "UnknownType\nENDPARAM\n";
     const std::string value = CleanLine(variable.value);
-    return Concat(head, WordOf(variableTypeWords, variable.type, ""), "\n", form->limits, "VALUE ",
-                  value, "\n", variable.type == EnumType ? Concat("FIELD ", value, "\n") : "",
-                  form->rest, "ENDPARAM\n");
+    std::string text = Concat(head, type.word, "\n", LimitLines(type.widestLimit), "VALUE ", value,
+                              "\n", DeviationLines(type.deviation));
+    if (type.unitsKeyword == "FIELD") text += Concat("FIELD ", value, "\n");
+    if (type.unitsKeyword == "UNITS") text += "UNITS unknown\n";
+    return text + "ENDPARAM\n";
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include "base/text.h"
 #include "files/topology_words.h"
 #include "kernel/graph.h"
+#include "kernel/parameter_types.h"
 #include "kernel/symbols.h"
 
 namespace photrak {
@@ -48,20 +49,21 @@ namespace {
 
 constexpr std::int32_t unknownVariableType = -1;
 
-/// "name type value"; a variable of an unknown type is told and stored all the same, one beyond the
-/// bound is told and left out, once.
+/// "name type value"; a variable of an unknown type is reported and stored all the same, one beyond
+/// the bound is reported and left out, once.
 Status ReadVariable(TopologyContext& context, std::string_view name) {
     if (context.workspace.variables.size() == maxTopologyVariables) {
         if (std::exchange(context.isFullOfVariables, true)) return Status::Error;
         return Fault(context, "ERROR reading topology file: too many variables\n");
     }
     const std::string_view typeWord = context.lines.Word();
-    const auto type = CodeOf(variableTypeWords, typeWord);
+    const ParameterType* type = FindParameterType(typeWord);
+    if (type && IsArray(*type)) type = nullptr;
     const Status status =
         type ? Status::Success
              : Fault(context,
                      Concat("Error loading topology: variable cannot be type ", typeWord, "\n"));
-    AddVariable(context.workspace, CleanWord(name), type.value_or(unknownVariableType),
+    AddVariable(context.workspace, CleanWord(name), type ? type->code : unknownVariableType,
                 CleanLine(context.lines.Rest()));
     return status;
 }

@@ -35,9 +35,10 @@ void WriteVariables(const Workspace& workspace, std::string& out) {
     PutOldestFirst(variables);
     out += "\nBEGINVARIABLES\n";
     for (const Variable* v : variables) {
-        out += Concat(CleanName(v->name, "ENDVARIABLES"), " ",
-                      WordOf(variableTypeWords, v->type, "UnknownType"), " ", CleanLine(v->value),
-                      "\n");
+        const ParameterType& type = TypeOf(v->type);
+        const bool isKnown = !IsArray(type) && !type.word.empty();
+        out += Concat(CleanName(v->name, "ENDVARIABLES"), " ", isKnown ? type.word : "UnknownType",
+                      " ", CleanLine(v->value), "\n");
     }
     out += "ENDVARIABLES\n";
 }

@@ -19,18 +19,6 @@ constexpr FileWord sigTypeRows[] = {
     {"...", EtcSigType},
 };
 
-constexpr FileWord variableTypeRows[] = {
-    {"DoubleType", DoubleType}, {"IntType", IntType},       {"ComplexType", ComplexType},
-    {"CharType", CharType},     {"StringType", StringType}, {"EnumType", EnumType},
-};
-
-constexpr FileWord arrayTypeRows[] = {
-    {"DoubleArrayType", DoubleArrayType},
-    {"IntArrayType", IntArrayType},
-    {"BinaryArrayType", BinaryArrayType},
-    {"ComplexArrayType", ComplexArrayType},
-};
-
 constexpr FileWord distributionRows[] = {
     {"GausProbDist", GausProbDist},
     {"TwoSigmaGausProbDist", TwoSigmaGausProbDist},
@@ -86,8 +74,6 @@ bool IsControl(char c) {
 }  // namespace
 
 const WordTable sigTypeWords = sigTypeRows;
-const WordTable variableTypeWords = variableTypeRows;
-const WordTable arrayTypeWords = arrayTypeRows;
 const WordTable distributionWords = distributionRows;
 const WordTable nodeSaveModeWords = WordTable(saveModeRows).first(3);
 const WordTable optionSaveModeWords = saveModeRows;

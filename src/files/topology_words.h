@@ -24,8 +24,6 @@ std::optional<std::int32_t> CodeOf(WordTable table, std::string_view word);
 std::string_view WordOf(WordTable table, std::int32_t code, std::string_view fallback);
 
 extern const WordTable sigTypeWords;         // ports and nodes
-extern const WordTable variableTypeWords;    // the six scalar parameter types
-extern const WordTable arrayTypeWords;       // the four array types
 extern const WordTable distributionWords;    // PROBDIST, IPROBDIST
 extern const WordTable nodeSaveModeWords;    // SIGNALSAVEMODE of a node
 extern const WordTable optionSaveModeWords;  // SIGSAVEMODE of the options

@@ -54,21 +54,15 @@ Status Clamp(Parameter& parameter, std::string& errorText) {
 }  // namespace
 
 Status ClampParam(Parameter& parameter, std::string& errorText) {
-    switch (parameter.type) {
-        case DoubleType:
-            return Clamp<double>(parameter, errorText);
-        case IntType:
-            return Clamp<std::int32_t>(parameter, errorText);
-        case CharType:
-            return Clamp<signed char>(parameter, errorText);
-        case EnumType:
-            return Clamp<std::int16_t>(parameter, errorText);
-        case ComplexType:
+    if (!HasValue(TypeOf(parameter.type))) return Status::Success;
+    return WithForm(TypeOf(parameter.type).form, [&]<class T>(std::type_identity<T>) {
+        if constexpr (std::is_arithmetic_v<T>) {
+            return Clamp<T>(parameter, errorText);
+        } else {
             errorText += "ERROR: Complex parameter types not yet supported\n";
             return Status::Error;
-        default:
-            return Status::Success;
-    }
+        }
+    });
 }
 
 }  // namespace photrak

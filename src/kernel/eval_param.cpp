@@ -140,20 +140,14 @@ Status EvalChar(Parameter& parameter, Workspace& workspace, std::string& errorTe
 void ApplyDraw(Parameter& parameter) {
     const ParameterDraw& draw = *parameter.drawCursor;
     const double deviation = parameter.stddev ? *parameter.stddev * draw.re : 0.0;
-    if (parameter.valactual && parameter.type == DoubleType) {
-        *static_cast<double*>(parameter.valactual) += deviation;
-    }
-    if (parameter.valactual && parameter.type == ComplexType) {
+    const Deviation kind = parameter.valactual ? TypeOf(parameter.type).deviation : Deviation::None;
+    if (kind == Deviation::Real) *static_cast<double*>(parameter.valactual) += deviation;
+    if (kind == Deviation::OfBothParts) {
         auto& value = *static_cast<Complex*>(parameter.valactual);
         value.re += deviation;
         if (parameter.istddev) value.im += *parameter.istddev * draw.im;
     }
     parameter.drawCursor = draw.next ? draw.next : parameter.draws;
-}
-
-bool Evaluates(std::int32_t type) {
-    return type == DoubleType || type == IntType || type == ComplexType || type == CharType ||
-           type == EnumType;
 }
 
 }  // namespace
@@ -171,25 +165,29 @@ Status EvalParam(Parameter* parameter, Workspace* workspace, std::string& errorT
         errorText += FillIn("ERROR in EvalParam: '%s' value == \"\"\n", {parameter->name});
         return Status::Error;
     }
-    switch (parameter->type) {
-        case DoubleType:
+    const ParameterType& type = TypeOf(parameter->type);
+    if (IsArray(type)) return Status::Success;
+    switch (type.form) {
+        case ValueForm::Double:
             return EvalDouble(*parameter, *workspace, errorText);
-        case IntType:
+        case ValueForm::Int32:
             return EvalInt(*parameter, *workspace, errorText);
-        case ComplexType:
+        case ValueForm::Pair:
             return EvalComplex(*parameter, *workspace, errorText);
-        case CharType:
+        case ValueForm::Char:
             return EvalChar(*parameter, *workspace, errorText);
-        default:
-            return Status::Success;
+        case ValueForm::Int16:  // a choice, whose index is found where its words are read
+        case ValueForm::None:
+            break;
     }
+    return Status::Success;
 }
 
 Status EvalComponentParams(Component& component, Workspace* workspace, std::string& errorText) {
     Status result = Status::Success;
     Status status = Status::Success;  // a parameter that is not evaluated keeps the one before it
     for (Parameter* parameter = component.parameters; parameter; parameter = parameter->next) {
-        if (Evaluates(parameter->type)) status = EvalParam(parameter, workspace, errorText);
+        if (HasValue(TypeOf(parameter->type))) status = EvalParam(parameter, workspace, errorText);
         MergeStatus(result, status);
         if (status != Status::Error && parameter->drawCursor) ApplyDraw(*parameter);
     }

@@ -1,5 +1,7 @@
 // Lookup of parameters by name: with a memory of the last match, since models read their parameters
 // in the order of the list.
+#include <optional>
+
 #include "base/text.h"
 #include "kernel/parameters.h"
 
@@ -22,9 +24,15 @@ Parameter* Search(Parameter* begin, const Parameter* end, std::string_view name)
     return nullptr;
 }
 
-template <class T>
-const T& Value(const Parameter& parameter) {
-    return *static_cast<const T*>(parameter.valactual);
+/// The evaluated number or index of a choice as a double; empty if there is none.
+std::optional<double> NumberOf(const Parameter* parameter) {
+    if (!parameter || !parameter->valactual || IsArrayType(parameter->type)) return std::nullopt;
+    return WithForm(
+        TypeOf(parameter->type).form, [&]<class T>(std::type_identity<T>) -> std::optional<double> {
+            constexpr bool isNumber = std::is_arithmetic_v<T> && !std::is_same_v<T, signed char>;
+            if constexpr (isNumber) return *static_cast<T*>(parameter->valactual);
+            return std::nullopt;
+        });
 }
 
 }  // namespace
@@ -42,33 +50,12 @@ void ForgetParamCursor() {
 }
 
 double GetParamDouble(Parameter* list, std::string_view name, double fallback) {
-    const Parameter* parameter = FindParamCursor(list, name);
-    if (!parameter || !parameter->valactual) return fallback;
-    switch (parameter->type) {
-        case DoubleType:
-            return Value<double>(*parameter);
-        case IntType:
-            return Value<std::int32_t>(*parameter);
-        case EnumType:
-            return Value<std::int16_t>(*parameter);
-        default:
-            return fallback;
-    }
+    return NumberOf(FindParamCursor(list, name)).value_or(fallback);
 }
 
 std::int32_t GetParamInt(Parameter* list, std::string_view name, std::int32_t fallback) {
-    const Parameter* parameter = FindParamCursor(list, name);
-    if (!parameter || !parameter->valactual) return fallback;
-    switch (parameter->type) {
-        case DoubleType:
-            return SaturateToInt(Value<double>(*parameter));
-        case IntType:
-            return Value<std::int32_t>(*parameter);
-        case EnumType:
-            return Value<std::int16_t>(*parameter);
-        default:
-            return fallback;
-    }
+    const auto number = NumberOf(FindParamCursor(list, name));
+    return number ? SaturateToInt(*number) : fallback;
 }
 
 std::string_view GetParamText(Parameter* list, std::string_view name, std::string_view fallback) {

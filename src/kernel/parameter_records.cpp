@@ -10,26 +10,6 @@ namespace photrak {
 
 namespace {
 
-/// Storage of one value or limit, and of one array element, by type code.
-struct TypeBytes {
-    std::int32_t type;
-    std::size_t value, element;
-};
-constexpr TypeBytes typeBytes[] = {
-    {DoubleType, sizeof(double), 0},         {IntType, sizeof(std::int32_t), 0},
-    {ComplexType, sizeof(Complex), 0},       {CharType, sizeof(char), 0},
-    {EnumType, sizeof(std::int16_t), 0},     {DoubleArrayType, 0, sizeof(double)},
-    {IntArrayType, 0, sizeof(std::int32_t)}, {BinaryArrayType, 0, sizeof(std::int16_t)},
-    {ComplexArrayType, 0, sizeof(Complex)},
-};
-
-TypeBytes BytesOf(std::int32_t type) {
-    for (const TypeBytes& row : typeBytes) {
-        if (row.type == type) return row;
-    }
-    return {type, 0, 0};
-}
-
 constexpr char* Parameter::*ownedTexts[] = {&Parameter::name,   &Parameter::value,
                                             &Parameter::DESC,   &Parameter::UNITS,
                                             &Parameter::STDDEV, &Parameter::ISTDDEV};
@@ -78,7 +58,7 @@ OwnedArray CopyArray(const ArrayRecord& source, std::int32_t type) {
     copy->cols = source.cols;
     copy->rowStep = source.rowStep;
     copy->colStep = source.colStep;
-    copy->kind = type - DoubleArrayType;
+    copy->kind = ArrayKind(type);
     for (const auto text : arrayTexts) {
         if (!CopyOptionalText(&(copy.get()->*text), source.*text)) return nullptr;
     }
@@ -115,14 +95,6 @@ OwnedParameter CopyParameter(const Parameter& source) {
 }
 
 }  // namespace
-
-std::size_t ValueBytes(std::int32_t type) {
-    return BytesOf(type).value;
-}
-
-std::size_t ElementBytes(std::int32_t type) {
-    return BytesOf(type).element;
-}
 
 Parameter* CreateParameter(std::string_view name, std::int32_t type) {
     OwnedParameter parameter(static_cast<Parameter*>(AllocateZeroed(1, sizeof(Parameter))));

@@ -1,31 +1,22 @@
 // Parameter records: making, copying, freeing, evaluation, limits, and lookup by name.
 #pragma once
 
-#include <cstddef>
 #include <string>
 #include <string_view>
 
 #include "base/status.h"
+#include "kernel/parameter_types.h"
 #include "kernel/workspace.h"
 
 namespace photrak {
-
-/// Bytes of valactual, and of each limit, for the types that hold one value; 0 for texts, arrays
-/// and unknown codes.
-std::size_t ValueBytes(std::int32_t type);
-/// Bytes of one element of an array type, 0 for all other codes.
-std::size_t ElementBytes(std::int32_t type);
-inline bool IsArrayType(std::int32_t type) {
-    return ElementBytes(type) != 0;
-}
 
 /// A parameter with empty texts ("" not null) and null pointers; null when memory is exhausted.
 Parameter* CreateParameter(std::string_view name, std::int32_t type);
 /// Frees one record with all it owns.
 void FreeParameter(Parameter* parameter);
 void FreeParameterList(Parameter** list);
-/// Deep copy in order, without draws; an array record's kind is set from the type code (7, 8, 9, 10
-/// give 0, 1, 2, 3). 1 and an empty list when memory is exhausted.
+/// Deep copy in order, without draws; an array record's kind is set from the type code. 1 and an
+/// empty list when memory is exhausted.
 [[nodiscard]] std::int32_t CopyParameterList(Parameter** place, const Parameter* source);
 /// Inserts into a list ascending by name; one of the same name is replaced (and freed).
 void InsertParameterSorted(Parameter** list, Parameter* parameter);

@@ -102,8 +102,8 @@ TEST_F(ParamValues, AForeignTypeWordDoesNoHarm) {
     EXPECT_EQ(Data<double>("table"), (std::vector<double>{1, 2, 3, 4}));
 }
 
-TEST_F(ParamValues, ArraysKeepTheirShapeAndTakeSteps) {
-    EXPECT_EQ(Read("PARAM table DoubleArrayType\nROWS 1\nCOLS 1\nROWSTEP 2.5\nDATA\n"
+TEST_F(ParamValues, ArraysTakeElementsAndSteps) {
+    EXPECT_EQ(Read("PARAM table DoubleArrayType\nROWS 2\nROWSTEP 2.5\nDATA\n"
                    "5\n6 7\n8 9\nENDPARAM\n"
                    "PARAM taps ComplexArrayType\nDATA\n1 2 3 -4\n5-6\nENDPARAM\nENDCOMPONENT\n"),
               Status::Success)
@@ -115,6 +115,35 @@ TEST_F(ParamValues, ArraysKeepTheirShapeAndTakeSteps) {
     EXPECT_TRUE(taps[0] == (Complex{1, 2}));
     EXPECT_TRUE(taps[1] == (Complex{3, -4})) << "several pairs may share a line";
     EXPECT_TRUE(taps[2] == (Complex{5, -6})) << "an imaginary part may follow straight on";
+}
+
+// The record decides on rows and columns; a matrix over the ports of a block may have as many as
+// those.
+TEST_F(ParamValues, ArraysOfAnotherShapeAreRefusedWithTheNumbers) {
+    const std::string threes =
+        "PARAM table DoubleArrayType\nROWS 3\nCOLS 3\nDATA\n1 2 3\n4 5 6\n7 8 9\nENDPARAM\n";
+    const auto expectRefusal = [&](const std::string& text, const std::string& reason) {
+        errorText_.clear();
+        EXPECT_EQ(Read(text + "PARAM gain DoubleType\nVALUE 7\nENDPARAM\nENDCOMPONENT\n"),
+                  Status::Error);
+        EXPECT_EQ(errorText_, "ERROR: test.top:" + reason + "\n");
+        EXPECT_EQ(Data<double>("table"), (std::vector<double>{1, 2, 3, 4}));
+        EXPECT_STREQ(Find("gain")->value, "7") << "what follows the block is read";
+    };
+    const std::string given = "array 'table' is given ", has = " columns, it has 2 and 2";
+    expectRefusal(threes, "4: " + given + "3 rows and 3" + has);
+    expectRefusal("PARAM table DoubleArrayType\nCOLS 1\nENDPARAM\n",
+                  "3: " + given + "2 rows and 1" + has);
+    component_.NUMINEQNUMOUTNODES = true;
+    component_.inputs.resize(3);
+    expectRefusal(threes, "4: " + given + "3 rows and 3" + has);  // three inputs, no outputs
+    component_.outputs.resize(3);
+    errorText_.clear();
+    EXPECT_EQ(Read(threes + "ENDCOMPONENT\n"), Status::Success) << errorText_;
+    EXPECT_EQ(Data<double>("table"), (std::vector<double>{1, 2, 3, 4, 5, 6, 7, 8, 9}));
+    EXPECT_EQ(Read("PARAM taps ComplexArrayType\nROWS 3\nCOLS 3\nENDPARAM\nENDCOMPONENT\n"),
+              Status::Error)
+        << "no matrix over ports";
 }
 
 // By design: the definition reads IntArrayType as a binary array, so the word of a saved
