@@ -89,6 +89,22 @@ std::int32_t ReadInt(std::string_view text, std::size_t* used) {
                           : std::numeric_limits<std::int32_t>::max();
 }
 
+std::optional<double> WholeDouble(std::string_view word) {
+    std::size_t used = 0;
+    const double value = ReadDouble(word, &used);
+    if (used == 0 || used != word.size() || !std::isfinite(value)) return std::nullopt;
+    return value;
+}
+
+std::optional<std::int32_t> WholeInt(std::string_view word) {
+    std::size_t used = 0;
+    const std::int32_t value = ReadInt(word, &used);
+    // A double holds every 32-bit number: another value means that the integer saturated.
+    const bool saturated = static_cast<double>(value) != ReadDouble(word.substr(0, used));
+    if (used == 0 || used != word.size() || saturated) return std::nullopt;
+    return value;
+}
+
 std::string FormatDefault(double value) {
     return FormatSignificant(value, 6);
 }

@@ -16,6 +16,11 @@ namespace photrak {
 double ReadDouble(std::string_view text, std::size_t* used = nullptr);
 /// The integer at the start of `text` likewise, saturating at 32 bits.
 std::int32_t ReadInt(std::string_view text, std::size_t* used = nullptr);
+/// The finite number that the whole word is, leading white space aside; empty for "", "0x10",
+/// "1.5abc" or "1e999".
+std::optional<double> WholeDouble(std::string_view word);
+/// The integer likewise, not for "4.9" or one beyond 32 bits.
+std::optional<std::int32_t> WholeInt(std::string_view word);
 
 /// The stream's default form: six significant digits, as %g ("inf", "nan" for what is no number).
 std::string FormatDefault(double value);

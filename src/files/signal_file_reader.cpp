@@ -41,13 +41,13 @@ class Source {
         if (!allocated) Fail("insufficient memory for the signal");
     }
 
-    /// The value behind the keyword; 0 if there is none.
+    /// The value after the keyword; 0 if there is none.
     double Double() {
-        const double value = ReadDouble(lines_.Rest());
+        const double value = Number(ReadDouble);
         if (!std::isfinite(value)) Fail("the value is beyond the range of numbers");
         return value;
     }
-    std::int32_t Int() { return ReadInt(lines_.Rest()); }
+    std::int32_t Int() { return Number(ReadInt); }
     /// A number of samples. All counts of a group share what its text can hold, repeated ones too.
     std::int32_t Count() {
         const std::int32_t count = Int();
@@ -68,6 +68,17 @@ class Source {
     }
 
   private:
+    /// What follows the keyword, "inf" and "nan" being no numbers; nothing at all is 0.
+    template <class Value>
+    Value Number(Value (*read)(std::string_view, std::size_t*)) {
+        const std::string_view rest = lines_.Rest();
+        std::size_t used = 0;
+        const Value value = read(rest, &used);
+        const bool isBlank = rest.find_first_not_of(" \t\r") == std::string_view::npos;
+        if (used == 0 && !isBlank) Fail("the value is no number");
+        return value;
+    }
+
     // The shortest line of a value is a digit and a new line, which the last line may lack.
     static constexpr std::size_t bytesPerSample = 2;
 

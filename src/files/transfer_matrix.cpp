@@ -63,6 +63,24 @@ bool IsDecibel(std::string_view word) {
     return word.size() == 2 && (word[0] | 0x20) == 'd' && (word[1] | 0x20) == 'b';
 }
 
+bool IsSameInAnyCase(std::string_view a, std::string_view b) {
+    const auto same = [](char x, char y) {
+        return x == y || ((x ^ y) == 0x20 && (x | 0x20) >= 'a');
+    };
+    return std::ranges::equal(a, b, same);
+}
+
+/// A head line without a form, whose place the scale or a number has taken, or with one of the
+/// forms misspelled in its case. All of these would otherwise silently read as powers.
+bool IsNoForm(std::string_view word) {
+    std::size_t used = 0;
+    ReadDouble(word, &used);
+    if (word.empty() || used != 0 || IsDecibel(word)) return true;
+    return std::ranges::any_of(forms, [&](const NumberForm& form) {
+        return word != form.word && IsSameInAnyCase(word, form.word);
+    });
+}
+
 /// Walks a text number by number.
 class Scanner {
   public:
@@ -74,18 +92,8 @@ class Scanner {
         at_ = std::min(end + 1, text_.size());
         return line;
     }
-    [[nodiscard]] bool Read(double& value) {
-        std::size_t used = 0;
-        value = ReadDouble(text_.substr(at_), &used);
-        return Advance(used);
-    }
-    [[nodiscard]] bool Read(std::int32_t& value) {
-        std::size_t used = 0;
-        value = ReadInt(text_.substr(at_), &used);
-        // A count of 1.5 must not become a 1 and a number more.
-        const std::size_t end = at_ + used;
-        return (end >= text_.size() || IsSpace(text_[end])) && Advance(used);
-    }
+    [[nodiscard]] bool Read(double& value) { return Read(value, ReadDouble); }
+    [[nodiscard]] bool Read(std::int32_t& value) { return Read(value, ReadInt); }
     std::size_t BytesLeft() const { return text_.size() - at_; }
 
     /// The line is that of the last number read, or of what stands in place of the next.
@@ -96,16 +104,34 @@ class Scanner {
         return Status::Error;
     }
     Status FailMissing(std::string& errorText) {
-        while (at_ < text_.size() && IsSpace(text_[at_])) ++at_;
+        SkipSpace();
         return Fail(at_ == text_.size() ? "the file ends where a number must stand"
                                         : "a number must stand here",
                     errorText);
     }
 
+    /// Text that is no number may follow the last one, as a remark.
+    Status CheckEnd(std::string& errorText) {
+        SkipSpace();
+        std::size_t used = 0;
+        ReadDouble(text_.substr(at_), &used);
+        return used == 0 ? Status::Success
+                         : Fail("more numbers stand here than the counts ask for", errorText);
+    }
+
   private:
-    bool Advance(std::size_t used) {
-        at_ += used;
-        return used != 0;
+    /// A number up to its end: a count of 1.5 must not become a 1 and a number more.
+    template <class Value>
+    bool Read(Value& value, Value (*read)(std::string_view, std::size_t*)) {
+        std::size_t used = 0;
+        value = read(text_.substr(at_), &used);
+        const std::size_t end = at_ + used;
+        if (used == 0 || (end < text_.size() && !IsSpace(text_[end]))) return false;
+        at_ = end;
+        return true;
+    }
+    void SkipSpace() {
+        while (at_ < text_.size() && IsSpace(text_[at_])) ++at_;
     }
     std::string_view text_, name_;
     std::size_t at_ = 0;
@@ -201,11 +227,16 @@ Status ReadTransferMatrix(std::string_view text, std::string_view name, Transfer
     std::string_view head = scanner.Line().substr(0, headLineLength);
     // By design: another kind of file is no error, and the matrix in use stays in use.
     if (TakeWord(head) != formatWord) return Status::Success;
-    const NumberForm& form = FindForm(TakeWord(head));
+    const std::string_view formName = TakeWord(head);
+    if (IsNoForm(formName)) {
+        AppendPiece(errorText, Concat(name, ":1: '", formName, "' is no form of numbers"));
+        return Status::Error;
+    }
+    const NumberForm& form = FindForm(formName);
     const bool decibels = IsDecibel(TakeWord(head));
 
     TransferMatrix read;
-    const Status status = ReadHead(scanner, read, errorText);
+    Status status = ReadHead(scanner, read, errorText);
     if (status != Status::Success) return status;
     // A number takes a character and what parts it from the one before.
     const std::int64_t numbers =
@@ -217,9 +248,10 @@ Status ReadTransferMatrix(std::string_view text, std::string_view name, Transfer
     if (!SizeTransferMatrix(read, read.rows, read.columns, read.points)) {
         return scanner.Fail("no memory for the matrix", errorText);
     }
-    const Status filled = ReadElements(scanner, form, decibels, read, errorText);
-    if (filled == Status::Success) matrix = std::move(read);
-    return filled;
+    status = ReadElements(scanner, form, decibels, read, errorText);
+    if (status == Status::Success) status = scanner.CheckEnd(errorText);
+    if (status == Status::Success) matrix = std::move(read);
+    return status;
 }
 
 }  // namespace photrak

@@ -35,11 +35,24 @@ std::optional<std::string> Setting(const char* name) {
     return text;
 }
 
-int StartProgram(const std::vector<std::string>& arguments, Wait wait) {
+/// The exit status, -1 for a program that could not start or must not.
+int RunProgram(const std::vector<std::string>& arguments) {
     if (!ExternalCommandsAllowed()) return -1;
-    Processes& processes = *CurrentHost().processes;
-    if (wait == Wait::No) return processes.Start(arguments);
-    return processes.RunAndWait(arguments, CommandWindow()) == -1 ? -1 : 0;
+    return CurrentHost().processes->RunAndWait(arguments, CommandWindow());
+}
+
+int StartProgram(const std::vector<std::string>& arguments, Wait wait) {
+    if (wait == Wait::Yes) return RunProgram(arguments) == -1 ? -1 : 0;
+    return ExternalCommandsAllowed() ? CurrentHost().processes->Start(arguments) : -1;
+}
+
+/// The shell with a command line, whose "$1", "$2", ... are the arguments.
+std::vector<std::string> ShellLine(std::string_view command,
+                                   const std::vector<std::string>& arguments) {
+    const std::string shell = Setting("COMSPEC").value_or("/bin/sh");
+    std::vector<std::string> line = {shell, "-c", std::string(command), shell};
+    line.insert(line.end(), arguments.begin(), arguments.end());
+    return line;
 }
 
 /// The command line of the variable, the file its last argument; without one the program itself.
@@ -67,10 +80,11 @@ void ResetExternalCommands() {
 }
 
 int Spawn(std::string_view command, const std::vector<std::string>& arguments, Wait wait) {
-    const std::string shell = Setting("COMSPEC").value_or("/bin/sh");
-    std::vector<std::string> line = {shell, "-c", std::string(command), shell};
-    line.insert(line.end(), arguments.begin(), arguments.end());
-    return StartProgram(line, wait);
+    return StartProgram(ShellLine(command, arguments), wait);
+}
+
+int RunCommandLine(std::string_view command) {
+    return RunProgram(ShellLine(command, {}));
 }
 
 int RunPlotCommand(const std::string& file, Wait wait) {

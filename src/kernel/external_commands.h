@@ -22,6 +22,10 @@ void ResetExternalCommands();
 /// CommandShowWindow is read once. Refused commands give -1.
 int Spawn(std::string_view command, const std::vector<std::string>& arguments, Wait wait);
 
+/// Runs a command line of the user likewise and waits: its exit status as shells report it (127 for
+/// an unknown program, 128 and the signal's number if it was killed), -1 if it could not start.
+int RunCommandLine(std::string_view command);
+
 /// Starts the plot viewer on "@FILE": PLOTCMD if set, else "vistrax /v".
 int RunPlotCommand(const std::string& file, Wait wait);
 /// Starts the editor on FILE: EDITOR if set, else "notepad".

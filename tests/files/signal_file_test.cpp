@@ -177,6 +177,27 @@ TEST(SignalFileReader, RefusesCountsThatTheFileCannotHold) {
         << "an integer ends at its e";
 }
 
+TEST(SignalFileReader, RefusesWhatIsNoNumberInAnyField) {
+    const std::pair<std::string_view, std::vector<std::string_view>> bodies[] = {
+        {"OpSigType",
+         {"wavelength", "bitRate", "noPoints", "patternLength", "tStep", "startTime", "RIN"}},
+        {"OpSigASE", {"noPoints", "fstart", "fstep"}},
+        {"ElecSigType", {"bitRate", "patternLength", "tStep", "startTime", "noPoints"}},
+        {"BinSigType", {"bitRate", "startTime", "noPoints"}}};
+    for (const auto& [kind, fields] : bodies) {
+        for (const std::string_view field : fields) {
+            for (const std::string_view value : {"inf", "-nan", "x", "1e999"}) {
+                const bool isCount = field == "noPoints" || field == "patternLength";
+                if (isCount && value == "1e999") continue;  // an integer ends at its e
+                const Loaded loaded(
+                    Concat(kind, "\n", field, " ", value, "\nENDASE\nENDOpSig\nENDSIG\n"));
+                EXPECT_EQ(loaded.status, Status::Error) << kind << field << value;
+                EXPECT_TRUE(Holds(loaded.text, "line 2: the value is ")) << loaded.text;
+            }
+        }
+    }
+}
+
 TEST(SignalFileReader, SurvivesBodiesThatContradictThemselves) {
     const std::pair<std::string, std::string_view> rows[] = {
         {"OpSigType\nnoPoints 2\nEx_samples\n1\n2\nnoPoints 1\nENDOpSig\nENDSIG\n", ""},
@@ -184,7 +205,7 @@ TEST(SignalFileReader, SurvivesBodiesThatContradictThemselves) {
         {"OpSigType\nnoPoints 2\nEx_samples\n1+1j\nENDOpSig\nENDSIG\n",
          "line 5: value 2 of 2 is no number"},
         {"ElecSigType\nnoPoints 1\nelecSamples\nnan\nENDSIG\n", "is no number"},
-        {"OpSigType\ntStep 1e999\nENDOpSig\nENDSIG\n", "beyond the range"},
+        {"OpSigType\ntStep\nENDOpSig\nENDSIG\n", ""},
         {"OpSigType\nENDOpSig\nBinSigType\nENDSIG\n", "a second kind of signal"},
     };
     for (const auto& [text, complaint] : rows) {

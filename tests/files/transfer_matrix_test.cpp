@@ -28,7 +28,7 @@ TEST(TransferMatrix, EveryNumberFormMakesItsElement) {
         std::complex<double> element;
     } rows[] = {
         {"POWER LIN", "0.25", {0.5, 0.0}},
-        {"real LIN", "0.25", {0.5, 0.0}},  // forms mind their case
+        {"INTENSITY LIN", "0.25", {0.5, 0.0}},  // any word that is no other form
         {"REAL LIN", "-0.25", {-0.25, 0.0}},
         {"REAL db", "-6", {std::pow(10.0, -0.3), 0.0}},
         {"REAL_IMAG Db", "-20 20", {0.1, 10.0}},
@@ -52,7 +52,7 @@ constexpr std::string_view twoByThree =
     "do\n"
     "2 3 3 1e-6 3e-6\n"
     "0 111 121 131\n0 112 122 132\r\n0 113 123 133\n"
-    "0 211 221 231 0 212 222 232 0 213 223 233";
+    "0 211 221 231 0 212 222 232 0 213 223 233\n\n(measured)";
 
 TEST(TransferMatrix, PlacesAndInterpolatesElements) {
     const TransferMatrix matrix = ReadGood(twoByThree);
@@ -80,11 +80,19 @@ TEST(TransferMatrix, AnotherKindOfFileLeavesTheMatrixInUse) {
     EXPECT_EQ(errorText, "");
 }
 
-TEST(TransferMatrix, FaultyFilesAreToldByLineAndLeaveTheMatrixInUse) {
+TEST(TransferMatrix, FaultyFilesAreRefusedByLineAndLeaveTheMatrixInUse) {
     const struct {
-        std::string_view text;  // behind the head line
+        std::string_view text;  // after the head line
         std::string_view complaint;
+        std::string_view form = "POWER LIN";
     } rows[] = {
+        {"1 1 1 0 0\n0 1\n", "1: '' is no form of numbers", ""},
+        {"1 1 1 0 0\n0 1\n", "1: 'db' is no form of numbers", "db"},
+        {"1 1 1 0 0\n0 1\n", "1: 'Amp_Phase' is no form of numbers", "Amp_Phase LIN"},
+        {"0 1\n", "1: '1' is no form of numbers", "1 1 1 0 0"},
+        {"1 1 1 0 0\n0 0x10", "3: a number must stand here"},
+        {"1 1 1 0 0\n0 1.5abc\n", "3: a number must stand here"},
+        {"1 1 2 1 2\n0 1\n0 1\n\n 0 1\n", "6: more numbers stand here than the counts ask for"},
         {"", "2: the file ends where a number must stand"},
         {"1 1 1.5%s%n 0 0\n0 1\n", "2: a number must stand here"},
         {"0 1 1 0 0\n0 1\n", "2: 0 rows and 1 columns; each must be 1 to 64"},
@@ -100,8 +108,8 @@ TEST(TransferMatrix, FaultyFilesAreToldByLineAndLeaveTheMatrixInUse) {
         SCOPED_TRACE(row.text);
         TransferMatrix matrix = ReadGood(twoByThree);
         std::string errorText;
-        EXPECT_EQ(ReadTransferMatrix(Concat("TransferMatrixFormat1 POWER LIN\n", row.text), "f.txt",
-                                     matrix, errorText),
+        EXPECT_EQ(ReadTransferMatrix(Concat("TransferMatrixFormat1 ", row.form, "\n", row.text),
+                                     "f.txt", matrix, errorText),
                   Status::Error);
         EXPECT_EQ(errorText, Concat("f.txt:", row.complaint));
         EXPECT_EQ(matrix.rows, 2);

@@ -103,7 +103,10 @@ TEST(FrontEnd, RefusesTablesThatAreNone) {
     const struct {
         const char *text, *reason;
     } rows[] = {
-        {"-3\n1 1 1\n", "the number of rows is not above 0"},
+        {"-3\n1 1 1\n", "line 1 does not begin with a whole number of rows above 0"},
+        {"\n4.9\n1 1 1\n", "line 2 does not begin with a whole number of rows above 0"},
+        {"1\n0x190 1 1\n", "line 2 does not hold three numbers"},
+        {"1\n1e9 4O0 1\n", "line 2 does not hold three numbers"},
         {"2\n1e9 1 1\n2e9 1\n", "line 3 does not hold three numbers"},
         {"1\n1e9 nan 0\n", "line 2 does not hold three numbers"},
         {"3\n1e9 1 1\n2e9 2 2\n1e9 1 1\n",

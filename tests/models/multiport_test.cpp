@@ -157,13 +157,23 @@ TEST_F(MultiportBlock, ReadsItsFileAndKeepsTheTableAtAnotherKindOfFile) {
     EXPECT_EQ(Run("  ", "two.txt"), "2");
     EXPECT_EQ(Run("", "other.txt"), "2");
     EXPECT_TRUE(host_.commands.empty());
-    EXPECT_TRUE(StartsWith(Run("", "absent.txt"), "can't open transfer matrix file."));
+    EXPECT_TRUE(StartsWith(Run("", "absent.txt"),
+                           "can't open transfer matrix file.\nERROR: component 'box': file "));
 }
 
 TEST_F(MultiportBlock, RunsItsCommandBeforeReadingUnlessCommandsAreOff) {
     EXPECT_EQ(Run("make two.txt", "two.txt"), "2");
     ASSERT_EQ(host_.commands.size(), 1U);
     EXPECT_EQ(host_.commands[0].arguments[2], "make two.txt");
+
+    const std::pair<int, std::string_view> failures[] = {
+        {3, "ended with status 3"}, {137, "ended with status 137"}, {-1, "cannot be started"}};
+    for (const auto& [exitStatus, reason] : failures) {
+        host_.waitResult = exitStatus;
+        EXPECT_EQ(Run("false", "two.txt"),
+                  Concat("ERROR: component 'box': its command line 'false' ", reason, "\n"));
+    }
+    host_.commands.resize(1);
 
     AllowExternalCommands(false);
     EXPECT_EQ(Run("make two.txt", "two.txt"),

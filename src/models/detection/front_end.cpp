@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 
 #include "base/line_reader.h"
 #include "base/text.h"
@@ -23,11 +24,10 @@ Status Fail(FrontEndParams& frontEnd, std::string& reason, std::string text) {
     return Status::Error;
 }
 
-/// The number at the start of a word; false if there is none, or none that is finite.
 bool ReadWord(std::string_view word, double& value) {
-    std::size_t used = 0;
-    value = ReadDouble(word, &used);
-    return used != 0 && std::isfinite(value);
+    const std::optional<double> number = WholeDouble(word);
+    value = number.value_or(0.0);
+    return number.has_value();
 }
 
 bool ReadRow(LineReader& reader, FrontEndParams& frontEnd, std::int32_t row) {
@@ -96,8 +96,12 @@ FrontEndParams ReadFrontEndParams(const Component& component) {
 Status ReadFrontEndTable(std::string_view text, FrontEndParams& frontEnd, std::string& reason) {
     LineReader reader(text, frontEnd.filename);
     reader.Next();
-    const std::int32_t announced = ReadInt(reader.Word(frequencyDelimiters));
-    if (announced < 1) return Fail(frontEnd, reason, "the number of rows is not above 0");
+    const std::int32_t announced = WholeInt(reader.Word(frequencyDelimiters)).value_or(0);
+    if (announced < 1) {
+        return Fail(frontEnd, reason,
+                    Concat("line ", reader.LineNumber(),
+                           " does not begin with a whole number of rows above 0"));
+    }
     // A text cannot hold more rows than this, whatever it announces.
     const std::size_t possible = reader.BytesLeft() / shortestRowBytes + 1;
     const auto capacity =

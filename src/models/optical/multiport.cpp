@@ -276,14 +276,20 @@ Status RunCommand(const MultiportParams& params, std::string& errorText) {
         return RefuseComponent(params.owner,
                                "its command line is refused: external commands are off", errorText);
     }
-    if (Spawn(params.commandLine, {}, Wait::Yes) == 0) return Status::Success;
-    return RefuseComponent(params.owner, Concat("can't run '", params.commandLine, "'"), errorText);
+    // What a failed command left in the file is not to be read.
+    const int exitStatus = RunCommandLine(params.commandLine);
+    if (exitStatus == 0) return Status::Success;
+    return RefuseComponent(params.owner,
+                           Concat("its command line '", params.commandLine, "' ",
+                                  exitStatus < 0 ? std::string("cannot be started")
+                                                 : Concat("ended with status ", exitStatus)),
+                           errorText);
 }
 
 Status ReadTable(const MultiportParams& params, std::string& errorText) {
     std::string text, reason;
     if (!ReadWholeFile(params.fileName, text, reason, maxMatrixFileBytes)) {
-        errorText += "can't open transfer matrix file.";
+        errorText += "can't open transfer matrix file.\n";
         return RefuseComponent(params.owner, Concat("file '", params.fileName, "': ", reason),
                                errorText);
     }
