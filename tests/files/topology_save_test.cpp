@@ -132,6 +132,22 @@ TEST_F(SuperBlockSave, WritesPortsAndVariables) {
     EXPECT_EQ(dir_.Read("sub.dir/amp.dts"), DataFile("every_port_and_variable.dts"));
 }
 
+TEST_F(SuperBlockSave, NamesTheTypesOfItsOutputsInTheOrderOfThePorts) {
+    std::string text, types;
+    int number = 0;
+    for (const char* type : {"OpSigType", "ElecSigType", "OpOrElecSigType", "BinSigType",
+                             "UnknownSigType", "NoSigType", "EtcSigType"}) {
+        const std::string node = Concat(++number);
+        text = Port(Concat("o", node, " OutBlock"), node, node) + text;
+        types += Concat("NODEBEGIN ", node, " ", type, "\nENDNODE\n");
+    }
+    ASSERT_EQ(SaveAs("ports.top", types + text), Status::Success);
+    // An output that stands for any number of ports is none of the prototype.
+    EXPECT_TRUE(Holds(dir_.Read("ports.dts"),
+                      "\nOUTSIGTYPES OpSigType ElecSigType OpOrElecSigType BinSigType "
+                      "UnknownSigType NoSigType \n"));
+}
+
 TEST_F(SuperBlockSave, AsksForAnIconOnceAndKeepsOneThatIsThere) {
     host_.answers = {true, false, true};
     for (const char* name : {"new.top", "plain.top", "old.top", "new.top"}) {

@@ -38,10 +38,11 @@ TEST(AlignSignals, PadsOneSignalToAPowerOfTwo) {
     const double d = 1e-12;
     Owned<Nodelist> list, clones;
     PushCell(list, RampWaveform(1000, d), ElecSigType);
+    static_cast<ElecSig*>(list->sig)->bitRate = 10.4e9;
     ASSERT_EQ(Align(list, 1, clones), 2);
     const ElecSig& sig = Waveform(*clones);
     ASSERT_EQ(sig.noPoints, 1024);
-    EXPECT_EQ(sig.patternLength, 10);  // 1.023 ns at 10 Gb/s
+    EXPECT_EQ(sig.patternLength, 11);  // 10.64 bits in 1.023 ns
     EXPECT_NEAR(sig.elecSamples[999].re, 999, 1e-9);
     for (int i = 1001; i <= 1024; ++i) EXPECT_EQ(Value(sig.elecSamples[i]), 0.0);
     EXPECT_EQ(Waveform(*list).noPoints, 1000);  // the input itself is untouched
@@ -63,6 +64,16 @@ TEST(AlignSignals, TakesTheLongestDurationAndTheFinestStep) {
     ASSERT_EQ(Channel(light).noPoints, 32);
     EXPECT_EQ(Channel(light).fftView[63], 1.0);
     EXPECT_EQ(static_cast<const BinSig*>(coarse.next->sig)->noPoints, 3);
+}
+
+// Three steps of 2.4 s are eight of 0.9 s, although their quotient is below 8 in doubles.
+TEST(AlignSignals, CountsWholeStepsInSpiteOfRounding) {
+    ASSERT_LT(3 * 2.4 / 0.9, 8.0);
+    Owned<Nodelist> list, clones;
+    PushCell(list, RampWaveform(4, 2.4), ElecSigType);
+    PushCell(list, RampWaveform(2, 0.9), ElecSigType);
+    ASSERT_EQ(Align(list, 1, clones), 2);
+    EXPECT_EQ(Waveform(*clones).noPoints, 16) << "nine samples, and the next power of two";
 }
 
 // By design: a plot of several grids with polarized light is refused.

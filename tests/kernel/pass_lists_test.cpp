@@ -63,8 +63,12 @@ TEST(PassList, HoldsWhatIsFedOnceAndInOrder) {
     link.Draw(
         "Source source > Step swept > Join join > Sink sink\n"
         "source > Step plain > Sink elsewhere\nplain > join.2\nswept > Sink plot");
-    SetText(&link.GiveNumber(link["swept"], "number", "1").ISTDDEV, "x");
-    EXPECT_EQ(link.DependOn("x"), (Names{"swept", "plot", "join", "sink"}));
+    Parameter& number = link.GiveNumber(link["swept"], "number", "1");
+    for (const auto text : {&Parameter::value, &Parameter::STDDEV, &Parameter::ISTDDEV}) {
+        SetText(&(number.*text), "x");
+        EXPECT_EQ(link.DependOn("x"), (Names{"swept", "plot", "join", "sink"}));
+        SetText(&(number.*text), "1");
+    }
 }
 
 // The end block takes the signals off its input nodes at each repetition, so what feeds it from

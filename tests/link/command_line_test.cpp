@@ -98,6 +98,10 @@ TEST(CommandLine, StrictTurnsWarningsIntoAStatus) {
     WriteText("w.top", Link("", "Bits", "", "nowhere"));
     EXPECT_EQ(Photrak("run --no-commands w.top").status, 0);
     EXPECT_EQ(Photrak("run --no-commands --strict w.top").status, 2);
+    // With the symbol the run itself has no fault: what is left is the warning of the load.
+    const ProgramResult loaded = Photrak("run --no-commands --strict --set nowhere=5 w.top");
+    EXPECT_EQ(loaded.status, 2) << loaded.error;
+    EXPECT_EQ(loaded.error.find("warnings occurred during the simulation"), std::string::npos);
 }
 
 }  // namespace

@@ -29,8 +29,10 @@ TEST(RotateSamples, MovesEverySampleAroundThePeriod) {
     }
 }
 
-TEST(AlignStartTime, KeepsEverySampleAtItsTime) {
-    for (const long steps : {0L, 3L, -13L, 203L}) {  // of half a second, in a period of 8
+TEST(AlignStartTime, KeepsEverySampleAtTheNearestStep) {
+    // In steps of half a second, with a period of 8.
+    for (const double asked : {0.0, 3.0, 2.7, 3.4, -13.0, -12.6, 203.0}) {
+        const long steps = std::lround(asked);
         auto x = Ramp(8), y = Ramp(8);
         OpSig sig{};
         sig.noPoints = 8;
@@ -38,11 +40,11 @@ TEST(AlignStartTime, KeepsEverySampleAtItsTime) {
         sig.startTime = 1.5;
         sig.Ex_samples = x.data();
         sig.Ey_samples = y.data();
-        const double target = 1.5 + 0.5 * static_cast<double>(steps);
+        const double target = 1.5 + 0.5 * asked;
         AlignStartTime(&sig, target);
         EXPECT_EQ(sig.startTime, target);
         for (int i = 1; i <= 8; ++i) {
-            EXPECT_EQ(x[i].re, (((i - 1 + steps) % 8) + 8) % 8 + 1) << steps;
+            EXPECT_EQ(x[i].re, (((i - 1 + steps) % 8) + 8) % 8 + 1) << asked;
             EXPECT_EQ(y[i].re, x[i].re);
         }
     }

@@ -1,11 +1,32 @@
 // Whole files: what is refused, what a replacement leaves behind.
 #include "platform/file_system.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include "support/temp_dir.h"
+
+namespace {
+
+/// What the program asked of the system, in order: "fsync INODE" and "rename".
+std::vector<std::string> systemCalls;
+
+}  // namespace
+
+// These take the place of the system's functions in the whole test program.
+extern "C" int fsync(int file) {
+    struct stat info {};
+    ::fstat(file, &info);
+    systemCalls.push_back("fsync " + std::to_string(info.st_ino));
+    return static_cast<int>(::syscall(SYS_fsync, file));
+}
+extern "C" int rename(const char* from, const char* to) noexcept {
+    systemCalls.emplace_back("rename");
+    return ::renameat(AT_FDCWD, from, AT_FDCWD, to);
+}
 
 namespace photrak {
 namespace {
@@ -82,6 +103,20 @@ TEST(ReplaceFile, KeepsTheModeAndLeavesNoTemporary) {
         EXPECT_FALSE(ReplaceFile(path, "text")) << path;
     }
     EXPECT_EQ(directory.Files(), Names{"new.top"});
+}
+
+// A rename may reach the disk before the data does: after a crash the target would be empty.
+TEST(ReplaceFile, FlushesTheNewFileBeforeItTakesTheName) {
+    const TempDir directory;
+    ASSERT_TRUE(WriteWholeFile("a.top", "first"));
+    systemCalls.clear();
+    ASSERT_TRUE(ReplaceFile("a.top", "second"));
+    const auto flushed = [](const char* path) {
+        struct stat info {};
+        ::stat(path, &info);
+        return "fsync " + std::to_string(info.st_ino);
+    };
+    EXPECT_EQ(systemCalls, (Names{flushed("a.top"), "rename", flushed(".")}));
 }
 
 TEST(WorkingDirectory, LastsAsLongAsItsScope) {

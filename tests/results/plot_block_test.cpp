@@ -56,6 +56,11 @@ TEST_F(PlotBlock, WritesNothingWhenPassesWouldOverwriteEachOther) {
     EXPECT_TRUE(host.commands.empty());
     EXPECT_EQ(Run(), Status::Success);
     EXPECT_EQ(dir.Files().size(), 2u);
+    // A loop of one pass overwrites nothing.
+    options.SCANMETA1 = options.SCANMETA2 = options.RUNMETA = "";
+    options.NUMRUNSTODO = options.innerCount = options.outerCount = 1;
+    EXPECT_EQ(Run(), Status::Success);
+    EXPECT_EQ(dir.Files().size(), 4u);
 }
 
 TEST_F(PlotBlock, ObeysThePlottingOption) {
