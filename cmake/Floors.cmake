@@ -1,6 +1,6 @@
 # The floors of the house, lowest first: a file includes only from its own floor or from one below.
 # The targets and the include check read them from here.
-set(PHOTRAK_FLOORS platform base numeric kernel files results hierarchy models workbench)
+set(PHOTRAK_FLOORS platform base numeric drawing plotting kernel files results hierarchy models workbench)
 # Rooms of a floor, as FLOOR/ROOM. A room sees itself and those named for it; files that lie on the
 # floor itself see all rooms.
 set(PHOTRAK_ROOMS models/common models/sources models/optical models/detection)

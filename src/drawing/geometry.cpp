@@ -1,0 +1,36 @@
+#include "drawing/geometry.h"
+
+namespace photrak {
+namespace {
+
+/// Narrows [from, to], the part of the segment that stays, by one edge: p the speed toward the
+/// outside, q the distance to the edge.
+bool ClipAtEdge(double p, double q, double& from, double& to) {
+    if (p == 0.0) return q >= 0.0;
+    const double t = q / p;
+    if (p < 0.0) {
+        if (t > to) return false;
+        from = std::max(from, t);
+    } else {
+        if (t < from) return false;
+        to = std::min(to, t);
+    }
+    return true;
+}
+
+}  // namespace
+
+bool ClipSegment(const Rect& box, Point& a, Point& b) {
+    const double dx = b.x - a.x, dy = b.y - a.y;
+    double from = 0.0, to = 1.0;
+    if (!ClipAtEdge(-dx, a.x - box.x, from, to) || !ClipAtEdge(dx, box.Right() - a.x, from, to) ||
+        !ClipAtEdge(-dy, a.y - box.y, from, to) || !ClipAtEdge(dy, box.Bottom() - a.y, from, to)) {
+        return false;
+    }
+    const Point start = a;
+    if (from > 0.0) a = {start.x + from * dx, start.y + from * dy};
+    if (to < 1.0) b = {start.x + to * dx, start.y + to * dy};
+    return true;
+}
+
+}  // namespace photrak
