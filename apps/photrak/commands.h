@@ -16,5 +16,6 @@ int ScanCommand(const CommandOptions& options);
 int CheckCommand(const CommandOptions& options);
 int TestCommand(const CommandOptions& options);
 int ModelsCommand(const CommandOptions& options);
+int PlotCommand(const CommandOptions& options);
 
 }  // namespace photrak

@@ -39,6 +39,13 @@ constexpr Command commandTable[] = {
     {"test", "photrak test [options] COMPONENT FILE.top",
      "draw what one block does (a filter its response), without a run", commandBit::test,
      componentAndFile, "a component and a topology file", TestCommand},
+    {"plot",
+     "photrak plot [options] FILE.pc?...",
+     "draw results as pictures",
+     commandBit::plot,
+     {},
+     "the command file of a plot",
+     PlotCommand},
     {"models", "photrak models [TYPE]", "list the models, or the ports and parameters of one",
      commandBit::models, fileOnly, nullptr, ModelsCommand},
 };
@@ -84,7 +91,7 @@ int Execute(const Command& command, const std::vector<std::string>& arguments) {
             Concat("Usage: ", command.usage, "\n", command.help, "\n\n", OptionHelp(command.bit)));
         return exitStatus::success;
     }
-    if (command.wants && options.file.empty()) {
+    if (command.wants && options.file.empty() && options.files.empty()) {
         return BadUsage(Concat("'", command.name, "' wants ", command.wants));
     }
     return command.run(options);

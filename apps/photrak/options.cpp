@@ -86,6 +86,41 @@ Problem SetRuns(CommandOptions& options, const std::string& value) {
     return {};
 }
 
+Problem SetOutput(CommandOptions& options, const std::string& value) {
+    options.plot.output = value;
+    return {};
+}
+
+Problem SetSize(CommandOptions& options, const std::string& value) {
+    std::size_t used = 0;
+    const double width = ReadDouble(value, &used);
+    const std::string rest = value.substr(used);
+    std::size_t usedBehind = 0;
+    const double height =
+        rest.size() > 1 && rest[0] == 'x' ? ReadDouble(rest.substr(1), &usedBehind) : 0.0;
+    if (used == 0 || usedBehind + 1 != rest.size() || !(width >= 200.0 && width <= 20'000.0) ||
+        !(height >= 150.0 && height <= 20'000.0)) {
+        return Concat("--size wants WIDTHxHEIGHT in pixels, from 200x150 to 20000x20000, not '",
+                      value, "'");
+    }
+    options.plot.width = width;
+    options.plot.height = height;
+    return {};
+}
+
+Problem SetEye(CommandOptions& options, const std::string& value) {
+    if (value != "traces" && value != "density")
+        return Concat("--eye wants traces or density, not '", value, "'");
+    options.plot.eye = value;
+    return {};
+}
+
+template <bool PlotCommandOptions::*flag>
+Problem RaisePlot(CommandOptions& options, const std::string&) {
+    options.plot.*flag = true;
+    return {};
+}
+
 template <bool CommandOptions::*flag>
 Problem Raise(CommandOptions& options, const std::string&) {
     options.*flag = true;
@@ -95,7 +130,7 @@ Problem Raise(CommandOptions& options, const std::string&) {
 constexpr unsigned simulating = commandBit::run | commandBit::scan;
 constexpr unsigned plotting = simulating | commandBit::test;
 constexpr unsigned topologyCommand = plotting | commandBit::check;
-constexpr unsigned anyCommand = topologyCommand | commandBit::models;
+constexpr unsigned anyCommand = topologyCommand | commandBit::models | commandBit::plot;
 
 constexpr Option optionTable[] = {
     {"--set", "NAME=EXPR", topologyCommand, SetSymbol,
@@ -118,9 +153,19 @@ constexpr Option optionTable[] = {
      "likewise for the outer sweep;"},
     {"--run-tag", "TEXT", commandBit::scan, SetText<&CommandOptions::runTag>,
      "likewise for the runs; an empty tag skips the plots of that loop"},
+    {"-o", "OUT", commandBit::plot, SetOutput,
+     "write the picture OUT.svg; a folder takes one for each plot"},
+    {"--size", "WxH", commandBit::plot, SetSize,
+     "size of the picture in pixels; 800x500 without it"},
+    {"--dark", nullptr, commandBit::plot, RaisePlot<&PlotCommandOptions::dark>,
+     "light curves on dark ground"},
+    {"--eye", "STYLE", commandBit::plot, SetEye,
+     "draw eyes as traces or density; without it by their number"},
+    {"--overlay", nullptr, commandBit::plot, RaisePlot<&PlotCommandOptions::overlay>,
+     "draw the curves of all files on the axes of the first"},
     {"--strict", nullptr, topologyCommand, Raise<&CommandOptions::strict>,
      "exit with 2 if there were warnings"},
-    {"--quiet", nullptr, topologyCommand, Raise<&CommandOptions::quiet>,
+    {"--quiet", nullptr, topologyCommand | commandBit::plot, Raise<&CommandOptions::quiet>,
      "no progress on standard error, only warnings and errors"},
     {"--verbose", nullptr, simulating | commandBit::check, Raise<&CommandOptions::verbose>,
      "tell more: catalogue, symbols, sweeps, times"},
@@ -143,6 +188,10 @@ std::optional<std::string> ParseOptions(const std::vector<std::string>& argument
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         const std::string& argument = arguments[i];
         if (onlyOperands || argument.size() < 2 || argument[0] != '-') {
+            if (command == commandBit::plot) {
+                options.files.push_back(argument);
+                continue;
+            }
             if (given == operands.size()) return Concat("the word '", argument, "' is too many");
             options.*operands[given++] = argument;
             continue;

@@ -16,10 +16,20 @@ struct SweepOption {
     std::string name, start, stop, step;
 };
 
+/// What `plot` is asked for.
+struct PlotCommandOptions {
+    std::string output;                    // a picture file or a folder
+    double width = 800.0, height = 500.0;  // pixels
+    bool dark = false, overlay = false;
+    std::string eye;  // "traces", "density" or empty
+};
+
 /// What the user asked for on the command line, for the commands that run or load a topology.
 struct CommandOptions {
-    std::string component;  // the block of `test`
-    std::string file;       // the topology, or the model type of `models`
+    std::string component;           // the block of `test`
+    std::string file;                // the topology, or the model type of `models`
+    std::vector<std::string> files;  // the plots of `plot`
+    PlotCommandOptions plot;
     std::vector<std::pair<std::string, std::string>> symbols;  // --set NAME=EXPR, in order
     std::optional<std::string> prefix;
     std::optional<std::int16_t> plotting;  // PLOTTING code
@@ -32,8 +42,9 @@ struct CommandOptions {
 /// What the words of a command that are no options mean, in order.
 using Operands = std::span<std::string CommandOptions::*const>;
 
-/// Reads the arguments behind the command's word. A text that says what is wrong, or nothing.
-/// `command` is the bit of the command in the option table. Words may be missing at the end.
+/// Reads the arguments behind the command's word; those of `plot` beyond the operands join `files`.
+/// A text that says what is wrong, or nothing. `command` is the bit of the command in the option
+/// table. Words may be missing at the end.
 std::optional<std::string> ParseOptions(const std::vector<std::string>& arguments, unsigned command,
                                         Operands operands, CommandOptions& options);
 
@@ -42,7 +53,7 @@ std::string OptionHelp(unsigned command, unsigned except = 0);
 
 /// Bits of the commands in the option table.
 namespace commandBit {
-inline constexpr unsigned run = 1, check = 2, models = 4, scan = 8, test = 16;
+inline constexpr unsigned run = 1, check = 2, models = 4, scan = 8, test = 16, plot = 32;
 }
 
 }  // namespace photrak
