@@ -1,6 +1,7 @@
 // Variables, symbols, expressions and parameters from a text. A line NAME=VALUE declares a variable
-// (TYPE:NAME=VALUE one of a type other than double); every other line is evaluated as the value of
-// a parameter of each type. The last line's deviation is the line itself.
+// (TYPE:NAME=VALUE one of a type other than double, COUNT#NAME=VALUE as many as may fill a symbol
+// table); every other line is evaluated as the value of a parameter of each type, and its
+// deviation.
 #include <array>
 #include <cmath>
 #include <cstddef>
@@ -12,24 +13,18 @@
 
 #include "base/escape.h"
 #include "base/memory.h"
+#include "base/text.h"
+#include "fuzz_support.h"
 #include "kernel/expression.h"
 #include "kernel/graph.h"
 #include "kernel/parameters.h"
-#include "platform/host.h"
 
 namespace photrak {
 namespace {
 
 // One evaluation may take a million steps, so that a few lines are all that fits in a moment.
 constexpr std::size_t maxEvaluatedLines = 4;
-
-/// Nobody reads the boxes.
-struct SilentMessages : Messages {
-    void ShowStatusText(std::string_view) override {}
-    void ErrorBox(std::string_view, std::string_view) override {}
-    void InfoBox(std::string_view, std::string_view) override {}
-    bool QueryBox(std::string_view, std::string_view) override { return false; }
-};
+constexpr std::int32_t maxRepeated = 600;
 
 struct Lines {
     std::vector<std::string_view> declarations, values;
@@ -54,12 +49,14 @@ void Declare(std::string_view line, Workspace& workspace) {
         type = line[0] - '0';
         line.remove_prefix(2);
     }
+    const std::size_t repeat = line.find('#');
+    const std::int32_t asked = repeat < line.size() ? ReadInt(line) : 1;
+    if (repeat < line.size()) line.remove_prefix(repeat + 1);
     const std::size_t mark = std::min(line.find('='), line.size() - 1);
-    AddVariable(workspace, line.substr(0, mark), type, line.substr(mark + 1));
-}
-
-void Require(bool condition) {
-    if (!condition) std::abort();
+    for (std::int32_t i = 0; i < std::min(asked, maxRepeated); ++i) {
+        const std::string name = Concat(line.substr(0, mark), i ? Concat(i) : "");
+        AddVariable(workspace, name, type, line.substr(mark + 1));
+    }
 }
 
 /// What holds for every text: a failure gives 0, and the evaluator gives the same again.

@@ -5,13 +5,10 @@
 #include <string_view>
 
 #include "files/signal_file.h"
+#include "fuzz_support.h"
 
 namespace photrak {
 namespace {
-
-void Require(bool condition) {
-    if (!condition) std::abort();
-}
 
 struct Signal {
     std::int32_t type = UnknownSigType;

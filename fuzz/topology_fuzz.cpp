@@ -11,27 +11,19 @@
 
 #include "../tests/support/small_catalogue.h"
 #include "files/topology.h"
-#include "platform/host.h"
+#include "fuzz_support.h"
 
 namespace {
 
 using photrak::Status;
 using photrak::Workspace;
 
-/// Boxes would fill the fuzzer's own report.
-struct SilentMessages : photrak::Messages {
-    void ShowStatusText(std::string_view) override {}
-    void ErrorBox(std::string_view, std::string_view) override {}
-    void InfoBox(std::string_view, std::string_view) override {}
-    bool QueryBox(std::string_view, std::string_view) override { return false; }
-};
-
 const photrak::Catalogue& Models() {
     static const photrak::Catalogue catalogue = photrak::SmallCatalogue();
     return catalogue;
 }
 
-// A ground node with others behind it comes from several list lines; one line cannot say it, so
+// A ground node with others after it comes from several list lines; one line cannot say it, so
 // the list changes once more at the next load.
 bool IsGroundInside(const std::vector<photrak::Node*>& list) {
     for (std::size_t i = 0; i + 1 < list.size(); ++i) {
@@ -54,9 +46,9 @@ std::string LoadAndSave(std::string_view text, Status& status) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static SilentMessages messages;
+    static photrak::SilentMessages messages;
     photrak::CurrentHost().messages = &messages;
-    std::cerr.setstate(std::ios::failbit);  // unknown keywords are told there
+    std::cerr.setstate(std::ios::failbit);  // unknown keywords are reported there
     const std::string_view text(reinterpret_cast<const char*>(data), size);
 
     Status status;

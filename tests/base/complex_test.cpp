@@ -61,14 +61,12 @@ TEST(Complex, QuotientSurvivesLargeDivisorsAndTiesToTheRealPart) {
     EXPECT_TRUE((product == Complex{10000000000000002.0, -1e16}));
 }
 
-TEST(Complex, PhaseCoversAllQuadrantsAndTheAxes) {
+TEST(Complex, PhaseCoversTheAxes) {
     constexpr double pi = std::numbers::pi;
-    EXPECT_EQ(Phase({0.0, 0.0}), 0.0);
-    EXPECT_EQ(Phase({-0.0, 0.0}), 0.0);
-    EXPECT_EQ(Phase({0.0, 3.0}), pi / 2.0);
-    EXPECT_EQ(Phase({0.0, -3.0}), -pi / 2.0);
-    EXPECT_EQ(Phase({-2.0, 0.0}), pi);
-    EXPECT_EQ(Phase({-2.0, -0.0}), pi);  // not below zero: the upper side of the cut
+    const std::pair<Complex, double> rows[] = {
+        {{0.0, 0.0}, 0.0}, {{-0.0, 0.0}, 0.0}, {{0.0, 3.0}, pi / 2.0}, {{0.0, -3.0}, -pi / 2.0},
+        {{-2.0, 0.0}, pi}, {{-2.0, -0.0}, pi}};  // not below zero: the upper side of the cut
+    for (const auto& [z, phase] : rows) EXPECT_EQ(Phase(z), phase);
     EXPECT_TRUE(std::isnan(Phase({std::numeric_limits<double>::quiet_NaN(), 1.0})));
 }
 

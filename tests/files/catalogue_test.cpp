@@ -1,9 +1,13 @@
-// List files and the catalogue they build.
+// List files and the catalogue they build; a lint of the catalogue that ships with the program.
 #include "files/catalogue.h"
 
 #include <gtest/gtest.h>
 
+#include "base/text.h"
+#include "kernel/graph.h"
+#include "kernel/parameters.h"
 #include "support/holds.h"
+#include "support/paths.h"
 #include "support/temp_dir.h"
 
 namespace photrak {
@@ -88,6 +92,61 @@ TEST_F(CatalogueFiles, DescribesAModelInWords) {
               "      Small signal gain\n"
               "  mode  choice  fast     one of fast slow\n");
     EXPECT_EQ(ListModels(catalogue_), "Channel\n  M  A model\n\nUser models\n  Mine  first\n");
+}
+
+const std::string installDirectory = SourceDir() + "/catalogue/";
+
+class ShippedCatalogue : public testing::Test {
+  protected:
+    void SetUp() override {
+        std::string errorText;
+        ASSERT_EQ(InitializeModels(installDirectory, catalogue_, errorText), Status::Success)
+            << errorText;
+        ASSERT_FALSE(catalogue_.models.empty());
+    }
+    Catalogue catalogue_;
+};
+
+TEST_F(ShippedCatalogue, PortsAreConsistent) {
+    for (const auto& model : catalogue_.models) {
+        SCOPED_TRACE(model->name);
+        EXPECT_FALSE(model->NOTE.empty());
+        EXPECT_TRUE(model->ICON.ends_with("u.bmp")) << model->ICON;
+        // Sources and sinks stand on the ground node.
+        EXPECT_TRUE(1 <= model->MININPUTS && model->MININPUTS <= model->NUMINPUTS &&
+                    model->NUMINPUTS <= model->MAXINPUTS && !model->inputs.empty());
+        EXPECT_TRUE(1 <= model->MINOUTPUTS && model->MINOUTPUTS <= model->NUMOUTPUTS &&
+                    model->NUMOUTPUTS <= model->MAXOUTPUTS && !model->outputs.empty());
+    }
+}
+
+TEST_F(ShippedCatalogue, ParametersCarryWhatARunNeeds) {
+    for (const auto& model : catalogue_.models) {
+        for (const Parameter& parameter : Items(model->parameters)) {
+            SCOPED_TRACE(Concat(model->name, ": ", parameter.name));
+            EXPECT_STRNE(parameter.DESC, "");
+            if (parameter.type == DoubleType) {
+                EXPECT_STRNE(parameter.UNITS, "");
+                EXPECT_STRNE(parameter.STDDEV, "") << "an empty deviation warns at every run";
+                EXPECT_GT(*static_cast<double*>(parameter.min), -1e300) << "no MINVALUE";
+                EXPECT_LT(*static_cast<double*>(parameter.max), 1e300) << "no MAXVALUE";
+            }
+        }
+    }
+}
+
+// A fresh component of every model evaluates and passes its checks without a word.
+TEST_F(ShippedCatalogue, DefaultsEvaluateWithinTheirLimits) {
+    const auto workspace = CreateWorkspace();
+    for (const auto& model : catalogue_.models) {
+        SCOPED_TRACE(model->name);
+        Component* block = AddComponent(*workspace, model->type, model->type, 0, 0, catalogue_);
+        ASSERT_NE(block, nullptr);
+        std::string text;
+        EXPECT_EQ(EvalComponentParams(*block, workspace.get(), text), Status::Success) << text;
+        EXPECT_EQ(CheckPorts(*block, text), Status::Success) << text;
+        EXPECT_EQ(text, "");
+    }
 }
 
 }  // namespace

@@ -32,21 +32,6 @@ TEST(TopologyWriter, DropsWhatASaveIsNotMeantToKeep) {
     EXPECT_FALSE(Holds(text, "BINMETA") || Holds(text, "\nSWEEP"));
 }
 
-TEST(TopologyWriter, PrintsComplexElementsWithoutSeparator) {
-    // By design: 1.5 + 2i reads back as 1.52 + 0i, while a sign separates the two numbers.
-    Catalogue catalogue = SmallCatalogue();
-    ASSERT_TRUE(
-        AddModel(catalogue, "Phasor",
-                 "MAXINPUTS 1\nMAXOUTPUTS 1\nNUMINPUTS 1\nNUMOUTPUTS 1\n"
-                 "PARAM z ComplexArrayType\nROWS 2\nCOLS 1\nDATA\n1.5 2\n1.5 -2\nENDPARAM\n"));
-    const std::string text = Save(*Load(Block("p Phasor", "1", "0"), catalogue).workspace);
-    EXPECT_TRUE(Holds(text, "DATA \n1.52\n1.5-2\nENDPARAM\n"));
-    const Loaded again = Load(text, catalogue);
-    const auto* array = static_cast<ArrayRecord*>(again.Only().parameters->valactual);
-    const auto* z = static_cast<Complex*>(array->data);
-    EXPECT_TRUE(z[0] == (Complex{1.52, 0.0}) && z[1] == (Complex{1.5, -2.0}));
-}
-
 TEST(TopologyWriter, KeepsEveryTextOnItsLine) {
     const Loaded loaded = Load(Block("laser Source", "0", "1"));
     Workspace& w = *loaded.workspace;

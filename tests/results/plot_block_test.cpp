@@ -31,15 +31,6 @@ class PlotBlock : public PlotTest {
     std::string text;
 };
 
-TEST_F(PlotBlock, NamesItsFilesByPrefixRootAndTags) {
-    options.OUTPUTPREFIX = "out_";
-    options.SCANMETA1 = "_i";
-    options.innerCount = options.innerIndex = 2;
-    EXPECT_EQ(PlotFileRoot(options, "a_name", "ro_ot"), "out_ro_ot_i2");
-    options.mode = simMode::innerSweep;
-    EXPECT_EQ(PlotFileRoot(options, "a_name", ""), "phtmpa_name_i2");
-}
-
 TEST_F(PlotBlock, WritesNothingWhenPassesWouldOverwriteEachOther) {
     AddElectrical({{1}, {2}});
     options.PLOTTING = DisplayAllPlots;

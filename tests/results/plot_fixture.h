@@ -44,20 +44,18 @@ class PlotTest : public ::testing::Test {
         return **end;
     }
     ElecSig& AddElectrical(const std::vector<Complex>& samples) {
-        Owned<ElecSig> wave;
-        EXPECT_EQ(Make(wave, CreateElecSig, static_cast<std::int32_t>(samples.size())), 0);
-        std::copy(samples.begin(), samples.end(), wave->elecSamples + 1);
-        wave->tStep = 1e-12;
-        wave->patternLength = 2;
-        return *static_cast<ElecSig*>(AddCell(wave.release(), ElecSigType).sig);
+        ElecSig& wave = Add<ElecSig>(CreateElecSig, samples.size(), ElecSigType);
+        std::copy(samples.begin(), samples.end(), wave.elecSamples + 1);
+        wave.tStep = 1e-12;
+        wave.patternLength = 2;
+        return wave;
     }
     BinSig& AddBits(const std::vector<std::int16_t>& bits) {
-        Owned<BinSig> sig;
-        EXPECT_EQ(Make(sig, CreateBinSig, static_cast<std::int32_t>(bits.size())), 0);
-        std::copy(bits.begin(), bits.end(), sig->bitSequence + 1);
-        sig->bitRate = 10e9;
-        sig->startTime = 0.0;
-        return *static_cast<BinSig*>(AddCell(sig.release(), BinSigType).sig);
+        BinSig& sig = Add<BinSig>(CreateBinSig, bits.size(), BinSigType);
+        std::copy(bits.begin(), bits.end(), sig.bitSequence + 1);
+        sig.bitRate = 10e9;
+        sig.startTime = 0.0;
+        return sig;
     }
     void AddEmptyPort() { AddCell(nullptr, OpSigType); }
     void ClearInputs() { inputs.reset(); }
@@ -77,17 +75,23 @@ class PlotTest : public ::testing::Test {
     Owned<Nodelist> inputs;
 
   private:
+    template <class Sig, class Create>
+    Sig& Add(Create create, std::size_t n, std::int32_t sigType) {
+        Owned<Sig> sig;
+        EXPECT_EQ(Make(sig, create, static_cast<std::int32_t>(n)), 0);
+        return *static_cast<Sig*>(AddCell(sig.release(), sigType).sig);
+    }
     Nodelist& AddCell(void* sig, std::int32_t sigType) {
         Nodelist* cell = nullptr;
         EXPECT_EQ(CreateNodelist(&cell, sigType), 0);
         cell->sig = sig;
-        if (!inputs) {
-            inputs.reset(cell);
-            return *cell;
-        }
         Nodelist* last = inputs.get();
-        while (last->next) last = last->next;
-        last->next = cell;
+        while (last && last->next) last = last->next;
+        if (last) {
+            last->next = cell;
+        } else {
+            inputs.reset(cell);
+        }
         return *cell;
     }
 };

@@ -38,36 +38,22 @@ TEST(SummaryFile, HasASectionForEachRecord) {
     at->noiseFigure = 0.01;
     at->mode = simMode::statistical;
     at->LOOP = 6;
+    const std::string rate = "Bitrate = 1e+10 bps \nPattern length = 128 bits\n",
+                      start = "Start time = -1e-12 s \nDuration = 1.28e-08 s \n",
+                      step = "Time step = 2.5e-12 s \n", line = std::string(48, '=') + "\n";
     EXPECT_EQ(SummaryText(summaries),
               "Optical Signal Summary 100%s\n"
               "Set = 2, Inner Iter = 3, Outer Iter = 4\n"
               "Wavelength = 1.55e-06 m \n"
               "Average = 0.002 W / 3.0103 dBm\n"
-              "Peak noise density = 1e-16 W/Hz / -130 dBm/Hz\n"
-              "Bitrate = 1e+10 bps \n"
-              "Pattern length = 128 bits\n"
-              "Start time = -1e-12 s \n"
-              "Duration = 1.28e-08 s \n"
-              "Time step = 2.5e-12 s \n"
-              "================================================\n"
-              "Electrical Signal Summary 100%s\n"
-              "Set = 2, Stat Run = 5, Loop Iter = 6\n"
-              "Average = 0.002 V\n"
-              "Avg. noise std. dev. = 0.01\n"
-              "Bitrate = 1e+10 bps \n"
-              "Pattern length = 128 bits\n"
-              "Start time = -1e-12 s \n"
-              "Duration = 1.28e-08 s \n"
-              "Time step = 2.5e-12 s \n"
-              "================================================\n"
-              "Binary Signal Summary 100%s\n"
-              "Set = 2\n"
-              "Average = 0.002\n"
-              "Bitrate = 1e+10 bps \n"
-              "Pattern length = 128 bits\n"
-              "Start time = -1e-12 s \n"
-              "Duration = 1.28e-08 s \n"
-              "================================================\n");
+              "Peak noise density = 1e-16 W/Hz / -130 dBm/Hz\n" +
+                  rate + start + step + line +
+                  "Electrical Signal Summary 100%s\n"
+                  "Set = 2, Stat Run = 5, Loop Iter = 6\n"
+                  "Average = 0.002 V\n"
+                  "Avg. noise std. dev. = 0.01\n" +
+                  rate + start + step + line +
+                  "Binary Signal Summary 100%s\nSet = 2\nAverage = 0.002\n" + rate + start + line);
 }
 
 TEST(SummaryFile, IsNamedAfterPortOrNodeAndWrittenOrReportsWhyNot) {
