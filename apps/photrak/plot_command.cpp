@@ -1,8 +1,6 @@
 // photrak plot: results as picture files, on a machine without a display.
 
-#include <charconv>
 #include <filesystem>
-#include <optional>
 
 #include "base/text.h"
 #include "drawing/svg_writer.h"
@@ -10,6 +8,7 @@
 #include "photrak/console.h"
 #include "platform/file_system.h"
 #include "plotting/plot_drawing.h"
+#include "plotting/session.h"
 
 namespace photrak {
 namespace {
@@ -44,19 +43,20 @@ const PictureFormat* FormatOf(const std::string& output) {
     return nullptr;
 }
 
+bool IsFolder(const std::string& output) {
+    return output.ends_with('/') || std::filesystem::is_directory(output);
+}
+
 /// A folder takes one picture for each file, under the file's name.
-std::optional<std::string> OutputFor(const std::string& file, const PlotCommandOptions& options,
-                                     std::string& problem) {
-    if (options.output.ends_with('/') || std::filesystem::is_directory(options.output)) {
-        const auto name = std::filesystem::path(file).filename().string() + ".svg";
-        return (std::filesystem::path(options.output) / name).string();
-    }
-    if (!FormatOf(options.output)) {
-        problem = Concat("'", options.output,
-                         "' is no name of a picture: it must end in .svg, or be a folder");
-        return {};
-    }
-    return options.output;
+std::string OutputFor(const std::string& file, const std::string& output) {
+    if (!IsFolder(output)) return output;
+    return (std::filesystem::path(output) /
+            (std::filesystem::path(file).filename().string() + ".svg"))
+        .string();
+}
+
+std::string FormatProblem(const std::string& output) {
+    return Concat("'", output, "' is no name of a picture: it must end in .svg, or be a folder");
 }
 
 bool Load(const std::string& file, Plot& plot) {
@@ -84,23 +84,40 @@ int Usage(std::string_view problem) {
     return exitStatus::usage;
 }
 
+/// All curves on the axes of the first plot.
+int PlotOverlaid(const CommandOptions& options) {
+    Picture picture;
+    picture.output = options.plot.output;
+    if (!FormatOf(picture.output)) return Usage(FormatProblem(picture.output));
+    if (!Load(options.files.front(), picture.plot)) return exitStatus::failed;
+    for (std::size_t i = 1; i < options.files.size(); ++i) {
+        Plot other;
+        std::string problem;
+        if (!Load(options.files[i], other)) return exitStatus::failed;
+        if (!Overlay(picture.plot, other, problem)) {
+            Report("error", problem);
+            return exitStatus::failed;
+        }
+    }
+    return Write(picture, options) ? exitStatus::success : exitStatus::failed;
+}
+
 }  // namespace
 
 int PlotCommand(const CommandOptions& options) {
     const PlotCommandOptions& wanted = options.plot;
     if (wanted.output.empty()) return Usage("'plot' wants -o OUT.svg: this build has no viewer");
-    const bool intoFolder =
-        wanted.output.ends_with('/') || std::filesystem::is_directory(wanted.output);
-    if (options.files.size() > 1 && !intoFolder) {
-        return Usage(Concat("several plots want a folder behind -o, not '", wanted.output, "'"));
+    if (wanted.overlay) return PlotOverlaid(options);
+    if (options.files.size() > 1 && !IsFolder(wanted.output)) {
+        return Usage(Concat("several plots want a folder for -o, or --overlay; '", wanted.output,
+                            "' is none"));
     }
+    if (!IsFolder(wanted.output) && !FormatOf(wanted.output))
+        return Usage(FormatProblem(wanted.output));
     int status = exitStatus::success;
     for (const std::string& file : options.files) {
         Picture picture;
-        std::string problem;
-        const auto output = OutputFor(file, wanted, problem);
-        if (!output) return Usage(problem);
-        picture.output = *output;
+        picture.output = OutputFor(file, wanted.output);
         if (!Load(file, picture.plot) || !Write(picture, options)) status = exitStatus::failed;
     }
     return status;

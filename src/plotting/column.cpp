@@ -36,7 +36,7 @@ class HalfDigit {
         if (!(size >= decade_ && size < 10.0 * decade_)) {
             decade_ = std::pow(10.0, std::floor(std::log10(size)));
         }
-        return 0.5002e-5 * decade_;
+        return 0.505e-5 * decade_;
     }
 
   private:
@@ -46,9 +46,9 @@ class HalfDigit {
 template <class Original>
 bool LineExplains(const std::vector<double>& values, const Line& line, Original original) {
     const double middle = 0.5 * static_cast<double>(values.size() - 1);
-    // A fit near zero, where a written 0 has no digits, may be off by a part of a step.
+    // The fit is off by a small part of a step, which counts where a written value has few digits.
     const double slack =
-        0.02 * std::fabs(original(line.center + line.slope) - original(line.center));
+        0.2 * std::fabs(original(line.center + line.slope) - original(line.center));
     HalfDigit halfDigit;
     for (std::size_t i = 0; i < values.size(); ++i) {
         const double fitted =
@@ -149,20 +149,18 @@ bool Column::FindExtremes(std::size_t from, std::size_t to, Extremes& found) con
     return any;
 }
 
-GridKind RestoreGrid(std::vector<double>& values) {
-    if (!IsStrictlyUsable(values) || !RoundingShows(values)) return GridKind::None;
+bool RestoreGrid(std::vector<double>& values, GridKind kind) {
+    if (!IsStrictlyUsable(values) || !RoundingShows(values)) return false;
     const auto same = [](double v) { return v; };
     const auto reciprocal = [](double v) { return 1.0 / v; };
-    const Line even = FitLine(values.size(), [&](std::size_t i) { return values[i]; });
-    if (LineExplains(values, even, same)) {
-        TakeLine(values, even, same);
-        return GridKind::Even;
-    }
-    if (values.front() <= 0.0) return GridKind::None;
-    const Line turned = FitLine(values.size(), [&](std::size_t i) { return 1.0 / values[i]; });
-    if (!LineExplains(values, turned, reciprocal)) return GridKind::None;
-    TakeLine(values, turned, reciprocal);
-    return GridKind::EvenReciprocal;
+    const auto restore = [&](auto form) {
+        const Line line = FitLine(values.size(), [&](std::size_t i) { return form(values[i]); });
+        const bool explains = LineExplains(values, line, form);
+        if (explains) TakeLine(values, line, form);
+        return explains;
+    };
+    if (kind == GridKind::Even) return restore(same);
+    return values.front() > 0.0 && restore(reciprocal);
 }
 
 }  // namespace photrak

@@ -69,14 +69,15 @@ class Column {
 };
 
 /// How the grid behind rounded numbers runs.
-enum class GridKind { None, Even, EvenReciprocal };
+enum class GridKind { Even, EvenReciprocal };
 
-/// Finds the even grid behind values that were rounded to six significant digits: x itself even in
-/// the row number (time, frequency), or 1 / x (wavelengths of even frequencies). A straight line is
-/// fitted; it counts when every value is the rounded grid value, and is used only where rounding is
-/// coarse against the step (values repeat or steps differ visibly). `values` then become those of
-/// the grid. Source: least squares over the row number; the error of the mean slope of n rounded
-/// values falls as n^(-3/2).
-GridKind RestoreGrid(std::vector<double>& values);
+/// Finds the even grid behind values that were rounded to six significant digits. `kind` says what
+/// the quantity calls for: time and frequency are even in the row number, wavelengths of even
+/// frequencies in 1 / x (over a narrow band rounding hides the difference, so the numbers alone
+/// cannot tell). A straight line is fitted; it counts when every value is the rounded grid value,
+/// and is used only where rounding shows. `values` then become those of the grid. False when they
+/// stay as they were. Source: least squares over the row number; the error of a slope over n
+/// rounded values falls as n^(-3/2).
+bool RestoreGrid(std::vector<double>& values, GridKind kind);
 
 }  // namespace photrak

@@ -10,6 +10,7 @@
 #include "platform/file_system.h"
 #include "plotting/axis_label.h"
 #include "plotting/data_file.h"
+#include "plotting/eye.h"
 
 namespace photrak {
 namespace {
@@ -36,14 +37,15 @@ class FolderSource : public PlotSource {
 };
 
 /// The first column is x, made even where rounding hid the grid.
-bool ReadTable(const PlotFile& file, PlotSource& source, DataTable& table, std::string& error) {
+bool ReadTable(const PlotFile& file, GridKind grid, PlotSource& source, DataTable& table,
+               std::string& error) {
     std::string text, reason;
     if (!source.ReadData(file.name, text, reason)) {
         error = Concat("'", DrawableText(file.name), "': ", reason);
         return false;
     }
     if (!ReadDataTable(text, file.name, table, error)) return false;
-    if (!table.columns.empty()) RestoreGrid(table.columns[0]);
+    if (!table.columns.empty()) RestoreGrid(table.columns[0], grid);
     return true;
 }
 
@@ -156,12 +158,14 @@ bool LoadPlotText(std::string_view commands, const std::string& path, PlotSource
         error = Concat(plot.name, ": names no data file");
         return false;
     }
+    const GridKind grid =
+        SplitLabel(plot.spec.xLabel).unit == "m" ? GridKind::EvenReciprocal : GridKind::Even;
     std::string problems;
     std::size_t read = 0;
     for (const PlotFile& file : plot.spec.files) {
         DataTable table;
         std::string problem;
-        if (!ReadTable(file, source, table, problem)) {
+        if (!ReadTable(file, grid, source, table, problem)) {
             plot.notes.push_back(Concat(plot.name, ":", file.line, ": ", problem));
             problems += Concat(problems.empty() ? "" : "\n", plot.notes.back());
             continue;
@@ -178,6 +182,7 @@ bool LoadPlotText(std::string_view commands, const std::string& path, PlotSource
         plot.notes.push_back(Concat(plot.name, ": the last row is not whole and was left out"));
     NameCurves(plot);
     NoteOddities(plot);
+    ContinueEye(plot);
     return true;
 }
 

@@ -31,8 +31,9 @@ struct Plot {
     std::string name;  // its last part
     PlotKind kind = PlotKind::Curves;
     std::vector<Curve> curves;
-    std::vector<std::string> notes;  // what was odd about the files
-    bool incomplete = false;         // some data file ends within a row
+    std::optional<double> eyePeriod;  // one interval of an eye that shows two, in units of x
+    std::vector<std::string> notes;   // what was odd about the files
+    bool incomplete = false;          // some data file ends within a row
 };
 
 /// What LoadPlot asks of the disk, so that tests and a viewer that watches can hand it texts.

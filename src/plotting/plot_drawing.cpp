@@ -7,6 +7,7 @@
 #include "drawing/number_text.h"
 #include "plotting/axis_drawing.h"
 #include "plotting/axis_label.h"
+#include "plotting/eye.h"
 #include "plotting/legend.h"
 
 namespace photrak {
@@ -65,9 +66,18 @@ class Painting {
         y_ = MakeAxis(AxisId::Y, plot_.spec.yLabel);
         second_ = MakeAxis(AxisId::Second, plot_.spec.secondLabel);
         hasSecond_ = HasSecondAxis(plot_);
+        MeasureIfEye();
         if (!hasSecond_) return;
         y_.role = RoleOfAxis(false);
         second_.role = RoleOfAxis(true);
+    }
+    void MeasureIfEye() {
+        if (plot_.kind != PlotKind::Eye) return;
+        density_ = StyleOf(plot_, options_.eye) == EyeStyle::Density;
+        if (const auto measures = MeasureEye(plot_)) {
+            eyeText_ = EyeText(*measures, SplitLabel(plot_.spec.xLabel).unit,
+                               SplitLabel(plot_.spec.yLabel).unit);
+        }
     }
     /// With two axes, one that has a single curve takes its color.
     Role RoleOfAxis(bool second) const {
@@ -84,6 +94,7 @@ class Painting {
         std::string text;
         for (const std::string& box : plot_.spec.textBoxes)
             text += (text.empty() ? "" : " \xC2\xB7 ") + box;
+        if (!eyeText_.empty()) text += (text.empty() ? "" : " \xC2\xB7 ") + eyeText_;
         return text;
     }
 
@@ -111,6 +122,7 @@ class Painting {
 
     void ReduceAll() {
         parts_.assign(plot_.curves.size(), {});
+        if (density_) return;
         std::size_t vertices = 0;
         constexpr std::size_t mostVertices =
             4'000'000;  // of a picture; what is beyond is not drawn
@@ -152,6 +164,12 @@ class Painting {
     }
 
     void DrawCurves() {
+        if (density_) {
+            drawing_.Add(GroupBegin{"eye", "Eye diagram: " + eyeText_});
+            drawing_.Add(MakeDensity(plot_, layout_.Map(false), options_.saturation));
+            drawing_.Add(GroupEnd{});
+            return;
+        }
         drawing_.Add(ClipBegin{layout_.pane});
         for (std::size_t i = 0; i < plot_.curves.size(); ++i) {
             if (Shown(i) && i != options_.hovered) DrawCurve(i);
@@ -290,7 +308,8 @@ class Painting {
     Drawing drawing_;
     PlotLayout layout_;
     AxisPicture x_, y_, second_;
-    bool hasSecond_ = false;
+    bool hasSecond_ = false, density_ = false;
+    std::string eyeText_;
     std::vector<Parts> parts_;
     Legend legend_;
     Rect legendBox_;
