@@ -146,7 +146,8 @@ TEST_F(ParamValues, ArraysOfAnotherShapeAreRefusedWithTheNumbers) {
     errorText_.clear();
     EXPECT_EQ(Read(threes + "ENDCOMPONENT\n"), Status::Success) << errorText_;
     EXPECT_EQ(Data<double>("table"), (std::vector<double>{1, 2, 3, 4, 5, 6, 7, 8, 9}));
-    EXPECT_EQ(Read("PARAM taps ComplexArrayType\nROWS 3\nCOLS 3\nENDPARAM\nENDCOMPONENT\n"),
+    EXPECT_EQ(Read("PARAM taps ComplexArrayType\nROWS 3\nCOLS 3\nDATA\n1 2 3 4 5 6\n1 2 3 4 5 6\n"
+                   "1 2 3 4 5 6\nENDPARAM\nENDCOMPONENT\n"),
               Status::Error)
         << "no matrix over ports";
 }

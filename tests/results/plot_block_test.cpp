@@ -50,8 +50,10 @@ TEST_F(PlotBlock, WritesNothingWhenPassesWouldOverwriteEachOther) {
     // A loop of one pass overwrites nothing.
     options.SCANMETA1 = options.SCANMETA2 = options.RUNMETA = "";
     options.NUMRUNSTODO = options.innerCount = options.outerCount = 1;
+    options.SCANPREFIX = "scan_";
+    options.OUTPUTPREFIX = "of a plain run_";
     EXPECT_EQ(Run(), Status::Success);
-    EXPECT_EQ(dir.Files().size(), 4u);
+    EXPECT_TRUE(dir.Has("scan_my_plot.pcs"));
 }
 
 TEST_F(PlotBlock, ObeysThePlottingOption) {

@@ -124,7 +124,8 @@ TEST_F(SignalPlotWriter, StretchesBitsBesideAWaveform) {
     AddBits({0, 1});  // the waveform sets the axis, wherever it stands
     AddElectrical({{1}, {2}, {3}, {4}, {5}, {6}});
     Write(Job(plotFlag::defaultForm));
-    EXPECT_EQ(dir.Read("P_bin.sig"), "0 0\n1e-12 0\n2e-12 0\n3e-12 1\n4e-12 1\n5e-12 0\n");
+    const std::string stretched = "0 0\n1e-12 0\n2e-12 0\n3e-12 1\n4e-12 1\n5e-12 0\n";
+    EXPECT_EQ(dir.Read("P_bin.sig"), stretched);
     EXPECT_EQ(dir.Read("P.pcs"),
               "/xl\"Time (s)\"\n"
               "/yl\"Signal (Real)\"\n"
@@ -138,6 +139,11 @@ TEST_F(SignalPlotWriter, StretchesBitsBesideAWaveform) {
               "/lt\"<< \\# 2\"\n"
               "/lt\">> \\# 1\"\n"
               "/nx1\n");
+    ClearInputs();
+    AddBits({0, 1});
+    AddChannel(AddOptical(), std::vector<Complex>(6));
+    Write(Job(plotFlag::defaultForm));
+    EXPECT_EQ(dir.Read("P_bin.sig"), stretched);
 }
 
 TEST_F(SignalPlotWriter, DrawsLoneBitsOnePerRow) {
