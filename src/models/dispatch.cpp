@@ -43,9 +43,9 @@ Status RunLoadSigBlock(const ModelCall& call) {
 }
 
 constexpr ModelEntry builtInModels[] = {
-    {"PseudoRandomBinarySequenceGenerator", RunPrbs},
-    {"ElectricalSignalGenerator", RunSignalGenerator},
-    {"CustomSignalGenerator", RunCustomSignal},
+    {"PseudoRandomBinarySequenceGenerator", RunPrbs, PrbsParamSpecs},
+    {"ElectricalSignalGenerator", RunSignalGenerator, SignalGeneratorParamSpecs},
+    {"CustomSignalGenerator", RunCustomSignal, CustomSignalParamSpecs},
     {"NonlinearFiberModel", RunFiber},
     {"ElectricalFilter", ElectricalFilter},
     {"ReceiverModel", ReceiverModel},
@@ -70,10 +70,10 @@ constexpr ModelEntry builtInModels[] = {
     {"OpticalDEMUX", RunOpticalDemux},
     {"IdealOpticalSplitter", RunOpticalSplitter},
     {"MultiportOpticalDevice", RunMultiportOpticalDevice},
-    {"AnalogSineGenerator", RunAnalogSine},
-    {"ModeLockedLaserModel", RunModeLockedLaser},
-    {"CWLaserModel", RunCwLaser},
-    {"Modulator", RunModulator},
+    {"AnalogSineGenerator", RunAnalogSine, AnalogSineParamSpecs},
+    {"ModeLockedLaserModel", RunModeLockedLaser, ModeLockedLaserParamSpecs},
+    {"CWLaserModel", RunCwLaser, CwLaserParamSpecs},
+    {"Modulator", RunModulator, ModulatorParamSpecs},
     {"OpticalAmplifier", RunOpticalAmplifier, EdfaParamSpecs},
     {"OpticalFilter", RunOpticalFilter},
     {"SaveSigBlock", RunSaveSigBlock},

@@ -12,7 +12,7 @@ namespace {
 
 struct Sine : Outcome {
     explicit Sine(const AnalogSineParams& params) : Outcome(ElecSigType) {
-        status = AnalogSine(params, &output, text);
+        status = AnalogSine(params, &output, {"tone", text});
     }
     const ElecSig& Wave() const { return Made<ElecSig>(); }
 };
@@ -21,16 +21,15 @@ struct Sine : Outcome {
 void ExpectSine(const ElecSig& wave, const AnalogSineParams& params) {
     const long double turn = 2.0L * std::numbers::pi_v<long double>;
     for (std::int32_t i = 0; i < wave.noPoints; ++i) {
-        const long double turns =
-            static_cast<long double>(params.frequency) * wave.tStep * i + params.phase / 360.0L;
-        const long double expected = params.Voffset + params.Vpp / 2.0L * std::sin(turn * turns);
+        const long double angle =
+            turn * static_cast<long double>(params.frequency) * wave.tStep * i + params.phase;
+        const long double expected = params.Voffset + params.Vpp / 2.0L * std::sin(angle);
         ASSERT_NEAR(wave.elecSamples[i + 1].re, static_cast<double>(expected), 1e-12) << i;
     }
 }
 
 TEST(AnalogSine, FitsWholePeriodsUnlessAperiodic) {
-    const Component bare;
-    AnalogSineParams params = ReadAnalogSineParams(bare);
+    AnalogSineParams params = ReadAnalogSineParams(nullptr);
     const Sine periodic(params);
     const ElecSig& wave = periodic.Wave();
     EXPECT_EQ(wave.noPoints, 128);
@@ -40,7 +39,7 @@ TEST(AnalogSine, FitsWholePeriodsUnlessAperiodic) {
 
     params.mode = "Aperiodic";
     params.frequency = 0.77e9;
-    params.phase = 33.0;
+    params.phase = 0.6;
     const Sine aperiodic(params);
     const ElecSig& other = aperiodic.Wave();
     EXPECT_EQ(std::tuple(other.noPoints, other.tStep, other.bitRate, other.patternLength),
@@ -49,8 +48,7 @@ TEST(AnalogSine, FitsWholePeriodsUnlessAperiodic) {
 }
 
 TEST(AnalogSine, RefusesGridsThatAreNone) {
-    AnalogSineParams params;
-    params.owner = "tone";
+    AnalogSineParams params = ReadAnalogSineParams(nullptr);
     params.noPeriods = INT32_MAX;
     Sine(params).ExpectRefusal("component 'tone': parameter 'noPeriods' is 2.14748e+09");
     params.mode = "Aperiodic";

@@ -19,7 +19,6 @@ constexpr double degree = std::numbers::pi / 180.0;
 /// Two bits of four samples, 1 s apart.
 CustomSignalParams Params(std::string_view type) {
     CustomSignalParams params;
-    params.owner = "scope";
     params.signalType = type;
     params.filename = "wave.txt";
     params.bitRate = 0.25;
@@ -43,7 +42,7 @@ class CustomSignal : public testing::Test {
     std::unique_ptr<Result> Run(const CustomSignalParams& params, std::string_view file) {
         directory.Write("wave.txt", file);
         auto result = std::make_unique<Result>();
-        result->status = Signal_Gen_Custom(params, &result->output, result->text);
+        result->status = Signal_Gen_Custom(params, &result->output, {"scope", result->text});
         return result;
     }
 

@@ -9,6 +9,7 @@
 #include <numbers>
 #include <tuple>
 
+#include "base/units.h"
 #include "support/failure.h"
 #include "support/model_parameters.h"
 #include "support/signals.h"
@@ -22,21 +23,19 @@ constexpr double rounding = 1e-12;  // of a time added up over some hundred samp
 
 CwLaserParams SomeLevel() {
     CwLaserParams params;
-    params.owner = "laser";
     params.peakPower = 4e-3;
     params.wavelength = 1.55e-6;
     params.RIN = 1e-15;
     params.signalType = "TimeSequence";
     params.noSamples = 3;
     params.timeStep = 2 * ps;
-    params.phase = 30.0;
+    params.phase = 30.0 * radiansPerDegree;
     return params;
 }
 
 /// One pulse of 1 W in the middle of 256 samples, 1 ps apart.
 ModeLockedLaserParams OnePulse(std::string_view type, double width) {
     ModeLockedLaserParams params;
-    params.owner = "laser";
     params.type = type;
     params.pattern = "Single";
     params.patternLength = 2;
@@ -51,10 +50,10 @@ ModeLockedLaserParams OnePulse(std::string_view type, double width) {
 
 struct Laser : Outcome {
     explicit Laser(const ModeLockedLaserParams& params) : Outcome(OpSigType) {
-        status = LaserModeLocked(params, &output, text);
+        status = LaserModeLocked(params, &output, {"laser", text});
     }
     explicit Laser(const CwLaserParams& params) : Outcome(OpSigType) {
-        status = LaserCW(params, &output, text);
+        status = LaserCW(params, &output, {"laser", text});
     }
     const OpSig& Channel() const { return *Made<OpSignal>().channels; }
     std::complex<double> Field(std::int32_t i) const { return Value(Channel().Ex_samples[i]); }
@@ -203,8 +202,8 @@ TEST(ModeLockedLaser, RiseTimeThatNoSuperGaussianHasEndsTheRun) {
 TEST(Lasers, ReadNoiseInDecibels) {
     ModelBlock block;
     block.Number("RIN", -140);
-    EXPECT_NEAR(ReadModeLockedLaserParams(block.component).RIN, 1e-14, 1e-26);
-    EXPECT_NEAR(ReadCwLaserParams(block.component).RIN, 1e-14, 1e-26);
+    EXPECT_NEAR(ReadModeLockedLaserParams(block.component.parameters).RIN, 1e-14, 1e-26);
+    EXPECT_NEAR(ReadCwLaserParams(block.component.parameters).RIN, 1e-14, 1e-26);
 }
 
 }  // namespace

@@ -44,7 +44,6 @@ Owned<OpSignal> Light(Owned<OpSig> first, Owned<OpSig> second = nullptr) {
 /// A flat, lossless, unchirped device that passes v = d as it is.
 ModulatorParams Plain(std::string_view type) {
     ModulatorParams params;
-    params.owner = "mod";
     params.modulationType = type;
     params.fittingType = "Coefficients";
     params.levelShift = false;
@@ -55,7 +54,7 @@ ModulatorParams Plain(std::string_view type) {
 struct Modulated : Outcome {
     Modulated(const ModulatorParams& params, ElecSig* drive, OpSignal* light) : Outcome(OpSigType) {
         Nodelist second{nullptr, ElecSigType, drive}, first{&second, OpSigType, light};
-        status = Modulator(params, &first, &output, text);
+        status = Modulator(params, &first, &output, {"mod", text});
     }
     /// On a level of 1 sqrt(W).
     Modulated(const ModulatorParams& params, const Owned<ElecSig>& drive)
@@ -115,7 +114,11 @@ TEST(Modulator, ResponseScalesEachFrequencyOfTheDriveAndItsMean) {
     params.power = -0.5;
     params.coef1 = 2.0;
     params.coef2 = 0.016;
-    params.a = {1.0, -0.01, 2e-5, 1e-8, -1e-10};
+    params.a0 = 1.0;
+    params.a1 = -0.01;
+    params.a2 = 2e-5;
+    params.a3 = 1e-8;
+    params.a4 = -1e-10;
     params.vBias = 100.0;  // keeps v positive
     const std::pair<std::string_view, std::function<double(double f)>> rows[] = {
         {"fOffset", [](double f) { return std::sqrt(1 / (20.0 + f)); }},

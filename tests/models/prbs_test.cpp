@@ -29,7 +29,7 @@ Owned<Nodelist> OutputCells(int count) {
 Generated Generate(const PrbsParams& params, int ports = 1) {
     Generated result;
     const Owned<Nodelist> cells = OutputCells(ports);
-    result.status = PRBS_Generator(params, cells.get(), result.text);
+    result.status = PRBS_Generator(params, cells.get(), {"block", result.text});
     for (const Nodelist& cell : Items(cells.get())) {
         if (!cell.sig) continue;
         EXPECT_EQ(cell.sigType, BinSigType);
@@ -180,7 +180,7 @@ TEST(Prbs, TellsOfTheOutputsOfACustomPatternByTheOtherName) {
     const Owned<Nodelist> cells = OutputCells(1);
     std::string text;
     RefuseAllocationsFrom(3);  // behind the pattern and its bits
-    EXPECT_EQ(PRBS_Generator(params, cells.get(), text), Status::Error);
+    EXPECT_EQ(PRBS_Generator(params, cells.get(), {"block", text}), Status::Error);
     RefuseAllocationsFrom(-1);
     EXPECT_TRUE(text.ends_with("to binary signal in PRBS_Generator().\n")) << text;
 }

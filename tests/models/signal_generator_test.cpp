@@ -33,7 +33,6 @@ Owned<BinSig> Pattern(const Bits& bits) {
 
 SignalGeneratorParams Params(std::string driveType, std::int32_t pointsPerBit = 5) {
     SignalGeneratorParams params;
-    params.owner = "drive";
     params.driveType = std::move(driveType);
     params.pointsPerBit = pointsPerBit;
     params.Vmax = 2.5;
@@ -50,7 +49,7 @@ struct Generated : Outcome {
     Generated(const SignalGeneratorParams& params, const Bits& bits) : Outcome(ElecSigType) {
         const Owned<BinSig> pattern = Pattern(bits);
         const Nodelist input{nullptr, BinSigType, pattern.get()};
-        status = Signal_Generator(params, &input, &output, text);
+        status = Signal_Generator(params, &input, &output, {"drive", text});
     }
     const ElecSig& Wave() const { return Made<ElecSig>(); }
 };

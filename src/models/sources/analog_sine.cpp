@@ -2,39 +2,45 @@
 #include "models/sources/analog_sine.h"
 
 #include <cmath>
-#include <numbers>
 
 #include "base/text.h"
 #include "base/units.h"
-#include "kernel/parameters.h"
-#include "models/common/parameter_limits.h"
-#include "models/common/refusals.h"
 #include "models/sources/drive_signal.h"
 
 namespace photrak {
 namespace {
+
+constexpr ParamRow<AnalogSineParams> rows[] = {
+    {"Vpp", &AnalogSineParams::Vpp, 1.0},
+    {"Voffset", &AnalogSineParams::Voffset, 0.5},
+    {"frequency", &AnalogSineParams::frequency, 1e9},
+    {"phase", &AnalogSineParams::phase, -90.0, Range::Finite, ParamUnit::Degrees},
+    {"ptsPerPeriod", &AnalogSineParams::ptsPerPeriod, 5},
+    {"noPeriods", &AnalogSineParams::noPeriods, 2},
+    {"noSamples", &AnalogSineParams::noSamples, 12},
+    {"timeStep", &AnalogSineParams::timeStep, 3.125e-12},
+    {"mode", &AnalogSineParams::mode, "Periodic", Words{"Periodic Aperiodic"}}};
 
 struct Grid {
     std::int32_t noPoints = 0, patternLength = 0;
     double tStep = 0.0, bitRate = 0.0;
 };
 
-Status CheckExponent(const AnalogSineParams& params, std::string_view name, std::int64_t exponent,
-                     std::string& errorText) {
+Status CheckExponent(std::string_view name, std::int64_t exponent, const ModelReport& report) {
     if (exponent >= 0 && exponent <= maxDriveExponent) return Status::Success;
-    return RefuseParameter(params.owner, name, static_cast<double>(exponent),
-                           Concat("an exponent of 2 from 0 to ", maxDriveExponent), errorText);
+    return report.RefuseValue(name, static_cast<double>(exponent),
+                              Concat("an exponent of 2 from 0 to ", maxDriveExponent));
 }
 
-Status MakeAperiodicGrid(const AnalogSineParams& params, Grid& grid, std::string& errorText) {
-    const Status status = CheckExponent(params, "noSamples", params.noSamples, errorText);
+Status MakeAperiodicGrid(const AnalogSineParams& params, Grid& grid, const ModelReport& report) {
+    const Status status = CheckExponent("noSamples", params.noSamples, report);
     if (status != Status::Success) return status;
     grid.noPoints = std::int32_t{1} << params.noSamples;
     grid.tStep = params.timeStep;
-    return CheckRange(params.owner, "timeStep", params.timeStep, Range::Positive, errorText);
+    return CheckRange(report, "timeStep", params.timeStep, Range::Positive);
 }
 
-Status MakePeriodicGrid(const AnalogSineParams& params, Grid& grid, std::string& errorText) {
+Status MakePeriodicGrid(const AnalogSineParams& params, Grid& grid, const ModelReport& report) {
     const struct {
         std::string_view name;
         std::int64_t exponent;
@@ -43,7 +49,7 @@ Status MakePeriodicGrid(const AnalogSineParams& params, Grid& grid, std::string&
         {"noPeriods", params.noPeriods},
         {"ptsPerPeriod + noPeriods", std::int64_t{params.ptsPerPeriod} + params.noPeriods}};
     for (const auto& [name, exponent] : exponents) {
-        const Status status = CheckExponent(params, name, exponent, errorText);
+        const Status status = CheckExponent(name, exponent, report);
         if (status != Status::Success) return status;
     }
     const std::int32_t periods = std::int32_t{1} << params.noPeriods;
@@ -53,57 +59,42 @@ Status MakePeriodicGrid(const AnalogSineParams& params, Grid& grid, std::string&
     grid.tStep = 1.0 / (samplesPerPeriod * params.frequency);
     grid.bitRate = 2.0 * params.frequency;
     if (!(std::isfinite(grid.tStep) && std::isfinite(grid.bitRate))) {
-        return RefuseParameter(params.owner, "frequency", params.frequency,
-                               "a frequency that has a period", errorText);
+        return report.RefuseValue("frequency", params.frequency, "a frequency that has a period");
     }
-    return CheckRange(params.owner, "frequency", params.frequency, Range::Positive, errorText);
+    return CheckRange(report, "frequency", params.frequency, Range::Positive);
 }
 
-constexpr ParameterLimit<AnalogSineParams> limits[] = {
-    {"Vpp", &AnalogSineParams::Vpp, Range::Finite},
-    {"Voffset", &AnalogSineParams::Voffset, Range::Finite},
-    {"frequency", &AnalogSineParams::frequency, Range::Finite},
-    {"phase", &AnalogSineParams::phase, Range::Finite}};
-
 void FillSine(const AnalogSineParams& params, ElecSig& sig) {
-    const double perSample = 2.0 * std::numbers::pi * params.frequency * sig.tStep;
-    const double start = params.phase * radiansPerDegree;
+    const double perSample = twoPi * params.frequency * sig.tStep;
     for (std::int32_t i = 0; i < sig.noPoints; ++i) {
         sig.elecSamples[i + 1].re =
-            params.Vpp / 2.0 * std::sin(perSample * i + start) + params.Voffset;
+            params.Vpp / 2.0 * std::sin(perSample * i + params.phase) + params.Voffset;
     }
 }
 
 }  // namespace
 
-AnalogSineParams ReadAnalogSineParams(const Component& component) {
-    Parameter* list = component.parameters;
+std::vector<ParamSpec> AnalogSineParamSpecs() {
+    return SpecsOf(rows);
+}
+
+AnalogSineParams ReadAnalogSineParams(Parameter* parameters) {
     AnalogSineParams params;
-    params.owner = component.name;
-    params.Vpp = GetParamDouble(list, "Vpp", params.Vpp);
-    params.Voffset = GetParamDouble(list, "Voffset", params.Voffset);
-    params.frequency = GetParamDouble(list, "frequency", params.frequency);
-    params.phase = GetParamDouble(list, "phase", params.phase);
-    params.ptsPerPeriod = GetParamInt(list, "ptsPerPeriod", params.ptsPerPeriod);
-    params.noPeriods = GetParamInt(list, "noPeriods", params.noPeriods);
-    params.noSamples = GetParamInt(list, "noSamples", params.noSamples);
-    params.timeStep = GetParamDouble(list, "timeStep", params.timeStep);
-    params.mode = GetParamText(list, "mode", "Periodic");
+    ReadParams(rows, parameters, params);
     return params;
 }
 
-Status AnalogSine(const AnalogSineParams& params, Nodelist* output, std::string& errorText) {
-    if (!output) return RefuseComponent(params.owner, "no output port", errorText);
-    Status status = CheckLimits<AnalogSineParams>(params, limits, errorText);
+Status AnalogSine(const AnalogSineParams& params, Nodelist* output, const ModelReport& report) {
+    if (!output) return report.Refuse("no output port");
+    Status status = CheckParams(rows, params, report);
     if (status != Status::Success) return status;
     Grid grid;
-    status = params.mode == "Aperiodic" ? MakeAperiodicGrid(params, grid, errorText)
-                                        : MakePeriodicGrid(params, grid, errorText);
+    status = params.mode == "Aperiodic" ? MakeAperiodicGrid(params, grid, report)
+                                        : MakePeriodicGrid(params, grid, report);
     if (status != Status::Success) return status;
     Owned<ElecSig> sig;
     if (Make(sig, CreateElecSig, grid.noPoints)) {
-        errorText += "Can't create electrical signal.";
-        return Status::Error;
+        return report.Fail("Can't create electrical signal.");
     }
     sig->tStep = grid.tStep;
     sig->bitRate = grid.bitRate;
@@ -115,7 +106,7 @@ Status AnalogSine(const AnalogSineParams& params, Nodelist* output, std::string&
 }
 
 Status RunAnalogSine(const ModelCall& call) {
-    return AnalogSine(ReadAnalogSineParams(call.component), call.outputs, call.errorText);
+    return AnalogSine(ReadAnalogSineParams(call.component.parameters), call.outputs, call);
 }
 
 }  // namespace photrak

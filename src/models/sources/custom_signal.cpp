@@ -5,10 +5,7 @@
 #include <vector>
 
 #include "base/text.h"
-#include "kernel/parameters.h"
 #include "kernel/sample_arrays.h"
-#include "models/common/parameter_limits.h"
-#include "models/common/refusals.h"
 #include "models/sources/custom_table.h"
 #include "models/sources/drive_signal.h"
 #include "numeric/interpolation.h"
@@ -16,10 +13,15 @@
 namespace photrak {
 namespace {
 
-Status Fail(std::string_view text, std::string& errorText) {
-    errorText.append(text);
-    return Status::Error;
-}
+constexpr ParamRow<CustomSignalParams> rows[] = {
+    {"signalType", &CustomSignalParams::signalType, "VOLTAGE",
+     Words{"VOLTAGE CURRENT OPTICALDBM OPTICALWATT OPTICAL_REAL_IMAG OPTICAL_AMP_PHASE "
+           "OPTICAL_AMP_PHASE_RAD OPTICAL_POWER_PHASE"}},
+    {"filename", &CustomSignalParams::filename, ""},
+    {"bitRate", &CustomSignalParams::bitRate, 1e10, Range::Positive},
+    {"pointsPerBit", &CustomSignalParams::pointsPerBit, 32},
+    {"patternLength", &CustomSignalParams::patternLength, 128},
+    {"wavelength", &CustomSignalParams::wavelength, 1.55e-6}};
 
 /// The samples of either kind of signal.
 struct SampleView {
@@ -44,14 +46,15 @@ class Doubts {
                                 ", imag input = ", sample.im, ", error = ", error, "\n"));
     }
 
-    Status Report(std::string_view owner, std::string& errorText) const {
+    Status Report(const ModelReport& report) const {
         if (count_ == 0) return Status::Success;
         if (count_ == texts_.size()) {
-            for (const std::string& text : texts_) errorText += text;
+            for (const std::string& text : texts_) report.errorText += text;
             return Status::Warning;
         }
-        errorText += texts_.front();
-        errorText += Concat("component '", owner, "': this concerns ", count_, " samples\n");
+        report.errorText += texts_.front();
+        report.errorText +=
+            Concat("component '", report.owner, "': this concerns ", count_, " samples\n");
         return Status::Warning;
     }
 
@@ -72,16 +75,14 @@ bool PointsKeepApart(const CustomTable& table, double t) {
 }
 
 Status Resample(const CustomSignalParams& params, const CustomTable& table, const SampleView& view,
-                std::string& errorText) {
+                const ModelReport& report) {
     Doubts doubts;
     const double first = table.time.get()[1];
     for (std::int32_t i = 1; i <= view.noPoints; ++i) {
         const double t = first + (i - 1) * view.tStep;
         if (!PointsKeepApart(table, t)) {
-            return RefuseComponent(params.owner,
-                                   Concat("the times of '", params.filename,
-                                          "' lie too close for the time step ", view.tStep, " s"),
-                                   errorText);
+            return report.Refuse("the times of '", params.filename,
+                                 "' lie too close for the time step ", view.tStep, " s");
         }
         Complex& sample = view.samples[i];
         double realError = 0.0, imaginaryError = 0.0;
@@ -89,16 +90,14 @@ Status Resample(const CustomSignalParams& params, const CustomTable& table, cons
         PolyInt4(t, table.time.get(), table.imaginary.get(), table.rows, &sample.im,
                  &imaginaryError);
         if (!std::isfinite(sample.re) || !std::isfinite(sample.im)) {
-            return RefuseComponent(params.owner,
-                                   Concat("the interpolation of '", params.filename,
-                                          "' leaves the range of numbers at ", t, " s"),
-                                   errorText);
+            return report.Refuse("the interpolation of '", params.filename,
+                                 "' leaves the range of numbers at ", t, " s");
         }
         const double error =
             std::fabs(imaginaryError) > std::fabs(realError) ? imaginaryError : realError;
         if (error != 0.0 && Magnitude(sample) <= std::fabs(error)) doubts.Add(t, sample, error);
     }
-    return doubts.Report(params.owner, errorText);
+    return doubts.Report(report);
 }
 
 /// Bits by the middle sample of each against the middle between the extremes.
@@ -119,9 +118,9 @@ void DecideBits(const CustomSignalParams& params, const SampleView& view, BinSig
 }
 
 Status MakeBits(const CustomSignalParams& params, const SampleView& view, Owned<BinSig>& bits,
-                std::string& errorText) {
+                const ModelReport& report) {
     if (Make(bits, CreateBinSig, params.patternLength)) {
-        return Fail("Error in creating Binary Signal in Signal_Gen_Custom().\n", errorText);
+        return report.Fail("Error in creating Binary Signal in Signal_Gen_Custom().\n");
     }
     bits->bitRate = params.bitRate;
     bits->startTime = view.startTime;
@@ -129,12 +128,11 @@ Status MakeBits(const CustomSignalParams& params, const SampleView& view, Owned<
     return Status::Success;
 }
 
-Status CheckParams(const CustomSignalParams& params, const CustomSampleForm& form,
-                   std::int32_t& noPoints, std::string& errorText) {
-    Status status = CheckRange(params.owner, "bitRate", params.bitRate, Range::Positive, errorText);
+Status CheckSettings(const CustomSignalParams& params, const CustomSampleForm& form,
+                     std::int32_t& noPoints, const ModelReport& report) {
+    Status status = CheckParams(rows, params, report);
     if (status == Status::Success && form.sigType == OpSigType) {
-        status =
-            CheckRange(params.owner, "wavelength", params.wavelength, Range::Positive, errorText);
+        status = CheckRange(report, "wavelength", params.wavelength, Range::Positive);
     }
     if (status != Status::Success) return status;
     const bool counts = params.pointsPerBit > 0 && params.patternLength > 0 &&
@@ -142,11 +140,9 @@ Status CheckParams(const CustomSignalParams& params, const CustomSampleForm& for
                         noPoints <= maxDriveSamples;
     const double tStep = 1.0 / (params.pointsPerBit * params.bitRate);
     if (counts && tStep > 0.0 && std::isfinite(tStep)) return Status::Success;
-    return RefuseComponent(
-        params.owner,
-        Concat(params.patternLength, " bits of ", params.pointsPerBit, " samples at ",
-               params.bitRate, " bit/s make no signal of 1 to ", maxDriveSamples, " samples"),
-        errorText);
+    return report.Refuse(params.patternLength, " bits of ", params.pointsPerBit, " samples at ",
+                         params.bitRate, " bit/s make no signal of 1 to ", maxDriveSamples,
+                         " samples");
 }
 
 /// Fields that both kinds of waveform have under the same names.
@@ -167,10 +163,10 @@ struct CustomWave {
 
 Status MakeWave(const CustomSignalParams& params, const CustomSampleForm& form,
                 const CustomTable& table, std::int32_t noPoints, CustomWave& wave,
-                std::string& errorText) {
+                const ModelReport& report) {
     if (form.sigType == ElecSigType) {
         if (Make(wave.electrical, CreateElecSig, noPoints)) {
-            return Fail("Error in creating ElecSig in Signal_Gen_Custom().\n", errorText);
+            return report.Fail("Error in creating ElecSig in Signal_Gen_Custom().\n");
         }
         ElecSig& sig = *wave.electrical;
         sig.UnitType = static_cast<std::int16_t>(form.unitType);
@@ -179,7 +175,7 @@ Status MakeWave(const CustomSignalParams& params, const CustomSampleForm& form,
         return Status::Success;
     }
     if (Make(wave.optical, CreateOpSignalWithSig, noPoints)) {
-        return Fail("Error in creating OpSig in Signal_Gen_Custom().\n", errorText);
+        return report.Fail("Error in creating OpSig in Signal_Gen_Custom().\n");
     }
     OpSig& sig = *wave.optical->channels;
     sig.wavelength = params.wavelength;
@@ -190,41 +186,37 @@ Status MakeWave(const CustomSignalParams& params, const CustomSampleForm& form,
 
 }  // namespace
 
-CustomSignalParams ReadCustomSignalParams(const Component& component) {
-    Parameter* list = component.parameters;
+std::vector<ParamSpec> CustomSignalParamSpecs() {
+    return SpecsOf(rows);
+}
+
+CustomSignalParams ReadCustomSignalParams(Parameter* parameters) {
     CustomSignalParams params;
-    params.owner = component.name;
-    params.signalType = GetParamText(list, "signalType", "VOLTAGE");
-    params.filename = GetParamText(list, "filename", "");
-    params.bitRate = GetParamDouble(list, "bitRate", 10e9);
-    params.pointsPerBit = GetParamInt(list, "pointsPerBit", 32);
-    params.patternLength = GetParamInt(list, "patternLength", 128);
-    params.wavelength = GetParamDouble(list, "wavelength", 1550e-9);
+    ReadParams(rows, parameters, params);
     return params;
 }
 
 Status Signal_Gen_Custom(const CustomSignalParams& params, Nodelist* outputs,
-                         std::string& errorText) {
+                         const ModelReport& report) {
     const CustomSampleForm* form = FindCustomSampleForm(params.signalType);
     if (!form) {
-        return Fail(FillIn("ERROR: signal type of component %s invalid\n", {params.owner}),
-                    errorText);
+        return report.Fail(FillIn("ERROR: signal type of component %s invalid\n", {report.owner}));
     }
-    if (!outputs) return RefuseComponent(params.owner, "no output port", errorText);
+    if (!outputs) return report.Refuse("no output port");
     std::int32_t noPoints = 0;
     CustomTable table;
-    Status status = CheckParams(params, *form, noPoints, errorText);
+    Status status = CheckSettings(params, *form, noPoints, report);
     if (status == Status::Success) {
-        status = ReadCustomTable(*form, params.owner, params.filename, table, errorText);
+        status = ReadCustomTable(*form, params.filename, table, report);
     }
     CustomWave wave;
     if (status == Status::Success) {
-        status = MakeWave(params, *form, table, noPoints, wave, errorText);
+        status = MakeWave(params, *form, table, noPoints, wave, report);
     }
-    if (status == Status::Success) status = Resample(params, table, wave.view, errorText);
+    if (status == Status::Success) status = Resample(params, table, wave.view, report);
     if (status == Status::Error) return status;
     Owned<BinSig> bits;
-    if (MakeBits(params, wave.view, bits, errorText) != Status::Success) return Status::Error;
+    if (MakeBits(params, wave.view, bits, report) != Status::Success) return Status::Error;
 
     outputs->sigType = form->sigType;
     outputs->sig = form->sigType == ElecSigType ? static_cast<void*>(wave.electrical.release())
@@ -237,7 +229,7 @@ Status Signal_Gen_Custom(const CustomSignalParams& params, Nodelist* outputs,
 }
 
 Status RunCustomSignal(const ModelCall& call) {
-    return Signal_Gen_Custom(ReadCustomSignalParams(call.component), call.outputs, call.errorText);
+    return Signal_Gen_Custom(ReadCustomSignalParams(call.component.parameters), call.outputs, call);
 }
 
 }  // namespace photrak

@@ -9,7 +9,6 @@
 namespace photrak {
 
 struct CustomSignalParams {
-    std::string owner;       // the component's name, for messages
     std::string signalType;  // "VOLTAGE", "OPTICALWATT", ...: models/sources/custom_table.h
     std::string filename;
     double bitRate = 0.0;  // bit/s
@@ -18,12 +17,14 @@ struct CustomSignalParams {
     double wavelength = 0.0;  // of an optical signal, m
 };
 
-CustomSignalParams ReadCustomSignalParams(const Component& component);
+/// The rows of its table, and the record read from them.
+std::vector<ParamSpec> CustomSignalParamSpecs();
+CustomSignalParams ReadCustomSignalParams(Parameter* parameters);
 
 /// Stores the waveform in the first output cell and its bits in the second. A warning tells of
 /// samples whose interpolation is uncertain, an error leaves the cells empty.
 Status Signal_Gen_Custom(const CustomSignalParams& params, Nodelist* outputs,
-                         std::string& errorText);
+                         const ModelReport& report);
 
 /// The model.
 Status RunCustomSignal(const ModelCall& call);

@@ -8,7 +8,6 @@
 #include "base/text.h"
 #include "base/units.h"
 #include "kernel/sample_arrays.h"
-#include "models/common/refusals.h"
 #include "platform/file_system.h"
 
 namespace photrak {
@@ -35,7 +34,7 @@ constexpr CustomSampleForm forms[] = {
     {"CURRENT", ElecSigType, CurrentUnit, 1, Plain},
     {"OPTICALDBM", OpSigType, VoltageUnit, 1,
      [](double dbm, double) {
-         return Complex{std::sqrt(std::pow(10.0, 0.1 * dbm) * wattsPerMilliwatt), 0.0};
+         return Complex{std::sqrt(WattsFromDbm(dbm)), 0.0};
      }},
     {"OPTICALWATT", OpSigType, VoltageUnit, 1,
      [](double power, double) {
@@ -69,9 +68,9 @@ bool StartsWithNumber(std::string_view line) {
 
 class TableReader {
   public:
-    TableReader(const CustomSampleForm& form, std::string_view owner, const std::string& filename,
-                CustomTable& table, std::string& errorText)
-        : form_(form), owner_(owner), filename_(filename), table_(table), errorText_(errorText) {}
+    TableReader(const CustomSampleForm& form, const std::string& filename, CustomTable& table,
+                const ModelReport& report)
+        : form_(form), filename_(filename), table_(table), report_(report) {}
 
     Status Read(std::string_view text) {
         const auto lines =
@@ -81,8 +80,8 @@ class TableReader {
             return Refuse(0, Concat("has more than ", maxCustomLines, " lines"));
         }
         if (!Reserve(static_cast<std::int32_t>(lines))) {
-            errorText_ += "Insufficient memory for dynamic allocation in Signal_Gen_Custom().\n";
-            return Status::Error;
+            return report_.Fail(
+                "Insufficient memory for dynamic allocation in Signal_Gen_Custom().\n");
         }
         LineReader reader(text, filename_);
         while (reader.Next()) {
@@ -97,8 +96,7 @@ class TableReader {
   private:
     Status Refuse(int line, std::string_view reason) {
         const std::string place = line > 0 ? Concat(", line ", line, ",") : "";
-        return RefuseComponent(
-            owner_, Concat("custom signal file '", filename_, "'", place, " ", reason), errorText_);
+        return report_.Refuse("custom signal file '", filename_, "'", place, " ", reason);
     }
 
     bool Reserve(std::int32_t rows) {
@@ -142,10 +140,9 @@ class TableReader {
     }
 
     const CustomSampleForm& form_;
-    std::string_view owner_;
     const std::string& filename_;
     CustomTable& table_;
-    std::string& errorText_;
+    const ModelReport& report_;
 };
 
 }  // namespace
@@ -157,15 +154,15 @@ const CustomSampleForm* FindCustomSampleForm(std::string_view signalType) {
     return form == std::end(forms) ? nullptr : form;
 }
 
-Status ReadCustomTable(const CustomSampleForm& form, std::string_view owner,
-                       const std::string& filename, CustomTable& table, std::string& errorText) {
+Status ReadCustomTable(const CustomSampleForm& form, const std::string& filename,
+                       CustomTable& table, const ModelReport& report) {
     std::string text, reason;
     if (!ReadWholeFile(filename, text, reason, maxCustomFileBytes)) {
-        errorText += FillIn("Cannot open file: %s.\n", {filename});
-        errorText += Concat("  component '", owner, "': ", reason, "\n");
+        report.errorText += FillIn("Cannot open file: %s.\n", {filename});
+        report.errorText += Concat("  component '", report.owner, "': ", reason, "\n");
         return Status::Error;
     }
-    return TableReader(form, owner, filename, table, errorText).Read(text);
+    return TableReader(form, filename, table, report).Read(text);
 }
 
 }  // namespace photrak

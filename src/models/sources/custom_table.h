@@ -7,7 +7,7 @@
 
 #include "base/complex.h"
 #include "base/memory.h"
-#include "base/status.h"
+#include "kernel/model_report.h"
 
 namespace photrak {
 
@@ -32,8 +32,8 @@ struct CustomTable {
     OwnedBlock<double> real, imaginary;  // V, A or sqrt(W)
 };
 
-/// Reads the file into the table. An error names the component `owner`, the file and the line.
-Status ReadCustomTable(const CustomSampleForm& form, std::string_view owner,
-                       const std::string& filename, CustomTable& table, std::string& errorText);
+/// Reads the file into the table. An error names the file and the line.
+Status ReadCustomTable(const CustomSampleForm& form, const std::string& filename,
+                       CustomTable& table, const ModelReport& report);
 
 }  // namespace photrak

@@ -3,13 +3,12 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numbers>
 
 #include "base/text.h"
 #include "base/units.h"
+#include "kernel/param_table.h"
 #include "models/common/electrical_spectrum.h"
-#include "models/common/parameter_limits.h"
-#include "models/common/refusals.h"
+#include "models/common/sampling.h"
 #include "numeric/fft.h"
 
 namespace photrak {
@@ -22,7 +21,7 @@ constexpr double timeConstantPerRiseTime = 0.45511960861898226;
 /// First-order low-pass: 1 / (1 + j 2 pi f tau).
 Complex LowPass(const DriveFilterParams& params, double f) {
     const double tau = params.riseTime * timeConstantPerRiseTime;
-    return 1.0 / Complex{1.0, 2.0 * pi * f * tau};
+    return 1.0 / Complex{1.0, twoPi * f * tau};
 }
 
 /// Blackman's window as a taper over frequency: 1 at DC, 0 at half the sample rate. It keeps the
@@ -50,30 +49,28 @@ struct FilterType {
 constexpr FilterType filterTypes[] = {
     {"RingFilter", RingFilter}, {"RCFilter", RcFilter}, {"None", nullptr}, {"none", nullptr}};
 
-Status CheckRing(const DriveFilterParams& params, std::string& errorText) {
-    constexpr ParameterLimit<DriveFilterParams> limits[] = {
-        {"f0", &DriveFilterParams::f0, Range::NotZero},
-        {"gamma", &DriveFilterParams::gamma, Range::Finite}};
-    return CheckLimits<DriveFilterParams>(params, limits, errorText);
+Status CheckRing(const DriveFilterParams& params, const ModelReport& report) {
+    const Status status = CheckRange(report, "f0", params.f0, Range::NotZero);
+    if (status != Status::Success) return status;
+    return CheckRange(report, "gamma", params.gamma, Range::Finite);
 }
 
 }  // namespace
 
-Status FilterDrive(const DriveFilterParams& params, ElecSig& wave, std::string& errorText) {
+Status FilterDrive(const DriveFilterParams& params, ElecSig& wave, const ModelReport& report) {
     const auto* type =
         std::find_if(std::begin(filterTypes), std::end(filterTypes),
                      [&](const FilterType& candidate) { return candidate.word == params.type; });
     if (type == std::end(filterTypes)) {
-        errorText +=
-            FillIn("Error filter pattern type for the signal generator: %s\n", {params.type});
-        errorText += "Allowed types are 'RingFilter', 'RCFilter' and 'none'.\n";
-        return Status::Error;
+        return report.Fail(
+            FillIn("Error filter pattern type for the signal generator: %s\n", {params.type}),
+            "Allowed types are 'RingFilter', 'RCFilter' and 'none'.\n");
     }
     if (!type->response) return Status::Success;
     const std::int32_t n = wave.noPoints;
-    Status status = CheckSampling(n, wave.tStep, 1, params.owner, errorText);
+    Status status = CheckSampling(n, wave.tStep, 1, report);
     if (status == Status::Success && type->response == RingFilter) {
-        status = CheckRing(params, errorText);
+        status = CheckRing(params, report);
     }
     if (status != Status::Success) return status;
 
@@ -86,8 +83,7 @@ Status FilterDrive(const DriveFilterParams& params, ElecSig& wave, std::string& 
     });
     ReturnToTime(wave.fftView, n);
     if (!finite) {
-        return RefuseComponent(
-            params.owner, "the ring filter has no damping at a frequency of the signal", errorText);
+        return report.Refuse("the ring filter has no damping at a frequency of the signal");
     }
     // What is left of the imaginary parts is rounding.
     for (std::int32_t i = 1; i <= n; ++i) wave.elecSamples[i].im = 0.0;

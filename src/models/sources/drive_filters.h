@@ -6,12 +6,11 @@
 #include <string_view>
 
 #include "base/complex.h"
-#include "base/status.h"
+#include "kernel/model_report.h"
 
 namespace photrak {
 
 struct DriveFilterParams {
-    std::string owner;      // the component's name, for messages
     std::string type;       // "RCFilter", "RingFilter", "None" or "none"
     double riseTime = 0.0;  // 10 % to 90 %, s
     double f0 = 0.0;        // resonance of the ring, Hz
@@ -20,6 +19,6 @@ struct DriveFilterParams {
 
 /// Filters a real waveform whose number of samples must be a power of two unless the type is "None"
 /// or "none". Any other type, and a ring without a resonance, is an error with a text appended.
-Status FilterDrive(const DriveFilterParams& params, ElecSig& wave, std::string& errorText);
+Status FilterDrive(const DriveFilterParams& params, ElecSig& wave, const ModelReport& report);
 
 }  // namespace photrak

@@ -8,34 +8,21 @@
 
 #include "base/text.h"
 #include "base/units.h"
-#include "kernel/parameters.h"
-#include "models/common/parameter_limits.h"
-#include "models/common/refusals.h"
 #include "numeric/roots.h"
 
 namespace photrak {
 namespace {
 
-double FromDecibels(double powerRatioDb) {
-    return std::pow(10.0, 0.1 * powerRatioDb);
-}
-
-Status Fail(std::string_view text, std::string& errorText) {
-    errorText.append(text);
-    return Status::Error;
-}
-
-Status CheckExponent(std::string_view owner, std::string_view name, std::int32_t exponent,
-                     std::string& errorText) {
+Status CheckExponent(std::string_view name, std::int32_t exponent, const ModelReport& report) {
     if (exponent >= 0 && exponent <= maxLaserExponent) return Status::Success;
-    return RefuseParameter(owner, name, exponent,
-                           Concat("an exponent of 2 from 0 to ", maxLaserExponent), errorText);
+    return report.RefuseValue(name, exponent,
+                              Concat("an exponent of 2 from 0 to ", maxLaserExponent));
 }
 
 /// A signal of one channel, all zeros. Both lasers report under one name.
-Status MakeSignal(Owned<OpSignal>& signal, std::int32_t n, std::string& errorText) {
+Status MakeSignal(Owned<OpSignal>& signal, std::int32_t n, const ModelReport& report) {
     if (Make(signal, CreateOpSignalWithSig, n)) {
-        return Fail("Error in creating OpSig in LaserCW().\n", errorText);
+        return report.Fail("Error in creating OpSig in LaserCW().\n");
     }
     return Status::Success;
 }
@@ -45,43 +32,55 @@ void Store(Owned<OpSignal> signal, Nodelist* output) {
     output->sigType = OpSigType;
 }
 
-Status CheckOutput(std::string_view owner, const Nodelist* output, std::string& errorText) {
+Status CheckOutput(const Nodelist* output, const ModelReport& report) {
     if (output) return Status::Success;
-    return RefuseComponent(owner, "no output port", errorText);
+    return report.Refuse("no output port");
 }
 
 // --- Constant field ---
 
-constexpr ParameterLimit<CwLaserParams> cwLimits[] = {
-    {"peakPower", &CwLaserParams::peakPower, Range::NotNegative},
-    {"wavelength", &CwLaserParams::wavelength, Range::Positive},
-    {"RIN", &CwLaserParams::RIN, Range::NotNegative},
-    {"phase", &CwLaserParams::phase, Range::Finite}};
+constexpr ParamRow<CwLaserParams> cwRows[] = {
+    {"peakPower", &CwLaserParams::peakPower, 1e-3, Range::NotNegative},
+    {"wavelength", &CwLaserParams::wavelength, 1.55e-6, Range::Positive},
+    {"RIN", &CwLaserParams::RIN, -150.0, Range::NotNegative, ParamUnit::PowerDecibels},
+    {"k", NoEffect{}, 0.0},
+    {"delta", NoEffect{}, 0.0},
+    {"signalType", &CwLaserParams::signalType, "CW", Words{"CW TimeSequence"}},
+    {"noSamples", &CwLaserParams::noSamples, 12},
+    {"timeStep", &CwLaserParams::timeStep, 3.125e-12},
+    {"phase", &CwLaserParams::phase, 0.0, Range::Finite, ParamUnit::Degrees}};
 
 /// Number of samples; with one of them there is no spacing to check.
-Status CountSamples(const CwLaserParams& params, std::int32_t& n, std::string& errorText) {
+Status CountSamples(const CwLaserParams& params, std::int32_t& n, const ModelReport& report) {
     n = 1;
     if (params.signalType != "TimeSequence") return Status::Success;
-    const Status exponent = CheckExponent(params.owner, "noSamples", params.noSamples, errorText);
+    const Status exponent = CheckExponent("noSamples", params.noSamples, report);
     if (exponent != Status::Success) return exponent;
     n = std::int32_t{1} << params.noSamples;
     if (n == 1) return Status::Success;
-    return CheckRange(params.owner, "timeStep", params.timeStep, Range::Positive, errorText);
+    return CheckRange(report, "timeStep", params.timeStep, Range::Positive);
 }
 
 // --- Pulses ---
 
-constexpr ParameterLimit<ModeLockedLaserParams> pulseLimits[] = {
-    {"repRate", &ModeLockedLaserParams::repRate, Range::Positive},
-    {"peakPower", &ModeLockedLaserParams::peakPower, Range::NotNegative},
-    {"wavelength", &ModeLockedLaserParams::wavelength, Range::Positive},
-    {"RIN", &ModeLockedLaserParams::RIN, Range::NotNegative},
-    {"width", &ModeLockedLaserParams::width, Range::Positive},
-    {"ChirpFactor", &ModeLockedLaserParams::ChirpFactor, Range::Finite},
-    {"phaseShift", &ModeLockedLaserParams::phaseShift, Range::Finite}};
-constexpr ParameterLimit<ModeLockedLaserParams> rampLimits[] = {
-    {"riseTime", &ModeLockedLaserParams::riseTime, Range::NotNegative},
-    {"fallTime", &ModeLockedLaserParams::fallTime, Range::NotNegative}};
+constexpr ParamRow<ModeLockedLaserParams> pulseRows[] = {
+    {"type", &ModeLockedLaserParams::type, "gaussian",
+     Words{"gaussian supGaussian sech raisedCosAmp raisedCosPow on_off"}},
+    {"pattern", &ModeLockedLaserParams::pattern, "Periodic", Words{"Periodic Single"}},
+    {"repRate", &ModeLockedLaserParams::repRate, 1e10, Range::Positive},
+    {"patternLength", &ModeLockedLaserParams::patternLength, 7},
+    {"pointsPerBit", &ModeLockedLaserParams::pointsPerBit, 5},
+    {"peakPower", &ModeLockedLaserParams::peakPower, 1e-3, Range::NotNegative},
+    {"wavelength", &ModeLockedLaserParams::wavelength, 1.55e-6, Range::Positive},
+    {"RIN", &ModeLockedLaserParams::RIN, -150.0, Range::NotNegative, ParamUnit::PowerDecibels},
+    {"k", NoEffect{}, 0.0},
+    {"delta", NoEffect{}, 0.0},
+    {"width", &ModeLockedLaserParams::width, 20e-12, Range::Positive},
+    {"ChirpFactor", &ModeLockedLaserParams::ChirpFactor, 0.0},
+    {"phaseShift", &ModeLockedLaserParams::phaseShift, 0.0}};
+constexpr ParamRow<ModeLockedLaserParams> rampRows[] = {
+    {"riseTime", &ModeLockedLaserParams::riseTime, 5e-12, Range::NotNegative},
+    {"fallTime", &ModeLockedLaserParams::fallTime, 5e-12, Range::NotNegative}};
 
 /// A pulse around its center.
 struct Pulse {
@@ -106,7 +105,7 @@ void SetSuperGaussianScale(Pulse& pulse) {
 }
 
 void SetRaisedCosineScale(Pulse& pulse) {
-    pulse.T = pulse.width * std::numbers::pi / (2.0 * std::acos(std::numbers::sqrt2 - 1.0));
+    pulse.T = pulse.width * pi / (2.0 * std::acos(std::numbers::sqrt2 - 1.0));
 }
 
 double Gaussian(const Pulse& pulse, double tau) {
@@ -125,7 +124,7 @@ double HyperbolicSecant(const Pulse& pulse, double tau) {
 /// Between 0 and 1, 0 beyond one time scale.
 double RaisedCosine(const Pulse& pulse, double tau) {
     if (std::fabs(tau) > pulse.T) return 0.0;
-    return 0.5 * (1.0 + std::cos(std::numbers::pi * tau / pulse.T));
+    return 0.5 * (1.0 + std::cos(pi * tau / pulse.T));
 }
 
 /// Flat top with ramps that are linear in power; the ramps' middles are one width apart. A ramp of
@@ -157,47 +156,45 @@ constexpr PulseShape pulseShapes[] = {
     {"on_off", [](Pulse& pulse) { pulse.T = pulse.width; }, OnOff},
 };
 
-Status FindShape(const std::string& type, const PulseShape*& shape, std::string& errorText) {
+Status FindShape(const std::string& type, const PulseShape*& shape, const ModelReport& report) {
     shape = std::find_if(std::begin(pulseShapes), std::end(pulseShapes),
                          [&](const PulseShape& row) { return row.type == type; });
     if (shape != std::end(pulseShapes)) return Status::Success;
-    return Fail(FillIn("Incorrect mode-locked laser pulse type: %s.\n\nAllowed types are: \n"
-                       "gaussian, supGaussian, sech, raisedCosAmp, raisedCosPow and on_off.\n",
-                       {type}),
-                errorText);
+    return report.Fail(
+        FillIn("Incorrect mode-locked laser pulse type: %s.\n\nAllowed types are: \n"
+               "gaussian, supGaussian, sech, raisedCosAmp, raisedCosPow and on_off.\n",
+               {type}));
 }
 
-Status CheckRamps(const ModeLockedLaserParams& params, std::string& errorText) {
+Status CheckRamps(const ModeLockedLaserParams& params, const ModelReport& report) {
     if (!(params.width < (params.riseTime + params.fallTime) / 2.0)) return Status::Success;
     constexpr double picoseconds = 1e12;
-    return Fail(Concat("Error: on_off type mode-locked laser pulseWidth<(riseTime+fallTime)/2.\n",
+    return report.Fail("Error: on_off type mode-locked laser pulseWidth<(riseTime+fallTime)/2.\n",
                        "Pulse width=", params.width * picoseconds,
                        " ps, rise time=", params.riseTime * picoseconds,
-                       " ps, fall time=", params.fallTime * picoseconds, " ps\n"),
-                errorText);
+                       " ps, fall time=", params.fallTime * picoseconds, " ps\n");
 }
 
 /// Values that the samples depend on; the exponents also together, since they make one array.
-Status CheckPulses(const ModeLockedLaserParams& params, std::string& errorText) {
-    Status status = CheckLimits<ModeLockedLaserParams>(params, pulseLimits, errorText);
+Status CheckPulses(const ModeLockedLaserParams& params, const ModelReport& report) {
+    Status status = CheckParams(pulseRows, params, report);
     if (status == Status::Success && params.type == "on_off") {
-        status = CheckLimits<ModeLockedLaserParams>(params, rampLimits, errorText);
+        status = CheckParams(rampRows, params, report);
     }
     if (status == Status::Success) {
-        status = CheckExponent(params.owner, "patternLength", params.patternLength, errorText);
+        status = CheckExponent("patternLength", params.patternLength, report);
     }
     if (status == Status::Success) {
-        status = CheckExponent(params.owner, "pointsPerBit", params.pointsPerBit, errorText);
+        status = CheckExponent("pointsPerBit", params.pointsPerBit, report);
     }
     if (status != Status::Success) return status;
     if (params.pointsPerBit + params.patternLength <= maxLaserExponent) return Status::Success;
-    return RefuseParameter(params.owner, "pointsPerBit", params.pointsPerBit,
-                           Concat("at most ", maxLaserExponent - params.patternLength,
-                                  " with 'patternLength' ", params.patternLength),
-                           errorText);
+    return report.RefuseValue("pointsPerBit", params.pointsPerBit,
+                              Concat("at most ", maxLaserExponent - params.patternLength,
+                                     " with 'patternLength' ", params.patternLength));
 }
 
-Status SetTiming(const ModeLockedLaserParams& params, OpSig& channel, std::string& errorText) {
+Status SetTiming(const ModeLockedLaserParams& params, OpSig& channel, const ModelReport& report) {
     const double pointsPerBit = std::exp2(params.pointsPerBit);
     channel.wavelength = params.wavelength;
     channel.RIN = params.RIN;
@@ -206,8 +203,7 @@ Status SetTiming(const ModeLockedLaserParams& params, OpSig& channel, std::strin
     channel.tStep = 1.0 / (pointsPerBit * params.repRate);
     channel.patternLength = std::int32_t{1} << params.patternLength;
     if (std::isfinite(1.0 / channel.tStep) && std::isfinite(channel.tStep)) return Status::Success;
-    return RefuseParameter(params.owner, "repRate", params.repRate,
-                           "within the range of a time step", errorText);
+    return report.RefuseValue("repRate", params.repRate, "within the range of a time step");
 }
 
 /// Only the pulse of the present slot counts: tails of neighbors are not added.
@@ -239,53 +235,36 @@ void FillPulses(const ModeLockedLaserParams& params, const PulseShape& shape, co
     }
 }
 
-constexpr double defaultPower = 1e-3;          // W
-constexpr double defaultWavelength = 1.55e-6;  // m
-constexpr double defaultRin = -150.0;          // dB/Hz
-
 }  // namespace
 
-CwLaserParams ReadCwLaserParams(const Component& component) {
-    Parameter* list = component.parameters;
+std::vector<ParamSpec> CwLaserParamSpecs() {
+    return SpecsOf(cwRows);
+}
+
+std::vector<ParamSpec> ModeLockedLaserParamSpecs() {
+    return SpecsOf(pulseRows, rampRows);
+}
+
+CwLaserParams ReadCwLaserParams(Parameter* parameters) {
     CwLaserParams params;
-    params.owner = component.name;
-    params.peakPower = GetParamDouble(list, "peakPower", defaultPower);
-    params.wavelength = GetParamDouble(list, "wavelength", defaultWavelength);
-    params.RIN = FromDecibels(GetParamDouble(list, "RIN", defaultRin));
-    params.signalType = GetParamText(list, "signalType", "CW");
-    params.noSamples = GetParamInt(list, "noSamples", 12);
-    params.timeStep = GetParamDouble(list, "timeStep", 3.125e-12);
-    params.phase = GetParamDouble(list, "phase", 0.0);
+    ReadParams(cwRows, parameters, params);
     return params;
 }
 
-ModeLockedLaserParams ReadModeLockedLaserParams(const Component& component) {
-    Parameter* list = component.parameters;
+ModeLockedLaserParams ReadModeLockedLaserParams(Parameter* parameters) {
     ModeLockedLaserParams params;
-    params.owner = component.name;
-    params.type = GetParamText(list, "type", "gaussian");
-    params.pattern = GetParamText(list, "pattern", "Periodic");
-    params.repRate = GetParamDouble(list, "repRate", 1e10);
-    params.patternLength = GetParamInt(list, "patternLength", 7);
-    params.pointsPerBit = GetParamInt(list, "pointsPerBit", 5);
-    params.peakPower = GetParamDouble(list, "peakPower", defaultPower);
-    params.wavelength = GetParamDouble(list, "wavelength", defaultWavelength);
-    params.RIN = FromDecibels(GetParamDouble(list, "RIN", defaultRin));
-    params.width = GetParamDouble(list, "width", 20e-12);
-    params.ChirpFactor = GetParamDouble(list, "ChirpFactor", 0.0);
-    params.phaseShift = GetParamDouble(list, "phaseShift", 0.0);
-    params.riseTime = GetParamDouble(list, "riseTime", 5e-12);
-    params.fallTime = GetParamDouble(list, "fallTime", 5e-12);
+    ReadParams(pulseRows, parameters, params);
+    ReadParams(rampRows, parameters, params);
     return params;
 }
 
-Status LaserCW(const CwLaserParams& params, Nodelist* output, std::string& errorText) {
+Status LaserCW(const CwLaserParams& params, Nodelist* output, const ModelReport& report) {
     std::int32_t n = 0;
     Owned<OpSignal> signal;
-    if (CheckOutput(params.owner, output, errorText) != Status::Success ||
-        CheckLimits<CwLaserParams>(params, cwLimits, errorText) != Status::Success ||
-        CountSamples(params, n, errorText) != Status::Success ||
-        MakeSignal(signal, n, errorText) != Status::Success) {
+    if (CheckOutput(output, report) != Status::Success ||
+        CheckParams(cwRows, params, report) != Status::Success ||
+        CountSamples(params, n, report) != Status::Success ||
+        MakeSignal(signal, n, report) != Status::Success) {
         return Status::Error;
     }
     OpSig& channel = *signal->channels;
@@ -293,7 +272,7 @@ Status LaserCW(const CwLaserParams& params, Nodelist* output, std::string& error
     channel.RIN = params.RIN;
     // A step of 0 marks the level that later blocks stretch to whatever grid they work on.
     if (n > 1) channel.tStep = params.timeStep;
-    const double field = std::sqrt(params.peakPower), angle = params.phase * radiansPerDegree;
+    const double field = std::sqrt(params.peakPower), angle = params.phase;
     std::fill_n(channel.Ex_samples + 1, n,
                 MakeComplex(field * std::cos(angle), field * std::sin(angle)));
     Store(std::move(signal), output);
@@ -301,19 +280,19 @@ Status LaserCW(const CwLaserParams& params, Nodelist* output, std::string& error
 }
 
 Status LaserModeLocked(const ModeLockedLaserParams& params, Nodelist* output,
-                       std::string& errorText) {
+                       const ModelReport& report) {
     const PulseShape* shape = nullptr;
     Owned<OpSignal> signal;
-    if (CheckOutput(params.owner, output, errorText) != Status::Success ||
-        FindShape(params.type, shape, errorText) != Status::Success ||
-        CheckPulses(params, errorText) != Status::Success ||
+    if (CheckOutput(output, report) != Status::Success ||
+        FindShape(params.type, shape, report) != Status::Success ||
+        CheckPulses(params, report) != Status::Success ||
         MakeSignal(signal, std::int32_t{1} << (params.pointsPerBit + params.patternLength),
-                   errorText) != Status::Success) {
+                   report) != Status::Success) {
         return Status::Error;
     }
     OpSig& channel = *signal->channels;
-    if (SetTiming(params, channel, errorText) != Status::Success) return Status::Error;
-    if (params.type == "on_off" && CheckRamps(params, errorText) != Status::Success) {
+    if (SetTiming(params, channel, report) != Status::Success) return Status::Error;
+    if (params.type == "on_off" && CheckRamps(params, report) != Status::Success) {
         // By design: what was made so far stays in the port.
         Store(std::move(signal), output);
         return Status::Error;
@@ -326,11 +305,12 @@ Status LaserModeLocked(const ModeLockedLaserParams& params, Nodelist* output,
 }
 
 Status RunCwLaser(const ModelCall& call) {
-    return LaserCW(ReadCwLaserParams(call.component), call.outputs, call.errorText);
+    return LaserCW(ReadCwLaserParams(call.component.parameters), call.outputs, call);
 }
 
 Status RunModeLockedLaser(const ModelCall& call) {
-    return LaserModeLocked(ReadModeLockedLaserParams(call.component), call.outputs, call.errorText);
+    return LaserModeLocked(ReadModeLockedLaserParams(call.component.parameters), call.outputs,
+                           call);
 }
 
 }  // namespace photrak

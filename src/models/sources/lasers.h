@@ -13,18 +13,16 @@ namespace photrak {
 inline constexpr std::int32_t maxLaserExponent = 26;
 
 struct CwLaserParams {
-    std::string owner;           // the component's name, for messages
     double peakPower = 0.0;      // W
     double wavelength = 0.0;     // m
     double RIN = 0.0;            // 1/Hz, linear
     std::string signalType;      // "TimeSequence": sampled; anything else: one sample
     std::int32_t noSamples = 0;  // exponent
     double timeStep = 0.0;       // s
-    double phase = 0.0;          // degrees
+    double phase = 0.0;          // rad
 };
 
 struct ModeLockedLaserParams {
-    std::string owner;
     std::string type;                // pulse shape
     std::string pattern;             // "Single": one pulse in mid-window; anything else: a train
     double repRate = 0.0;            // Hz
@@ -40,16 +38,19 @@ struct ModeLockedLaserParams {
     double fallTime = 0.0;    // s, "on_off"
 };
 
-CwLaserParams ReadCwLaserParams(const Component& component);
-ModeLockedLaserParams ReadModeLockedLaserParams(const Component& component);
+/// The rows of their tables, and the records read from them.
+std::vector<ParamSpec> CwLaserParamSpecs();
+std::vector<ParamSpec> ModeLockedLaserParamSpecs();
+CwLaserParams ReadCwLaserParams(Parameter* parameters);
+ModeLockedLaserParams ReadModeLockedLaserParams(Parameter* parameters);
 
 /// Stores an OpSignal of one channel in the output cell. Success, or an error with a text appended
 /// and an empty cell.
-Status LaserCW(const CwLaserParams& params, Nodelist* output, std::string& errorText);
+Status LaserCW(const CwLaserParams& params, Nodelist* output, const ModelReport& report);
 /// The same. An "on_off" pulse shorter than its ramps leaves the signal, all zeros, in the cell. A
 /// rise time that no super-Gaussian of exponent 1 to 25 has ends the run.
 Status LaserModeLocked(const ModeLockedLaserParams& params, Nodelist* output,
-                       std::string& errorText);
+                       const ModelReport& report);
 
 /// The models.
 Status RunCwLaser(const ModelCall& call);

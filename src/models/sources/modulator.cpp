@@ -9,10 +9,7 @@
 
 #include "base/text.h"
 #include "base/units.h"
-#include "kernel/parameters.h"
 #include "kernel/sample_arrays.h"
-#include "models/common/parameter_limits.h"
-#include "models/common/refusals.h"
 #include "numeric/fft.h"
 #include "numeric/messages.h"
 
@@ -21,33 +18,50 @@ namespace {
 
 constexpr double gigahertz = 1e9;
 
-Status Fail(std::string_view text, std::string& errorText) {
-    errorText.append(text);
-    return Status::Error;
-}
-
 // --- Checks ---
 
-constexpr ParameterLimit<ModulatorParams> limits[] = {
-    {"vBias", &ModulatorParams::vBias, Range::Finite},
-    {"vOffset", &ModulatorParams::vOffset, Range::Finite},
-    {"vPi", &ModulatorParams::vPi, Range::NotZero},
-    {"onOffRatio", &ModulatorParams::extinction, Range::Finite},
-    {"insertionLoss", &ModulatorParams::transmission, Range::Finite},
-    {"ChirpFactor", &ModulatorParams::ChirpFactor, Range::Finite},
-    {"phaseShift", &ModulatorParams::phaseShift, Range::Finite}};
+void StoreLevelShift(ModulatorParams& params, std::string_view word) {
+    params.levelShift = word != "No";
+}
+void StoreMatchEnds(ModulatorParams& params, std::string_view word) {
+    params.matchEnds = word != "No";
+}
 
-Status CheckPorts(const ModulatorParams& params, const Nodelist* inputs, const Nodelist* output,
-                  std::string& errorText) {
-    if (!inputs) return Fail("ERROR: Missing first input port\n", errorText);
-    if (!inputs->next) return Fail("ERROR: Missing second input port\n", errorText);
+constexpr ParamRow<ModulatorParams> rows[] = {
+    {"modulationType", &ModulatorParams::modulationType, "MachZehnder",
+     Words{"MachZehnder Ideal Amplitude Phase"}},
+    {"fittingType", &ModulatorParams::fittingType, "fOffset",
+     Words{"fOffset Coefficients Polynomial"}},
+    {"fOffset", &ModulatorParams::fOffset, 16.655, Range::Any},
+    {"power", &ModulatorParams::power, -0.10478, Range::Any},
+    {"frequency", NoEffect{}, 1e9},
+    {"coef1", &ModulatorParams::coef1, 1.0, Range::Any},
+    {"coef2", &ModulatorParams::coef2, 0.011484, Range::Any},
+    {"a0", &ModulatorParams::a0, 0.16567, Range::Any},
+    {"a1", &ModulatorParams::a1, 0.073221, Range::Any},
+    {"a2", &ModulatorParams::a2, -0.0079505, Range::Any},
+    {"a3", &ModulatorParams::a3, 0.00020616, Range::Any},
+    {"a4", &ModulatorParams::a4, -1.969e-06, Range::Any},
+    {"vBias", &ModulatorParams::vBias, 1.0},
+    {"vOffset", &ModulatorParams::vOffset, 0.0},
+    {"vPi", &ModulatorParams::vPi, 2.0, Range::NotZero},
+    {"onOffRatio", &ModulatorParams::onOffRatio, 30.0},
+    {"insertionLoss", &ModulatorParams::insertionLoss, 5.0},
+    {"ChirpFactor", &ModulatorParams::ChirpFactor, 0.5},
+    {"LevelShift", StoreLevelShift, "Yes", Words{"Yes No"}},
+    {"MatchEnds", StoreMatchEnds, "No", Words{"No Yes"}},
+    {"phaseShift", &ModulatorParams::phaseShift, 180.0}};
+
+Status CheckPorts(const Nodelist* inputs, const Nodelist* output, const ModelReport& report) {
+    if (!inputs) return report.Fail("ERROR: Missing first input port\n");
+    if (!inputs->next) return report.Fail("ERROR: Missing second input port\n");
     if (inputs->sigType != OpSigType) {
-        return Fail("ERROR: Incorrect signal type on first input port\n", errorText);
+        return report.Fail("ERROR: Incorrect signal type on first input port\n");
     }
     if (inputs->next->sigType != ElecSigType) {
-        return Fail("ERROR: Incorrect signal type on second input port\n", errorText);
+        return report.Fail("ERROR: Incorrect signal type on second input port\n");
     }
-    return output ? Status::Success : RefuseComponent(params.owner, "no output port", errorText);
+    return output ? Status::Success : report.Refuse("no output port");
 }
 
 /// A level in one sample, which takes the drive's time grid.
@@ -55,19 +69,17 @@ bool IsOneSampleLevel(const OpSig& channel) {
     return channel.noPoints == 1 && channel.tStep == 0.0;
 }
 
-Status CheckSizes(const ModulatorParams& params, const OpSignal& light, const ElecSig& drive,
-                  std::string& errorText) {
+Status CheckSizes(const OpSignal& light, const ElecSig& drive, const ModelReport& report) {
     for (const OpSig& channel : Items(light.channels)) {
         const bool equal = channel.noPoints == drive.noPoints && channel.tStep == drive.tStep;
         if (!equal && !IsOneSampleLevel(channel)) {
-            return Fail(
+            return report.Fail(
                 "ERROR: The number of points and time step must be the same for the optical and "
-                "the electrical signal",
-                errorText);
+                "the electrical signal");
         }
     }
     if (drive.noPoints >= 1 && drive.elecSamples) return Status::Success;
-    return RefuseComponent(params.owner, "the electrical signal has no samples", errorText);
+    return report.Refuse("the electrical signal has no samples");
 }
 
 // --- Frequency response of the drive ---
@@ -81,8 +93,8 @@ double FirstOrder(const ModulatorParams& params, double g) {
 }
 
 double Polynomial(const ModulatorParams& params, double g) {
-    const std::array<double, 5>& a = params.a;
-    return std::pow(10.0, 0.1 * (a[0] + g * (a[1] + g * (a[2] + g * (a[3] + g * a[4])))));
+    const ModulatorParams& p = params;
+    return PowerRatio(p.a0 + g * (p.a1 + g * (p.a2 + g * (p.a3 + g * p.a4))));
 }
 
 /// Field transmission by frequency, g in GHz; real, even, not normalized at DC.
@@ -114,21 +126,17 @@ void MultiplySpectrum(const ModulatorParams& params, double binWidth, Complex* s
 }
 
 Status FilterDrive(const ModulatorParams& params, const ElecSig& drive, Complex* samples,
-                   std::string& errorText) {
+                   const ModelReport& report) {
     if (IsFlat(params)) return Status::Success;
     const std::int32_t n = drive.noPoints;
     if (!IsPowerOfTwo(n)) {
-        return RefuseComponent(params.owner,
-                               Concat("the electrical signal has ", n,
-                                      " samples; the frequency response needs a power of two"),
-                               errorText);
+        return report.Refuse("the electrical signal has ", n,
+                             " samples; the frequency response needs a power of two");
     }
     const double binWidth = n == 1 ? 0.0 : 1.0 / (n * drive.tStep);
     if (!(binWidth >= 0.0) || std::isinf(binWidth)) {
-        return RefuseComponent(params.owner,
-                               Concat("the electrical signal has the time step ", drive.tStep,
-                                      " s; the frequency response needs one above 0"),
-                               errorText);
+        return report.Refuse("the electrical signal has the time step ", drive.tStep,
+                             " s; the frequency response needs one above 0");
     }
     DoFFTFlagged(samples, n, -1, 0);
     MultiplySpectrum(params, binWidth, samples, n);
@@ -139,7 +147,7 @@ Status FilterDrive(const ModulatorParams& params, const ElecSig& drive, Complex*
 // --- Transfer curve ---
 
 double MachZehnder(double v) {
-    return std::fabs(std::sin(v * std::numbers::pi / 2.0));
+    return std::fabs(std::sin(v * pi / 2.0));
 }
 
 struct TransferCurve {
@@ -175,12 +183,10 @@ bool FindRange(const Complex* drive, std::int32_t n, double& least, double& grea
 
 /// Turns each drive sample into the factor that its field sample is multiplied by.
 Status DriveToFactors(const ModulatorParams& params, const TransferCurve& curve, Complex* drive,
-                      std::int32_t n, std::string& errorText) {
+                      std::int32_t n, const ModelReport& report) {
     double least = 0.0, greatest = 0.0;
     if (!FindRange(drive, n, least, greatest)) {
-        return RefuseComponent(params.owner,
-                               "the drive behind the frequency response is not a finite number",
-                               errorText);
+        return report.Refuse("the drive behind the frequency response is not a finite number");
     }
     const double level = params.levelShift ? (greatest + least) / 2.0 : 0.0;
     for (std::int32_t i = 1; i <= n; ++i) {
@@ -200,16 +206,16 @@ Status DriveToFactors(const ModulatorParams& params, const TransferCurve& curve,
 
 /// The factor of each sample, from a filtered copy of the drive.
 Status MakeFactors(const ModulatorParams& params, const TransferCurve& curve, const ElecSig& drive,
-                   OwnedBlock<Complex>& factors, std::string& errorText) {
+                   OwnedBlock<Complex>& factors, const ModelReport& report) {
     Complex* copied = nullptr;
     if (!CopySamples(copied, drive.elecSamples, drive.noPoints)) {
-        ReportNoMemory(errorText, "the drive in Modulator()");
+        ReportNoMemory(report.errorText, "the drive in Modulator()");
         return Status::Error;
     }
     factors.reset(copied);
-    const Status filtered = FilterDrive(params, drive, copied, errorText);
+    const Status filtered = FilterDrive(params, drive, copied, report);
     if (filtered != Status::Success) return filtered;
-    return DriveToFactors(params, curve, copied, drive.noPoints, errorText);
+    return DriveToFactors(params, curve, copied, drive.noPoints, report);
 }
 
 void Multiply(const TransferCurve& curve, const Complex* factors, Complex* field, std::int32_t n) {
@@ -288,17 +294,17 @@ bool ExpandLevel(Owned<OpSig>& channel, const OpSig& level, const ElecSig& drive
 }
 
 Status CopyChannels(Owned<OpSig>& head, const OpSig* channels, const ElecSig& drive,
-                    std::string& errorText) {
+                    const ModelReport& report) {
     OpSig* tail = nullptr;
     for (const OpSig& source : Items(channels)) {
         Owned<OpSig> channel;
         if (IsOneSampleLevel(source)) {
             if (!ExpandLevel(channel, source, drive)) {
-                return Fail("ERROR creating optical signal\n", errorText);
+                return report.Fail("ERROR creating optical signal\n");
             }
         } else {
             if (Make(channel, CopyOpSig, &source)) {
-                return Fail("ERROR copying optical signal\n", errorText);
+                return report.Fail("ERROR copying optical signal\n");
             }
             CopyBitInfoElecToOp(&drive, channel.get());
         }
@@ -332,53 +338,39 @@ double FieldLoss(double decibels) {
 
 }  // namespace
 
+std::vector<ParamSpec> ModulatorParamSpecs() {
+    return SpecsOf(rows);
+}
+
 ModulatorParams ReadModulatorParams(Parameter* parameters) {
     ModulatorParams params;
-    const auto number = [&](std::string_view name, double fallback) {
-        return GetParamDouble(parameters, name, fallback);
-    };
-    params.modulationType = GetParamText(parameters, "modulationType", "MachZehnder");
-    params.fittingType = GetParamText(parameters, "fittingType", "fOffset");
-    params.fOffset = number("fOffset", 16.655);
-    params.power = number("power", -0.10478);
-    // By design: "frequency" is a setting without effect.
-    params.coef1 = number("coef1", 1.0);
-    params.coef2 = number("coef2", 0.011484);
-    params.a = {number("a0", 0.16567), number("a1", 0.073221), number("a2", -0.0079505),
-                number("a3", 0.00020616), number("a4", -1.969e-06)};
-    params.vBias = number("vBias", 1.0);
-    params.vOffset = number("vOffset", 0.0);
-    params.vPi = number("vPi", 2.0);
-    params.extinction = FieldLoss(number("onOffRatio", 30.0));
-    params.transmission = FieldLoss(number("insertionLoss", 5.0));
-    params.ChirpFactor = number("ChirpFactor", 0.5);
-    params.levelShift = GetParamText(parameters, "LevelShift", "Yes") != "No";
-    params.matchEnds = GetParamText(parameters, "MatchEnds", "No") != "No";
-    params.phaseShift = number("phaseShift", 180.0);
+    ReadParams(rows, parameters, params);
+    params.extinction = FieldLoss(params.onOffRatio);
+    params.transmission = FieldLoss(params.insertionLoss);
     return params;
 }
 
 Status Modulator(const ModulatorParams& params, const Nodelist* inputs, Nodelist* output,
-                 std::string& errorText) {
-    Status status = CheckPorts(params, inputs, output, errorText);
+                 const ModelReport& report) {
+    Status status = CheckPorts(inputs, output, report);
     if (status != Status::Success) return status;
     const auto* light = static_cast<const OpSignal*>(inputs->sig);
     const auto* drive = static_cast<const ElecSig*>(inputs->next->sig);
     if (!light || !drive) return Status::Success;
-    if (CheckSizes(params, *light, *drive, errorText) != Status::Success ||
-        CheckLimits<ModulatorParams>(params, limits, errorText) != Status::Success) {
+    if (CheckSizes(*light, *drive, report) != Status::Success ||
+        CheckParams(rows, params, report) != Status::Success) {
         return Status::Error;
     }
     Owned<OpSig> channels;
     Owned<OpSigASE> noise;
     Owned<OpSignal> signal;
-    if (CopyChannels(channels, light->channels, *drive, errorText) != Status::Success ||
+    if (CopyChannels(channels, light->channels, *drive, report) != Status::Success ||
         Make(noise, CopyOpSigASEList, light->noise) || Make(signal, CreateOpSignal)) {
         return Status::Error;
     }
     const TransferCurve* curve = FindCurve(params);
     OwnedBlock<Complex> factors;
-    if (curve) status = MakeFactors(params, *curve, *drive, factors, errorText);
+    if (curve) status = MakeFactors(params, *curve, *drive, factors, report);
     if (status != Status::Success) return status;
     for (OpSig& channel : Items(channels.get())) {
         Modulate(params, curve, factors.get(), channel.Ex_samples, channel);
@@ -393,9 +385,8 @@ Status Modulator(const ModulatorParams& params, const Nodelist* inputs, Nodelist
 }
 
 Status RunModulator(const ModelCall& call) {
-    ModulatorParams params = ReadModulatorParams(call.component.parameters);
-    params.owner = call.component.name;
-    return Modulator(params, call.inputs, call.outputs, call.errorText);
+    return Modulator(ReadModulatorParams(call.component.parameters), call.inputs, call.outputs,
+                     call);
 }
 
 }  // namespace photrak

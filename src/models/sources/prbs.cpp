@@ -5,7 +5,6 @@
 #include <algorithm>
 
 #include "base/text.h"
-#include "kernel/parameters.h"
 #include "models/sources/integer_scan.h"
 #include "platform/file_system.h"
 
@@ -15,6 +14,17 @@ namespace {
 constexpr std::int32_t valuesPerRow = 8, maxRows = 512;
 // Far above what 4096 values need, with room for generous white space.
 constexpr std::size_t maxPatternFileBytes = std::size_t{1} << 24;
+
+constexpr ParamRow<PrbsParams> rows[] = {{"patternType", &PrbsParams::patternType, "PRBS",
+                                          Words{"PRBS alternating one zero single custom"}},
+                                         {"filename", &PrbsParams::filename, ""},
+                                         {"bitRate", &PrbsParams::bitRate, 1e10, Range::Any},
+                                         {"patternLength", &PrbsParams::patternLength, 7},
+                                         {"offset", &PrbsParams::offset, 0},
+                                         {"shift", &PrbsParams::shift, 0},
+                                         {"preBits", &PrbsParams::preBits, 0},
+                                         {"postBits", &PrbsParams::postBits, 0},
+                                         {"startTime", &PrbsParams::startTime, 0.0, Range::Any}};
 
 struct RegisterTaps {
     std::uint32_t test, taps;
@@ -31,23 +41,17 @@ std::int32_t PatternSize(std::int32_t exponent) {
     return exponent < 0 ? 0 : std::int32_t{1} << exponent;
 }
 
-Status Fail(std::string_view text, std::string& errorText) {
-    errorText.append(text);
-    return Status::Error;
-}
-
-Status RefuseType(const PrbsParams& params, std::string_view allowed, std::string& errorText) {
+Status RefuseType(const PrbsParams& params, std::string_view allowed, const ModelReport& report) {
     const std::string first =
         FillIn("Error pattern type for the pattern generator: %s\n", {params.patternType});
-    return Fail(first + std::string(allowed), errorText);
+    return report.Fail(first + std::string(allowed));
 }
 
-Status CheckLength(const PrbsParams& params, std::string& errorText) {
+Status CheckLength(const PrbsParams& params, const ModelReport& report) {
     if (params.patternLength <= maxPatternExponent) return Status::Success;
-    return Fail(
-        Concat("Error pattern length for the pattern generator: ", params.patternLength,
-               "\nThe exponent of the pattern length must be at most ", maxPatternExponent, ". \n"),
-        errorText);
+    return report.Fail("Error pattern length for the pattern generator: ", params.patternLength,
+                       "\nThe exponent of the pattern length must be at most ", maxPatternExponent,
+                       ". \n");
 }
 
 /// Texts for the two allocations of a BinSig, which differ by what is being made.
@@ -68,12 +72,12 @@ constexpr MemoryTexts outputTexts = {
 /// A BinSig whose bits, the unused element 0 included, are all 0. The record and its bits are made
 /// one by one, because a failure of each has a text of its own.
 Status MakePattern(Owned<BinSig>& place, const PrbsParams& params, std::int32_t size,
-                   const MemoryTexts& texts, std::string& errorText) {
+                   const MemoryTexts& texts, const ModelReport& report) {
     place.reset(static_cast<BinSig*>(AllocateZeroed(1, sizeof(BinSig))));
-    if (!place) return Fail(texts.record, errorText);
+    if (!place) return report.Fail(texts.record);
     place->bitSequence = static_cast<std::int16_t*>(
         AllocateZeroed(static_cast<std::size_t>(size) + 1, sizeof(std::int16_t)));
-    if (!place->bitSequence) return Fail(texts.bits, errorText);
+    if (!place->bitSequence) return report.Fail(texts.bits);
     place->noPoints = size;
     place->bitRate = params.bitRate;
     place->startTime = params.startTime;
@@ -152,11 +156,11 @@ void ClearEnds(const PrbsParams& params, BinSig& sig) {
 enum class Ends { Keep, Clear };
 
 Status StorePattern(const PrbsParams& params, const BinSig& pattern, Ends ends, Nodelist* outputs,
-                    std::string& errorText) {
+                    const ModelReport& report) {
     auto start = static_cast<std::uint32_t>(params.offset);
     for (Nodelist& cell : Items(outputs)) {
         Owned<BinSig> sig;
-        const Status made = MakePattern(sig, params, pattern.noPoints, outputTexts, errorText);
+        const Status made = MakePattern(sig, params, pattern.noPoints, outputTexts, report);
         if (made != Status::Success) return made;
         CopyRotated(pattern, start, *sig);
         if (ends == Ends::Clear) ClearEnds(params, *sig);
@@ -169,17 +173,13 @@ Status StorePattern(const PrbsParams& params, const BinSig& pattern, Ends ends, 
 
 }  // namespace
 
+std::vector<ParamSpec> PrbsParamSpecs() {
+    return SpecsOf(rows);
+}
+
 PrbsParams ReadPrbsParams(Parameter* parameters) {
     PrbsParams params;
-    params.patternType = GetParamText(parameters, "patternType", "PRBS");
-    params.filename = GetParamText(parameters, "filename", "");
-    params.bitRate = GetParamDouble(parameters, "bitRate", 10e9);
-    params.patternLength = GetParamInt(parameters, "patternLength", 7);
-    params.offset = GetParamInt(parameters, "offset", 0);
-    params.preBits = GetParamInt(parameters, "preBits", 0);
-    params.postBits = GetParamInt(parameters, "postBits", 0);
-    params.shift = GetParamInt(parameters, "shift", 0);
-    params.startTime = GetParamDouble(parameters, "startTime", 0.0);
+    ReadParams(rows, parameters, params);
     return params;
 }
 
@@ -194,44 +194,44 @@ int StepShiftRegister(std::int32_t n, std::uint32_t& shiftRegister) {
     return 1;
 }
 
-Status PRBS_Generator(PrbsParams params, Nodelist* outputs, std::string& errorText) {
-    if (params.patternType == "custom") return PRBS_Custom(params, outputs, errorText);
+Status PRBS_Generator(PrbsParams params, Nodelist* outputs, const ModelReport& report) {
+    if (params.patternType == "custom") return PRBS_Custom(params, outputs, report);
     const auto* type = std::find_if(
         std::begin(patternTypes), std::end(patternTypes),
         [&](const PatternType& candidate) { return candidate.word == params.patternType; });
     if (type == std::end(patternTypes)) {
         return RefuseType(params,
                           "Allowed types are PRBS, alternating, one, zero, single, and custom. \n",
-                          errorText);
+                          report);
     }
-    if (CheckLength(params, errorText) != Status::Success) return Status::Error;
+    if (CheckLength(params, report) != Status::Success) return Status::Error;
     Owned<BinSig> pattern;
     const Status made =
-        MakePattern(pattern, params, PatternSize(params.patternLength), generatorTexts, errorText);
+        MakePattern(pattern, params, PatternSize(params.patternLength), generatorTexts, report);
     if (made != Status::Success) return made;
     type->fill(params, *pattern);
-    return StorePattern(params, *pattern, Ends::Clear, outputs, errorText);
+    return StorePattern(params, *pattern, Ends::Clear, outputs, report);
 }
 
-Status PRBS_Custom(const PrbsParams& params, Nodelist* outputs, std::string& errorText) {
+Status PRBS_Custom(const PrbsParams& params, Nodelist* outputs, const ModelReport& report) {
     if (params.patternType != "custom") {
-        return RefuseType(params, "Allowed type is 'custom'. \n", errorText);
+        return RefuseType(params, "Allowed type is 'custom'. \n", report);
     }
-    if (CheckLength(params, errorText) != Status::Success) return Status::Error;
+    if (CheckLength(params, report) != Status::Success) return Status::Error;
     Owned<BinSig> pattern;
     const Status made =
-        MakePattern(pattern, params, PatternSize(params.patternLength), customTexts, errorText);
+        MakePattern(pattern, params, PatternSize(params.patternLength), customTexts, report);
     if (made != Status::Success) return made;
     std::string text, reason;
     if (!ReadWholeFile(params.filename, text, reason, maxPatternFileBytes)) {
-        return Fail(FillIn("Can not open file: %s.\n", {params.filename}), errorText);
+        return report.Fail(FillIn("Can not open file: %s.\n", {params.filename}));
     }
     FillFromText(text, *pattern);
-    return StorePattern(params, *pattern, Ends::Keep, outputs, errorText);
+    return StorePattern(params, *pattern, Ends::Keep, outputs, report);
 }
 
 Status RunPrbs(const ModelCall& call) {
-    return PRBS_Generator(ReadPrbsParams(call.component.parameters), call.outputs, call.errorText);
+    return PRBS_Generator(ReadPrbsParams(call.component.parameters), call.outputs, call);
 }
 
 }  // namespace photrak

@@ -24,15 +24,17 @@ struct PrbsParams {
     std::uint32_t shiftRegister = 127;
 };
 
+/// The rows of its table, and the record read from them.
+std::vector<ParamSpec> PrbsParamSpecs();
 PrbsParams ReadPrbsParams(Parameter* parameters);
 
 /// One step of the shift register of degree n (0 to maxPatternExponent): the next bit.
 int StepShiftRegister(std::int32_t n, std::uint32_t& shiftRegister);
 
 /// Stores one BinSig of 2^n bits in each output cell. Success, or an error with a text appended.
-Status PRBS_Generator(PrbsParams params, Nodelist* outputs, std::string& errorText);
+Status PRBS_Generator(PrbsParams params, Nodelist* outputs, const ModelReport& report);
 /// The same for the type "custom": the bits come from a text file of integers.
-Status PRBS_Custom(const PrbsParams& params, Nodelist* outputs, std::string& errorText);
+Status PRBS_Custom(const PrbsParams& params, Nodelist* outputs, const ModelReport& report);
 
 /// The model: reads the parameters, generates.
 Status RunPrbs(const ModelCall& call);

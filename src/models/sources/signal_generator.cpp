@@ -5,10 +5,7 @@
 #include <cmath>
 
 #include "base/text.h"
-#include "kernel/parameters.h"
 #include "kernel/sample_arrays.h"
-#include "models/common/parameter_limits.h"
-#include "models/common/refusals.h"
 #include "models/sources/drive_filters.h"
 #include "models/sources/drive_pulses.h"
 #include "models/sources/drive_signal.h"
@@ -20,52 +17,52 @@ namespace {
 // than some bits has no place in its pattern.
 constexpr double maxEdgeBits = 1e6, maxJitterBits = 10.0;
 
-Status Fail(std::string_view text, std::string& errorText) {
-    errorText.append(text);
-    return Status::Error;
-}
+constexpr ParamRow<SignalGeneratorParams> rows[] = {
+    {"driveType", &SignalGeneratorParams::driveType, "on_off_ramp",
+     Words{"on_off_ramp on_off_exp raisedCosine"}},
+    {"pointsPerBit", &SignalGeneratorParams::pointsPerBit, 5},
+    {"Vmax", &SignalGeneratorParams::Vmax, 2.0},
+    {"Vmin", &SignalGeneratorParams::Vmin, 0.0},
+    {"tr", &SignalGeneratorParams::tr, 30e-12, Range::NotNegative},
+    {"tf", &SignalGeneratorParams::tf, 30e-12, Range::NotNegative},
+    {"timeJitter", &SignalGeneratorParams::timeJitter, 0.0, Range::NotNegative},
+    {"filterType", &SignalGeneratorParams::filterType, "None",
+     Words{"None none RCFilter RingFilter"}},
+    {"modulationType", &SignalGeneratorParams::modulationType, "NRZ", Words{"NRZ RZ"}},
+    {"f0", &SignalGeneratorParams::f0, 15e9, Range::Any},
+    {"gamma", &SignalGeneratorParams::gamma, 15e9, Range::Any}};
 
-constexpr ParameterLimit<SignalGeneratorParams> limits[] = {
-    {"Vmax", &SignalGeneratorParams::Vmax, Range::Finite},
-    {"Vmin", &SignalGeneratorParams::Vmin, Range::Finite},
-    {"tr", &SignalGeneratorParams::tr, Range::NotNegative},
-    {"tf", &SignalGeneratorParams::tf, Range::NotNegative},
-    {"timeJitter", &SignalGeneratorParams::timeJitter, Range::NotNegative}};
-
-const DriveType* CheckDriveType(const SignalGeneratorParams& params, std::string& errorText) {
+const DriveType* CheckDriveType(const SignalGeneratorParams& params, const ModelReport& report) {
     const DriveType* type = FindDriveType(params.driveType);
     if (type) return type;
-    errorText +=
-        FillIn("Error drive pattern type for the signal generator: %s\n", {params.driveType});
-    errorText += "Allowed types are on_off_exp, on_off_ramp and raisedCosine.\n";
+    static_cast<void>(report.Fail(
+        FillIn("Error drive pattern type for the signal generator: %s\n", {params.driveType}),
+        "Allowed types are on_off_exp, on_off_ramp and raisedCosine.\n"));
     return nullptr;
 }
 
-Status CheckInput(const SignalGeneratorParams& params, const Nodelist* input,
-                  std::string& errorText) {
+Status CheckInput(const Nodelist* input, const ModelReport& report) {
     if (!input || input->sigType != BinSigType) {
-        errorText += "Input signal type incorrect for the signal generator.\n";
-        return Fail("Input signal type must be 'BinSigType'.\n", errorText);
+        return report.Fail(
+            "Input signal type incorrect for the signal generator.\n"
+            "Input signal type must be 'BinSigType'.\n");
     }
     const auto* bits = static_cast<const BinSig*>(input->sig);
     if (!bits) return Status::Success;  // the copy of the pattern fails, with its own text
-    if (bits->noPoints < 1)
-        return RefuseComponent(params.owner, "the bit pattern is empty", errorText);
+    if (bits->noPoints < 1) return report.Refuse("the bit pattern is empty");
     if (bits->bitRate > 0.0 && std::isfinite(bits->bitRate) && std::isfinite(1.0 / bits->bitRate)) {
         return Status::Success;
     }
-    return RefuseComponent(params.owner,
-                           Concat("the bit rate of the pattern is ", bits->bitRate,
-                                  " bit/s; it must be finite and above 0"),
-                           errorText);
+    return report.Refuse("the bit rate of the pattern is ", bits->bitRate,
+                         " bit/s; it must be finite and above 0");
 }
 
 /// Every bit followed by a 0, at twice the rate.
-Status ExpandPattern(const BinSig& source, Owned<BinSig>& pattern, std::string& errorText) {
+Status ExpandPattern(const BinSig& source, Owned<BinSig>& pattern, const ModelReport& report) {
     std::int32_t count = 0;
     if (!SampleCount(source.noPoints, 2, count) || Make(pattern, CreateBinSig, count)) {
         // By design: the custom generator's name stands in this text.
-        return Fail("Error in creating Binary Signal in Signal_Gen_Custom().\n", errorText);
+        return report.Fail("Error in creating Binary Signal in Signal_Gen_Custom().\n");
     }
     pattern->bitRate = 2.0 * source.bitRate;
     pattern->startTime = source.startTime;
@@ -85,41 +82,37 @@ struct PaintedPattern {
 };
 
 Status MakePattern(const SignalGeneratorParams& params, const BinSig* source,
-                   PaintedPattern& pattern, std::string& errorText) {
+                   PaintedPattern& pattern, const ModelReport& report) {
     if (params.pointsPerBit < 0 || params.pointsPerBit > maxDriveExponent) {
-        return RefuseParameter(params.owner, "pointsPerBit", params.pointsPerBit,
-                               Concat("an exponent of 2 from 0 to ", maxDriveExponent), errorText);
+        return report.RefuseValue("pointsPerBit", params.pointsPerBit,
+                                  Concat("an exponent of 2 from 0 to ", maxDriveExponent));
     }
     pattern.samplesPerBit = std::int32_t{1} << params.pointsPerBit;
     pattern.bitWidth = params.bitWidth;
     if (params.modulationType != "RZ" || !source) {
         if (Make(pattern.bits, CopyBinSig, source) == 0) return Status::Success;
-        return Fail("Error in copying binary signal in Signal_Generator().\n", errorText);
+        return report.Fail("Error in copying binary signal in Signal_Generator().\n");
     }
     if (pattern.samplesPerBit < 2) {
-        return RefuseParameter(params.owner, "pointsPerBit", params.pointsPerBit,
-                               "at least 1 with return to zero: two samples for each bit",
-                               errorText);
+        return report.RefuseValue("pointsPerBit", params.pointsPerBit,
+                                  "at least 1 with return to zero: two samples for each bit");
     }
     pattern.samplesPerBit /= 2;
     pattern.bitWidth /= 2.0;
-    return ExpandPattern(*source, pattern.bits, errorText);
+    return ExpandPattern(*source, pattern.bits, report);
 }
 
 /// A waveform of zeros on the pattern's time axis.
-Status MakeWave(const SignalGeneratorParams& params, const PaintedPattern& pattern,
-                Owned<ElecSig>& wave, std::string& errorText) {
+Status MakeWave(const PaintedPattern& pattern, Owned<ElecSig>& wave, const ModelReport& report) {
     const BinSig& bits = *pattern.bits;
     std::int32_t noPoints = 0;
     if (!SampleCount(bits.noPoints, pattern.samplesPerBit, noPoints) ||
         noPoints > maxDriveSamples) {
-        return RefuseComponent(params.owner,
-                               Concat(bits.noPoints, " bits of ", pattern.samplesPerBit,
-                                      " samples make more than ", maxDriveSamples, " samples"),
-                               errorText);
+        return report.Refuse(bits.noPoints, " bits of ", pattern.samplesPerBit,
+                             " samples make more than ", maxDriveSamples, " samples");
     }
     if (Make(wave, CreateElecSig, noPoints)) {
-        return Fail("Error in creating elec signal in Signal_Generator().\n", errorText);
+        return report.Fail("Error in creating elec signal in Signal_Generator().\n");
     }
     wave->bitRate = bits.bitRate;
     wave->patternLength = bits.noPoints;
@@ -129,7 +122,7 @@ Status MakeWave(const SignalGeneratorParams& params, const PaintedPattern& patte
     return Status::Success;
 }
 
-Status CheckEdges(const SignalGeneratorParams& params, double bitTime, std::string& errorText) {
+Status CheckEdges(const SignalGeneratorParams& params, double bitTime, const ModelReport& report) {
     const struct {
         std::string_view name;
         double value, maxBits;
@@ -138,15 +131,15 @@ Status CheckEdges(const SignalGeneratorParams& params, double bitTime, std::stri
                  {"timeJitter", params.timeJitter, maxJitterBits}};
     for (const auto& [name, value, maxBits] : times) {
         if (value <= maxBits * bitTime) continue;
-        return RefuseParameter(params.owner, name, value,
-                               Concat("at most ", maxBits, " bits of ", bitTime, " s"), errorText);
+        return report.RefuseValue(name, value,
+                                  Concat("at most ", maxBits, " bits of ", bitTime, " s"));
     }
     return Status::Success;
 }
 
 Status PaintWave(const SignalGeneratorParams& params, const DriveType& type,
                  const PaintedPattern& pattern, double amplitude, ElecSig& wave,
-                 std::string& errorText) {
+                 const ModelReport& report) {
     DrivePulses drive;
     drive.type = &type;
     drive.samplesPerBit = pattern.samplesPerBit;
@@ -156,35 +149,26 @@ Status PaintWave(const SignalGeneratorParams& params, const DriveType& type,
     drive.riseTime = params.tr;
     drive.fallTime = params.tf;
     drive.timeJitter = params.timeJitter;
-    const Status status = CheckEdges(params, drive.bitTime, errorText);
+    const Status status = CheckEdges(params, drive.bitTime, report);
     if (status == Status::Success) PaintPulses(drive, *pattern.bits, wave.elecSamples);
     return status;
 }
 
-Status FilterWave(const SignalGeneratorParams& params, ElecSig& wave, std::string& errorText) {
+Status FilterWave(const SignalGeneratorParams& params, ElecSig& wave, const ModelReport& report) {
     // A raised cosine has its shape by itself; its filter type is not even looked at.
     if (params.driveType.find("on_off") == std::string::npos) return Status::Success;
-    return FilterDrive({params.owner, params.filterType, params.tr, params.f0, params.gamma}, wave,
-                       errorText);
+    return FilterDrive({params.filterType, params.tr, params.f0, params.gamma}, wave, report);
 }
 
 }  // namespace
 
-SignalGeneratorParams ReadSignalGeneratorParams(const Component& component, const Nodelist* input) {
-    Parameter* list = component.parameters;
+std::vector<ParamSpec> SignalGeneratorParamSpecs() {
+    return SpecsOf(rows);
+}
+
+SignalGeneratorParams ReadSignalGeneratorParams(Parameter* parameters, const Nodelist* input) {
     SignalGeneratorParams params;
-    params.owner = component.name;
-    params.driveType = GetParamText(list, "driveType", "on_off_ramp");
-    params.pointsPerBit = GetParamInt(list, "pointsPerBit", 5);
-    params.Vmax = GetParamDouble(list, "Vmax", 2.0);
-    params.Vmin = GetParamDouble(list, "Vmin", 0.0);
-    params.tr = GetParamDouble(list, "tr", 30e-12);
-    params.tf = GetParamDouble(list, "tf", 30e-12);
-    params.timeJitter = GetParamDouble(list, "timeJitter", 0.0);
-    params.filterType = GetParamText(list, "filterType", "None");
-    params.modulationType = GetParamText(list, "modulationType", "NRZ");
-    params.f0 = GetParamDouble(list, "f0", 15e9);
-    params.gamma = GetParamDouble(list, "gamma", 15e9);
+    ReadParams(rows, parameters, params);
     if (input && input->sigType == BinSigType && input->sig) {
         params.bitWidth = 1.0 / static_cast<const BinSig*>(input->sig)->bitRate;
     }
@@ -192,18 +176,18 @@ SignalGeneratorParams ReadSignalGeneratorParams(const Component& component, cons
 }
 
 Status Signal_Generator(const SignalGeneratorParams& params, const Nodelist* input,
-                        Nodelist* output, std::string& errorText) {
-    const DriveType* type = CheckDriveType(params, errorText);
+                        Nodelist* output, const ModelReport& report) {
+    const DriveType* type = CheckDriveType(params, report);
     if (!type) return Status::Error;
-    if (!output) return RefuseComponent(params.owner, "no output port", errorText);
-    Status status = CheckInput(params, input, errorText);
+    if (!output) return report.Refuse("no output port");
+    Status status = CheckInput(input, report);
     if (status == Status::Success) {
-        status = CheckLimits<SignalGeneratorParams>(params, limits, errorText);
+        status = CheckParams(rows, params, report);
     }
     if (status != Status::Success) return status;
 
     PaintedPattern pattern;
-    status = MakePattern(params, static_cast<const BinSig*>(input->sig), pattern, errorText);
+    status = MakePattern(params, static_cast<const BinSig*>(input->sig), pattern, report);
     if (status != Status::Success) return status;
     if (params.Vmax < params.Vmin) {
         for (std::int32_t k = 1; k <= pattern.bits->noPoints; ++k) {
@@ -212,11 +196,11 @@ Status Signal_Generator(const SignalGeneratorParams& params, const Nodelist* inp
     }
     const auto [low, high] = std::minmax(params.Vmin, params.Vmax);
     Owned<ElecSig> wave;
-    status = MakeWave(params, pattern, wave, errorText);
+    status = MakeWave(pattern, wave, report);
     if (status == Status::Success) {
-        status = PaintWave(params, *type, pattern, high - low, *wave, errorText);
+        status = PaintWave(params, *type, pattern, high - low, *wave, report);
     }
-    if (status == Status::Success) status = FilterWave(params, *wave, errorText);
+    if (status == Status::Success) status = FilterWave(params, *wave, report);
     if (status != Status::Success) return status;
     for (std::int32_t i = 1; i <= wave->noPoints; ++i) wave->elecSamples[i].re += low;
     if (params.modulationType == "RZ") {
@@ -229,8 +213,8 @@ Status Signal_Generator(const SignalGeneratorParams& params, const Nodelist* inp
 }
 
 Status RunSignalGenerator(const ModelCall& call) {
-    return Signal_Generator(ReadSignalGeneratorParams(call.component, call.inputs), call.inputs,
-                            call.outputs, call.errorText);
+    return Signal_Generator(ReadSignalGeneratorParams(call.component.parameters, call.inputs),
+                            call.inputs, call.outputs, call);
 }
 
 }  // namespace photrak

@@ -9,7 +9,6 @@
 namespace photrak {
 
 struct SignalGeneratorParams {
-    std::string owner;              // the component's name, for messages
     std::string driveType;          // "on_off_ramp", "on_off_exp" or "raisedCosine"
     std::int32_t pointsPerBit = 0;  // exponent: 2^pointsPerBit samples for each bit
     double Vmax = 0.0, Vmin = 0.0;  // levels of 1 and 0, V
@@ -22,12 +21,14 @@ struct SignalGeneratorParams {
     std::int32_t seed = 127;        // reserved: the jitter has a sequence of its own
 };
 
-SignalGeneratorParams ReadSignalGeneratorParams(const Component& component, const Nodelist* input);
+/// The rows of its table, and the record read from them; the bit width comes from the input.
+std::vector<ParamSpec> SignalGeneratorParamSpecs();
+SignalGeneratorParams ReadSignalGeneratorParams(Parameter* parameters, const Nodelist* input);
 
 /// Stores the waveform of the input's bits in the output cell. Success, or an error with a text
 /// appended and an empty cell. A waveform that is to be filtered must have 2^n samples.
 Status Signal_Generator(const SignalGeneratorParams& params, const Nodelist* input,
-                        Nodelist* output, std::string& errorText);
+                        Nodelist* output, const ModelReport& report);
 
 /// The model.
 Status RunSignalGenerator(const ModelCall& call);
