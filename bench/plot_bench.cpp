@@ -31,11 +31,11 @@ void PlotPower(benchmark::State& state, int flags) {
     const auto n = static_cast<std::int32_t>(1) << state.range(1);
     const Owned<Nodelist> signals = Multiplex(channels, n);
     const std::string stem = "plot_bench_" + std::to_string(n);
-    const SignalPlotJob job{signals.get(), false,           0.0,  0.0,    0.0,
-                            flags,         PlotMode::Files, stem, "bench"};
+    const SignalPlotJob job{signals.get(), false, 0.0, flags, PlotMode::Files, stem};
     std::string errorText;
     for (auto _ : state) {
-        if (WriteSignalPlot(job, errorText) != Status::Success) state.SkipWithError("failed");
+        if (WriteSignalPlot(job, {"bench", errorText}) != Status::Success)
+            state.SkipWithError("failed");
     }
     state.SetItemsProcessed(state.iterations() * n * (channels + 1));
     for (const char* suffix : {"_mag.sig", ".pcs"}) std::filesystem::remove(stem + suffix);

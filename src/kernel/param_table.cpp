@@ -35,7 +35,7 @@ std::int32_t ReadWhole(const ParamSpec& spec, Parameter* list) {
 }
 
 std::string_view ReadWord(const ParamSpec& spec, Parameter* list) {
-    return GetParamText(list, spec.name, spec.text);
+    return GetParamText(list, spec.name, spec.whenAbsent.empty() ? spec.text : spec.whenAbsent);
 }
 
 Status CheckRange(const ModelReport& report, std::string_view name, double value, Range range) {

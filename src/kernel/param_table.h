@@ -37,11 +37,13 @@ struct ParamSpec {
     Range range = Range::Any;
     ParamUnit unit = ParamUnit::AsTyped;
     bool hasEffect = true;
+    std::string_view whenAbsent = {};  // of a Word, if that is not the default
 };
 
 /// The words of an enumeration, separated by single blanks.
 struct Words {
     std::string_view list;
+    std::string_view whenAbsent = {};  // instead of the default, for a block without the parameter
 };
 /// Marks a parameter that the definition offers and the model does not read.
 struct NoEffect {};
@@ -70,7 +72,9 @@ struct ParamRow {
     /// A word that is stored as something else: a captureless function turns it into that.
     constexpr ParamRow(std::string_view name, StoreWord store, std::string_view fallback,
                        Words words)
-        : spec{name, ParamKind::Word, 0.0, fallback, words.list}, member(store) {}
+        : spec{name, ParamKind::Word, 0.0, fallback, words.list}, member(store) {
+        spec.whenAbsent = words.whenAbsent;
+    }
     constexpr ParamRow(std::string_view name, NoEffect, double fallback,
                        ParamKind kind = ParamKind::Number)
         : spec{name, kind, fallback, {}, {}} {
@@ -86,7 +90,7 @@ struct ParamRow {
 /// The evaluated number of a parameter in the unit of the record; the default if it is absent.
 double ReadNumber(const ParamSpec& spec, Parameter* list);
 std::int32_t ReadWhole(const ParamSpec& spec, Parameter* list);
-/// The text of a parameter; the default if it is absent.
+/// The text of a parameter; its `whenAbsent` or else its default if it is absent.
 std::string_view ReadWord(const ParamSpec& spec, Parameter* list);
 /// Refuses a value outside the range. By design the text gives the value that the model works with.
 Status CheckRange(const ModelReport& report, std::string_view name, double value, Range range);

@@ -28,7 +28,7 @@ Status RunTest(const Component& component, const Workspace& workspace,
     if (const BlockTest* test = FindBlockTest(component.type)) {
         return test->run({{component.name, errorText},
                           component,
-                          BlockPlotMode(*workspace.options, component.parameters)});
+                          BlockPlotMode(*workspace.options, PlotMode::Display)});
     }
     return userModels.Test(component.type, component.parameters, errorText);
 }

@@ -26,22 +26,6 @@
 namespace photrak {
 namespace {
 
-Status RunSignalPlot(const ModelCall& call) {
-    return SignalPlot(call.options, call.component, call.inputs, call.errorText);
-}
-
-Status RunChirpPlot(const ModelCall& call) {
-    return ChirpPlot(call.options, call.component, call.inputs, call.errorText);
-}
-
-Status RunSaveSigBlock(const ModelCall& call) {
-    return SaveSigBlock(call.options, call.component, call.inputs, call.errorText);
-}
-
-Status RunLoadSigBlock(const ModelCall& call) {
-    return LoadSigBlock(call.options, call.component, call.outputs, call.errorText);
-}
-
 constexpr ModelEntry builtInModels[] = {
     {"PseudoRandomBinarySequenceGenerator", RunPrbs, PrbsParamSpecs},
     {"ElectricalSignalGenerator", RunSignalGenerator, SignalGeneratorParamSpecs},
@@ -50,10 +34,10 @@ constexpr ModelEntry builtInModels[] = {
     {"ElectricalFilter", ElectricalFilter},
     {"ReceiverModel", ReceiverModel},
     // Both aliases name the one plot, which tells by the signal at its port what to write.
-    {"Elec_Plot", RunSignalPlot},
-    {"Optical_Plot", RunSignalPlot},
-    {"SignalPlot", RunSignalPlot},
-    {"ChirpPlot", RunChirpPlot},
+    {"Elec_Plot", SignalPlot, SignalPlotParamSpecs},
+    {"Optical_Plot", SignalPlot, SignalPlotParamSpecs},
+    {"SignalPlot", SignalPlot, SignalPlotParamSpecs},
+    {"ChirpPlot", ChirpPlot, ChirpPlotParamSpecs},
     {"OpticalAttenuator", RunOpticalAttenuator},
     {"OpticalNormalizer", RunOpticalNormalizer},
     {"PhaseShift", RunPhaseShift},
@@ -76,8 +60,8 @@ constexpr ModelEntry builtInModels[] = {
     {"Modulator", RunModulator, ModulatorParamSpecs},
     {"OpticalAmplifier", RunOpticalAmplifier, EdfaParamSpecs},
     {"OpticalFilter", RunOpticalFilter},
-    {"SaveSigBlock", RunSaveSigBlock},
-    {"LoadSigBlock", RunLoadSigBlock},
+    {"SaveSigBlock", SaveSigBlock, SignalBlockParamSpecs},
+    {"LoadSigBlock", LoadSigBlock, SignalBlockParamSpecs},
     {"BERTester", RunBerTester},
 };
 

@@ -1,8 +1,8 @@
 // Frequency deviation of optical channels over time.
 #include <cmath>
-#include <numbers>
 
 #include "base/text.h"
+#include "base/units.h"
 #include "results/signal_plot.h"
 #include "results/trace_plot.h"
 
@@ -10,6 +10,13 @@ namespace photrak {
 namespace {
 
 constexpr std::string_view chirpUnit = "Hz";
+
+constexpr ParamRow<TraceBlockParams> rows[] = {
+    {"Polarization",
+     [](TraceBlockParams& params, std::string_view word) {
+         params.flags |= FlagsOf(word, polarizationWords, plotFlag::x);
+     },
+     "x_only", Words{"x_only y_only sep_x_and_y"}}};
 
 ColumnFile ChirpFile(const TraceSet& traces, const PolarizationView& view) {
     ColumnFile file;
@@ -39,8 +46,8 @@ void ComputeChirp(std::int32_t n, double* out, const Complex* samples, double tS
         if (power > 0.0) {
             const double phase = std::atan2(samples[i].im, samples[i].re);
             double fall = formerPhase - phase;
-            if (fall < -std::numbers::pi) fall += 2.0 * std::numbers::pi;
-            if (fall > std::numbers::pi) fall -= 2.0 * std::numbers::pi;
+            if (fall < -pi) fall += twoPi;
+            if (fall > pi) fall -= twoPi;
             if (formerPower != 0.0) out[k] = fall / tStep * cyclesPerRadian;
             formerPhase = phase;
             formerPower = power;
@@ -51,21 +58,23 @@ void ComputeChirp(std::int32_t n, double* out, const Complex* samples, double tS
     }
 }
 
-Status ChirpPlot(const SimOptions& options, Component& component, const Nodelist* inputs,
-                 std::string& errorText) {
-    return RunTraceBlock(options, component, inputs, plotFlag::x, WriteChirpPlot, errorText);
+std::vector<ParamSpec> ChirpPlotParamSpecs() {
+    return SpecsOf(traceRows, rows);
 }
 
-Status WriteChirpPlot(const SignalPlotJob& job, std::string& errorText) {
+Status ChirpPlot(const ModelCall& call) {
+    TraceBlockParams params;
+    ReadParams(rows, call.component.parameters, params);
+    return RunTraceBlock(call, params, WriteChirpPlot);
+}
+
+Status WriteChirpPlot(const SignalPlotJob& job, const ModelReport& report) {
     TraceSet traces;
-    Status status =
-        CollectTraces(job.signals, TraceChoice::OpticalOnly, job.componentName, traces, errorText);
+    Status status = CollectTraces(job.signals, TraceChoice::OpticalOnly, traces, report);
     if (status == Status::Error || traces.main.empty()) return status;
     int flags = job.flags;
     // A sum of powers has no phase, hence no chirp.
-    if (flags & plotFlag::combined) {
-        MergeStatus(status, RefuseCombined(flags, job.componentName, errorText));
-    }
+    if (flags & plotFlag::combined) MergeStatus(status, RefuseCombined(flags, report));
     if (!(flags & (plotFlag::x | plotFlag::y))) flags |= plotFlag::x;
 
     TracePlot plot;
@@ -73,7 +82,7 @@ Status WriteChirpPlot(const SignalPlotJob& job, std::string& errorText) {
     const std::vector<PolarizationView> views = PolarizationViews(flags);
     if (views.size() == 1) plot.polarization = views.front().word;
     for (const PolarizationView& view : views) plot.files.push_back(ChirpFile(traces, view));
-    MergeStatus(status, WriteTracePlot(job, traces, plot, errorText));
+    MergeStatus(status, WriteTracePlot(job, traces, plot, report));
     return status;
 }
 

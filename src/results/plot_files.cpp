@@ -4,7 +4,6 @@
 #include "base/text.h"
 #include "kernel/align.h"
 #include "kernel/external_commands.h"
-#include "kernel/parameters.h"
 #include "kernel/result_names.h"
 
 namespace photrak {
@@ -29,7 +28,7 @@ bool SomeLoopLacksItsTag(const SimOptions& options) {
 
 }  // namespace
 
-PlotMode BlockPlotMode(const SimOptions& options, Parameter* parameters) {
+PlotMode BlockPlotMode(const SimOptions& options, PlotMode own) {
     switch (options.PLOTTING) {
         case DoNotPlot:
             return PlotMode::None;
@@ -38,11 +37,13 @@ PlotMode BlockPlotMode(const SimOptions& options, Parameter* parameters) {
         case DisplayAllPlots:
             return PlotMode::Display;
         default:
-            break;
+            return own;
     }
-    const std::string_view own = GetParamText(parameters, "Plot", "Display");
+}
+
+PlotMode PlotModeOf(std::string_view word) {
     for (const PlotWord& candidate : plotWords) {
-        if (candidate.word == own) return candidate.mode;
+        if (candidate.word == word) return candidate.mode;
     }
     return PlotMode::Display;
 }
@@ -55,21 +56,19 @@ std::optional<std::string> PlotFileRoot(const SimOptions& options, std::string_v
                   filenameRoot.empty() ? componentName : filenameRoot, ResultTags(options));
 }
 
-Status AlignPlotInputs(const Nodelist* inputs, std::string_view plot, std::string_view blockName,
-                       Owned<Nodelist>& clones, std::string& errorText) {
+Status AlignPlotInputs(const Nodelist* inputs, std::string_view plot, Owned<Nodelist>& clones,
+                       const ModelReport& report) {
     Nodelist* made = nullptr;
     const std::int32_t result = AlignSignals(inputs, /*align=*/1, &made);
     clones.reset(made);
     if (result == 1) {
-        errorText.append(
-            Concat("ERROR in ", plot, " '", blockName, "': Could not copy input signals.\n"));
-        return Status::Error;
+        return report.Fail("ERROR in ", plot, " '", report.owner,
+                           "': Could not copy input signals.\n");
     }
     if (result == 0) return Status::Success;
-    errorText.append(Concat("WARNING in ", plot, " '", blockName,
-                            "': input signals have varying time steps and/or time durations.\n"
-                            "Resampling of the signals was performed.\n"));
-    return Status::Warning;
+    return report.Warn("WARNING in ", plot, " '", report.owner,
+                       "': input signals have varying time steps and/or time durations.\n"
+                       "Resampling of the signals was performed.\n");
 }
 
 std::string LabelText(std::string_view text) {

@@ -5,15 +5,17 @@
 #include <string>
 #include <string_view>
 
-#include "base/status.h"
+#include "kernel/model_report.h"
 #include "kernel/workspace.h"
 
 namespace photrak {
 
 enum class PlotMode { None = 0, Files = 1, Display = 2 };
 
-/// The mode of a plot block: PLOTTING, or the block's `Plot` parameter when PLOTTING is 3.
-PlotMode BlockPlotMode(const SimOptions& options, Parameter* parameters);
+/// The mode of a plot block: PLOTTING, or the block's own mode where PLOTTING leaves it to that.
+PlotMode BlockPlotMode(const SimOptions& options, PlotMode own);
+/// The block's own mode from the word of its parameter Plot; any unknown word is Display.
+PlotMode PlotModeOf(std::string_view word);
 
 /// Stem of a plot block's files: prefix ("phtmp" if empty), root (the component's name if empty),
 /// tags. Nothing when a loop that runs more than once has an empty tag: the block then writes no
@@ -23,8 +25,8 @@ std::optional<std::string> PlotFileRoot(const SimOptions& options, std::string_v
 
 /// Copies a plot block's inputs onto a common time grid. `plot` is the kind of plot in the messages
 /// ("signal plot"). A warning when signals were resampled, an error when they cannot be copied.
-Status AlignPlotInputs(const Nodelist* inputs, std::string_view plot, std::string_view blockName,
-                       Owned<Nodelist>& clones, std::string& errorText);
+Status AlignPlotInputs(const Nodelist* inputs, std::string_view plot, Owned<Nodelist>& clones,
+                       const ModelReport& report);
 
 /// A caller's text as it may stand in a command file: underscores become blanks. So do control
 /// characters, and double quotes become single ones, since they would end the text.

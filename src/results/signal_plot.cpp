@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "base/text.h"
+#include "base/units.h"
 #include "numeric/random.h"
 #include "results/trace_plot.h"
 
@@ -34,6 +35,31 @@ constexpr Form forms[] = {
     {plotFlag::defaultForm, Quantity::Magnitude, Quantity::None, "mag", "", "Signal Magnitude", ""},
 };
 
+constexpr FlagWord representations[] = {{"Mag/Phase", plotFlag::magPhase},
+                                        {"Real/Imag", plotFlag::realImag},
+                                        {"Mag/Noise", plotFlag::magNoise},
+                                        {"Real", plotFlag::real}};
+
+void StoreRepresentation(TraceBlockParams& params, std::string_view word) {
+    params.flags |= FlagsOf(word, representations, plotFlag::defaultForm);
+}
+void StoreUnits(TraceBlockParams& params, std::string_view word) {
+    if (word == "dBm") params.flags |= plotFlag::dBm;
+}
+void StorePolarization(TraceBlockParams& params, std::string_view word) {
+    params.flags |= FlagsOf(word, polarizationWords, plotFlag::combined);
+}
+
+constexpr ParamRow<TraceBlockParams> rows[] = {
+    {"ShowNoise",
+     [](TraceBlockParams& params, std::string_view word) { params.showNoise = word != "FALSE"; },
+     "TRUE", Words{"TRUE FALSE"}},
+    {"Representation", StoreRepresentation, "Default",
+     Words{"Default Real Real/Imag Mag/Phase Mag/Noise"}},
+    {"PowerUnits", StoreUnits, "W", Words{"W dBm"}},
+    {"Polarization", StorePolarization, "comb_x_and_y",
+     Words{"x_only y_only sep_x_and_y comb_x_and_y all"}}};
+
 constexpr std::string_view binaryLabel = "Binary Value";
 constexpr std::string_view binaryLimits = ",,-0.1,1.1\n";  // no limit in x, a margin in y
 
@@ -62,10 +88,9 @@ void ToDecibels(Doubles& powers) {
         if (power > 0.0 && (weakest == 0.0 || power < weakest)) weakest = power;
     }
     if (weakest == 0.0) weakest = 1e-300;
-    constexpr double milliwattsPerWatt = 1000.0;
-    const double dark = 10.0 * std::log10(milliwattsPerWatt * weakest) - 100.0;
+    const double dark = DbmFromWatts(weakest) - 100.0;
     for (long k = 1; k <= powers.Size(); ++k) {
-        powers[k] = powers[k] == 0.0 ? dark : 10.0 * std::log10(milliwattsPerWatt * powers[k]);
+        powers[k] = powers[k] == 0.0 ? dark : DbmFromWatts(powers[k]);
     }
 }
 
@@ -212,35 +237,38 @@ TracePlot PlanWaveforms(const Settings& settings) {
 }
 
 /// Only power can be summed over the polarizations, and light carries no noise beside its samples.
-Status ResolveOpticalFlags(int& flags, std::string_view blockName, std::string& errorText) {
+Status ResolveOpticalFlags(int& flags, const ModelReport& report) {
     flags &= ~plotFlag::magNoise;
     if (!(flags & (plotFlag::x | plotFlag::y | plotFlag::combined))) flags |= plotFlag::combined;
     const bool needsOneField =
         (flags & (plotFlag::magPhase | plotFlag::realImag | plotFlag::real)) != 0;
     if (!needsOneField || !(flags & plotFlag::combined)) return Status::Success;
-    return RefuseCombined(flags, blockName, errorText);
+    return RefuseCombined(flags, report);
 }
 
 }  // namespace
 
-Status SignalPlot(const SimOptions& options, Component& component, const Nodelist* inputs,
-                  std::string& errorText) {
-    return RunTraceBlock(options, component, inputs, plotFlag::combined, WriteSignalPlot,
-                         errorText);
+std::vector<ParamSpec> SignalPlotParamSpecs() {
+    return SpecsOf(traceRows, rows);
 }
 
-Status WriteSignalPlot(const SignalPlotJob& job, std::string& errorText) {
+Status SignalPlot(const ModelCall& call) {
+    TraceBlockParams params;
+    ReadParams(rows, call.component.parameters, params);
+    return RunTraceBlock(call, params, WriteSignalPlot);
+}
+
+Status WriteSignalPlot(const SignalPlotJob& job, const ModelReport& report) {
     TraceSet traces;
-    Status status =
-        CollectTraces(job.signals, TraceChoice::AllKinds, job.componentName, traces, errorText);
+    Status status = CollectTraces(job.signals, TraceChoice::AllKinds, traces, report);
     if (status == Status::Error || traces.main.empty()) return status;
     int flags = job.flags;
     if (traces.kind == TraceKind::Optical) {
-        MergeStatus(status, ResolveOpticalFlags(flags, job.componentName, errorText));
+        MergeStatus(status, ResolveOpticalFlags(flags, report));
     }
     const TracePlot plot =
         traces.kind == TraceKind::Binary ? PlanBinary(traces) : PlanWaveforms({job, traces, flags});
-    MergeStatus(status, WriteTracePlot(job, traces, plot, errorText));
+    MergeStatus(status, WriteTracePlot(job, traces, plot, report));
     return status;
 }
 

@@ -2,40 +2,38 @@
 #pragma once
 
 #include <string>
-#include <string_view>
+#include <vector>
 
-#include "base/status.h"
-#include "kernel/workspace.h"
+#include "kernel/driver.h"
 #include "results/plot_files.h"
 
 namespace photrak {
 
 /// Flag word of WriteSignalPlot.
 namespace plotFlag {
-inline constexpr int rangeSpecified = 0x1, pointsSpecified = 0x2;  // without effect
 inline constexpr int magPhase = 0x4, realImag = 0x8, magNoise = 0x10, real = 0x20, dBm = 0x40;
 inline constexpr int x = 0x80, y = 0x100, combined = 0x200, defaultForm = 0x400;
 }  // namespace plotFlag
 
-/// The block: reads parameters, names the files, aligns the inputs, writes.
-Status SignalPlot(const SimOptions& options, Component& component, const Nodelist* inputs,
-                  std::string& errorText);
-Status ChirpPlot(const SimOptions& options, Component& component, const Nodelist* inputs,
-                 std::string& errorText);
+/// The blocks: read parameters, name the files, align the inputs, write.
+Status SignalPlot(const ModelCall& call);
+Status ChirpPlot(const ModelCall& call);
+/// The rows of their tables.
+std::vector<ParamSpec> SignalPlotParamSpecs();
+std::vector<ParamSpec> ChirpPlotParamSpecs();
 
 struct SignalPlotJob {
     const Nodelist* signals;
     bool showNoise;
-    double Toffset, Tstart, Tstop;  // s; the last two are handed on, unused
-    int flags;                      // plotFlag
+    double Toffset;  // s
+    int flags;       // plotFlag
     PlotMode mode;
-    std::string name;           // file stem
-    std::string componentName;  // for titles and messages
+    std::string name;  // file stem
 };
-/// Write the data files and the command file of a plot. Inputs without a signal are passed over;
-/// without any signal nothing is written.
-Status WriteSignalPlot(const SignalPlotJob& job, std::string& errorText);
-Status WriteChirpPlot(const SignalPlotJob& job, std::string& errorText);
+/// Write the data files and the command file of a plot, titled by the report's owner. Inputs
+/// without a signal are passed over; without any signal nothing is written.
+Status WriteSignalPlot(const SignalPlotJob& job, const ModelReport& report);
+Status WriteChirpPlot(const SignalPlotJob& job, const ModelReport& report);
 
 /// The noise of the traces comes from one sequence that runs on from plot to plot; this starts it
 /// again (for tests).

@@ -23,7 +23,7 @@ struct PolarizationView {
 /// Those that the flags ask for, in the order combined, x, y.
 std::vector<PolarizationView> PolarizationViews(int flags);
 /// Takes the combined view out of the flags, with x instead if nothing is left, and warns.
-Status RefuseCombined(int& flags, std::string_view blockName, std::string& errorText);
+Status RefuseCombined(int& flags, const ModelReport& report);
 
 enum class PlotAxis { First, Second };
 
@@ -46,14 +46,46 @@ struct TracePlot {
 
 /// Data files first, then the command file over those that came to be, then the viewer.
 Status WriteTracePlot(const SignalPlotJob& job, const TraceSet& traces, const TracePlot& plot,
-                      std::string& errorText);
+                      const ModelReport& report);
 
-/// The block around a writer: skip rule, mode, parameters, name, aligned copies of the inputs.
-/// `usualPolarization` (plotFlag) serves when the parameter is absent or has no known word.
-Status RunTraceBlock(const SimOptions& options, Component& component, const Nodelist* inputs,
-                     int usualPolarization,
-                     Status (*write)(const SignalPlotJob& job, std::string& errorText),
-                     std::string& errorText);
+/// What the parameters of a trace block ask for.
+struct TraceBlockParams {
+    std::string FilenameRoot;
+    PlotMode plot = PlotMode::Display;  // the block's own
+    bool showNoise = false;
+    double Toffset = 0.0;  // s
+    int flags = 0;         // plotFlag
+};
+/// The rows that both blocks have.
+inline constexpr ParamRow<TraceBlockParams> traceRows[] = {
+    {"Toffset", &TraceBlockParams::Toffset, 0.0, Range::Any},
+    {"Tstart", NoEffect{}, 0.0},
+    {"Tstop", NoEffect{}, 0.0},
+    {"plotPoints", NoEffect{}, 1024.0, ParamKind::Whole},
+    {"Range", NoEffect{}, "All", Words{"All Specified"}},
+    {"DataPoints", NoEffect{}, "All", Words{"All Specified"}},
+    {"FilenameRoot", &TraceBlockParams::FilenameRoot, ""},
+    {"Plot",
+     [](TraceBlockParams& params, std::string_view word) { params.plot = PlotModeOf(word); },
+     "Save", Words{"Save No Display", "Display"}}};
+
+struct FlagWord {
+    std::string_view word;
+    int flags;
+};
+inline constexpr FlagWord polarizationWords[] = {
+    {"x_only", plotFlag::x},
+    {"y_only", plotFlag::y},
+    {"sep_x_and_y", plotFlag::x | plotFlag::y},
+    {"comb_x_and_y", plotFlag::combined},
+    {"all", plotFlag::x | plotFlag::y | plotFlag::combined}};
+/// The flags of a word, or those that serve for an unknown one.
+int FlagsOf(std::string_view word, std::span<const FlagWord> words, int usual);
+
+/// The block around a writer: reads the common rows into params, which has its own ones already;
+/// skip rule, mode, name, aligned copies of the inputs.
+Status RunTraceBlock(const ModelCall& call, TraceBlockParams& params,
+                     Status (*write)(const SignalPlotJob& job, const ModelReport& report));
 
 /// out[k] = value(i) for all k, with i walking from `start` by ones and back to sample 1 when it
 /// reaches `wrap`.

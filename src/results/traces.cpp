@@ -73,36 +73,31 @@ const Trace* AxisOf(const std::vector<Trace>& candidates) {
     return candidates.empty() ? nullptr : &candidates.front();
 }
 
-Status Refuse(std::string_view blockName, const Trace& trace, std::string_view reason,
-              std::string& errorText) {
-    errorText.append(Concat("ERROR in signal plot '", blockName, "': input signal ", trace.input,
-                            " ", reason, ".\n"));
-    return Status::Error;
+Status Refuse(const Trace& trace, std::string_view reason, const ModelReport& report) {
+    return report.Fail("ERROR in signal plot '", report.owner, "': input signal ", trace.input, " ",
+                       reason, ".\n");
 }
 
-Status SetAxis(const Trace& axis, std::string_view blockName, TraceSet& traces,
-               std::string& errorText) {
+Status SetAxis(const Trace& axis, TraceSet& traces, const ModelReport& report) {
     traces.kind = KindOf(axis);
     traces.noPoints = PointsOf(axis);
     traces.tStep = TimeStepOf(axis);
-    if (traces.noPoints < 1) return Refuse(blockName, axis, "has no samples", errorText);
+    if (traces.noPoints < 1) return Refuse(axis, "has no samples", report);
     const bool hasStep = std::isfinite(traces.tStep) && traces.tStep > 0.0;
     if (hasStep) return Status::Success;
-    if (traces.noPoints > 1) return Refuse(blockName, axis, "has no time step", errorText);
+    if (traces.noPoints > 1) return Refuse(axis, "has no time step", report);
     traces.tStep = 0.0;
     return Status::Success;
 }
 
-Status SetBitAxis(const Trace& axis, std::string_view blockName, TraceSet& traces,
-                  std::string& errorText) {
+Status SetBitAxis(const Trace& axis, TraceSet& traces, const ModelReport& report) {
     const std::int32_t patternLength = PatternLengthOf(axis);
     if (patternLength < 1) {
-        return Refuse(blockName, axis, "has no pattern length for the binary signal beside it",
-                      errorText);
+        return Refuse(axis, "has no pattern length for the binary signal beside it", report);
     }
     traces.samplesPerBit = traces.noPoints / patternLength;
     if (traces.samplesPerBit < 1) {
-        return Refuse(blockName, axis, "has fewer samples than bits", errorText);
+        return Refuse(axis, "has fewer samples than bits", report);
     }
     return Status::Success;
 }
@@ -147,21 +142,21 @@ void AlignStarts(TraceSet& traces) {
 
 }  // namespace
 
-Status CollectTraces(const Nodelist* signals, TraceChoice choice, std::string_view blockName,
-                     TraceSet& traces, std::string& errorText) {
+Status CollectTraces(const Nodelist* signals, TraceChoice choice, TraceSet& traces,
+                     const ModelReport& report) {
     std::vector<Trace> candidates = Candidates(signals);
     if (choice == TraceChoice::OpticalOnly) {
         std::erase_if(candidates, [](const Trace& trace) { return !trace.channel; });
     }
     const Trace* axis = AxisOf(candidates);
     if (!axis) return Status::Success;
-    if (SetAxis(*axis, blockName, traces, errorText) != Status::Success) return Status::Error;
+    if (SetAxis(*axis, traces, report) != Status::Success) return Status::Error;
 
     std::int32_t bitsWanted = 0;
     const bool anyBits = std::any_of(candidates.begin(), candidates.end(),
                                      [](const Trace& trace) { return trace.bits != nullptr; });
     if (anyBits && traces.kind != TraceKind::Binary) {
-        if (SetBitAxis(*axis, blockName, traces, errorText) != Status::Success) {
+        if (SetBitAxis(*axis, traces, report) != Status::Success) {
             return Status::Error;
         }
         bitsWanted = PatternLengthOf(*axis);

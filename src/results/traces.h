@@ -2,10 +2,9 @@
 // sample each of them begins. Files and options of a plot are in trace_plot.h.
 #pragma once
 
-#include <string>
 #include <vector>
 
-#include "base/status.h"
+#include "kernel/model_report.h"
 #include "kernel/workspace.h"
 
 namespace photrak {
@@ -39,8 +38,8 @@ enum class TraceChoice {
 /// Waveforms of another kind are passed over. Bits beside a waveform must be as many as its pattern
 /// length. An error with a text when the signal that sets the axis has no samples or no time step,
 /// or no pattern length that its bits could follow.
-Status CollectTraces(const Nodelist* signals, TraceChoice choice, std::string_view blockName,
-                     TraceSet& traces, std::string& errorText);
+Status CollectTraces(const Nodelist* signals, TraceChoice choice, TraceSet& traces,
+                     const ModelReport& report);
 
 /// Points of the time axis that lie before the offset (s), at most all of them. No offset below 0.
 std::int32_t PointsBefore(double Toffset, const TraceSet& traces);

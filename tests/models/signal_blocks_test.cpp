@@ -11,15 +11,20 @@ namespace {
 
 class SignalBlocks : public testing::Test {
   protected:
-    Status Save(std::string_view fileName, const Nodelist* inputs) {
+    Status Run(Status (*model)(const ModelCall&), std::string_view owner, std::string_view fileName,
+               Nodelist* inputs, Nodelist* outputs) {
+        ModelBlock block(owner);
+        block.Word("FileName", fileName);
+        Workspace workspace;
+        SimOptions options;
         errorText.clear();
-        return SaveSigBlock({}, ModelBlock("probe").Word("FileName", fileName).component, inputs,
-                            errorText);
+        return model({{owner, errorText}, workspace, block.component, options, inputs, outputs});
+    }
+    Status Save(std::string_view fileName, Nodelist* inputs) {
+        return Run(SaveSigBlock, "probe", fileName, inputs, nullptr);
     }
     Status Load(std::string_view fileName, Nodelist* outputs) {
-        errorText.clear();
-        return LoadSigBlock({}, ModelBlock("source").Word("FileName", fileName).component, outputs,
-                            errorText);
+        return Run(LoadSigBlock, "source", fileName, nullptr, outputs);
     }
     /// An optical and an electrical input around one without a signal.
     static Owned<Nodelist> Inputs() {

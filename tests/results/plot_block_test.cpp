@@ -19,13 +19,15 @@ class PlotBlock : public PlotTest {
         FreeParameterList(&component.parameters);
         component.parameters = parameters.Release();
         text.clear();
-        return SignalPlot(options, component, inputs.get(), text);
+        return SignalPlot(
+            {{component.name, text}, workspace, component, options, inputs.get(), nullptr});
     }
     Status Run() {
         ParameterList none;
         return Run(none);
     }
 
+    Workspace workspace;
     SimOptions options;
     Component component;
     std::string text;

@@ -61,12 +61,12 @@ class PlotTest : public ::testing::Test {
     void ClearInputs() { inputs.reset(); }
 
     SignalPlotJob Job(int flags) const {
-        return {inputs.get(), false, 0.0, 0.0, 0.0, flags, PlotMode::Files, "P", "my_plot"};
+        return {inputs.get(), false, 0.0, flags, PlotMode::Files, "P"};
     }
     /// Writes a signal plot and expects it to succeed without a word.
     void Write(const SignalPlotJob& job) {
         std::string text;
-        EXPECT_EQ(WriteSignalPlot(job, text), Status::Success);
+        EXPECT_EQ(WriteSignalPlot(job, {"my_plot", text}), Status::Success);
         EXPECT_EQ(text, "");
     }
 

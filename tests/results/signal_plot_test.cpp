@@ -72,7 +72,8 @@ TEST_F(SignalPlotWriter, ShowsDarknessBelowTheWeakestLightInDecibels) {
 TEST_F(SignalPlotWriter, RefusesACombinedFieldOtherThanItsPower) {
     AddChannel(AddOptical(), {{1, 2}, {3, 4}, {5, 6}}, {{0, -1}, {}, {}});
     std::string text;
-    EXPECT_EQ(WriteSignalPlot(Job(plotFlag::realImag | plotFlag::combined), text), Status::Warning);
+    EXPECT_EQ(WriteSignalPlot(Job(plotFlag::realImag | plotFlag::combined), {"my_plot", text}),
+              Status::Warning);
     EXPECT_EQ(text,
               "WARNING in signal plot 'my_plot': selected representation not compatible\n"
               "with combine_x_and_y mode; changed to x_only\n");
@@ -187,7 +188,7 @@ TEST_F(SignalPlotWriter, EndsTheCollectionAtASignalOfAnotherLength) {
 TEST_F(SignalPlotWriter, TellsWhatTheAxisLacks) {
     const auto expectError = [&](const char* reason) {
         std::string text;
-        EXPECT_EQ(WriteSignalPlot(Job(plotFlag::defaultForm), text), Status::Error);
+        EXPECT_EQ(WriteSignalPlot(Job(plotFlag::defaultForm), {"my_plot", text}), Status::Error);
         EXPECT_EQ(text, std::string("ERROR in signal plot 'my_plot': input signal 1 ") + reason);
         EXPECT_EQ(dir.Files(), Names{});
         ClearInputs();
@@ -276,7 +277,7 @@ TEST_F(ChirpPlotWriter, WritesOneColumnForEachChannelOfTheSameLength) {
     AddChannel(signal, {{1}, {1}});
     AddChannel(signal, {{1}, {1}, {1}}, {Polar(1, 0), Polar(1, quarter), {}}).startTime = 1e-12;
     std::string text;
-    EXPECT_EQ(WriteChirpPlot(Job(plotFlag::x | plotFlag::y), text), Status::Success);
+    EXPECT_EQ(WriteChirpPlot(Job(plotFlag::x | plotFlag::y), {"my_plot", text}), Status::Success);
     EXPECT_EQ(text, "");
     // The first channel starts a step before the third: its column begins at its second sample.
     EXPECT_EQ(dir.Read("P_xchirp.sig"), "0 0 0\n1e-12 0 0\n2e-12 -2.5e+11 0\n");

@@ -200,8 +200,7 @@ Status PlotPair(const SimOptions& options, const BerParams& params, std::size_t 
     job.flags = plotFlag::defaultForm;
     job.mode = ViewerMode(options, params.saveOrDisplay);
     job.name = Concat(params.root, "_signalpair_", index + 1, ResultTags(options));
-    job.componentName = params.owner;
-    return WriteSignalPlot(job, message);
+    return WriteSignalPlot(job, {params.owner, message});
 }
 
 Status PlotPairs(const SimOptions& options, const BerParams& params, const BerPairs& set,
