@@ -8,7 +8,7 @@
 #include "files/catalogue.h"
 #include "files/topology.h"
 #include "kernel/graph.h"
-#include "kernel/result_names.h"
+#include "kernel/run_record.h"
 #include "models/dispatch.h"
 #include "photrak/console.h"
 
@@ -75,9 +75,9 @@ void ApplySymbols(Workspace& workspace, const CommandOptions& options) {
 }
 
 Status ListResultFiles() {
-    for (const std::string& name : ResultFiles()) WriteOut(Concat(name, "\n"));
+    for (const std::string& name : CurrentRun().written.Names()) WriteOut(Concat(name, "\n"));
     constexpr std::size_t most = 10;  // a full disk fails every point of a scan alike
-    const std::vector<std::string>& failed = FailedResultFiles();
+    const std::vector<std::string>& failed = CurrentRun().failed.Names();
     for (std::size_t i = 0; i < std::min(failed.size(), most); ++i) {
         Report("warning", Concat("could not write all of '", failed[i], "'"));
     }

@@ -5,11 +5,10 @@
 #include "base/log.h"
 #include "base/text.h"
 #include "kernel/external_commands.h"
-#include "kernel/result_names.h"
+#include "kernel/run_record.h"
 #include "photrak/commands.h"
 #include "photrak/console.h"
 #include "photrak/session.h"
-#include "results/ber_report.h"
 
 namespace photrak {
 namespace {
@@ -35,7 +34,7 @@ std::string FailureText(const std::string& file, const std::string& component) {
 /// What the testers of the run found last.
 void TellReadings() {
     constexpr int digits = 3;
-    for (const BerReading& reading : BerReport()) {
+    for (const BerReading& reading : CurrentRun().readings) {
         WriteOut(Concat("BER ", reading.component, ": ", FormatSignificant(reading.BER, digits),
                         "  Q: ", FormatSignificant(reading.Q, digits), "\n"));
     }
@@ -75,8 +74,7 @@ int SimulateTopology(const CommandOptions& options, const SimulationKind& kind) 
     AllowExternalCommands(!options.noCommands);
     TellBeforeRun(session, options);
 
-    ResetResultFiles();
-    ResetBerReport();
+    ResetRunRecord();
     const StopOnSignal stop(simOptions);
     const auto start = std::chrono::steady_clock::now();
     LogText(Concat("Starting ", kind.name, "\n"));

@@ -3,7 +3,7 @@
 #include "base/text.h"
 #include "kernel/external_commands.h"
 #include "kernel/graph.h"
-#include "kernel/result_names.h"
+#include "kernel/run_record.h"
 #include "models/block_tests.h"
 #include "photrak/commands.h"
 #include "photrak/console.h"
@@ -27,7 +27,7 @@ Component* FindTestable(const Session& session, const CommandOptions& options) {
 
 /// The plots; a test that draws none (a user model's) says that it went well.
 Status TellFiles(const CommandOptions& options, Status status) {
-    if (status == Status::Success && ResultFiles().empty() && !options.quiet) {
+    if (status == Status::Success && CurrentRun().written.Names().empty() && !options.quiet) {
         WriteOut(Concat(options.component, ": no faults\n"));
     }
     return ListResultFiles();
@@ -46,7 +46,7 @@ int TestCommand(const CommandOptions& options) {
     if (options.plotting) workspace.options->PLOTTING = *options.plotting;
     AllowExternalCommands(!options.noCommands);
 
-    ResetResultFiles();
+    ResetRunRecord();
     std::string text;
     const Status tested = TestComponent(*component, workspace, session.userModels, text);
     MergeStatus(status, tested);

@@ -3,35 +3,16 @@
 #include "kernel/result_names.h"
 
 #include <algorithm>
-#include <unordered_set>
 
 #include "base/text.h"
+#include "kernel/run_record.h"
 #include "platform/file_system.h"
 
 namespace photrak {
 namespace {
 
-struct FileNames {
-    std::vector<std::string> names;         // each once, in the order in which they came
-    std::unordered_set<std::string> known;  // the same, for the search
-
-    void Add(const std::string& name) {
-        if (known.insert(name).second) names.push_back(name);
-    }
-};
-
 bool IsControl(char c) {
     return static_cast<unsigned char>(c) < ' ' || c == '\x7f';
-}
-
-FileNames& Written() {
-    static FileNames written;
-    return written;
-}
-
-FileNames& Failed() {
-    static FileNames failed;
-    return failed;
 }
 
 bool WriteAllowed(const std::string& name, std::string_view content,
@@ -46,7 +27,7 @@ bool WriteAllowed(const std::string& name, std::string_view content,
         return false;
     }
     const bool written = write(name, content);
-    (written ? Written() : Failed()).Add(name);
+    (written ? CurrentRun().written : CurrentRun().failed).Add(name);
     return written;
 }
 
@@ -90,19 +71,6 @@ bool WriteResultFile(const std::string& name, std::string_view content, std::str
 
 bool AppendResultFile(const std::string& name, std::string_view content, std::string& errorText) {
     return WriteAllowed(name, content, AppendToFile, errorText);
-}
-
-const std::vector<std::string>& ResultFiles() {
-    return Written().names;
-}
-
-const std::vector<std::string>& FailedResultFiles() {
-    return Failed().names;
-}
-
-void ResetResultFiles() {
-    Written() = {};
-    Failed() = {};
 }
 
 }  // namespace photrak

@@ -1,5 +1,5 @@
 // Names of result files, and the one way by which result files are written: inside the working
-// directory, recorded so that the command line can list them.
+// directory, noted in the run's record.
 #pragma once
 
 #include "base/status.h"
@@ -20,14 +20,7 @@ bool IsAllowedResultName(std::string_view name);
 /// Writes a result file and records its name. False if the name is not allowed, which appends an
 /// error to `errorText`, or the file cannot be written.
 bool WriteResultFile(const std::string& name, std::string_view content, std::string& errorText);
-/// The same behind what the file already holds.
+/// The same after what the file already holds.
 bool AppendResultFile(const std::string& name, std::string_view content, std::string& errorText);
-
-/// Names of the files written since the last ResetResultFiles, each once, in order of first
-/// writing.
-const std::vector<std::string>& ResultFiles();
-/// Names of those that could not be written, likewise: no writer tells of a failing disk.
-const std::vector<std::string>& FailedResultFiles();
-void ResetResultFiles();
 
 }  // namespace photrak

@@ -49,6 +49,7 @@ struct ShuffleState {
 UniformState uniform;
 GaussianState gaussian;
 ShuffleState shuffled;
+SeedWords seeds;
 
 void StepMinimalStandard(int* seed) {
     const int quotient = *seed / schrageQuotient;
@@ -132,6 +133,10 @@ float ShuffledUniformRandom(int* seed) {
     return value;
 }
 
+SeedWords& ProcessSeeds() {
+    return seeds;
+}
+
 void ForgetSpareGaussian() {
     gaussian = {};
 }
@@ -140,6 +145,7 @@ void ResetRandomState() {
     uniform = {};
     gaussian = {};
     shuffled = {};
+    seeds = {};
 }
 
 }  // namespace photrak

@@ -18,9 +18,18 @@ double ClippedGaussianRandom(int* seed);
 /// one for the shuffle. A negative seed word, or the first call, starts it and sets the word to 1.
 float ShuffledUniformRandom(int* seed);
 
+/// Seed words that live as long as the process: noise differs from block to block and from pass to
+/// pass, and repeats between program starts.
+struct SeedWords {
+    int timeJitter = 157;  // edges of electrical generators
+    int eyeData = -10;     // samples of a tester's eye
+    int signalPlot = -10;  // traces with noise
+};
+SeedWords& ProcessSeeds();
+
 /// Drops the second value of a pair, so that a reseeded sequence of normals repeats.
 void ForgetSpareGaussian();
-/// Back to the state of a fresh process; for tests.
+/// Sources and seed words back to the state of a fresh process; for tests.
 void ResetRandomState();
 
 }  // namespace photrak

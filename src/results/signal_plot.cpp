@@ -12,9 +12,6 @@
 namespace photrak {
 namespace {
 
-constexpr int firstNoiseSeed = -10;
-int noiseSeed = firstNoiseSeed;
-
 enum class Quantity { None, Real, Magnitude, Phase, Noise, Imaginary };
 
 /// What the two axes show, and the words for it.
@@ -137,7 +134,7 @@ void FillElectrical(const ElecSig& wave, std::int32_t start, Quantity quantity, 
     WalkCyclically(start, wrap, out, [&](std::int32_t i) {
         const double value = FieldValue(quantity, wave.elecSamples[i]);
         if (!noisy || !carriesNoise) return value;
-        return value + GaussianRandom(&noiseSeed) * wave.sigmaSamples[i].re;
+        return value + GaussianRandom(&ProcessSeeds().signalPlot) * wave.sigmaSamples[i].re;
     });
 }
 
@@ -270,10 +267,6 @@ Status WriteSignalPlot(const SignalPlotJob& job, const ModelReport& report) {
         traces.kind == TraceKind::Binary ? PlanBinary(traces) : PlanWaveforms({job, traces, flags});
     MergeStatus(status, WriteTracePlot(job, traces, plot, report));
     return status;
-}
-
-void ResetPlotNoise() {
-    noiseSeed = firstNoiseSeed;
 }
 
 }  // namespace photrak

@@ -35,10 +35,6 @@ struct SignalPlotJob {
 Status WriteSignalPlot(const SignalPlotJob& job, const ModelReport& report);
 Status WriteChirpPlot(const SignalPlotJob& job, const ModelReport& report);
 
-/// The noise of the traces comes from one sequence that runs on from plot to plot; this starts it
-/// again (for tests).
-void ResetPlotNoise();
-
 /// Frequency deviation in Hz of n samples (one-based), walked cyclically from element `start`, into
 /// out[1..n]. Backward difference of the phase; 0 after a dark sample; all 0 without samples.
 void ComputeChirp(std::int32_t n, double* out, const Complex* samples, double tStep,

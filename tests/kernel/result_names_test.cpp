@@ -1,6 +1,7 @@
 // Names of result files by the coordinates of the run, and the limits of where they may lead.
 #include "kernel/result_names.h"
 
+#include "kernel/run_record.h"
 #include "support/temp_dir.h"
 
 namespace photrak {
@@ -55,7 +56,7 @@ TEST(ResultNames, StayInsideTheDirectory) {
 TEST(ResultNames, WrittenFilesAreListedOnceInOrder) {
     const TempDir directory;
     directory.Write("sub/old", "");
-    ResetResultFiles();
+    ResetRunRecord();
     std::string errors;
     EXPECT_TRUE(WriteResultFile("z.sig", "1\n", errors));
     EXPECT_TRUE(WriteResultFile("sub/a.sig", "2\n", errors));
@@ -66,7 +67,8 @@ TEST(ResultNames, WrittenFilesAreListedOnceInOrder) {
     EXPECT_NE(errors.find("ERROR"), std::string::npos);
     EXPECT_NE(errors.find("'../%s.sig'"), std::string::npos);
     EXPECT_EQ(errors.back(), '\n');
-    EXPECT_EQ(ResultFiles(), (std::vector<std::string>{"z.sig", "sub/a.sig"}));
+    EXPECT_EQ(CurrentRun().written.Names(), (std::vector<std::string>{"z.sig", "sub/a.sig"}));
+    EXPECT_EQ(CurrentRun().failed.Names(), std::vector<std::string>{"missing/a.sig"});
     EXPECT_EQ(directory.Read("z.sig"), "3\n");
 }
 

@@ -112,8 +112,7 @@ TEST_F(EyeTest, DrawsComeInTheirOrder) {
     params.timingJitter = 1e-30;
     params.decisionLevelJitter = 0.1;
     Rate();
-    ResetRandomState();
-    ResetEyeNoise();  // a pass is like the first of a fresh process
+    ResetRandomState();  // a pass is like the first of a fresh process
     Rate();
     ResetRandomState();
     int seed = -10, jitterSeed = 1;

@@ -8,8 +8,9 @@
 #include <string>
 #include <vector>
 
-#include "kernel/result_names.h"
+#include "kernel/run_record.h"
 #include "models/detection/ber_computation.h"
+#include "numeric/random.h"
 #include "support/recording_host.h"
 #include "support/temp_dir.h"
 
@@ -36,8 +37,8 @@ class BerTest : public ::testing::Test {
     static constexpr double tStep = 1e-12;
 
     BerTest() {
-        ResetResultFiles();
-        ResetEyeNoise();
+        ResetRunRecord();
+        ResetRandomState();
         options.PLOTTING = DoNotPlot;
         params.owner = "ber";
         params.root = "ber";

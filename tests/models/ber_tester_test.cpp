@@ -7,7 +7,6 @@
 #include "base/text.h"
 #include "kernel/sweep_settings.h"
 #include "models/ber_fixture.h"
-#include "results/ber_report.h"
 #include "support/model_parameters.h"
 
 namespace photrak {
@@ -15,10 +14,7 @@ namespace {
 
 class BerTesterTest : public BerTest {
   protected:
-    BerTesterTest() {
-        ResetBerReport();
-        options.innerIndex = options.outerIndex = options.runIndex = 1;
-    }
+    BerTesterTest() { options.innerIndex = options.outerIndex = options.runIndex = 1; }
 
     /// "start step stop" in the texts of a sweep.
     void Sweep(const SweepFields& fields, int count, const char* name, const std::string& texts) {
@@ -131,7 +127,7 @@ TEST_F(BerTesterTest, SinglePassWritesOneResult) {
     // The table goes on, the curve begins anew.
     EXPECT_EQ(Pass(1, 1, 1, 3), Status::Success);
     EXPECT_EQ(dir.Read("ber.bdt"), Row("BER\tQ\n1\t", 6) + Row("BER\tQ\n1\t", 3));
-    EXPECT_NEAR(BerReport().at(0).Q, 3.0, 1e-6);
+    EXPECT_NEAR(CurrentRun().readings.at(0).Q, 3.0, 1e-6);
 }
 
 TEST_F(BerTesterTest, SweepFillsCurveAndTable) {

@@ -150,10 +150,7 @@ TEST(SignalGenerator, KeepsTheAxesOfThePattern) {
 class TimeJitter : public testing::Test {
   protected:
     static constexpr double sigma = 4e-12;
-    TimeJitter() {
-        ResetRandomState();
-        ResetTimeJitter();
-    }
+    TimeJitter() { ResetRandomState(); }
     static Volts Jittered(const char* type, const Bits& bits, double jitter = sigma) {
         SignalGeneratorParams params = Params(type, 7);
         params.timeJitter = jitter;

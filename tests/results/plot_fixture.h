@@ -5,8 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "kernel/result_names.h"
+#include "kernel/run_record.h"
 #include "kernel/signals.h"
+#include "numeric/random.h"
 #include "results/signal_plot.h"
 #include "support/recording_host.h"
 #include "support/temp_dir.h"
@@ -16,8 +17,8 @@ namespace photrak {
 class PlotTest : public ::testing::Test {
   protected:
     void SetUp() override {
-        ResetResultFiles();
-        ResetPlotNoise();
+        ResetRunRecord();
+        ResetRandomState();
     }
 
     /// A port with an optical signal; its channels are added to it.

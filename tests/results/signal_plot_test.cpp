@@ -18,7 +18,7 @@ TEST_F(SignalPlotWriter, DrawsAnElectricalSignalByItsRealPart) {
     Write(Job(plotFlag::defaultForm));
     EXPECT_EQ(dir.Read("P_real.sig"), "0 0.5\n1e-12 -1\n2e-12 2\n3e-12 0.5\n");
     EXPECT_TRUE(Holds(dir.Read("P.pcs"), "/ls1\nP_real.sig\n/lt\"\\# 1\"\n/nx1\n"));
-    EXPECT_EQ(ResultFiles(), (Names{"P_real.sig", "P.pcs"}));
+    EXPECT_EQ(CurrentRun().written.Names(), (Names{"P_real.sig", "P.pcs"}));
 }
 
 // The oddity of the walk: by its kind a column reaches the last sample or returns before it.

@@ -3,7 +3,7 @@
 
 #include <filesystem>
 
-#include "kernel/result_names.h"
+#include "kernel/run_record.h"
 #include "support/holds.h"
 #include "support/temp_dir.h"
 
@@ -79,7 +79,7 @@ TEST(SummaryFile, IsNamedAfterPortOrNodeAndWrittenOrReportsWhyNot) {
     std::filesystem::create_directory("b.sum");
     EXPECT_EQ(WriteSummaryFile("b.sum", dark, text), Status::Error);
     EXPECT_EQ(text, "Could not open file for signal summary data\n");
-    ResetResultFiles();
+    ResetRunRecord();
 }
 
 }  // namespace

@@ -8,9 +8,9 @@
 #include "kernel/expression.h"
 #include "kernel/parameters.h"
 #include "kernel/result_names.h"
+#include "kernel/run_record.h"
 #include "models/common/parameter_limits.h"
 #include "models/common/refusals.h"
-#include "results/ber_report.h"
 
 namespace photrak {
 namespace {
@@ -198,7 +198,8 @@ Status RunPass(const ModelCall& call, const BerParams& params) {
 
     StoreBerResult(call.options, status, eye.BER, eye.Q, *results);
     const bool found = status == Status::Success;
-    ReportBer(params.owner, found ? eye.BER : noResultBER, found ? eye.Q : noResultQ);
+    CurrentRun().TakeReading(params.owner, found ? eye.BER : noResultBER,
+                             found ? eye.Q : noResultQ);
     Status written = status;
     MergeStatus(written, WriteFiles(call.options, params, *results, call.errorText));
     if (IsLastPass(call.options, *results)) call.component.modelState.reset();

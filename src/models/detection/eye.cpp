@@ -18,9 +18,6 @@
 namespace photrak {
 namespace {
 
-constexpr int firstNoiseSeed = -10;
-int noiseSeed = firstNoiseSeed;
-
 constexpr double noLid = 1e+32;  // V
 
 /// The window over bits b and b + 1, one-based. It never runs past the end: b + 1 is at most the
@@ -143,7 +140,7 @@ Status FillEyeData(const BerPairs& set, EyeResult& eye, std::string& message) {
             const double* voltage = Window(pair.voltage.get(), b, eye.samplesPerBit);
             const double* sigma = Window(pair.sigma.get(), b, eye.samplesPerBit);
             for (std::int32_t i = 1; i <= eye.lidLength; ++i) {
-                *++next = voltage[i] + GaussianRandom(&noiseSeed) * sigma[i];
+                *++next = voltage[i] + GaussianRandom(&ProcessSeeds().eyeData) * sigma[i];
             }
         }
     }
@@ -245,10 +242,6 @@ Status DoEyeDiagram(const EyeJob& job, BerPairs& set, EyeResult& eye, std::strin
         RotateToDecisionPoint(pair.sigma.get(), set.noPoints, eye.decisionIndex);
     }
     return Status::Success;
-}
-
-void ResetEyeNoise() {
-    noiseSeed = firstNoiseSeed;
 }
 
 }  // namespace photrak

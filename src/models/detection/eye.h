@@ -64,7 +64,4 @@ struct EyeJob {
 /// sets the decision if it is open (eyeArea above 0), and nothing is turned.
 Status DoEyeDiagram(const EyeJob& job, BerPairs& set, EyeResult& eye, std::string& message);
 
-/// Starts the noise of eyeData again, which runs on from call to call (for tests).
-void ResetEyeNoise();
-
 }  // namespace photrak

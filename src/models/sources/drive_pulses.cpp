@@ -24,9 +24,6 @@ constexpr DriveType driveTypes[] = {{"on_off_ramp", true, 1.2, false},
                                     {"on_off_exp", false, 2.0, false},
                                     {"raisedCosine", true, 0.0, true}};
 
-constexpr int firstJitterSeed = 157;
-int jitterSeed = firstJitterSeed;
-
 // Far above the rounding of positions and far below what could be seen.
 constexpr double positionTolerance = 1e-6;
 
@@ -99,7 +96,9 @@ class Painter {
         const std::int32_t half = samplesPerBit_ / 2;  // a whole number of samples
         return static_cast<double>(std::int64_t{k - 1} * samplesPerBit_ + half);
     }
-    double DrawJitter() const { return jitter_ * ClippedGaussianRandom(&jitterSeed); }
+    double DrawJitter() const {
+        return jitter_ * ClippedGaussianRandom(&ProcessSeeds().timeJitter);
+    }
 
     Pulse ShapedPulse(std::int32_t k, double start, double end, double shift,
                       double formerShift) const {
@@ -204,10 +203,6 @@ const DriveType* FindDriveType(std::string_view word) {
 
 void PaintPulses(const DrivePulses& drive, const BinSig& bits, Complex* samples) {
     if (bits.noPoints > 0) Painter(drive, bits, samples).Paint();
-}
-
-void ResetTimeJitter() {
-    jitterSeed = firstJitterSeed;
 }
 
 }  // namespace photrak

@@ -29,8 +29,4 @@ struct DrivePulses {
 /// lie between 0 and the amplitude.
 void PaintPulses(const DrivePulses& drive, const BinSig& bits, Complex* samples);
 
-/// The jitter is one sequence that runs on through all generators and runs; this starts it again,
-/// as in a fresh process (for tests).
-void ResetTimeJitter();
-
 }  // namespace photrak

@@ -1,0 +1,44 @@
+// What a run leaves for whoever started it: the names of its result files and the latest readings
+// of its testers. One record for the process, as there is one working directory that results go
+// into; the runs inside a run write into it too.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <unordered_set>
+#include <vector>
+
+namespace photrak {
+
+/// Names, each once, in the order in which they came.
+class NameList {
+  public:
+    void Add(const std::string& name) {
+        if (known_.insert(name).second) names_.push_back(name);
+    }
+    const std::vector<std::string>& Names() const { return names_; }
+
+  private:
+    std::vector<std::string> names_;
+    std::unordered_set<std::string> known_;  // the same, for the search
+};
+
+struct BerReading {
+    std::string component;
+    double BER = 0.0, Q = 0.0;
+};
+
+struct RunRecord {
+    NameList written;  // result files
+    NameList failed;   // those that the disk did not take: no writer has a text for that
+    std::vector<BerReading> readings;  // in the order in which the testers first ran
+
+    /// Takes the place of the component's present reading.
+    void TakeReading(std::string_view component, double BER, double Q);
+};
+
+RunRecord& CurrentRun();
+/// An empty record, at the start of a run.
+void ResetRunRecord();
+
+}  // namespace photrak
