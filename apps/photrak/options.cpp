@@ -1,3 +1,4 @@
+// The options of all commands as one table, from which they are read and listed in the help.
 #include "photrak/options.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// From the executable and a file name to a catalogue, a working directory and a loaded topology.
 #include "photrak/session.h"
 
 #include <algorithm>

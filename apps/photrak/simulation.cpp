@@ -1,3 +1,5 @@
+// What run and scan share: a loaded topology is run, its results are listed, its status becomes the
+// exit status.
 #include "photrak/simulation.h"
 
 #include <chrono>

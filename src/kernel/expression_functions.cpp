@@ -1,3 +1,4 @@
+// Bodies of the functions, the two tables of names, and the symbol tables made from them once.
 #include "kernel/expression_functions.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// A token is a mark or a run of letters and digits; whether that is a number shows when it is read.
 #include "kernel/expression_tokens.h"
 
 namespace photrak {

@@ -1,3 +1,4 @@
+// Two searches: which symbols a name reaches, and which components feed on one that changes.
 #include "kernel/pass_lists.h"
 
 #include <algorithm>

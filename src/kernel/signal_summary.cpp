@@ -1,3 +1,4 @@
+// One record for each channel, waveform or bit sequence, measured before the signal goes.
 #include "kernel/signal_summary.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// All draws of a run are made before its first pass, so that their number is known and each repeats.
 #include "kernel/statistics.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// From the four texts of a sweep to its points, and a point to its symbol and back.
 #include "kernel/sweep_settings.h"
 
 #include <cmath>

@@ -1,3 +1,4 @@
+// Names stand in byte order in one array of fixed size; every search is by halves.
 #include "kernel/symbols.h"
 
 #include <algorithm>

@@ -1,8 +1,8 @@
+// A section for each record, a line for each quantity.
 #include "results/signal_summary_file.h"
 
-#include <cmath>
-
 #include "base/text.h"
+#include "base/units.h"
 #include "kernel/result_names.h"
 
 namespace photrak {
@@ -10,11 +10,6 @@ namespace {
 
 constexpr std::string_view extension = ".sum";
 constexpr std::string_view sectionEnd = "================================================\n";
-
-/// The level of a power in W, or of a density in W/Hz, against 1 mW; -inf for a dark signal.
-double LevelInDbm(double watts) {
-    return 10.0 * std::log10(watts / 1e-3);
-}
 
 void AppendCoordinates(std::string& text, const SignalSummary& summary) {
     text += Concat("Set = ", summary.SET);
@@ -27,10 +22,10 @@ void AppendCoordinates(std::string& text, const SignalSummary& summary) {
 
 void AppendOptical(std::string& text, const SignalSummary& summary) {
     text += Concat("Wavelength = ", summary.wavelength, " m \n");
-    text += Concat("Average = ", summary.average, " W / ", LevelInDbm(summary.average), " dBm\n");
+    text += Concat("Average = ", summary.average, " W / ", DbmFromWatts(summary.average), " dBm\n");
     if (summary.noiseFigure == 0.0) return;
     text += Concat("Peak noise density = ", summary.noiseFigure, " W/Hz / ",
-                   LevelInDbm(summary.noiseFigure), " dBm/Hz\n");
+                   DbmFromWatts(summary.noiseFigure), " dBm/Hz\n");
 }
 
 void AppendElectrical(std::string& text, const SignalSummary& summary) {

@@ -1,3 +1,4 @@
+// Signal files: their lines by hand, round trips in every digit, and texts that are none.
 #include "files/signal_file.h"
 
 #include <gtest/gtest.h>

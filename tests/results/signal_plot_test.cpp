@@ -1,3 +1,4 @@
+// Signal and chirp plots: columns and command files of small signals, line by line.
 #include "results/signal_plot.h"
 
 #include <cmath>
