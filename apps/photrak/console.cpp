@@ -1,5 +1,5 @@
-// Texts on the two streams, one rewriting status line on a terminal, and the signals that ask a run to
-// stop. A handler touches lock-free words only.
+// Texts on the two streams, one rewriting status line on a terminal, and the signals that ask a run
+// to stop. A handler touches lock-free words only.
 #include "photrak/console.h"
 
 #include <atomic>

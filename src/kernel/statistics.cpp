@@ -1,4 +1,5 @@
-// All draws of a run are made before its first pass, so that their number is known and each repeats.
+// All draws of a run are made before its first pass, so that their number is known and each
+// repeats.
 #include "kernel/statistics.h"
 
 #include <algorithm>
