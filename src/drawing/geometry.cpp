@@ -27,9 +27,14 @@ bool ClipSegment(const Rect& box, Point& a, Point& b) {
         !ClipAtEdge(-dy, a.y - box.y, from, to) || !ClipAtEdge(dy, box.Bottom() - a.y, from, to)) {
         return false;
     }
+    // Of far ends the rounded cut may lie beside the edge.
     const Point start = a;
-    if (from > 0.0) a = {start.x + from * dx, start.y + from * dy};
-    if (to < 1.0) b = {start.x + to * dx, start.y + to * dy};
+    const auto at = [&](double t) {
+        return Point{std::clamp(start.x + t * dx, box.x, box.Right()),
+                     std::clamp(start.y + t * dy, box.y, box.Bottom())};
+    };
+    if (from > 0.0) a = at(from);
+    if (to < 1.0) b = at(to);
     return true;
 }
 

@@ -121,8 +121,8 @@ Color RampColor(int level, Theme theme) {
 }
 
 double Contrast(Color a, Color b) {
-    const auto [darker, lighter] = std::minmax(Luminance(a), Luminance(b));
-    return (lighter + 0.05) / (darker + 0.05);
+    const double one = Luminance(a), other = Luminance(b);
+    return (std::max(one, other) + 0.05) / (std::min(one, other) + 0.05);
 }
 
 }  // namespace photrak

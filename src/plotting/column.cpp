@@ -36,7 +36,7 @@ class HalfDigit {
         if (!(size >= decade_ && size < 10.0 * decade_)) {
             decade_ = std::pow(10.0, std::floor(std::log10(size)));
         }
-        return 0.505e-5 * decade_;
+        return 0.5002e-5 * decade_;
     }
 
   private:
@@ -46,10 +46,12 @@ class HalfDigit {
 template <class Original>
 bool LineExplains(const std::vector<double>& values, const Line& line, Original original) {
     const double middle = 0.5 * static_cast<double>(values.size() - 1);
-    // The fit is off by a small part of a step, which counts where a written value has few digits.
-    const double slack =
-        0.2 * std::fabs(original(line.center + line.slope) - original(line.center));
     HalfDigit halfDigit;
+    // The error of a fitted value at the ends of the line is about twice that of one value over
+    // root n; steps that are a simple part of the last digit round with a bias besides.
+    const double bias = 0.1;
+    const double slack =
+        halfDigit.Of(values.back()) * (bias + 4.0 / std::sqrt(static_cast<double>(values.size())));
     for (std::size_t i = 0; i < values.size(); ++i) {
         const double fitted =
             original(line.center + line.slope * (static_cast<double>(i) - middle));

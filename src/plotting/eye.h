@@ -21,16 +21,6 @@ void ContinueEye(Plot& plot);
 /// 1 lifts rare traces.
 DensityImage MakeDensity(const Plot& plot, const PixelMap& map, double saturation = 1.0);
 
-/// What is measured of an eye, in the units of its axes.
-struct EyeMeasures {
-    std::size_t traces = 0;
-    double decisionTime = 0.0, decisionLevel = 0.0;  // middle of the opening where it is highest
-    double height = 0.0;                             // there, between the lids
-    double low = 0.0, high = 0.0;                    // mean levels there
-    std::optional<double> Q;         // (high - low) / (sum of the standard deviations)
-    std::optional<double> width;     // between the nearest crossings of the decision level
-    std::optional<double> crossing;  // where mean rising and falling traces meet: 0 low, 1 high
-};
 /// Nothing for an eye without two levels (no traces, flat, a single level). Takes the two levels
 /// that part the values best (Otsu 1979); a signal of more levels is measured at its largest
 /// opening between these two groups.

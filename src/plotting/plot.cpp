@@ -17,14 +17,16 @@ namespace {
 
 class FolderSource : public PlotSource {
   public:
-    explicit FolderSource(std::filesystem::path folder) : folder_(std::move(folder)) {}
+    explicit FolderSource(const std::filesystem::path& folder)
+        : folder_(folder.empty() ? "." : folder) {}
 
     bool ReadData(const std::string& name, std::string& text, std::string& error) override {
         const std::filesystem::path path = folder_ / name;
         std::error_code problem;
         const auto folder =
-            std::filesystem::weakly_canonical(folder_.empty() ? "." : folder_, problem);
-        const auto target = std::filesystem::weakly_canonical(path, problem);
+            std::filesystem::weakly_canonical(std::filesystem::absolute(folder_), problem);
+        const auto target =
+            std::filesystem::weakly_canonical(std::filesystem::absolute(path), problem);
         if (problem || target.parent_path() != folder) {
             error = "is a link that leads out of the folder";
             return false;
@@ -183,6 +185,7 @@ bool LoadPlotText(std::string_view commands, const std::string& path, PlotSource
     NameCurves(plot);
     NoteOddities(plot);
     ContinueEye(plot);
+    if (plot.kind == PlotKind::Eye) plot.eye = MeasureEye(plot);
     return true;
 }
 

@@ -23,6 +23,17 @@ struct Curve {
     bool held = false;    // of an earlier run: drawn faint
 };
 
+/// What is measured of an eye, in the units of its axes.
+struct EyeMeasures {
+    std::size_t traces = 0;
+    double decisionTime = 0.0, decisionLevel = 0.0;  // middle of the opening where it is highest
+    double height = 0.0;                             // there, between the lids
+    double low = 0.0, high = 0.0;                    // mean levels there
+    std::optional<double> Q;         // (high - low) / (sum of the standard deviations)
+    std::optional<double> width;     // between the nearest crossings of the decision level
+    std::optional<double> crossing;  // where mean rising and falling traces meet: 0 low, 1 high
+};
+
 enum class PlotKind { Curves, Eye };
 
 struct Plot {
@@ -32,6 +43,7 @@ struct Plot {
     PlotKind kind = PlotKind::Curves;
     std::vector<Curve> curves;
     std::optional<double> eyePeriod;  // one interval of an eye that shows two, in units of x
+    std::optional<EyeMeasures> eye;   // measured when it was read
     std::vector<std::string> notes;   // what was odd about the files
     bool incomplete = false;          // some data file ends within a row
 };

@@ -66,16 +66,16 @@ class Painting {
         y_ = MakeAxis(AxisId::Y, plot_.spec.yLabel);
         second_ = MakeAxis(AxisId::Second, plot_.spec.secondLabel);
         hasSecond_ = HasSecondAxis(plot_);
-        MeasureIfEye();
+        TellEye();
         if (!hasSecond_) return;
         y_.role = RoleOfAxis(false);
         second_.role = RoleOfAxis(true);
     }
-    void MeasureIfEye() {
+    void TellEye() {
         if (plot_.kind != PlotKind::Eye) return;
         density_ = StyleOf(plot_, options_.eye) == EyeStyle::Density;
-        if (const auto measures = MeasureEye(plot_)) {
-            eyeText_ = EyeText(*measures, SplitLabel(plot_.spec.xLabel).unit,
+        if (plot_.eye) {
+            eyeText_ = EyeText(*plot_.eye, SplitLabel(plot_.spec.xLabel).unit,
                                SplitLabel(plot_.spec.yLabel).unit);
         }
     }

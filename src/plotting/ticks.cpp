@@ -91,10 +91,9 @@ std::vector<Tick> ShortLogTicks(const Scale& scale, double pixels, double spacin
 
 std::vector<Tick> LogTicks(const Scale& scale, double pixels, double spacing) {
     const Extent& range = scale.Range();
-    const double decades = std::log10(range.greatest / range.least);
     const double low = std::log10(range.least), high = std::log10(range.greatest);
     if (high - low < 1.0) return ShortLogTicks(scale, pixels, spacing);
-    const double pixelsPerDecade = pixels / std::max(decades, high - low);
+    const double pixelsPerDecade = pixels / (high - low);
     const int step = DecadeStep(pixelsPerDecade, spacing);
     const bool label25 = high - low < 2.0 && 0.3 * pixelsPerDecade >= spacing;
     const int first = static_cast<int>(std::floor((low - hair) / step) - 1) * step;
@@ -107,19 +106,26 @@ std::vector<Tick> LogTicks(const Scale& scale, double pixels, double spacing) {
     return ticks;
 }
 
-/// Decades of the rate from the top, each where its label has room below the one before.
+/// Decades of the rate from the top, each where its label has room below the one before; under two
+/// of them the multiples 2 and 5 too.
 std::vector<Tick> ProbabilityTicks(const Scale& scale, double pixels, double spacing) {
     const Extent& range = scale.Range();
+    const bool few = range.least > 0.01 * range.greatest;
     std::vector<Tick> ticks;
     double before = 1e300;
-    for (int decade = -1; decade >= -300; --decade) {
-        const double value = PowerOfTen(decade);
-        if (value < range.least * (1.0 - hair)) break;
-        if (value > range.greatest * (1.0 + hair)) continue;
+    const auto add = [&](double value, const std::string& label) {
+        if (!range.Contains(value)) return;
         const double place = scale.Place(value) * pixels;
         const bool fits = before - place >= spacing;
         if (fits) before = place;
-        ticks.push_back({value, fits, fits ? DecadeText(decade) : std::string()});
+        ticks.push_back({value, fits, fits ? label : std::string()});
+    };
+    for (int decade = -1; decade >= -300; --decade) {
+        for (const int multiple : {5, 2}) {
+            if (few)
+                add(PowerTimes(multiple, decade), ReadableText(PowerTimes(multiple, decade), 3));
+        }
+        add(PowerOfTen(decade), DecadeText(decade));
     }
     return ticks;
 }

@@ -1,0 +1,267 @@
+// Every plot of every example as a picture, read back: the scales are taken from the labels alone,
+// and with them the vertices must lie on the numbers of the data files.
+#include <cmath>
+
+#include "link/example_run.h"
+#include "support/svg_reader.h"
+
+namespace photrak::test {
+namespace {
+
+/// A number as a label shows it: minus sign, raised powers of ten, "2x10^-9".
+double LabelValue(std::string text) {
+    static const std::pair<std::string_view, std::string_view> plain[] = {
+        {"\xE2\x88\x92", "-"}, {"\xC3\x97", "*"},     {"\xE2\x81\xBB", "~"}, {"\xE2\x81\xB0", "a"},
+        {"\xC2\xB9", "b"},     {"\xC2\xB2", "c"},     {"\xC2\xB3", "d"},     {"\xE2\x81\xB4", "e"},
+        {"\xE2\x81\xB5", "f"}, {"\xE2\x81\xB6", "g"}, {"\xE2\x81\xB7", "h"}, {"\xE2\x81\xB8", "i"},
+        {"\xE2\x81\xB9", "j"}};
+    for (const auto& [from, to] : plain) {
+        for (std::size_t at = text.find(from); at != std::string::npos; at = text.find(from))
+            text.replace(at, from.size(), to);
+    }
+    const std::size_t raised = text.find_first_of("~abcdefghij");
+    if (raised == std::string::npos) return std::stod(text);
+    std::string exponent;
+    for (const char c : text.substr(raised))
+        exponent += c == '~' ? '-' : static_cast<char>(c - 'a' + '0');
+    const std::size_t times = text.find('*');
+    return (times == std::string::npos ? 1.0 : std::stod(text)) *
+           std::pow(10.0, std::stod(exponent));
+}
+
+/// Power of the prefix in "Time (ns)"; only units that results have.
+double UnitOf(const std::string& title) {
+    static const std::map<std::string, double> prefixes = {
+        {"y", 1e-24}, {"z", 1e-21}, {"a", 1e-18},       {"f", 1e-15}, {"p", 1e-12},
+        {"n", 1e-9},  {"\xC2\xB5", 1e-6}, {"m", 1e-3},  {"", 1.0}};
+    const std::size_t open = title.rfind('('), close = title.rfind(')');
+    if (open == std::string::npos) return 1.0;
+    const std::string unit = title.substr(open + 1, close - open - 1);
+    if (unit.back() != 's' && unit.back() != 'W' && unit.back() != 'V') return 1.0;
+    const auto prefix = prefixes.find(unit.substr(0, unit.size() - 1));
+    EXPECT_NE(prefix, prefixes.end()) << title;
+    return prefix == prefixes.end() ? 1.0 : prefix->second;
+}
+
+struct AxisRead {
+    std::vector<std::pair<double, double>> labels;  // value in SI units, pixel
+    bool logarithmic = false;
+
+    double Even(double value) const { return logarithmic ? std::log10(value) : value; }
+    double Pixel(double value) const {
+        const auto [v0, p0] = labels.front();
+        const auto [v1, p1] = labels.back();
+        return p0 + (Even(value) - Even(v0)) / (Even(v1) - Even(v0)) * (p1 - p0);
+    }
+};
+
+AxisRead ReadAxis(const std::vector<SvgElement>& svg, const std::string& mark, bool upright) {
+    AxisRead axis;
+    std::vector<const SvgElement*> texts;
+    for (const SvgElement& element : svg) {
+        if (element.name == "text" && element.mark == mark) texts.push_back(&element);
+    }
+    EXPECT_GE(texts.size(), 4u) << mark;  // three labels and the title
+    const double unit = UnitOf(texts.back()->text);
+    for (const SvgElement* text : texts) {
+        if (text == texts.back()) break;
+        axis.logarithmic |= text->text.starts_with("10\xE2\x81\xBB");
+        // A label is centered on its tick; the middle of its digits lies 0.36 of the size above the
+        // baseline.
+        axis.labels.emplace_back(LabelValue(text->text) * unit,
+                                 upright ? text->Number("y") - 0.36 * 11.0 : text->Number("x"));
+    }
+    return axis;
+}
+
+/// Steps are equal and 1, 2 or 5 times a power of ten (of decades: 1, 2 or 5 times a power of ten
+/// of them).
+void ExpectRound(const AxisRead& axis) {
+    std::vector<double> steps;
+    for (std::size_t i = 1; i < axis.labels.size(); ++i) {
+        steps.push_back(axis.Even(axis.labels[i].first) - axis.Even(axis.labels[i - 1].first));
+    }
+    for (const double step : steps) {
+        EXPECT_NEAR(step, steps[0], 1e-6 * std::fabs(steps[0]));
+        const double mantissa = step / std::pow(10.0, std::floor(std::log10(step) + 1e-6));
+        EXPECT_TRUE(std::fabs(mantissa - 1) < 1e-5 || std::fabs(mantissa - 2) < 1e-5 ||
+                    std::fabs(mantissa - 5) < 1e-5)
+            << step;
+    }
+}
+
+struct DataPoint {
+    double x, y;  // pixels
+};
+
+/// Each vertex inside the pane is a point of the data, and the data's extremes are among the
+/// vertices.
+void ExpectCurveOnData(const std::vector<Point>& vertices, const std::vector<DataPoint>& data,
+                       const Rect& pane) {
+    constexpr double half = 0.5;
+    for (const Point vertex : vertices) {
+        if (!pane.Contains(vertex)) continue;
+        const bool found = std::any_of(data.begin(), data.end(), [&](const DataPoint& p) {
+            return std::fabs(p.x - vertex.x) <= half && std::fabs(p.y - vertex.y) <= half;
+        });
+        EXPECT_TRUE(found) << vertex.x << ", " << vertex.y;
+        if (!found) return;
+    }
+    const auto [top, bottom] = std::minmax_element(
+        data.begin(), data.end(), [](const DataPoint& a, const DataPoint& b) { return a.y < b.y; });
+    for (const DataPoint& extreme : {*top, *bottom}) {
+        EXPECT_TRUE(std::any_of(vertices.begin(), vertices.end(),
+                                [&](Point v) {
+                                    return std::fabs(v.x - extreme.x) <= half + 1.0 &&
+                                           std::fabs(v.y - extreme.y) <= half;
+                                }))
+            << "the extreme at " << extreme.x << ", " << extreme.y << " is missing";
+    }
+}
+
+/// Data files of a command file, with true for the second axis.
+std::vector<std::pair<std::string, bool>> DataFiles(const std::string& commands) {
+    std::vector<std::pair<std::string, bool>> files;
+    std::istringstream lines(commands);
+    for (std::string line; std::getline(lines, line);) {
+        if (line.empty() || line[0] == '/') continue;
+        const std::size_t second = line.find(" /alty");
+        files.emplace_back(line.substr(0, second), second != std::string::npos);
+    }
+    return files;
+}
+
+void CheckPicture(const std::string& commandFile, const std::string& picture) {
+    SCOPED_TRACE(commandFile);
+    const auto svg = ReadSvg(FileText(picture));
+    ASSERT_FALSE(svg.empty());
+    ExpectTextsApart(svg);
+    const AxisRead x = ReadAxis(svg, "axis:x", false), y = ReadAxis(svg, "axis:y", true);
+    ExpectRound(x);
+    ExpectRound(y);
+    const auto frame = std::find_if(svg.begin(), svg.end(), [](const SvgElement& e) {
+        return e.name == "rect" && e.mark.empty() && e.attributes.count("fill") &&
+               e.attributes.at("fill") == "none";
+    });
+    ASSERT_NE(frame, svg.end());
+    const Rect pane{frame->Number("x"), frame->Number("y"), frame->Number("width"),
+                    frame->Number("height")};
+    int curve = 0;
+    for (const auto& [file, second] : DataFiles(FileText(commandFile))) {
+        const AxisRead& axis = second ? ReadAxis(svg, "axis:second", true) : y;
+        const auto rows = Table(file);
+        ASSERT_FALSE(rows.empty());
+        for (std::size_t column = 1; column < rows[0].size(); ++column, ++curve) {
+            std::vector<DataPoint> data;
+            for (const auto& row : rows)
+                data.push_back({x.Pixel(row[0]), axis.Pixel(row.at(column))});
+            std::vector<Point> vertices;
+            for (const SvgElement& element : svg) {
+                if (element.mark != "curve:" + std::to_string(curve)) continue;
+                if (element.name == "circle")
+                    vertices.push_back({element.Number("cx"), element.Number("cy")});
+                if (element.name == "polyline") {
+                    const auto points = element.Points();
+                    vertices.insert(vertices.end(), points.begin(), points.end());
+                }
+            }
+            EXPECT_FALSE(vertices.empty());
+            ExpectCurveOnData(vertices, data, pane);
+        }
+    }
+}
+
+class Pictures : public ExampleRun {};
+
+TEST_F(Pictures, OfAllExamplesShowTheirData) {
+    for (const char* command :
+         {"run first-bits", "run patterns", "run nrz-link", "run gaussian", "run cross-phase",
+          "run add-drop", "run wdm8", "run save-signal", "run load-signal", "run soliton",
+          "run recirculating-loop", "scan mach-zehnder", "scan ber-power", "scan ber-power-length",
+          "scan statistical", "scan sweep-pattern"}) {
+        Run(std::string(command) + ".top");
+    }
+    std::vector<std::string> plots;
+    for (const auto& entry : std::filesystem::directory_iterator(".")) {
+        const std::string name = entry.path().filename().string();
+        if (name.find(".pc") != std::string::npos) plots.push_back(name);
+    }
+    ASSERT_GE(plots.size(), 50u);
+    std::filesystem::create_directory("pictures");
+    const ProgramResult drawn = Photrak("plot --quiet *.pc? -o pictures");
+    ASSERT_EQ(drawn.status, 0) << drawn.error;
+    EXPECT_EQ(drawn.error, "");
+    for (const std::string& plot : plots) CheckPicture(plot, "pictures/" + plot + ".svg");
+    // The same input gives the same bytes; another theme differs in colors alone.
+    ASSERT_EQ(Photrak("plot ber-power.pcb -o again.svg").status, 0);
+    EXPECT_EQ(FileText("again.svg"), FileText("pictures/ber-power.pcb.svg"));
+    ASSERT_EQ(Photrak("plot --dark ber-power.pcb -o dark.svg").status, 0);
+    EXPECT_EQ(FileText("dark.svg").size(), FileText("again.svg").size());
+    EXPECT_NE(FileText("dark.svg"), FileText("again.svg"));
+}
+
+TEST_F(Pictures, OverlaidPlotsShareTheAxesOfTheFirst) {
+    Run("run nrz-link.top");
+    Run("run first-bits.top");
+    ASSERT_EQ(Photrak("plot --overlay nrz-sent.pcs nrz-arrived.pcs nrz-received.pcs --size 900x600 "
+                      "-o all.svg")
+                  .status,
+              0);
+    const auto svg = ReadSvg(FileText("all.svg"));
+    EXPECT_EQ(svg[0].Number("width"), 900);
+    ExpectTextsApart(svg);
+    std::vector<std::string> marks;
+    for (const SvgElement& element : svg) {
+        if (element.name == "g" && element.attributes.count("data-mark"))
+            marks.push_back(element.mark);
+    }
+    // The voltage is another quantity: it has the second axis.
+    for (const char* mark : {"curve:0", "curve:1", "curve:2", "axis:second", "legend"}) {
+        EXPECT_EQ(std::count(marks.begin(), marks.end(), mark), 1) << mark;
+    }
+}
+
+struct RefusedRow {
+    const char* arguments;
+    int status;
+    const char* expected;
+};
+
+TEST_F(Pictures, WhatCannotBeDrawnIsTold) {
+    Run("run first-bits.top");
+    WriteText("out.pcs", "../first-bits_bin.sig\n");
+    WriteText("pipe.pcs", "|touch found\n`touch found`\n");
+    WriteText("odd.sig", "0 1\n1 %s%n\n");
+    WriteText("odd.pcs", "odd.sig\n");
+    WriteText("empty.pcs", "/tt\"x\"\n");
+    std::filesystem::create_directory("other");
+    std::filesystem::create_symlink("../first-bits_bin.sig", "other/link.sig");
+    WriteText("other/link.pcs", "link.sig\n");
+    const RefusedRow rows[] = {
+        {"plot first-bits.pcs", 64, "-o OUT.svg"},
+        {"plot first-bits.pcs out.pcs -o x.svg", 64, "folder"},
+        {"plot first-bits.pcs -o x.gif", 64, ".svg"},
+        {"plot first-bits.pcs -o x.svg --size 10x10", 64, "--size wants"},
+        {"plot first-bits.pcs -o x.svg --eye blue", 64, "--eye wants"},
+        {"plot -o x.svg", 64, "wants the command file"},
+        {"plot missing.pcs -o x.svg", 1, "No such file"},
+        {"plot out.pcs -o x.svg", 1,
+         "out.pcs:1: the data file '../first-bits_bin.sig' does not lie"},
+        {"plot pipe.pcs -o x.svg", 1, "No such file"},
+        {"plot odd.pcs -o x.svg", 1, "odd.sig:2: '%s%n' is no number"},
+        {"plot empty.pcs -o x.svg", 1, "names no data file"},
+        {"plot other/link.pcs -o x.svg", 1, "leads out of the folder"},
+        {"plot first-bits.pcs -o missing/x.svg", 1, "cannot write 'missing/x.svg'"},
+    };
+    for (const RefusedRow& row : rows) {
+        const ProgramResult result = Photrak(row.arguments);
+        EXPECT_EQ(result.status, row.status) << row.arguments << result.error;
+        EXPECT_NE(result.error.find(row.expected), std::string::npos) << row.arguments << "\n"
+                                                                      << result.error;
+    }
+    EXPECT_FALSE(std::filesystem::exists("x.svg"));
+    EXPECT_FALSE(std::filesystem::exists("found"));
+}
+
+}  // namespace
+}  // namespace photrak::test
