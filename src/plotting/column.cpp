@@ -49,7 +49,7 @@ bool LineExplains(const std::vector<double>& values, const Line& line, Original 
     HalfDigit halfDigit;
     // The error of a fitted value at the ends of the line is about twice that of one value over
     // root n; steps that are a simple part of the last digit round with a bias besides.
-    const double bias = 0.1;
+    const double bias = 0.2;
     const double slack =
         halfDigit.Of(values.back()) * (bias + 4.0 / std::sqrt(static_cast<double>(values.size())));
     for (std::size_t i = 0; i < values.size(); ++i) {

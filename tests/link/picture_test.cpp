@@ -32,7 +32,7 @@ double LabelValue(std::string text) {
 /// Power of the prefix in "Time (ns)"; only units that results have.
 double UnitOf(const std::string& title) {
     static const std::map<std::string, double> prefixes = {
-        {"y", 1e-24}, {"z", 1e-21}, {"a", 1e-18},       {"f", 1e-15}, {"p", 1e-12},
+        {"y", 1e-24}, {"z", 1e-21},       {"a", 1e-18}, {"f", 1e-15}, {"p", 1e-12},
         {"n", 1e-9},  {"\xC2\xB5", 1e-6}, {"m", 1e-3},  {"", 1.0}};
     const std::size_t open = title.rfind('('), close = title.rfind(')');
     if (open == std::string::npos) return 1.0;
