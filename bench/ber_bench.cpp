@@ -58,7 +58,7 @@ void BitErrorRate(benchmark::State& state, double timingJitter) {
     for (auto _ : state) {
         EyeResult eye;
         std::string message;
-        if (ComputeBER(options, inputs.get(), params, eye, message) == Status::Error) {
+        if (ComputeBER(options, inputs.get(), params, eye, {"bench", message}) == Status::Error) {
             state.SkipWithError(message.c_str());
         }
         benchmark::DoNotOptimize(eye.BER);

@@ -62,7 +62,7 @@ constexpr ModelEntry builtInModels[] = {
     {"OpticalFilter", RunOpticalFilter},
     {"SaveSigBlock", SaveSigBlock, SignalBlockParamSpecs},
     {"LoadSigBlock", LoadSigBlock, SignalBlockParamSpecs},
-    {"BERTester", RunBerTester},
+    {"BERTester", RunBerTester, BerParamSpecs},
 };
 
 }  // namespace

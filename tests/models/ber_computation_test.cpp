@@ -164,7 +164,7 @@ ElecSig& Other(Nodelist& first) {
 }
 
 TEST_F(BerTest, RefusesWhatItCannotMeasure) {
-    const std::string own = "BERTester error: component 'ber': ";
+    const std::string own = "ERROR: component 'ber': ";
     const std::string none = "No input electrical signal to BER Tester\n";
     const struct {
         std::string text;

@@ -17,7 +17,7 @@ Values FromOne(const double* array, std::int32_t n) {
 EyeLids MakeLids(const Values& upper, const Values& lower) {
     EyeLids lids;
     std::string text;
-    EXPECT_TRUE(AllocateLids(static_cast<std::int32_t>(upper.size()), lids, text));
+    EXPECT_TRUE(AllocateLids(static_cast<std::int32_t>(upper.size()), lids, {"ber", text}));
     std::copy(upper.begin(), upper.end(), lids.upper.get() + 1);
     std::copy(lower.begin(), lower.end(), lids.lower.get() + 1);
     return lids;
@@ -45,7 +45,7 @@ class EyeTest : public BerTest {
     Status Diagram(BerPairs& set, int plotEyeLids = 0) {
         message.clear();
         eye = {};
-        return DoEyeDiagram({options, "ber", "ber", plotEyeLids}, set, eye, message);
+        return DoEyeDiagram({options, "ber", plotEyeLids}, set, eye, {"ber", message});
     }
 };
 

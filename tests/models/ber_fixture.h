@@ -40,7 +40,6 @@ class BerTest : public ::testing::Test {
         ResetRunRecord();
         ResetRandomState();
         options.PLOTTING = DoNotPlot;
-        params.owner = "ber";
         params.root = "ber";
     }
 
@@ -84,8 +83,8 @@ class BerTest : public ::testing::Test {
     BerPairs Filled() {
         BerPairs set;
         std::string text;
-        EXPECT_EQ(ReadBerPairs(inputs.get(), "ber", set, text), Status::Success);
-        EXPECT_EQ(FillBerPairs("ber", set, text), Status::Success);
+        EXPECT_EQ(ReadBerPairs(inputs.get(), set, {"ber", text}), Status::Success);
+        EXPECT_EQ(FillBerPairs(set, {"ber", text}), Status::Success);
         EXPECT_EQ(text, "");
         return set;
     }
@@ -94,7 +93,7 @@ class BerTest : public ::testing::Test {
         message.clear();
         eye = {};
         eye.decisionLevel = params.decisionLevel;
-        return ComputeBER(options, inputs.get(), params, eye, message);
+        return ComputeBER(options, inputs.get(), params, eye, {"ber", message});
     }
     /// The rate, of a computation that succeeds without a word.
     double Rate() {

@@ -37,7 +37,7 @@ class BerTesterTest : public BerTest {
     BERResults Made() {
         BERResults results;
         std::string text;
-        EXPECT_EQ(MakeBerResults(options, workspace.symbols, "ber", results, text),
+        EXPECT_EQ(MakeBerResults(options, workspace.symbols, results, {"ber", text}),
                   Status::Success);
         EXPECT_EQ(text, "");
         return results;
@@ -84,13 +84,13 @@ TEST_F(BerTesterTest, StatisticsFollowTheRunsUntilOneHasNoResult) {
                 {1, 0, {1, 1, 1}, {0, 0, 0}},
                 {0.5, 5, {0.9, 0.5, 1}, {1, 5, 0}}};
     for (const auto& row : rows) {
-        if (row.Q > 0) StoreBerResult(options, Status::Success, row.BER, row.Q, results);
-        if (row.Q == 0) StoreBerResult(options, Status::Warning, 0.3, 0.5, results);
+        const BerSlot found{row.BER, row.Q};
+        StoreBerResult(options, row.Q > 0 ? std::optional(found) : std::nullopt, results);
         for (int k = 0; k < 3; ++k) {
-            EXPECT_NEAR(results.BER[8 + k], row.rates[k], 1e-15);
-            EXPECT_NEAR(results.Q[8 + k], row.Qs[k], 1e-15);
+            EXPECT_NEAR(results.slots[8 + k].BER, row.rates[k], 1e-15);
+            EXPECT_NEAR(results.slots[8 + k].Q, row.Qs[k], 1e-15);
         }
-        EXPECT_EQ(results.BER[10 + options.runIndex++], row.BER);
+        EXPECT_EQ(results.slots[10 + options.runIndex++].BER, row.BER);
     }
 }
 
@@ -98,7 +98,8 @@ TEST_F(BerTesterTest, SweepValuesEndOnTheStop) {
     Inner(5, "0 3 10");
     Outer(3, "10 -5 0");
     const BERResults results = Made();
-    EXPECT_EQ(results.sweep, (std::vector<double>{0, 3, 6, 9, 10, 10, 5, 0}));
+    EXPECT_EQ(results.innerValues, (std::vector<double>{0, 3, 6, 9, 10}));
+    EXPECT_EQ(results.outerValues, (std::vector<double>{10, 5, 0}));
 }
 
 TEST_F(BerTesterTest, RefusesMoreResultsThanItKeeps) {
@@ -185,15 +186,6 @@ TEST_F(BerTesterTest, WritesWhatIsAskedFor) {
     block.Word("PlotCurves", "NO").Word("FilenameRoot", "sub_root");
     EXPECT_EQ(Pass(1, 1, 1, 3), Status::Success);
     EXPECT_EQ(dir.Files(), std::vector<std::string>{"sub_root.bdt"});
-}
-
-TEST_F(BerTesterTest, ReadsItsParametersByName) {
-    block.Number("timingJitter", 1e-12).Number("decisionLevelJitter", 2).Number("decisionLevel", 3);
-    block.Number("decisionPointShift", 0.25).Word("decisionLevelSelection", "Defined");
-    const BerParams read = ReadBerParams(block.component);
-    EXPECT_EQ(std::tuple(read.timingJitter, read.decisionLevelJitter, read.decisionLevel,
-                         read.decisionPointShift, read.decisionLevelDefined),
-              std::tuple(1e-12, 2.0, 3.0, 0.25, true));
 }
 
 }  // namespace

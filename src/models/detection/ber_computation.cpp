@@ -7,6 +7,7 @@
 #include <atomic>
 #include <cmath>
 #include <limits>
+#include <numbers>
 #include <utility>
 #include <vector>
 
@@ -23,7 +24,7 @@ namespace {
 
 constexpr int trialCount = 256;
 constexpr double shareOfTrial = 0.00390625;
-constexpr double squareRootOf2 = 1.4142135623730951;
+constexpr double squareRootOf2 = std::numbers::sqrt2;
 constexpr int firstJitterSeed = 1;  // the same for every pass
 
 using PerTrial = std::array<double, trialCount>;
@@ -173,11 +174,11 @@ class ErrorSum {
 };
 
 Status WriteStreams(const std::string& root, std::vector<BitStreamText>& streams,
-                    std::string& message) {
+                    const ModelReport& report) {
     int number = 0;
     for (BitStreamText& stream : streams) {
         const std::string name = Concat(root, "_bitstream_", ++number);
-        if (WritePlotFile(name, stream.Finish(), message) == FileResult::Refused) {
+        if (WritePlotFile(name, stream.Finish(), report.errorText) == FileResult::Refused) {
             return Status::Error;
         }
     }
@@ -186,7 +187,7 @@ Status WriteStreams(const std::string& root, std::vector<BitStreamText>& streams
 
 /// The waveform of a pair and its bits, without noise. The plot changes neither.
 Status PlotPair(const SimOptions& options, const BerParams& params, std::size_t index,
-                const BerPairs& set, std::string& message) {
+                const BerPairs& set, const ModelReport& report) {
     const BerPair& pair = set.pairs[index];
     BinSig bits{};
     bits.noPoints = set.patternLength;
@@ -200,25 +201,26 @@ Status PlotPair(const SimOptions& options, const BerParams& params, std::size_t 
     job.flags = plotFlag::defaultForm;
     job.mode = ViewerMode(options, params.saveOrDisplay);
     job.name = Concat(params.root, "_signalpair_", index + 1, ResultTags(options));
-    return WriteSignalPlot(job, {params.owner, message});
+    return WriteSignalPlot(job, report);
 }
 
 Status PlotPairs(const SimOptions& options, const BerParams& params, const BerPairs& set,
-                 std::string& message) {
+                 const ModelReport& report) {
     // Without the tags of its loops a file would be written over at every pass.
-    if (!PlotFileRoot(options, params.owner, params.root)) return Status::Success;
+    if (!PlotFileRoot(options, report.owner, params.root)) return Status::Success;
     Status status = Status::Success;
     for (std::size_t i = 0; i < set.pairs.size() && status != Status::Error; ++i) {
-        MergeStatus(status, PlotPair(options, params, i, set, message));
+        MergeStatus(status, PlotPair(options, params, i, set, report));
     }
     return status;
 }
 
 /// Q = sqrt 2 x, with x the root of erfc(x) = 2 BER.
-Status FindQ(EyeResult& eye, std::string& message) {
+Status FindQ(EyeResult& eye, const ModelReport& report) {
     constexpr double least = 1e-05, greatest = 1000, tolerance = 1e-07;
     Status status = Status::Success;
-    const double x = QFactorRoot(2.0 * eye.BER, least, greatest, tolerance, status, message);
+    const double x =
+        QFactorRoot(2.0 * eye.BER, least, greatest, tolerance, status, report.errorText);
     eye.erfcArgument = -x;
     eye.Q = x * squareRootOf2;
     return status;
@@ -227,22 +229,20 @@ Status FindQ(EyeResult& eye, std::string& message) {
 }  // namespace
 
 Status ComputeBER(const SimOptions& options, const Nodelist* inputs, const BerParams& params,
-                  EyeResult& eye, std::string& message) {
+                  EyeResult& eye, const ModelReport& report) {
     BerPairs set;
-    Status status = ReadBerPairs(inputs, params.owner, set, message);
+    Status status = ReadBerPairs(inputs, set, report);
     if (status != Status::Success) return status;
-    if (FillBerPairs(params.owner, set, message) != Status::Success) return Status::Error;
+    if (FillBerPairs(set, report) != Status::Success) return Status::Error;
 
     int plotEyeLids = params.plotEyeLids ? 1 : 0;
     if (plotEyeLids != 0 && params.saveOrDisplay == 2) plotEyeLids = 2;
-    status = DoEyeDiagram({options, params.owner, params.root, plotEyeLids}, set, eye, message);
+    status = DoEyeDiagram({options, params.root, plotEyeLids}, set, eye, report);
     if (status == Status::Error) {
-        message += "Error in ComputeBER -- DoEyeDiagram\n";
-        return status;
+        return report.Fail("Error in ComputeBER -- DoEyeDiagram\n");
     }
     if (status == Status::Warning && eye.eyeArea == 0.0) {
-        message += "WARNING in ComputeBER -- DoEyeDiagram, can not calculate BER\n";
-        return status;
+        return report.Warn("WARNING in ComputeBER -- DoEyeDiagram, can not calculate BER\n");
     }
 
     ErrorSum sum(params, eye, set);
@@ -250,15 +250,13 @@ Status ComputeBER(const SimOptions& options, const Nodelist* inputs, const BerPa
     if (eye.stopped) return status;
     const bool doubtful = status != Status::Success;
     if (options.PLOTTING != DoNotPlot && (doubtful || params.plotSignals)) {
-        MergeStatus(status, PlotPairs(options, params, set, message));
+        MergeStatus(status, PlotPairs(options, params, set, report));
     }
-    MergeStatus(status, WriteStreams(params.root, sum.Streams(), message));
+    MergeStatus(status, WriteStreams(params.root, sum.Streams(), report));
     if (std::isnan(eye.BER)) {
-        message += Concat("BERTester error: component '", params.owner,
-                          "': decisions fall too far from the pattern\n");
-        return Status::Error;
+        return report.Refuse("decisions fall too far from the pattern");
     }
-    MergeStatus(status, FindQ(eye, message));
+    MergeStatus(status, FindQ(eye, report));
     return status;
 }
 

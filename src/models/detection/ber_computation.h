@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <string>
 
+#include "kernel/driver.h"
 #include "models/detection/eye.h"
 
 namespace photrak {
@@ -13,7 +14,6 @@ namespace photrak {
 enum class StatisticalPlot { Average, Minimum, Maximum, Latest };
 
 struct BerParams {
-    std::string owner;                  // the component's name, for messages and titles
     double timingJitter = 0.0;          // standard deviation of the decision time, s
     double decisionLevelJitter = 0.0;   // standard deviation of the decision level, V
     double decisionPointShift = 0.0;    // of the decision time, fraction of a bit
@@ -31,6 +31,6 @@ struct BerParams {
 /// A set stop word ends the sum over the bits at once: `eye.stopped` then says that there is none.
 /// `eye` is a fresh record whose decisionLevel is the parameter's.
 Status ComputeBER(const SimOptions& options, const Nodelist* inputs, const BerParams& params,
-                  EyeResult& eye, std::string& message);
+                  EyeResult& eye, const ModelReport& report);
 
 }  // namespace photrak

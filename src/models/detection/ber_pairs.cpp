@@ -12,19 +12,9 @@
 namespace photrak {
 namespace {
 
-Status Fail(std::string_view text, std::string& message) {
-    message += text;
-    return Status::Error;
-}
-
-Status Refuse(std::string_view owner, std::string_view reason, std::string& message) {
-    return Fail(Concat("BERTester error: component '", owner, "': ", reason, "\n"), message);
-}
-
-Status RefuseType(std::int32_t input, std::string_view type, std::string& message) {
-    return Fail(Concat("Input signal type incorrect for the bit error rate tester.\nThe ", input,
-                       " input signal type must be ", type, ".\n"),
-                message);
+Status RefuseType(std::int32_t input, std::string_view type, const ModelReport& report) {
+    return report.Fail("Input signal type incorrect for the bit error rate tester.\nThe ", input,
+                       " input signal type must be ", type, ".\n");
 }
 
 /// A port that is not wired may have lost its type to the ground node.
@@ -33,39 +23,36 @@ bool IsBinaryPort(const Nodelist& cell) {
     return !cell.sig && (cell.sigType == UnknownSigType || cell.sigType == NoSigType);
 }
 
-Status CheckWave(const Nodelist& cell, std::int32_t input, std::string& message) {
-    if (cell.sigType != ElecSigType) return RefuseType(input, "ELECSIG", message);
+Status CheckWave(const Nodelist& cell, std::int32_t input, const ModelReport& report) {
+    if (cell.sigType != ElecSigType) return RefuseType(input, "ELECSIG", report);
     if (!cell.sig) {
-        message += "No input electrical signal to BER Tester\n";
-        return Status::Warning;
+        return report.Warn("No input electrical signal to BER Tester\n");
     }
     if (static_cast<const ElecSig*>(cell.sig)->domain == TimeDomain) return Status::Success;
-    return Fail(
+    return report.Fail(
         "Input signal domain incorrect for the bit error rate tester.\n"
-        "Input signal domain must be in time domain.\n",
-        message);
+        "Input signal domain must be in time domain.\n");
 }
 
-Status CollectPairs(const Nodelist* inputs, BerPairs& set, std::string& message) {
+Status CollectPairs(const Nodelist* inputs, BerPairs& set, const ModelReport& report) {
     std::int32_t input = 1;
     for (const Nodelist* cell = inputs; cell; cell = cell->next->next, input += 2) {
-        const Status status = CheckWave(*cell, input, message);
+        const Status status = CheckWave(*cell, input, report);
         if (status != Status::Success) return status;
         const Nodelist* bits = cell->next;
         if (!bits) {
-            return Fail(
+            return report.Fail(
                 "BER tester requires even number of input signals.\n"
-                "The odd signals must be ELECSIG and the even must be BINSIG.\n",
-                message);
+                "The odd signals must be ELECSIG and the even must be BINSIG.\n");
         }
-        if (!IsBinaryPort(*bits)) return RefuseType(input + 1, "BINSIG", message);
+        if (!IsBinaryPort(*bits)) return RefuseType(input + 1, "BINSIG", report);
         BerPair& pair = set.pairs.emplace_back();
         pair.wave = static_cast<const ElecSig*>(cell->sig);
         pair.sent = static_cast<const BinSig*>(bits->sig);
         if (pair.sent && (pair.sent->noPoints < 1 || !pair.sent->bitSequence)) pair.sent = nullptr;
     }
     if (!set.pairs.empty()) return Status::Success;
-    return Fail("BERTester error: missing #1 input electrical signal\n", message);
+    return report.Fail("BERTester error: missing #1 input electrical signal\n");
 }
 
 bool IsAlike(const ElecSig& a, const ElecSig& b) {
@@ -73,46 +60,41 @@ bool IsAlike(const ElecSig& a, const ElecSig& b) {
            a.tStep == b.tStep && a.noPoints == b.noPoints && a.patternLength == b.patternLength;
 }
 
-Status CheckAgreement(const BerPairs& set, std::string& message) {
+Status CheckAgreement(const BerPairs& set, const ModelReport& report) {
     const ElecSig& first = *set.pairs.front().wave;
     if (first.UnitType != VoltageUnit) {
-        return Fail("BERTester error: incorrect input electrical signal type\n", message);
+        return report.Fail("BERTester error: incorrect input electrical signal type\n");
     }
     for (const BerPair& pair : set.pairs) {
         if (&pair != &set.pairs.front() && !IsAlike(*pair.wave, first)) {
-            return Fail("BERTester error: incompatible input electrical signals\n", message);
+            return report.Fail("BERTester error: incompatible input electrical signals\n");
         }
         if (pair.sent &&
             (pair.sent->bitRate != first.bitRate || pair.sent->noPoints != first.patternLength)) {
-            return Fail(
+            return report.Fail(
                 "BERTester error: bitrate or pattern length between electrical and binary signals "
-                "incompatible\n",
-                message);
+                "incompatible\n");
         }
     }
     return Status::Success;
 }
 
 /// What the arithmetic needs beyond agreement.
-Status CheckGrid(const BerPairs& set, std::string_view owner, std::string& message) {
+Status CheckGrid(const BerPairs& set, const ModelReport& report) {
     if (set.patternLength < shortestBerPattern) {
-        return Refuse(owner,
-                      Concat("a pattern of ", set.patternLength, " bits is too short, at least ",
-                             shortestBerPattern, " are needed"),
-                      message);
+        return report.Refuse("a pattern of ", set.patternLength, " bits is too short, at least ",
+                             shortestBerPattern, " are needed");
     }
     if (set.samplesPerBit < 2) {
-        return Refuse(owner,
-                      Concat(set.noPoints, " samples for ", set.patternLength,
-                             " bits are too few, at least 2 for each bit are needed"),
-                      message);
+        return report.Refuse(set.noPoints, " samples for ", set.patternLength,
+                             " bits are too few, at least 2 for each bit are needed");
     }
     if (!(set.tStep > 0.0) || !std::isfinite(set.tStep)) {
-        return Refuse(owner, Concat("the time step ", set.tStep, " s is not above 0"), message);
+        return report.Refuse("the time step ", set.tStep, " s is not above 0");
     }
     for (const BerPair& pair : set.pairs) {
         if (std::isfinite(pair.wave->startTime)) continue;
-        return Refuse(owner, "a start time is no finite number", message);
+        return report.Refuse("a start time is no finite number");
     }
     return Status::Success;
 }
@@ -145,10 +127,10 @@ bool FillMagnitudes(const Complex* samples, std::int32_t n, std::int64_t shift, 
     return finite;
 }
 
-Status FillBits(BerPair& pair, const BerPairs& set, std::string& message) {
+Status FillBits(BerPair& pair, const BerPairs& set, const ModelReport& report) {
     pair.bits.reset(NewUnclearedSamples<std::int16_t>(set.patternLength));
     if (!pair.bits) {
-        ReportNoMemory(message, "bitSequence");
+        ReportNoMemory(report.errorText, "bitSequence");
         return Status::Error;
     }
     if (pair.sent) {
@@ -159,8 +141,7 @@ Status FillBits(BerPair& pair, const BerPairs& set, std::string& message) {
     return Status::Success;
 }
 
-Status FillPair(BerPair& pair, double start, std::string_view owner, const BerPairs& set,
-                std::string& message) {
+Status FillPair(BerPair& pair, double start, const BerPairs& set, const ModelReport& report) {
     struct Work {
         const Complex* samples;
         OwnedBlock<double[]>& out;
@@ -173,37 +154,36 @@ Status FillPair(BerPair& pair, double start, std::string_view owner, const BerPa
     for (const Work& work : arrays) {
         work.out.reset(NewUnclearedSamples<double>(set.noPoints));
         if (!work.out) {
-            ReportNoMemory(message, work.name);
+            ReportNoMemory(report.errorText, work.name);
             return Status::Error;
         }
-        if (!work.samples) return Refuse(owner, "an input signal has no samples", message);
+        if (!work.samples) return report.Refuse("an input signal has no samples");
         if (!FillMagnitudes(work.samples, set.noPoints, shift, work.out.get())) {
-            return Refuse(owner, "a sample or its noise is no finite number", message);
+            return report.Refuse("a sample or its noise is no finite number");
         }
     }
-    return FillBits(pair, set, message);
+    return FillBits(pair, set, report);
 }
 
 }  // namespace
 
-Status ReadBerPairs(const Nodelist* inputs, std::string_view owner, BerPairs& set,
-                    std::string& message) {
-    const Status collected = CollectPairs(inputs, set, message);
+Status ReadBerPairs(const Nodelist* inputs, BerPairs& set, const ModelReport& report) {
+    const Status collected = CollectPairs(inputs, set, report);
     if (collected != Status::Success) return collected;
-    if (CheckAgreement(set, message) != Status::Success) return Status::Error;
+    if (CheckAgreement(set, report) != Status::Success) return Status::Error;
     const ElecSig& first = *set.pairs.front().wave;
     set.noPoints = first.noPoints;
     set.patternLength = first.patternLength;
     set.tStep = first.tStep;
     set.samplesPerBit = first.patternLength > 0 ? first.noPoints / first.patternLength : 0;
-    return CheckGrid(set, owner, message);
+    return CheckGrid(set, report);
 }
 
-Status FillBerPairs(std::string_view owner, BerPairs& set, std::string& message) {
+Status FillBerPairs(BerPairs& set, const ModelReport& report) {
     double start = set.pairs.front().wave->startTime;
     for (const BerPair& pair : set.pairs) start = std::max(start, pair.wave->startTime);
     for (BerPair& pair : set.pairs) {
-        const Status status = FillPair(pair, start, owner, set, message);
+        const Status status = FillPair(pair, start, set, report);
         if (status != Status::Success) return status;
     }
     return Status::Success;

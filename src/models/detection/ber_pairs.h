@@ -3,12 +3,10 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
-#include <string_view>
 #include <vector>
 
 #include "base/memory.h"
-#include "base/status.h"
+#include "kernel/model_report.h"
 #include "kernel/signals.h"
 
 namespace photrak {
@@ -33,12 +31,11 @@ struct BerPairs {
 inline constexpr std::int32_t shortestBerPattern = 5;
 
 /// Checks the inputs in the order of the ports and finds what they have in common. Warning: an
-/// electrical port holds no signal. `owner` is the component's name, for messages.
-Status ReadBerPairs(const Nodelist* inputs, std::string_view owner, BerPairs& set,
-                    std::string& message);
+/// electrical port holds no signal.
+Status ReadBerPairs(const Nodelist* inputs, BerPairs& set, const ModelReport& report);
 
 /// Fills voltage and sigma, turned to the latest start, and the bits of every pair.
-Status FillBerPairs(std::string_view owner, BerPairs& set, std::string& message);
+Status FillBerPairs(BerPairs& set, const ModelReport& report);
 
 /// The bits of a waveform by the middle between its extremes, taken just before each bit ends.
 void DeriveBits(const double* voltage, std::int32_t noPoints, std::int32_t patternLength,

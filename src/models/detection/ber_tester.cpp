@@ -6,16 +6,13 @@
 
 #include "base/text.h"
 #include "kernel/expression.h"
-#include "kernel/parameters.h"
 #include "kernel/result_names.h"
 #include "kernel/run_record.h"
-#include "models/common/parameter_limits.h"
-#include "models/common/refusals.h"
 
 namespace photrak {
 namespace {
 
-constexpr double noResultBER = 1.0, noResultQ = 0.0, notComputed = -1.0;
+constexpr BerSlot noResult = {1.0, 0.0};
 
 struct StatisticWord {
     std::string_view word;
@@ -26,11 +23,38 @@ constexpr StatisticWord statisticWords[] = {{"Average", StatisticalPlot::Average
                                             {"Maximum", StatisticalPlot::Maximum},
                                             {"Latest", StatisticalPlot::Latest}};
 
-constexpr ParameterLimit<BerParams> limits[] = {
-    {"timingJitter", &BerParams::timingJitter, Range::Finite},
-    {"decisionLevelJitter", &BerParams::decisionLevelJitter, Range::Finite},
-    {"decisionPointShift", &BerParams::decisionPointShift, Range::Finite},
-    {"decisionLevel", &BerParams::decisionLevel, Range::Finite}};
+void StoreStatistic(BerParams& params, std::string_view word) {
+    for (const StatisticWord& row : statisticWords) {
+        if (row.word == word) params.statistic = row.statistic;
+    }
+}
+template <bool BerParams::*flag>
+void StoreFlag(BerParams& params, std::string_view word) {
+    params.*flag = word == "YES";
+}
+
+constexpr ParamRow<BerParams> rows[] = {
+    {"timingJitter", &BerParams::timingJitter, 0.0},
+    {"decisionLevelJitter", &BerParams::decisionLevelJitter, 0.0},
+    {"decisionPointShift", &BerParams::decisionPointShift, 0.0},
+    {"decisionLevelSelection",
+     [](BerParams& params, std::string_view word) {
+         params.decisionLevelDefined = word == "Defined";
+     },
+     "Computed", Words{"Computed Defined"}},
+    {"decisionLevel", &BerParams::decisionLevel, 0.0},
+    {"FilenameRoot", &BerParams::root, ""},
+    {"bitsPerLine", &BerParams::bitsPerLine, 0},
+    {"StatisticalPlotMode", StoreStatistic, "Average", Words{"Average Minimum Maximum Latest"}},
+    {"PlotCurves", StoreFlag<&BerParams::plotCurves>, "YES", Words{"YES NO"}},
+    {"SaveAllData", StoreFlag<&BerParams::saveAllData>, "YES", Words{"YES NO"}},
+    {"PlotEyeLids", StoreFlag<&BerParams::plotEyeLids>, "NO", Words{"YES NO"}},
+    {"PlotSignals", StoreFlag<&BerParams::plotSignals>, "NO", Words{"YES NO"}},
+    {"SaveOrDisplayPlots",
+     [](BerParams& params, std::string_view word) {
+         params.saveOrDisplay = word == "Save" ? 1 : 2;
+     },
+     "Save", Words{"Save Display"}}};
 
 std::int32_t RunCount(const SimOptions& options) {
     const bool statistical = (options.mode & simMode::statistical) != 0;
@@ -113,20 +137,21 @@ std::size_t SelectedSlot(const BerParams& params, const BERResults& results, std
 }
 
 Status WriteCurveFiles(const SimOptions& options, const BerParams& params, BERResults& results,
-                       std::string& errorText) {
+                       const ModelReport& report) {
     const std::size_t slot = SelectedSlot(params, results, PlaceOf(options, results).run);
     const auto inners = static_cast<std::size_t>(results.innerPoints);
     const auto outers = static_cast<std::size_t>(results.outerPoints);
     for (std::size_t outer = 0; outer < outers; ++outer) {
         for (std::size_t inner = 0; inner < inners; ++inner) {
-            results.curve.Set(inner, outer, results.BER[PointSlot(results, inner, outer) + slot]);
+            results.curve.Set(inner, outer,
+                              results.slots[PointSlot(results, inner, outer) + slot].BER);
         }
     }
     // The viewer starts with the first curve and follows the file from then on.
     const PlotMode mode =
         results.firstCurve ? ViewerMode(options, params.saveOrDisplay) : PlotMode::Files;
     results.firstCurve = false;
-    return WriteBerCurve(params.root, results.curve, mode, errorText);
+    return WriteBerCurve(params.root, results.curve, mode, report.errorText);
 }
 
 /// Rows of the present pass: its run, and the statistics behind the last run of a point.
@@ -134,12 +159,12 @@ std::string TableText(const SimOptions& options, const BERResults& results) {
     const Place place = PlaceOf(options, results);
     const std::size_t point = PointSlot(results, place.inner, place.outer);
     BerTableRow row;
-    row.inner = results.sweep[place.inner];
-    row.outer = results.sweep[static_cast<std::size_t>(results.innerPoints) + place.outer];
+    row.inner = results.innerValues[place.inner];
+    row.outer = results.outerValues[place.outer];
     const auto line = [&](std::string_view run, std::size_t slot) {
         row.run = run;
-        row.BER = results.BER[point + slot];
-        row.Q = results.Q[point + slot];
+        row.BER = results.slots[point + slot].BER;
+        row.Q = results.slots[point + slot].Q;
         return BerTableLine(results.table, row);
     };
     const std::string number = Concat(place.run + 1);
@@ -151,23 +176,23 @@ std::string TableText(const SimOptions& options, const BERResults& results) {
 }
 
 Status AppendTable(const SimOptions& options, const BerParams& params, const BERResults& results,
-                   std::string& errorText) {
+                   const ModelReport& report) {
     std::string text = IsFirstPass(options) ? BerTableHeader(results.table) : std::string();
     text += TableText(options, results);
     const std::string name = params.root + ".bdt";
     // A disk that fails is not reported, by no result file.
-    AppendResultFile(name, text, errorText);
+    AppendResultFile(name, text, report.errorText);
     return IsAllowedResultName(name) ? Status::Success : Status::Error;
 }
 
 Status WriteFiles(const SimOptions& options, const BerParams& params, BERResults& results,
-                  std::string& errorText) {
+                  const ModelReport& report) {
     if (params.plotCurves) {
-        const Status status = WriteCurveFiles(options, params, results, errorText);
+        const Status status = WriteCurveFiles(options, params, results, report);
         if (status != Status::Success) return status;
     }
     if (!params.saveAllData) return Status::Success;
-    return AppendTable(options, params, results, errorText);
+    return AppendTable(options, params, results, report);
 }
 
 /// The component's results; made on the first pass, or later where a pass list left that out.
@@ -175,8 +200,7 @@ Status TakeResults(const ModelCall& call, BERResults*& results) {
     std::shared_ptr<void>& state = call.component.modelState;
     if (IsFirstPass(call.options) || !state) {
         auto made = std::make_shared<BERResults>();
-        const Status status = MakeBerResults(call.options, call.workspace.symbols,
-                                             call.component.name, *made, call.errorText);
+        const Status status = MakeBerResults(call.options, call.workspace.symbols, *made, call);
         state.reset();
         if (status != Status::Success) return status;
         state = std::move(made);
@@ -192,114 +216,80 @@ Status RunPass(const ModelCall& call, const BerParams& params) {
     EyeResult eye;
     eye.decisionLevel = params.decisionLevel;
     std::string message;
-    const Status status = ComputeBER(call.options, call.inputs, params, eye, message);
+    const Status status = ComputeBER(call.options, call.inputs, params, eye, {call.owner, message});
     if (status != Status::Success) call.errorText += message + "\n";
     if (status == Status::Error || eye.stopped) return status;
 
-    StoreBerResult(call.options, status, eye.BER, eye.Q, *results);
-    const bool found = status == Status::Success;
-    CurrentRun().TakeReading(params.owner, found ? eye.BER : noResultBER,
-                             found ? eye.Q : noResultQ);
+    std::optional<BerSlot> found;
+    if (status == Status::Success) found = BerSlot{eye.BER, eye.Q};
+    StoreBerResult(call.options, found, *results);
+    const BerSlot result = found.value_or(noResult);
+    CurrentRun().TakeReading(call.owner, result.BER, result.Q);
     Status written = status;
-    MergeStatus(written, WriteFiles(call.options, params, *results, call.errorText));
+    MergeStatus(written, WriteFiles(call.options, params, *results, call));
     if (IsLastPass(call.options, *results)) call.component.modelState.reset();
     return written;
 }
 
 }  // namespace
 
-BerParams ReadBerParams(const Component& component) {
-    Parameter* list = component.parameters;
-    const auto says = [list](std::string_view name, std::string_view word,
-                             std::string_view fallback = "") {
-        return GetParamText(list, name, fallback) == word;
-    };
-    BerParams params;
-    params.owner = component.name;
-    params.timingJitter = GetParamDouble(list, "timingJitter", 0.0);
-    params.decisionLevelJitter = GetParamDouble(list, "decisionLevelJitter", 0.0);
-    params.decisionPointShift = GetParamDouble(list, "decisionPointShift", 0.0);
-    params.decisionLevel = GetParamDouble(list, "decisionLevel", 0.0);
-    params.decisionLevelDefined = says("decisionLevelSelection", "Defined");
-    params.root = GetParamText(list, "FilenameRoot", "");
-    if (params.root.empty()) params.root = component.name;
-    params.bitsPerLine = GetParamInt(list, "bitsPerLine", 0);
-    const std::string_view statistic = GetParamText(list, "StatisticalPlotMode", "Average");
-    for (const StatisticWord& row : statisticWords) {
-        if (row.word == statistic) params.statistic = row.statistic;
-    }
-    params.plotCurves = says("PlotCurves", "YES", "YES");
-    params.saveAllData = says("SaveAllData", "YES", "YES");
-    params.plotEyeLids = says("PlotEyeLids", "YES");
-    params.plotSignals = says("PlotSignals", "YES");
-    const std::string_view plots = GetParamText(list, "SaveOrDisplayPlots", "");
-    if (!plots.empty()) params.saveOrDisplay = plots == "Save" ? 1 : 2;
-    return params;
+std::vector<ParamSpec> BerParamSpecs() {
+    return SpecsOf(rows);
 }
 
-Status MakeBerResults(const SimOptions& options, const SymbolTable& symbols, std::string_view owner,
-                      BERResults& results, std::string& errorText) {
+Status MakeBerResults(const SimOptions& options, const SymbolTable& symbols, BERResults& results,
+                      const ModelReport& report) {
     results.innerPoints = std::max(options.innerCount, 1);
     results.outerPoints = std::max(options.outerCount, 1);
     results.runs = RunCount(options);
     const double slots = static_cast<double>(results.innerPoints) * results.outerPoints *
                          static_cast<double>(results.SlotsPerPoint());
     if (slots > static_cast<double>(maxBerSlots)) {
-        return RefuseComponent(
-            owner, Concat("a scan with more than ", maxBerSlots, " results is not kept"),
-            errorText);
+        return report.Refuse("a scan with more than ", maxBerSlots, " results is not kept");
     }
-    results.BER.assign(static_cast<std::size_t>(slots), notComputed);
-    results.Q.assign(static_cast<std::size_t>(slots), 0.0);
+    results.slots.assign(static_cast<std::size_t>(slots), BerSlot{});
     const SweepTexts inner = InnerSweep(options), outer = OuterSweep(options);
-    std::vector<double> innerValues = SweepValues(inner, symbols);
-    std::vector<double> outerValues = SweepValues(outer, symbols);
-    results.sweep = innerValues;
-    results.sweep.insert(results.sweep.end(), outerValues.begin(), outerValues.end());
+    results.innerValues = SweepValues(inner, symbols);
+    results.outerValues = SweepValues(outer, symbols);
     results.table.innerName = inner.IsSwept() ? inner.variable : "";
     results.table.outerName = outer.IsSwept() ? outer.variable : "";
     results.table.statistical = results.runs > 1;
-    results.curve = BerCurve(results.table.innerName, std::move(innerValues),
-                             results.table.outerName, std::move(outerValues));
+    results.curve = BerCurve(results.table.innerName, results.innerValues, results.table.outerName,
+                             results.outerValues);
     results.firstCurve = true;
     return Status::Success;
 }
 
-void StoreBerResult(const SimOptions& options, Status status, double BER, double Q,
+void StoreBerResult(const SimOptions& options, const std::optional<BerSlot>& found,
                     BERResults& results) {
     const Place place = PlaceOf(options, results);
-    const std::size_t point = PointSlot(results, place.inner, place.outer);
-    double *rates = &results.BER[point], *qs = &results.Q[point];
-    const auto store = [=](std::size_t slot, double rate, double q) {
-        rates[slot] = rate;
-        qs[slot] = q;
-    };
-    const bool failed = status == Status::Warning;
-    const double rate = failed ? noResultBER : BER, q = failed ? noResultQ : Q;
+    BerSlot* slots = &results.slots[PointSlot(results, place.inner, place.outer)];
+    const BerSlot result = found.value_or(noResult);
     if (results.runs < 2) {
-        store(0, rate, q);
+        slots[0] = result;
         return;
     }
-    store(berSlot::beforeRuns + place.run + 1, rate, q);
-    if (failed || place.run == 0) {
+    slots[berSlot::beforeRuns + place.run + 1] = result;
+    BerSlot &average = slots[berSlot::average], &least = slots[berSlot::minimum],
+            &greatest = slots[berSlot::maximum];
+    if (!found || place.run == 0) {
         // By design: a run without a result takes all statistics of its point with it.
-        store(berSlot::average, rate, q);
-        store(berSlot::minimum, rate, q);
-        store(berSlot::maximum, rate, q);
+        average = least = greatest = result;
         return;
     }
     const auto before = static_cast<double>(place.run), runs = before + 1.0;
-    store(berSlot::average, (before * rates[berSlot::average] + rate) / runs,
-          (before * qs[berSlot::average] + q) / runs);
+    average = {(before * average.BER + result.BER) / runs, (before * average.Q + result.Q) / runs};
     // Q of the run that set the rate, be it extreme or not.
-    if (rate < rates[berSlot::minimum]) store(berSlot::minimum, rate, q);
-    if (rate > rates[berSlot::maximum]) store(berSlot::maximum, rate, q);
+    if (result.BER < least.BER) least = result;
+    if (result.BER > greatest.BER) greatest = result;
 }
 
 Status RunBerTester(const ModelCall& call) {
-    const BerParams params = ReadBerParams(call.component);
+    BerParams params;
+    ReadParams(rows, call.component.parameters, params);
+    if (params.root.empty()) params.root = call.owner;
     if (!params.plotCurves && !params.saveAllData) return Status::Success;
-    Status status = CheckLimits<BerParams>(params, limits, call.errorText);
+    Status status = CheckParams(rows, params, call);
     if (status == Status::Success) status = RunPass(call, params);
     if (status == Status::Error) call.component.modelState.reset();
     return status;

@@ -3,7 +3,7 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
+#include <optional>
 #include <vector>
 
 #include "kernel/driver.h"
@@ -13,7 +13,14 @@
 
 namespace photrak {
 
-BerParams ReadBerParams(const Component& component);
+/// The rows of its table.
+std::vector<ParamSpec> BerParamSpecs();
+
+/// The result of a pass, or a statistic of several.
+struct BerSlot {
+    double BER = -1.0;  // below 0: not yet computed
+    double Q = 0.0;
+};
 
 /// Results from the first pass to the last of a simulation; a component keeps them as its
 /// modelState. Slots of a sweep point: one without statistical runs, otherwise average, minimum,
@@ -21,9 +28,8 @@ BerParams ReadBerParams(const Component& component);
 struct BERResults {
     std::int32_t innerPoints = 1, outerPoints = 1;  // I, O
     std::int32_t runs = 1;
-    std::vector<double> BER;    // -1: not yet computed
-    std::vector<double> Q;      // 0: not yet computed
-    std::vector<double> sweep;  // inner values, then outer values
+    std::vector<BerSlot> slots;
+    std::vector<double> innerValues, outerValues;  // of the sweeps; 0 without one
     BerCurve curve;
     BerTable table;
     bool firstCurve = true;  // no curve yet in this simulation
@@ -41,12 +47,12 @@ inline constexpr std::size_t average = 0, minimum = 1, maximum = 2, beforeRuns =
 inline constexpr std::int64_t maxBerSlots = 10'000'000;
 
 /// Slots and sweep values for what the options ask for.
-Status MakeBerResults(const SimOptions& options, const SymbolTable& symbols, std::string_view owner,
-                      BERResults& results, std::string& errorText);
+Status MakeBerResults(const SimOptions& options, const SymbolTable& symbols, BERResults& results,
+                      const ModelReport& report);
 
-/// Stores the result of the present pass: its run, and what it does to the statistics. A warning
-/// stands for a pass without a result and stores BER 1 and Q 0.
-void StoreBerResult(const SimOptions& options, Status status, double BER, double Q,
+/// Stores the result of the present pass: its run, and what it does to the statistics. A pass that
+/// found none stores BER 1 and Q 0.
+void StoreBerResult(const SimOptions& options, const std::optional<BerSlot>& found,
                     BERResults& results);
 
 /// The model.

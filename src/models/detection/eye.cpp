@@ -3,10 +3,10 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numbers>
 #include <vector>
 
 #include "base/text.h"
+#include "base/units.h"
 #include "kernel/result_names.h"
 #include "kernel/sample_arrays.h"
 #include "numeric/messages.h"
@@ -124,13 +124,13 @@ void Measure(const BerPairs& set, EyeMode mode, EyeLids& lids, EyeResult& eye) {
 
 /// Each sample of each window with a draw of its noise. The windows of neighboring bits overlap,
 /// and each has draws of its own.
-Status FillEyeData(const BerPairs& set, EyeResult& eye, std::string& message) {
+Status FillEyeData(const BerPairs& set, EyeResult& eye, const ModelReport& report) {
     const std::uint64_t traces =
         set.pairs.size() * (static_cast<std::uint64_t>(set.patternLength) - 1);
     const std::uint64_t samples = traces * static_cast<std::uint64_t>(eye.lidLength);
     eye.eyeData.reset(static_cast<double*>(Allocate((samples + 1) * sizeof(double))));
     if (!eye.eyeData) {
-        ReportNoMemory(message, "eye->eyeData");
+        ReportNoMemory(report.errorText, "eye->eyeData");
         return Status::Error;
     }
     double* next = eye.eyeData.get();
@@ -148,9 +148,9 @@ Status FillEyeData(const BerPairs& set, EyeResult& eye, std::string& message) {
 }
 
 Status WriteLids(const EyeJob& job, const BerPairs& set, const EyeLids& lids, const EyeResult& eye,
-                 EyeMode mode, std::string& message) {
+                 EyeMode mode, const ModelReport& report) {
     // Without the tags of its loops a file would be written over at every pass.
-    if (!PlotFileRoot(job.options, job.componentName, job.root)) return Status::Success;
+    if (!PlotFileRoot(job.options, report.owner, job.root)) return Status::Success;
     EyeLidPlot plot;
     plot.lidLength = eye.lidLength;
     plot.lower = lids.lower.get();
@@ -162,17 +162,18 @@ Status WriteLids(const EyeJob& job, const BerPairs& set, const EyeLids& lids, co
     plot.traces = static_cast<std::int64_t>(set.pairs.size()) * (set.patternLength - 1);
     plot.averageEye = mode == EyeMode::Average;
     plot.mode = ViewerMode(job.options, job.plotEyeLids);
-    return WriteEyeLidFiles(Concat(job.root, "_Eyelids", ResultTags(job.options)), plot, message);
+    return WriteEyeLidFiles(Concat(job.root, "_Eyelids", ResultTags(job.options)), plot,
+                            report.errorText);
 }
 
 }  // namespace
 
-bool AllocateLids(std::int32_t lidLength, EyeLids& lids, std::string& message) {
+bool AllocateLids(std::int32_t lidLength, EyeLids& lids, const ModelReport& report) {
     lids.lower.reset(NewUnclearedSamples<double>(lidLength));
-    if (!lids.lower) ReportNoMemory(message, "lowerEyeLid");
+    if (!lids.lower) ReportNoMemory(report.errorText, "lowerEyeLid");
     if (!lids.lower) return false;
     lids.upper.reset(NewUnclearedSamples<double>(lidLength));
-    if (!lids.upper) ReportNoMemory(message, "upperEyeLid");
+    if (!lids.upper) ReportNoMemory(report.errorText, "upperEyeLid");
     return lids.upper != nullptr;
 }
 
@@ -207,19 +208,18 @@ void MeasureEye(const EyeLids& lids, EyeResult& eye) {
     eye.eyeOpening = upper[at] - lower[at];
     eye.decisionLevel = (upper[at] + lower[at]) / 2.0;
     eye.eyeWidth = LongestLevelLine(lids, eye) / eye.samplesPerBit;
-    eye.eyeArea =
-        std::numbers::pi * (LidArea(upper, eye) - LidArea(lower, eye)) / (2.0 * eye.samplesPerBit);
+    eye.eyeArea = pi * (LidArea(upper, eye) - LidArea(lower, eye)) / (2.0 * eye.samplesPerBit);
 }
 
 void RotateToDecisionPoint(double* samples, std::int32_t n, std::uint32_t index) {
     std::rotate(samples + 1, samples + index, samples + 1 + n);
 }
 
-Status DoEyeDiagram(const EyeJob& job, BerPairs& set, EyeResult& eye, std::string& message) {
+Status DoEyeDiagram(const EyeJob& job, BerPairs& set, EyeResult& eye, const ModelReport& report) {
     eye.samplesPerBit = set.samplesPerBit;
     eye.lidLength = 2 * set.samplesPerBit;
     EyeLids lids;
-    if (!AllocateLids(eye.lidLength, lids, message)) return Status::Error;
+    if (!AllocateLids(eye.lidLength, lids, report)) return Status::Error;
 
     Status status = Status::Success;
     EyeMode mode = EyeMode::WorstCase;
@@ -228,13 +228,13 @@ Status DoEyeDiagram(const EyeJob& job, BerPairs& set, EyeResult& eye, std::strin
         status = Status::Warning;
         mode = EyeMode::Average;
         Measure(set, mode, lids, eye);
-        if (eye.eyeArea <= 0.0) message += "No open eye was found. \n";
-        message += "NOTICE: Used Average Eye Method to set BER decision time.\n";
+        if (eye.eyeArea <= 0.0) report.errorText += "No open eye was found. \n";
+        report.errorText += "NOTICE: Used Average Eye Method to set BER decision time.\n";
     }
-    if (FillEyeData(set, eye, message) != Status::Success) return Status::Error;
+    if (FillEyeData(set, eye, report) != Status::Success) return Status::Error;
     const bool asked = job.plotEyeLids != 0 || status != Status::Success;
     if (job.options.PLOTTING != DoNotPlot && asked) {
-        MergeStatus(status, WriteLids(job, set, lids, eye, mode, message));
+        MergeStatus(status, WriteLids(job, set, lids, eye, mode, report));
     }
     if (status != Status::Success) return status;
     for (BerPair& pair : set.pairs) {

@@ -7,7 +7,7 @@
 #include <string>
 
 #include "base/memory.h"
-#include "base/status.h"
+#include "kernel/model_report.h"
 #include "kernel/workspace.h"
 #include "models/detection/ber_pairs.h"
 
@@ -37,7 +37,7 @@ struct EyeLids {
 };
 
 /// False when memory is exhausted, which it has told.
-bool AllocateLids(std::int32_t lidLength, EyeLids& lids, std::string& message);
+bool AllocateLids(std::int32_t lidLength, EyeLids& lids, const ModelReport& report);
 
 /// Lids over two bits, sorted by the first of them. Worst case: the highest 0 and the lowest 1 at
 /// each sample (-1e32 and 1e32 without such a bit). Average: sums of the 0s and of the 1s, each
@@ -54,7 +54,6 @@ void RotateToDecisionPoint(double* samples, std::int32_t n, std::uint32_t index)
 /// What the eye needs of the run around it.
 struct EyeJob {
     const SimOptions& options;
-    std::string_view componentName;
     std::string root;     // of file names
     int plotEyeLids = 0;  // 0 only when the eye is in doubt, 1 always, 2 with the viewer
 };
@@ -62,6 +61,6 @@ struct EyeJob {
 /// Builds and measures the eye, fills eyeData, writes the lid files, and turns voltage and sigma of
 /// every pair to the decision time. Warning: the eye of worst cases is shut. The average eye then
 /// sets the decision if it is open (eyeArea above 0), and nothing is turned.
-Status DoEyeDiagram(const EyeJob& job, BerPairs& set, EyeResult& eye, std::string& message);
+Status DoEyeDiagram(const EyeJob& job, BerPairs& set, EyeResult& eye, const ModelReport& report);
 
 }  // namespace photrak
