@@ -112,7 +112,8 @@ std::string EngineeringText(double value, std::string_view unit, int digits) {
     if (!TakesPrefix(unit) || !std::isfinite(value)) {
         return ReadableText(value, digits) + (unit.empty() ? "" : " ") + std::string(unit);
     }
-    const SiPrefix prefix = PrefixFor(value);
+    // Wavelengths read as 1550 nm, not as 1.55 um.
+    const SiPrefix prefix = PrefixFor(unit == "m" ? 0.5 * value : value);
     return ReadableText(value / PowerOfTen(prefix.exponent), digits) + " " +
            std::string(prefix.text) + std::string(unit);
 }

@@ -10,6 +10,8 @@ namespace {
 
 constexpr double air = 8.0;       // between labels
 constexpr double labelGap = 6.0;  // between pane and labels
+constexpr double labelGapBelow =
+    8.0;                          // more, so that the lowest label of y stays clear of that of x
 constexpr double titleGap = 7.0;  // between labels and title
 constexpr double majorTick = 6.0, minorTick = 3.0;
 
@@ -45,7 +47,7 @@ TextItem LabelItem(const AxisPicture& axis, const Rect& pane, const Tick& tick,
     const double pixel = PixelOf(axis, pane, tick.value);
     if (axis.id == AxisId::X) {
         item.anchor = Anchor::Middle;
-        item.at = {pixel, pane.Bottom() + labelGap + measure.Ascent() * labelSize};
+        item.at = {pixel, pane.Bottom() + labelGapBelow + measure.Ascent() * labelSize};
     } else {
         const bool left = axis.id == AxisId::Y;
         item.anchor = left ? Anchor::End : Anchor::Start;
@@ -87,9 +89,9 @@ void AddTitle(Drawing& drawing, const AxisPicture& axis, const Rect& pane,
         const double width = measure.Width(item.text, axisTitleSize, Weight::Regular);
         const double half = 0.5 * width + air;
         item.at = {std::clamp(pane.Center().x, half, std::max(half, drawing.size.width - half)),
-                   pane.Bottom() + labelGap + labelSize + titleGap + ascent};
+                   pane.Bottom() + labelGapBelow + labelSize + titleGap + ascent};
     } else {
-        item.text = Elided(axis.title, drawing.size.height - 2.0 * air, axisTitleSize, measure);
+        item.text = Elided(axis.title, pane.height, axisTitleSize, measure);
         const double half = 0.5 * measure.Width(item.text, axisTitleSize, Weight::Regular) + air;
         const double out = labelGap + axis.labelWidth + titleGap;
         item.at = {axis.id == AxisId::Y ? pane.x - out - descent : pane.Right() + out + ascent,
@@ -102,7 +104,7 @@ Rect MarkArea(const AxisPicture& axis, const Rect& pane) {
     switch (axis.id) {
         case AxisId::X:
             return {pane.x, pane.Bottom(), pane.width,
-                    labelGap + labelSize + titleGap + axisTitleSize + 3.0};
+                    labelGapBelow + labelSize + titleGap + axisTitleSize + 3.0};
         case AxisId::Y:
             return {pane.x - AxisRoom(axis), pane.y, AxisRoom(axis), pane.height};
         case AxisId::Second:

@@ -100,23 +100,32 @@ std::size_t HighestRow(const Plot& plot, std::size_t rows, double level) {
     return std::min((from + to) / 2, rows - 1);
 }
 
-/// Nearest times at which any trace crosses the level, left and right of `row`.
+/// From the nearest crossing of the level on the left of `row` to the nearest on the right, by any
+/// trace. Where the interval is known a crossing counts for all intervals, since the edges of the
+/// eye may lie at the ends of the traces.
 std::optional<double> WidthAt(const Plot& plot, std::size_t row, double level) {
     const auto& x = plot.curves[0].x->Values();
-    double left = -std::numeric_limits<double>::infinity(), right = -left;
-    const double time = x[row];
+    constexpr double none = std::numeric_limits<double>::infinity();
+    double left = none, right = none;  // distances
     for (const Curve& curve : plot.curves) {
         const auto& y = curve.y->Values();
         for (std::size_t k = 1; k < y.size(); ++k) {
             if (std::isnan(y[k]) || std::isnan(y[k - 1]) || (y[k] < level) == (y[k - 1] < level))
                 continue;
-            const double t = x[k - 1] + (level - y[k - 1]) / (y[k] - y[k - 1]) * (x[k] - x[k - 1]);
-            if (t <= time) left = std::max(left, t);
-            if (t >= time) right = std::min(right, t);
+            double distance =
+                x[k - 1] + (level - y[k - 1]) / (y[k] - y[k - 1]) * (x[k] - x[k - 1]) - x[row];
+            if (plot.eyePeriod) {
+                distance -= *plot.eyePeriod * std::floor(distance / *plot.eyePeriod);
+                left = std::min(left, *plot.eyePeriod - distance);
+                right = std::min(right, distance);
+            } else {
+                (distance <= 0.0 ? left : right) =
+                    std::min(distance <= 0.0 ? left : right, std::fabs(distance));
+            }
         }
     }
     if (!std::isfinite(left) || !std::isfinite(right)) return {};
-    return right - left;
+    return right + left;
 }
 
 struct MeanTraces {

@@ -14,7 +14,7 @@ namespace photrak {
 namespace {
 
 constexpr double pageMargin = 14.0, titleSize = 13.0, subtitleSize = 11.0, noteSize = 9.0;
-constexpr double bottomRoom = 46.0;  // labels, title of the x axis
+constexpr double bottomRoom = 48.0;  // labels, title of the x axis
 constexpr double fileNameRoom = 12.0;
 constexpr double legendGap = 12.0;
 constexpr double curveWidth = 1.5, hoveredWidth = 3.0, symbolSize = 7.0;
@@ -145,9 +145,7 @@ class Painting {
         }
         constexpr double leastPane = 150.0;
         if (layout_.pane.width - legend_.size.width - legendGap < leastPane) {
-            const Rect& pane = layout_.pane;
-            legendBox_ = {pane.Right() - legend_.size.width - 8.0, pane.y + 8.0, legend_.size.width,
-                          legend_.size.height};
+            legend_ = {};  // a thumbnail shows its curves, not their names
             return;
         }
         LayOut(legend_.size.width + legendGap);

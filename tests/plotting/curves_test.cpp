@@ -172,7 +172,8 @@ TEST(ReduceCurve, CutsFarPointsAndKeepsLonePoints) {
                       Scale(ScaleKind::Linear, {-1.0, 1.0}),
                       {0.0, 0.0, 100.0, 80.0}};
         std::set<double> heights;
-        for (const Point p : ReduceCurve(x, y, view)[0]) {
+        const auto reduced = ReduceCurve(x, y, view);
+        for (const Point p : reduced.at(0)) {
             if (p.x > 20.0 && p.x < 70.0) heights.insert(std::round(p.y * 1e6));
         }
         return heights;
