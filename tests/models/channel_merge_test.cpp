@@ -29,7 +29,7 @@ Owned<OpSignal> TwoLevels() {
 Owned<OpSig> Merged(const OpSignal& signal) {
     Owned<OpSig> merged;
     std::string text;
-    EXPECT_EQ(MergeChannels(signal.channels, merged, text), Status::Success) << text;
+    EXPECT_EQ(MergeChannels(signal.channels, merged, {"mux", text}), Status::Success) << text;
     return merged;
 }
 
@@ -79,7 +79,7 @@ TEST(ChannelMerge, RefusesChannelsThatShareNoGrid) {
         row.spoil(*signal->channels, *signal->channels->next);
         Owned<OpSig> merged;
         std::string text;
-        EXPECT_EQ(MergeChannels(signal->channels, merged, text), Status::Error);
+        EXPECT_EQ(MergeChannels(signal->channels, merged, {"mux", text}), Status::Error);
         EXPECT_NE(text.find(row.text), std::string::npos) << text;
         EXPECT_EQ(merged, nullptr);
     }
@@ -100,7 +100,7 @@ TEST(SignalJoin, SortsChannelsAndSumsNoiseOnOneGrid) {
     AddNoise(*parts[2], 100.0, 4.0, {10, 20});  // 100, 104
     Owned<OpSignal> joined;
     std::string text;
-    ASSERT_EQ(JoinSignals("MUX", parts, joined, text), Status::Success) << text;
+    ASSERT_EQ(JoinSignals("MUX", parts, joined, {"mux", text}), Status::Success) << text;
     double nanometers = 1550.0;
     for (const OpSig& channel : Items(joined->channels)) {
         EXPECT_NEAR(channel.wavelength * 1e9, nanometers++, 1e-6);
@@ -122,7 +122,7 @@ TEST(SignalJoin, RefusesAbsurdGrids) {
         AddNoise(*absurd[0], 1e13, 1e12, {1, 2});
         Owned<OpSignal> joined;
         std::string text;
-        EXPECT_EQ(JoinSignals("AddMux", absurd, joined, text), Status::Error);
+        EXPECT_EQ(JoinSignals("AddMux", absurd, joined, {"mux", text}), Status::Error);
         EXPECT_TRUE(text.ends_with("ERROR in AddMux: could not sum ASE noise spectra\n")) << text;
     }
 }

@@ -88,14 +88,14 @@ TEST(Multiplexers, FiltersInHertzAreWorkedOutForEachPort) {
         OpticalFilterRecord record;
         record.type = row.type;
         record.order = 2;
-        record.L = std::pow(10.0, -0.15);
+        record.loss = 3.0;
         record.wavelength = c / f;
         record.BW = meters(25e9, 25e9);
         record.BW0dB = meters(10e9, 10e9);
         record.FSR = row.freeRange;
         FilterResponse filter;
         std::string text;
-        ASSERT_EQ(PrepareFilterResponse(record, filter, text), Status::Success) << text;
+        ASSERT_EQ(PrepareFilterResponse(record, filter, {"box", text}), Status::Success) << text;
         const double passed = SquaredMagnitude(filter(f + 20e9));
         Expect(PowerOf, BlockRun(RunOpticalDemux, bank, {line}, 2), 1, {passed});
     }

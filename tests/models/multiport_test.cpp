@@ -24,7 +24,7 @@ Owned<OpSignal> Light(double wavelength, std::initializer_list<Field> ex) {
 /// The table in use between two ports and four, as a model of its own.
 template <SignalBandwidth bandwidth>
 Status RunTable(const ModelCall& call) {
-    return ApplyTransferTable("box", call.inputs, call.outputs, bandwidth, call.errorText);
+    return ApplyTransferTable(call.inputs, call.outputs, bandwidth, call);
 }
 constexpr auto narrow = RunTable<SignalBandwidth::Narrow>, wide = RunTable<SignalBandwidth::Wide>;
 

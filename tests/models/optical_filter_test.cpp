@@ -20,7 +20,6 @@ constexpr double rounding = 1e-9;  // of frequencies near 2e14 Hz seen at a scal
 
 OpticalFilterRecord Record(std::string_view type, double BW = 1e-9) {
     OpticalFilterRecord record;
-    record.owner = "box";
     record.type = type;
     record.wavelength = lambda;
     record.BW = BW;
@@ -38,7 +37,8 @@ FilterResponse Prepared(OpticalFilterRecord record, Inversion inversion = Invers
     record.inversion = inversion;
     FilterResponse response;
     std::string errorText;
-    EXPECT_EQ(PrepareFilterResponse(record, response, errorText), Status::Success) << errorText;
+    EXPECT_EQ(PrepareFilterResponse(record, response, {"box", errorText}), Status::Success)
+        << errorText;
     return response;
 }
 
@@ -62,7 +62,7 @@ TEST(FilterResponse, GaussianAndTrapezoidFallAsTheyShould) {
     }
     OpticalFilterRecord trapezoid = Record("Trapezoidal");
     trapezoid.BW0dB = 0.4e-9;
-    trapezoid.L = LossFactor(6.0);
+    trapezoid.loss = 6.0;
     const FilterResponse T = Prepared(trapezoid);
     const double slope = 3.0 / (width - flat);  // dB/Hz, to half power
     for (const double offset : {-0.9, -0.19, 0.19, 0.5}) {
@@ -183,7 +183,7 @@ TEST(FilterResponse, RefusesWhatMakesNoFilter) {
         row.change(record);
         FilterResponse response;
         std::string errorText;
-        EXPECT_EQ(PrepareFilterResponse(record, response, errorText), Status::Error);
+        EXPECT_EQ(PrepareFilterResponse(record, response, {"box", errorText}), Status::Error);
         EXPECT_NE(errorText.find("ERROR: component 'box': "), std::string::npos) << errorText;
         EXPECT_NE(errorText.find(row.complaint), std::string::npos) << errorText;
     }
@@ -193,7 +193,8 @@ TEST(FilterResponse, RefusesWhatMakesNoFilter) {
 
 void ExpectPassed(const OpticalFilterRecord& record, OpSig* channel, OpSigASE* noise = nullptr) {
     std::string errorText;
-    EXPECT_EQ(ApplyOpticalFilter(record, channel, noise, errorText), Status::Success) << errorText;
+    EXPECT_EQ(ApplyOpticalFilter(record, channel, noise, {"box", errorText}), Status::Success)
+        << errorText;
 }
 
 // A steady field fills the doubled window evenly, so its spectrum is one bin, half as wide.
@@ -222,7 +223,7 @@ TEST(OpticalFilter, ShiftedCarriersStandWhereTheyAreOnTheFiltersScale) {
 TEST(OpticalFilter, WeighsEachBinAndPaddingHoldsTheEndsInTwiceTheWindow) {
     constexpr std::int32_t n = 16;
     OpticalFilterRecord record = Resonator(0.8e-9);
-    record.L = 0.9;
+    record.loss = -20.0 * std::log10(0.9);
     record.usePadding = false;
     const Owned<OpSignal> before = Tone(n, 3, lambda), after = Tone(n, 3, lambda);
     ExpectPassed(record, after->channels);
@@ -250,7 +251,7 @@ TEST(OpticalFilter, WeighsEachBinAndPaddingHoldsTheEndsInTwiceTheWindow) {
 TEST(OpticalFilter, LevelsAndNoiseAreFilteredWhereTheyAreAndNeverShifted) {
     OpticalFilterRecord record = Record("Gaussian");
     record.shiftCarrier = true;
-    record.L = LossFactor(3.0);
+    record.loss = 3.0;
     const double wavelength = c / (nu0 + 0.5 * Width(record.BW));
     const Owned<OpSignal> level = Level(4.0, wavelength);
     const Owned<OpSigASE> noise = RampSpectrum(9);
@@ -269,7 +270,8 @@ TEST(OpticalFilter, ChannelsThatHaveNoSpectrumAreRefused) {
     const auto refusal = [](std::int32_t n, double tStep) {
         const Owned<OpSig> channel = RampChannel(n, tStep);
         std::string text;
-        EXPECT_EQ(ApplyOpticalFilter(Record("Ideal"), channel.get(), nullptr, text), Status::Error);
+        EXPECT_EQ(ApplyOpticalFilter(Record("Ideal"), channel.get(), nullptr, {"box", text}),
+                  Status::Error);
         return text;
     };
     EXPECT_EQ(refusal(12, 1e-12),
@@ -305,12 +307,12 @@ TEST(OpticalFilterBlock, ReadsTheParametersOfTheCatalogue) {
     block.Set("shiftcarrier", "Yes").Set("wavelength", "1.3e-6").Set("BW", "2e-9");
     block.Set("inversion", "Amplitude").Set("loss", "20").Set("BW0dB", "3e-10");
     block.Set("FSR", "4e-9").Set("reflectivity", "0.5").Set("filename", "f.txt");
-    const OpticalFilterRecord r = ReadOpticalFilterRecord(block.Evaluated());
+    const OpticalFilterRecord r = ReadOpticalFilterRecord(block.Evaluated().parameters);
     EXPECT_EQ(std::tie(r.type, r.order, r.usePadding, r.shiftCarrier, r.inversion, r.filename),
               std::tuple("FabryPerot", 3, false, true, Inversion::Amplitude, "f.txt"));
     EXPECT_EQ(std::tie(r.wavelength, r.BW, r.BW0dB, r.FSR, r.reflectivity),
               std::tuple(1.3e-6, 2e-9, 3e-10, 4e-9, 0.5));
-    EXPECT_NEAR(r.L, 0.1, 1e-15);
+    EXPECT_EQ(r.loss, 20.0);
 }
 
 TEST(OpticalFilterBlock, DropsWhatComesOutTooWeak) {
@@ -341,7 +343,8 @@ TEST(OpticalFilterTest, HasAFloorWhereNothingPasses) {
     FilterTest test;
     std::string errorText;
     Fill(custom, "Custom3", 0.0).Word("filename", "half.txt");
-    ASSERT_EQ(TestOpticalFilter(custom.component, test, errorText), Status::Success) << errorText;
+    ASSERT_EQ(TestOpticalFilter(custom.component, test, {"box", errorText}), Status::Success)
+        << errorText;
     EXPECT_NEAR(test.frequency[499], nu0, 1.0);
     EXPECT_NEAR(test.power[499], -10.0 + 20.0 * std::log10(0.5), 1e-9);
     EXPECT_NEAR(test.power[0], test.power[499] - 100.0, 1e-9);

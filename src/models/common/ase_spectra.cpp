@@ -51,16 +51,15 @@ void AddResampled(OpSigASE& sum, const OpSigASE& source) {
 }
 
 /// Moves `sum` onto the grid.
-Status Regrid(OpSigASE& sum, const SpectrumGrid& grid, std::string& errorText) {
+Status Regrid(OpSigASE& sum, const SpectrumGrid& grid, const ModelReport& report) {
     const double intervals = std::round((grid.last - grid.fstart) / grid.fstep);
     if (!(intervals < maxSpectrumPoints)) {
-        AppendPiece(errorText, Concat("ERROR: the sum of two noise spectra has ", intervals + 1,
-                                      " points; at most ", maxSpectrumPoints, " are kept\n"));
-        return Status::Error;
+        return report.Fail("ERROR: the sum of two noise spectra has ", intervals + 1,
+                           " points; at most ", maxSpectrumPoints, " are kept\n");
     }
     Owned<OpSigASE> wider;
     if (Make(wider, CreateOpSigASE, SaturateToInt(intervals) + 1)) {
-        ReportNoMemory(errorText, "a noise spectrum");
+        ReportNoMemory(report.errorText, "a noise spectrum");
         return Status::Error;
     }
     wider->fstart = grid.fstart;
@@ -74,10 +73,10 @@ Status Regrid(OpSigASE& sum, const SpectrumGrid& grid, std::string& errorText) {
 }
 
 /// A record without points takes over the other spectrum.
-Status TakeOver(OpSigASE& sum, const OpSigASE& added, std::string& errorText) {
+Status TakeOver(OpSigASE& sum, const OpSigASE& added, const ModelReport& report) {
     double* samples = nullptr;
     if (!CopySamples(samples, added.powerSamples, added.noPoints)) {
-        ReportNoMemory(errorText, "a noise spectrum");
+        ReportNoMemory(report.errorText, "a noise spectrum");
         return Status::Error;
     }
     Release(std::exchange(sum.powerSamples, samples));
@@ -95,9 +94,9 @@ void ScaleSpectra(OpSigASE* spectra, double factor) {
     }
 }
 
-Status AddSpectrum(OpSigASE& sum, const OpSigASE& added, std::string& errorText) {
+Status AddSpectrum(OpSigASE& sum, const OpSigASE& added, const ModelReport& report) {
     if (added.noPoints < 1) return Status::Success;
-    if (sum.noPoints < 1) return TakeOver(sum, added, errorText);
+    if (sum.noPoints < 1) return TakeOver(sum, added, report);
     if (sum.noPoints == added.noPoints && sum.fstart == added.fstart && sum.fstep == added.fstep) {
         for (std::int32_t i = 1; i <= sum.noPoints; ++i) {
             sum.powerSamples[i] += added.powerSamples[i];
@@ -106,12 +105,11 @@ Status AddSpectrum(OpSigASE& sum, const OpSigASE& added, std::string& errorText)
     }
     const SpectrumGrid own = GridOf(sum), other = GridOf(added);
     if (!IsSound(own) || !IsSound(other)) {
-        AppendPiece(errorText, "ERROR: a noise spectrum has no frequency step above 0\n");
-        return Status::Error;
+        return report.Fail("ERROR: a noise spectrum has no frequency step above 0\n");
     }
     const SpectrumGrid grid = Union(own, other);
     if (grid != own) {
-        const Status status = Regrid(sum, grid, errorText);
+        const Status status = Regrid(sum, grid, report);
         if (status != Status::Success) return status;
     }
     AddResampled(sum, added);

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string>
 
-#include "base/status.h"
+#include "kernel/model_report.h"
 #include "kernel/signals.h"
 
 namespace photrak {
@@ -29,6 +29,6 @@ void ScaleSpectra(OpSigASE* spectra, double factor);
 /// Otherwise the result has the smaller start, the smaller step and the greater end of the two, and
 /// both are resampled onto it by straight lines, 0 outside their own range. On failure `sum` is as
 /// it was.
-[[nodiscard]] Status AddSpectrum(OpSigASE& sum, const OpSigASE& added, std::string& errorText);
+[[nodiscard]] Status AddSpectrum(OpSigASE& sum, const OpSigASE& added, const ModelReport& report);
 
 }  // namespace photrak

@@ -4,7 +4,6 @@
 
 #include <string_view>
 
-#include "base/text.h"
 #include "kernel/driver.h"
 #include "kernel/signals.h"
 
@@ -22,14 +21,12 @@ Status ChangeCopies(const ModelCall& call, const PortTexts& texts, Change change
     for (const Nodelist& input : Items(call.inputs)) {
         if (!output) break;
         if (input.sigType != OpSigType) {
-            AppendPiece(call.errorText, texts.badInput);
-            return Status::Error;
+            return call.Fail(texts.badInput);
         }
         if (input.sig) {
             Owned<OpSignal> copy;
             if (Make(copy, CopyOpSignal, static_cast<const OpSignal*>(input.sig))) {
-                AppendPiece(call.errorText, texts.copyFailed);
-                return Status::Error;
+                return call.Fail(texts.copyFailed);
             }
             const Status status = change(*copy);
             if (status != Status::Success) return status;
@@ -41,11 +38,23 @@ Status ChangeCopies(const ModelCall& call, const PortTexts& texts, Change change
     return Status::Success;
 }
 
+inline std::size_t CountPorts(const Nodelist* ports) {
+    std::size_t count = 0;
+    for ([[maybe_unused]] const Nodelist& port : Items(ports)) ++count;
+    return count;
+}
+
 /// Multiplies a polarization, which may be absent, by a real or complex factor.
 template <class Factor>
 void ScaleField(Complex* field, std::int32_t n, Factor factor) {
     if (!field) return;
     for (std::int32_t i = 1; i <= n; ++i) field[i] = factor * field[i];
+}
+/// The same for both polarizations of a channel.
+template <class Factor>
+void ScaleChannel(OpSig& channel, Factor factor) {
+    ScaleField(channel.Ex_samples, channel.noPoints, factor);
+    ScaleField(channel.Ey_samples, channel.noPoints, factor);
 }
 
 }  // namespace photrak

@@ -151,7 +151,7 @@ Status AddEmission(Owned<OpSigASE> emission, OpSignal& signal, const ModelReport
         signal.noise = emission.release();
         return Status::Success;
     }
-    if (AddSpectrum(*signal.noise, *emission, report.errorText) == Status::Success) {
+    if (AddSpectrum(*signal.noise, *emission, report) == Status::Success) {
         return Status::Success;
     }
     return report.Fail("ERROR in EDFA combining noise spectra\n");

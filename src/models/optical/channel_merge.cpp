@@ -11,11 +11,6 @@
 namespace photrak {
 namespace {
 
-Status Fail(std::string_view text, std::string& errorText) {
-    AppendPiece(errorText, text);
-    return Status::Error;
-}
-
 struct CommonGrid {
     std::int32_t n = 0;      // samples of each channel
     double df = 0.0;         // bin width, Hz; 0 for levels in one sample
@@ -28,30 +23,29 @@ double Carrier(const OpSig& channel) {
 }
 
 /// Every later step relies on these.
-Status CheckChannels(const OpSig& first, std::string& errorText) {
+Status CheckChannels(const OpSig& first, const ModelReport& report) {
     for (const OpSig& channel : Items(&first)) {
         if (channel.tStep != first.tStep) {
-            return Fail("ERROR merging input signals: time steps do not match\n", errorText);
+            return report.Fail("ERROR merging input signals: time steps do not match\n");
         }
         if (channel.noPoints != first.noPoints) {
-            return Fail("ERROR merging input signals: number of data points do not match\n",
-                        errorText);
+            return report.Fail("ERROR merging input signals: number of data points do not match\n");
         }
         if (!(channel.wavelength > 0.0) || !std::isfinite(Carrier(channel)) ||
             !std::isfinite(channel.startTime)) {
-            return Fail("ERROR merging input signals: a wavelength or start time is out of range\n",
-                        errorText);
+            return report.Fail(
+                "ERROR merging input signals: a wavelength or start time is out of range\n");
         }
     }
     if (!IsPowerOfTwo(first.noPoints)) {
-        return Fail("ERROR merging input signals: number of data points is no power of two\n",
-                    errorText);
+        return report.Fail(
+            "ERROR merging input signals: number of data points is no power of two\n");
     }
     const bool isLevel = first.noPoints == 1;
     if (isLevel || (first.tStep > 0.0 && std::isfinite(1.0 / (first.noPoints * first.tStep)))) {
         return Status::Success;
     }
-    return Fail("ERROR merging input signals: the time step is not above 0\n", errorText);
+    return report.Fail("ERROR merging input signals: the time step is not above 0\n");
 }
 
 CommonGrid FindGrid(const OpSig& first) {
@@ -88,10 +82,10 @@ void AddRotated(Complex* samples, std::int32_t n, std::int32_t m, Complex* sum) 
 }
 
 Status AddChannel(const OpSig& channel, const CommonGrid& grid, OpSig& sum,
-                  std::string& errorText) {
+                  const ModelReport& report) {
     Owned<OpSig> copy;
     if (Make(copy, CopyOpSig, &channel)) {
-        return Fail("ERROR copying input optical signals\n", errorText);
+        return report.Fail("ERROR copying input optical signals\n");
     }
     AlignStartTime(copy.get(), grid.startTime);
     const double bins = grid.n > 1 ? std::round((Carrier(channel) - grid.carrier) / grid.df) : 0.0;
@@ -119,21 +113,21 @@ bool CreateSum(const OpSig& first, const CommonGrid& grid, Owned<OpSig>& sum) {
 
 }  // namespace
 
-Status MergeChannels(const OpSig* channels, Owned<OpSig>& merged, std::string& errorText) {
+Status MergeChannels(const OpSig* channels, Owned<OpSig>& merged, const ModelReport& report) {
     merged.reset();
     if (!channels) return Status::Success;
-    Status status = CheckChannels(*channels, errorText);
+    Status status = CheckChannels(*channels, report);
     if (status != Status::Success) return status;
     const CommonGrid grid = FindGrid(*channels);
     if (!FitsSampling(channels, grid)) {
-        return Fail("ERROR merging optical signals: signal sampling rate too low\n", errorText);
+        return report.Fail("ERROR merging optical signals: signal sampling rate too low\n");
     }
     Owned<OpSig> sum;
     if (!CreateSum(*channels, grid, sum)) {
-        return Fail("ERROR creating output optical signal\n", errorText);
+        return report.Fail("ERROR creating output optical signal\n");
     }
     for (const OpSig& channel : Items(channels)) {
-        status = AddChannel(channel, grid, *sum, errorText);
+        status = AddChannel(channel, grid, *sum, report);
         if (status != Status::Success) return status;
     }
     DoFFTFlagged(sum->Ex_samples, grid.n, -1, fftDivideByN);

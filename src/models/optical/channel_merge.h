@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "base/status.h"
+#include "kernel/model_report.h"
 #include "kernel/signals.h"
 
 namespace photrak {
@@ -12,6 +12,6 @@ namespace photrak {
 /// and rotated to the mean start time. All must share time step and number of samples, and the
 /// carriers of first and last may lie at most one sampling rate apart. No channel gives none.
 [[nodiscard]] Status MergeChannels(const OpSig* channels, Owned<OpSig>& merged,
-                                   std::string& errorText);
+                                   const ModelReport& report);
 
 }  // namespace photrak

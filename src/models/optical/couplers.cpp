@@ -6,8 +6,7 @@
 #include <utility>
 
 #include "base/text.h"
-#include "kernel/parameters.h"
-#include "models/common/parameter_limits.h"
+#include "models/common/port_copies.h"
 #include "models/optical/filter_response.h"
 #include "models/optical/jones_matrix.h"
 #include "models/optical/multiport.h"
@@ -18,16 +17,30 @@ namespace {
 
 constexpr std::size_t opticalPorts = 2;
 
-Status Fail(const ModelCall& call, std::string_view text) {
-    AppendPiece(call.errorText, text);
-    return Status::Error;
-}
+// --- Parameters ---
 
-std::size_t CountPorts(const Nodelist* ports) {
-    std::size_t count = 0;
-    for ([[maybe_unused]] const Nodelist& port : Items(ports)) ++count;
-    return count;
-}
+struct LossParams {
+    double loss = 0.0;  // dB
+};
+constexpr ParamRow<LossParams> lossRows[] = {{"loss", &LossParams::loss, 0.0}};
+
+struct CouplerParams {
+    double alpha = 0.0;  // part of the power that crosses
+    bool custom = false;
+};
+constexpr ParamRow<CouplerParams> couplerRows[] = {
+    {"alpha", &CouplerParams::alpha, 0.5, Range::NotNegative},
+    {"mode", [](CouplerParams& params, std::string_view word) { params.custom = word == "Custom"; },
+     "Alpha", Words{"Alpha Custom"}}};
+
+struct SwitchParams {
+    double on = 0.0, off = 0.0;  // part of the power that crosses
+};
+constexpr ParamRow<SwitchParams> switchRows[] = {
+    {"alpha_on", &SwitchParams::on, 1.0, Range::NotNegative},
+    {"alpha_off", &SwitchParams::off, 0.0, Range::NotNegative}};
+
+// --- Ports ---
 
 /// The first channel of a port that holds optical data; null without.
 const OpSig* FirstChannel(const Nodelist& port) {
@@ -44,12 +57,11 @@ bool AreCompatible(const Nodelist& a, const Nodelist& b) {
 
 // --- The matrix ---
 
-/// From the parameter `name`, the part of the power that crosses.
-Status ReadRatio(const ModelCall& call, std::string_view name, double fallback,
-                 JonesMatrix& matrix) {
-    const double alpha = GetParamDouble(call.component.parameters, name, fallback);
+/// Of the part of the power that crosses, the value of the parameter `name`.
+Status MatrixOfRatio(const ModelReport& report, std::string_view name, double alpha,
+                     JonesMatrix& matrix) {
     if (!(alpha >= 0.0 && alpha <= 1.0)) {
-        return RefuseParameter(call.component.name, name, alpha, "between 0 and 1", call.errorText);
+        return report.RefuseValue(name, alpha, "between 0 and 1");
     }
     const Complex straight = {std::sqrt(1.0 - alpha), 0.0}, across = {0.0, std::sqrt(alpha)};
     matrix = {straight, across, across, straight};
@@ -58,23 +70,22 @@ Status ReadRatio(const ModelCall& call, std::string_view name, double fallback,
 
 /// Couples the two inputs by the matrix and the parameter `loss`.
 Status Couple(const ModelCall& call, const Nodelist* inputs, const JonesMatrix& matrix) {
-    const double loss = GetParamDouble(call.component.parameters, "loss", 0.0);
-    const Status status =
-        CheckRange(call.component.name, "loss", loss, Range::Finite, call.errorText);
+    LossParams params;
+    ReadParams(lossRows, call.component.parameters, params);
+    const Status status = CheckParams(lossRows, params, call);
     if (status != Status::Success) return status;
     TransferMatrix table;
     if (!SizeTransferMatrix(table, opticalPorts, opticalPorts, 1)) {
-        ReportNoMemory(call.errorText, Concat("the matrix of '", call.component.name, "'"));
+        ReportNoMemory(call.errorText, Concat("the matrix of '", call.owner, "'"));
         return Status::Error;
     }
-    const JonesMatrix m = LossFactor(loss) * matrix;
+    const JonesMatrix m = LossFactor(params.loss) * matrix;
     *table.Element(1, 1) = m.m11;
     *table.Element(1, 2) = m.m12;
     *table.Element(2, 1) = m.m21;
     *table.Element(2, 2) = m.m22;
     TransferTable() = std::move(table);
-    return ApplyTransferTable(call.component.name, inputs, call.outputs, SignalBandwidth::Narrow,
-                              call.errorText);
+    return ApplyTransferTable(inputs, call.outputs, SignalBandwidth::Narrow, call);
 }
 
 /// On: the value of the control's first sample, without its fraction, is not 0.
@@ -84,23 +95,34 @@ bool IsOn(const ElecSig& control) {
 
 }  // namespace
 
+std::vector<ParamSpec> OpticalCouplerParamSpecs() {
+    std::vector<ParamSpec> specs = SpecsOf(lossRows, couplerRows);
+    for (const ParamSpec& spec : CustomMatrixParamSpecs()) specs.push_back(spec);
+    return specs;
+}
+
+std::vector<ParamSpec> ControlledOpticalCouplerParamSpecs() {
+    return SpecsOf(lossRows, switchRows);
+}
+
 Status RunOpticalCoupler(const ModelCall& call) {
     if (CountPorts(call.inputs) != opticalPorts) {
-        return Fail(call, "Improper number of input ports to OpticalCoupler\n");
+        return call.Fail("Improper number of input ports to OpticalCoupler\n");
     }
     if (!AreCompatible(*call.inputs, *call.inputs->next)) {
-        return Fail(call, "OpticalCoupler error: incompatible input signals\n");
+        return call.Fail("OpticalCoupler error: incompatible input signals\n");
     }
-    const bool custom = GetParamText(call.component.parameters, "mode", "Alpha") == "Custom";
+    CouplerParams params;
+    ReadParams(couplerRows, call.component.parameters, params);
     JonesMatrix matrix;
-    const Status status = custom ? ReadCustomMatrix(call.component, matrix, call.errorText)
-                                 : ReadRatio(call, "alpha", 0.5, matrix);
+    const Status status = params.custom ? ReadCustomMatrix(call.component.parameters, matrix, call)
+                                        : MatrixOfRatio(call, "alpha", params.alpha, matrix);
     return status == Status::Success ? Couple(call, call.inputs, matrix) : status;
 }
 
 Status RunControlledOpticalCoupler(const ModelCall& call) {
     if (CountPorts(call.inputs) != opticalPorts + 1) {
-        return Fail(call, "Improper number of input ports to ControlledOpticalCoupler\n");
+        return call.Fail("Improper number of input ports to ControlledOpticalCoupler\n");
     }
     const Nodelist& control = *call.inputs->next->next;
     // The two optical cells as a list of their own; the signals stay with their nodes.
@@ -108,15 +130,17 @@ Status RunControlledOpticalCoupler(const ModelCall& call) {
     second.next = nullptr;
     first.next = &second;
     if (!AreCompatible(first, second)) {
-        return Fail(call, "ControlledOpticalCoupler error: incompatible input signals\n");
+        return call.Fail("ControlledOpticalCoupler error: incompatible input signals\n");
     }
     const auto* drive = static_cast<const ElecSig*>(control.sig);
     if (!drive || control.sigType != ElecSigType || drive->noPoints < 1) {
-        return Fail(call, "ControlledOpticalCoupler error: incorrect control input signal type\n");
+        return call.Fail("ControlledOpticalCoupler error: incorrect control input signal type\n");
     }
+    SwitchParams params;
+    ReadParams(switchRows, call.component.parameters, params);
     JonesMatrix matrix;
-    const Status status = IsOn(*drive) ? ReadRatio(call, "alpha_on", 1.0, matrix)
-                                       : ReadRatio(call, "alpha_off", 0.0, matrix);
+    const Status status = IsOn(*drive) ? MatrixOfRatio(call, "alpha_on", params.on, matrix)
+                                       : MatrixOfRatio(call, "alpha_off", params.off, matrix);
     return status == Status::Success ? Couple(call, &first, matrix) : status;
 }
 

@@ -7,6 +7,10 @@
 namespace photrak {
 
 /// The ratio is a parameter, or the whole matrix is.
+/// The rows of their tables.
+std::vector<ParamSpec> OpticalCouplerParamSpecs();
+std::vector<ParamSpec> ControlledOpticalCouplerParamSpecs();
+
 Status RunOpticalCoupler(const ModelCall& call);
 /// A third, electrical input selects one of two ratios for the whole pattern.
 Status RunControlledOpticalCoupler(const ModelCall& call);

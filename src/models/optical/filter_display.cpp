@@ -31,17 +31,16 @@ Status DrawResponse(const ResponsePlot& kind, const FilterTest& test, const Bloc
     const FileResult result = WriteCurveFiles(plot, call.errorText);
     if (result == FileResult::Written) return Status::Success;
     if (result == FileResult::Failed) {
-        call.errorText += Concat("ERROR: cannot write '", plot.name, ".lic'\n");
+        return call.Fail("ERROR: cannot write '", plot.name, ".lic'\n", kind.failureText);
     }
-    call.errorText += kind.failureText;
-    return Status::Error;
+    return call.Fail(kind.failureText);
 }
 
 }  // namespace
 
 Status DrawOpticalFilter(const BlockTestCall& call) {
     FilterTest test;
-    Status status = TestOpticalFilter(call.component, test, call.errorText);
+    Status status = TestOpticalFilter(call.component, test, call);
     for (const ResponsePlot& kind : responsePlots) {
         if (status == Status::Success) status = DrawResponse(kind, test, call);
     }

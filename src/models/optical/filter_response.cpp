@@ -8,8 +8,7 @@
 
 #include "base/text.h"
 #include "base/units.h"
-#include "models/common/parameter_limits.h"
-#include "models/common/refusals.h"
+#include "kernel/param_table.h"
 #include "models/common/spectrum_grid.h"
 #include "platform/file_system.h"
 
@@ -32,27 +31,25 @@ Complex Invert(Inversion inversion, double G) {
 }
 
 /// Center and width in frequency, of all but the custom types.
-Status PrepareBand(FilterResponse& response, std::string& errorText) {
+Status PrepareBand(FilterResponse& response, const ModelReport& report) {
     const OpticalFilterRecord& record = response.record;
-    const Status status = CheckRange(record.owner, "BW", record.BW, Range::Positive, errorText);
+    const Status status = CheckRange(report, "BW", record.BW, Range::Positive);
     if (status != Status::Success) return status;
     response.nu0 = lightSpeed / record.wavelength;
     response.dnu = OppositeWidth(record.wavelength, record.BW);
     if (response.dnu > 0.0 && std::isfinite(response.dnu)) return Status::Success;
-    return RefuseComponent(record.owner,
-                           Concat("the bandwidth ", record.BW, " m does not fit the wavelength ",
-                                  record.wavelength, " m"),
-                           errorText);
+    return report.Refuse("the bandwidth ", record.BW, " m does not fit the wavelength ",
+                         record.wavelength, " m");
 }
 
 // --- Gaussian ---
 
-Status PrepareGaussian(FilterResponse& response, std::string& errorText) {
+Status PrepareGaussian(FilterResponse& response, const ModelReport& report) {
     const OpticalFilterRecord& record = response.record;
     if (record.order < 1) {
-        return RefuseParameter(record.owner, "order", record.order, "at least 1", errorText);
+        return report.RefuseValue("order", record.order, "at least 1");
     }
-    return PrepareBand(response, errorText);
+    return PrepareBand(response, report);
 }
 
 Complex Gaussian(const FilterResponse& response, double f) {
@@ -65,8 +62,8 @@ Complex Gaussian(const FilterResponse& response, double f) {
 
 // --- Ideal ---
 
-Status PrepareIdeal(FilterResponse& response, std::string& errorText) {
-    const Status status = PrepareBand(response, errorText);
+Status PrepareIdeal(FilterResponse& response, const ModelReport& report) {
+    const Status status = PrepareBand(response, report);
     response.low = response.nu0 - response.dnu / 2.0;
     response.high = response.nu0 + response.dnu / 2.0;
     return status;
@@ -82,11 +79,11 @@ Complex Ideal(const FilterResponse& response, double f) {
 
 // --- Trapezoidal ---
 
-Status PrepareTrapezoid(FilterResponse& response, std::string& errorText) {
+Status PrepareTrapezoid(FilterResponse& response, const ModelReport& report) {
     const OpticalFilterRecord& record = response.record;
-    Status status = PrepareBand(response, errorText);
+    Status status = PrepareBand(response, report);
     if (status == Status::Success) {
-        status = CheckRange(record.owner, "BW0dB", record.BW0dB, Range::NotNegative, errorText);
+        status = CheckRange(report, "BW0dB", record.BW0dB, Range::NotNegative);
     }
     if (status != Status::Success) return status;
     const double flat =
@@ -111,39 +108,37 @@ Complex Trapezoidal(const FilterResponse& response, double f) {
 // --- Fabry-Perot ---
 
 /// Mirrors that give the resonator its free range and width: R + 1/R = 2 + (tau dnu)^2.
-Status PrepareFromFreeRange(FilterResponse& response, std::string& errorText) {
+Status PrepareFromFreeRange(FilterResponse& response, const ModelReport& report) {
     const OpticalFilterRecord& record = response.record;
-    const Status status = CheckRange(record.owner, "FSR", record.FSR, Range::Positive, errorText);
+    const Status status = CheckRange(report, "FSR", record.FSR, Range::Positive);
     if (status != Status::Success) return status;
     const double lambda = record.wavelength;
     const double freeRange = lambda > record.FSR / 2.0
                                  ? OppositeWidth(lambda, record.FSR)
                                  : (1.0 / lambda - 1.0 / (lambda + record.FSR)) * lightSpeed;
     response.tau = pi / freeRange;
-    const double d = std::pow(response.tau * response.dnu, 2) + 2.0;
-    // The smaller root, without the difference of nearly equal numbers.
-    response.R = 2.0 / (d + std::sqrt(d * d - 4.0));
+    // R + 1/R = u^2 + 2. The smaller root, without the difference of nearly equal numbers.
+    const double u = response.tau * response.dnu;
+    response.R = 2.0 / (u * u + 2.0 + u * std::sqrt(u * u + 4.0));
     return Status::Success;
 }
 
-Status PrepareFabryPerot(FilterResponse& response, std::string& errorText) {
+Status PrepareFabryPerot(FilterResponse& response, const ModelReport& report) {
     const OpticalFilterRecord& record = response.record;
     if (!(record.reflectivity >= 0.0 && record.reflectivity < 1.0)) {
-        return RefuseParameter(record.owner, "reflectivity", record.reflectivity,
-                               "at least 0 and below 1", errorText);
+        return report.RefuseValue("reflectivity", record.reflectivity, "at least 0 and below 1");
     }
-    Status status = PrepareBand(response, errorText);
+    Status status = PrepareBand(response, report);
     if (status != Status::Success) return status;
     if (record.reflectivity == 0.0) {
-        status = PrepareFromFreeRange(response, errorText);
+        status = PrepareFromFreeRange(response, report);
     } else {
         response.R = record.reflectivity;
         response.tau = pi / (std::sqrt(response.R) / (1.0 - response.R) * response.dnu * pi);
     }
     if (status != Status::Success) return status;
     if (response.R < 1.0 && response.tau > 0.0 && std::isfinite(response.tau)) return status;
-    return RefuseComponent(record.owner, "no resonator has this bandwidth and free spectral range",
-                           errorText);
+    return report.Refuse("no resonator has this bandwidth and free spectral range");
 }
 
 Complex FabryPerot(const FilterResponse& response, double f) {
@@ -166,37 +161,42 @@ Complex FabryPerot(const FilterResponse& response, double f) {
 
 // --- Custom ---
 
-Status PrepareCustom(FilterResponse& response, std::string& errorText) {
-    const OpticalFilterRecord& record = response.record;
+Status ReadCustomFile(const std::string& filename, FilterResponse& response,
+                      const ModelReport& report) {
     std::string text, reason;
-    if (!ReadWholeFile(record.filename, text, reason, maxMatrixFileBytes)) {
-        errorText += "ERROR: can't open custom filter file.\n";
-        return RefuseComponent(record.owner, Concat("file '", record.filename, "': ", reason),
-                               errorText);
+    if (!ReadWholeFile(filename, text, reason, maxMatrixFileBytes)) {
+        static_cast<void>(report.Fail("ERROR: can't open custom filter file.\n"));
+        return report.Refuse("file '", filename, "': ", reason);
     }
-    if (ReadTransferMatrix(text, record.filename, response.matrix, reason) != Status::Success) {
-        return RefuseComponent(record.owner, reason, errorText);
+    if (ReadTransferMatrix(text, filename, response.matrix, reason) != Status::Success) {
+        return report.Refuse(reason);
+    }
+    if (response.matrix.points == 0) {
+        return report.Refuse("'", filename, "' is no transfer matrix file");
+    }
+    response.matrixFile = filename;
+    return Status::Success;
+}
+
+Status PrepareCustom(FilterResponse& response, const ModelReport& report) {
+    const OpticalFilterRecord& record = response.record;
+    if (response.matrixFile.empty() || response.matrixFile != record.filename) {
+        const Status status = ReadCustomFile(record.filename, response, report);
+        if (status != Status::Success) return status;
     }
     const TransferMatrix& matrix = response.matrix;
-    if (matrix.points == 0) {
-        return RefuseComponent(
-            record.owner, Concat("'", record.filename, "' is no transfer matrix file"), errorText);
-    }
     if (record.row >= 1 && record.row <= matrix.rows && record.column >= 1 &&
         record.column <= matrix.columns) {
         return Status::Success;
     }
-    return RefuseComponent(
-        record.owner,
-        Concat("'", record.filename, "' has ", matrix.rows, " rows and ", matrix.columns,
-               " columns, no element (", record.row, ", ", record.column, ")"),
-        errorText);
+    return report.Refuse("'", record.filename, "' has ", matrix.rows, " rows and ", matrix.columns,
+                         " columns, no element (", record.row, ", ", record.column, ")");
 }
 
-Status PrepareScaledCustom(FilterResponse& response, std::string& errorText) {
+Status PrepareScaledCustom(FilterResponse& response, const ModelReport& report) {
     const OpticalFilterRecord& record = response.record;
-    const Status status = CheckRange(record.owner, "BW", record.BW, Range::Positive, errorText);
-    return status == Status::Success ? PrepareCustom(response, errorText) : status;
+    const Status status = CheckRange(report, "BW", record.BW, Range::Positive);
+    return status == Status::Success ? PrepareCustom(response, report) : status;
 }
 
 Complex AtFileWavelength(const FilterResponse& response, double wavelength) {
@@ -224,7 +224,7 @@ Complex Custom3(const FilterResponse& response, double f) {
 
 struct FilterType {
     std::string_view word;
-    Status (*prepare)(FilterResponse& response, std::string& errorText);
+    Status (*prepare)(FilterResponse& response, const ModelReport& report);
     Complex (*value)(const FilterResponse& response, double f);
 };
 constexpr FilterType filterTypes[] = {
@@ -232,10 +232,6 @@ constexpr FilterType filterTypes[] = {
     {"Ideal", PrepareIdeal, Ideal},           {"Trapezoidal", PrepareTrapezoid, Trapezoidal},
     {"Custom1", PrepareCustom, Custom1},      {"Custom2", PrepareScaledCustom, Custom2},
     {"Custom3", PrepareScaledCustom, Custom3}};
-
-constexpr ParameterLimit<OpticalFilterRecord> limits[] = {
-    {"wavelength", &OpticalFilterRecord::wavelength, Range::Positive},
-    {"loss", &OpticalFilterRecord::L, Range::Finite}};
 
 }  // namespace
 
@@ -248,14 +244,19 @@ double LossFactor(double decibels) {
 }
 
 Status PrepareFilterResponse(const OpticalFilterRecord& record, FilterResponse& response,
-                             std::string& errorText) {
-    response = FilterResponse{};
+                             const ModelReport& report) {
+    FilterResponse next;
+    next.matrix = std::move(response.matrix);
+    next.matrixFile = std::move(response.matrixFile);
+    response = std::move(next);
     response.record = record;
+    response.L = LossFactor(record.loss);
     const auto* type = std::find_if(std::begin(filterTypes), std::end(filterTypes),
                                     [&](const FilterType& row) { return row.word == record.type; });
     if (type == std::end(filterTypes)) return Status::Success;
-    Status status = CheckLimits<OpticalFilterRecord>(record, limits, errorText);
-    if (status == Status::Success) status = type->prepare(response, errorText);
+    Status status = CheckRange(report, "wavelength", record.wavelength, Range::Positive);
+    if (status == Status::Success) status = CheckRange(report, "loss", record.loss, Range::Finite);
+    if (status == Status::Success) status = type->prepare(response, report);
     if (status == Status::Success) response.value = type->value;
     return status;
 }

@@ -6,21 +6,20 @@
 #include <string>
 
 #include "base/complex.h"
-#include "base/status.h"
 #include "files/transfer_matrix.h"
+#include "kernel/model_report.h"
 
 namespace photrak {
 
 enum class Inversion { None = 0, Power = 1, Amplitude = 2 };
 
 struct OpticalFilterRecord {
-    std::string owner;              // the component's name, for messages
     std::string type = "Gaussian";  // a word that names no filter: light passes as it is
     std::string filename = "none";  // transfer matrix file of the custom types
     bool usePadding = true;         // twice the window, with flat ends
     bool shiftCarrier = false;      // channels move onto the filter's frequency
     std::int32_t order = 1;         // of the Gaussian
-    double L = 1.0;                 // amplitude factor of the loss
+    double loss = 0.0;              // dB
     Inversion inversion = Inversion::None;
     double wavelength = 1.0;           // center, m
     double BW = 1.0;                   // m; a scale factor of "Custom2"
@@ -44,18 +43,19 @@ struct FilterResponse {
     double low = 0.0, high = 0.0;  // pass band or flat top, Hz
     double slope = 0.0;            // of the trapezoid: decades over 10 Hz
     double R = 0.0, tau = 0.0;     // reflectivity; phase of a single pass, rad/Hz
-    TransferMatrix matrix;
+    double L = 1.0;                // amplitude factor of the loss
+    TransferMatrix matrix;         // of a custom type
+    std::string matrixFile;        // that it was read from; empty without
 
     bool PassesAll() const { return !value; }
     /// The field's factor at the optical frequency f in Hz, loss included; 1 for no filter.
-    Complex operator()(double f) const {
-        return value ? record.L * value(*this, f) : MakeComplex(1.0);
-    }
+    Complex operator()(double f) const { return value ? L * value(*this, f) : MakeComplex(1.0); }
 };
 
-/// Checks the record and works out what the response needs; reads the file of a custom type. A file
+/// Checks the record and works out what the response needs; reads the file of a custom type unless
+/// the response holds it from a record before. A file
 /// that cannot be opened gives "ERROR: can't open custom filter file.\n" and its reason.
 Status PrepareFilterResponse(const OpticalFilterRecord& record, FilterResponse& response,
-                             std::string& errorText);
+                             const ModelReport& report);
 
 }  // namespace photrak

@@ -1,26 +1,17 @@
-// The parameters' names are one table with the members they fill.
+// The real and imaginary parts as rows of one table.
 #include "models/optical/jones_matrix.h"
-
-#include "kernel/parameters.h"
-#include "models/common/parameter_limits.h"
 
 namespace photrak {
 namespace {
 
-struct Coefficient {
-    std::string_view name;
-    Complex JonesMatrix::*element;
-    double Complex::*part;
-    double fallback;
+struct Coefficients {
+    double r11 = 0.0, i11 = 0.0, r12 = 0.0, i12 = 0.0, r21 = 0.0, i21 = 0.0, r22 = 0.0, i22 = 0.0;
 };
-// clang-format off
-constexpr Coefficient coefficients[] = {
-    {"coef11r", &JonesMatrix::m11, &Complex::re, 1.0}, {"coef11i", &JonesMatrix::m11, &Complex::im, 0.0},
-    {"coef12r", &JonesMatrix::m12, &Complex::re, 0.0}, {"coef12i", &JonesMatrix::m12, &Complex::im, 0.0},
-    {"coef21r", &JonesMatrix::m21, &Complex::re, 0.0}, {"coef21i", &JonesMatrix::m21, &Complex::im, 0.0},
-    {"coef22r", &JonesMatrix::m22, &Complex::re, 1.0}, {"coef22i", &JonesMatrix::m22, &Complex::im, 0.0},
-};
-// clang-format on
+constexpr ParamRow<Coefficients> rows[] = {
+    {"coef11r", &Coefficients::r11, 1.0}, {"coef11i", &Coefficients::i11, 0.0},
+    {"coef12r", &Coefficients::r12, 0.0}, {"coef12i", &Coefficients::i12, 0.0},
+    {"coef21r", &Coefficients::r21, 0.0}, {"coef21i", &Coefficients::i21, 0.0},
+    {"coef22r", &Coefficients::r22, 1.0}, {"coef22i", &Coefficients::i22, 0.0}};
 
 }  // namespace
 
@@ -28,14 +19,15 @@ JonesMatrix operator*(double factor, const JonesMatrix& m) {
     return {factor * m.m11, factor * m.m12, factor * m.m21, factor * m.m22};
 }
 
-Status ReadCustomMatrix(const Component& component, JonesMatrix& matrix, std::string& errorText) {
-    for (const Coefficient& row : coefficients) {
-        const double value = GetParamDouble(component.parameters, row.name, row.fallback);
-        const Status status = CheckRange(component.name, row.name, value, Range::Finite, errorText);
-        if (status != Status::Success) return status;
-        matrix.*row.element.*row.part = value;
-    }
-    return Status::Success;
+std::vector<ParamSpec> CustomMatrixParamSpecs() {
+    return SpecsOf(rows);
+}
+
+Status ReadCustomMatrix(Parameter* parameters, JonesMatrix& matrix, const ModelReport& report) {
+    Coefficients c;
+    ReadParams(rows, parameters, c);
+    matrix = {{c.r11, c.i11}, {c.r12, c.i12}, {c.r21, c.i21}, {c.r22, c.i22}};
+    return CheckParams(rows, c, report);
 }
 
 }  // namespace photrak

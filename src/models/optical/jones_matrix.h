@@ -2,11 +2,10 @@
 // between the polarizations of a port or between the ports of a coupler.
 #pragma once
 
-#include <string>
+#include <vector>
 
 #include "base/complex.h"
-#include "base/status.h"
-#include "kernel/workspace.h"
+#include "kernel/param_table.h"
 
 namespace photrak {
 
@@ -17,8 +16,8 @@ struct JonesMatrix {
 
 JonesMatrix operator*(double factor, const JonesMatrix& m);
 
-/// The parameters coef11r, coef11i, ... coef22i; ones on the diagonal and zeros beside it where
-/// they are absent.
-Status ReadCustomMatrix(const Component& component, JonesMatrix& matrix, std::string& errorText);
+/// The rows coef11r, coef11i, ... coef22i, and the matrix read from them.
+std::vector<ParamSpec> CustomMatrixParamSpecs();
+Status ReadCustomMatrix(Parameter* parameters, JonesMatrix& matrix, const ModelReport& report);
 
 }  // namespace photrak

@@ -4,8 +4,6 @@
 #include <string>
 #include <utility>
 
-#include "kernel/parameters.h"
-#include "models/common/refusals.h"
 #include "models/common/spectrum_grid.h"
 #include "models/optical/optical_filter.h"
 #include "models/optical/signal_join.h"
@@ -14,7 +12,6 @@ namespace photrak {
 namespace {
 
 struct MuxParams {
-    std::string owner;  // the component's name, for messages
     bool singleChannel = false;
     bool inFrequency = false;  // center, spacing and widths in Hz, otherwise in m
     double center = 0.0;       // of the first filter
@@ -27,26 +24,68 @@ struct MuxParams {
     std::string shiftCarrier;  // "Yes", "No", "Auto"
 };
 
-enum class FilterUse { Bank, Single };  // a filter for each port, or one of add and drop
+void StoreRepresentation(MuxParams& params, std::string_view word) {
+    params.singleChannel = word == "SingleChannel";
+}
+void StoreMode(MuxParams& params, std::string_view word) {
+    params.inFrequency = word == "Frequency";
+}
 
-MuxParams ReadMuxParams(const Component& component, FilterUse use) {
-    const bool bank = use == FilterUse::Bank;
-    Parameter* list = component.parameters;
+constexpr Words filterTypes = {
+    "None Gaussian FabryPerot Ideal Trapezoidal Custom1 Custom2 Custom3"};
+constexpr Words shiftWords = {"No Yes Auto"};
+
+// The tables of the five models are put together from these. A multiplexer makes no filter by
+// default, all others a Gaussian one.
+constexpr ParamRow<MuxParams> representationRows[] = {
+    {"Representation", StoreRepresentation, "ChannelList", Words{"ChannelList SingleChannel"}}};
+constexpr ParamRow<MuxParams> noFilterRows[] = {
+    {"filterType", &MuxParams::filterType, "None", filterTypes}};
+constexpr ParamRow<MuxParams> gaussianRows[] = {
+    {"filterType", &MuxParams::filterType, "Gaussian", filterTypes}};
+constexpr ParamRow<MuxParams> bankRows[] = {
+    {"filterSpecMode", StoreMode, "Frequency", Words{"Frequency Wavelength"}},
+    {"firstFilterCenter", &MuxParams::center, 193.1e12},
+    {"filterSpacing", &MuxParams::spacing, 100e9},
+    {"filterBW", &MuxParams::BW, 50e9},
+    {"filterBW0dB", &MuxParams::BW0dB, 25e9},
+    {"filterFSR", &MuxParams::FSR, 15e12}};
+constexpr ParamRow<MuxParams> singleRows[] = {{"filterCenter", &MuxParams::center, 1.55e-6},
+                                              {"filterBW", &MuxParams::BW, 0.4e-9},
+                                              {"filterBW0dB", &MuxParams::BW0dB, 0.2e-9},
+                                              {"filterFSR", &MuxParams::FSR, 121e-9}};
+constexpr ParamRow<MuxParams> filterRows[] = {{"filterOrder", &MuxParams::order, 1},
+                                              {"filename", &MuxParams::filename, ""},
+                                              {"loss", &MuxParams::loss, 0.0}};
+constexpr ParamRow<MuxParams> shiftRows[] = {
+    {"shiftcarrier", &MuxParams::shiftCarrier, "No", shiftWords}};
+
+template <class... Tables>
+MuxParams ReadTables(Parameter* parameters, const Tables&... tables) {
     MuxParams params;
-    params.owner = component.name;
-    params.singleChannel = GetParamText(list, "Representation", "") == "SingleChannel";
-    params.inFrequency = bank && GetParamText(list, "filterSpecMode", "") == "Frequency";
-    params.center = GetParamDouble(list, bank ? "firstFilterCenter" : "filterCenter", 1.55e-6);
-    params.spacing = GetParamDouble(list, "filterSpacing", 0.0);
-    params.BW = GetParamDouble(list, "filterBW", 0.4e-9);
-    params.BW0dB = GetParamDouble(list, "filterBW0dB", 0.2e-9);
-    params.FSR = GetParamDouble(list, "filterFSR", 121e-9);
-    params.loss = GetParamDouble(list, "loss", 0.0);
-    params.filterType = GetParamText(list, "filterType", "None");
-    params.filename = GetParamText(list, "filename", "none");
-    params.order = GetParamInt(list, "filterOrder", 1);
-    params.shiftCarrier = GetParamText(list, "shiftcarrier", "No");
+    (ReadParams(tables, parameters, params), ...);
     return params;
+}
+
+/// What the filter type needs, under the names that the block has for it.
+Status CheckFilter(const MuxParams& params, const ModelReport& report) {
+    const std::string& type = params.filterType;
+    const bool isGaussian = type == "Gaussian", isTrapezoid = type == "Trapezoidal";
+    const bool isResonator = type == "FabryPerot";
+    const bool hasWidth = isGaussian || isTrapezoid || isResonator || type == "Ideal" ||
+                          type == "Custom2" || type == "Custom3";
+    Status status = Status::Success;
+    if (hasWidth) status = CheckRange(report, "filterBW", params.BW, Range::Positive);
+    if (status == Status::Success && isTrapezoid) {
+        status = CheckRange(report, "filterBW0dB", params.BW0dB, Range::NotNegative);
+    }
+    if (status == Status::Success && isResonator) {
+        status = CheckRange(report, "filterFSR", params.FSR, Range::Positive);
+    }
+    if (status == Status::Success && isGaussian && params.order < 1) {
+        return report.RefuseValue("filterOrder", params.order, "at least 1");
+    }
+    return status;
 }
 
 // --- Filters ---
@@ -64,11 +103,10 @@ double FsrInMeters(double f, double w) {
 /// The filter with its center there, at row 1, column 1 of a custom file.
 OpticalFilterRecord FilterAt(const MuxParams& params, double center) {
     OpticalFilterRecord record;
-    record.owner = params.owner;
     record.type = params.filterType;
     record.filename = params.filename;
     record.order = params.order;
-    record.L = LossFactor(params.loss);
+    record.loss = params.loss;
     record.wavelength = center;
     record.BW = params.BW;
     record.BW0dB = params.BW0dB;
@@ -87,9 +125,14 @@ OpticalFilterRecord NotchAt(const MuxParams& params, double center) {
     return record;
 }
 
-Status Filter(const OpticalFilterRecord& record, OpSignal* signal, std::string& errorText) {
+/// Filters in place. The response is made anew, but for the file of a custom type, which it keeps
+/// from filter to filter.
+Status Filter(const OpticalFilterRecord& record, FilterResponse& response, OpSignal* signal,
+              const ModelReport& report) {
     if (!signal || record.type == "None") return Status::Success;
-    return ApplyOpticalFilter(record, signal->channels, signal->noise, errorText);
+    const Status status = PrepareFilterResponse(record, response, report);
+    if (status != Status::Success) return status;
+    return ApplyOpticalFilter(response, signal->channels, signal->noise, report);
 }
 
 /// Whether a filter moves the channels of the signal onto its center.
@@ -106,28 +149,28 @@ void Store(Owned<OpSignal> signal, Nodelist& output) {
 }
 
 /// A filtered copy of a signal, which may be null.
-Status CopyThrough(const OpticalFilterRecord& record, const MuxParams& params,
-                   const OpSignal* source, Owned<OpSignal>& copy, std::string& errorText) {
+Status CopyThrough(const OpticalFilterRecord& record, FilterResponse& response,
+                   const OpSignal* source, Owned<OpSignal>& copy, const ModelReport& report) {
     if (Make(copy, CopyOpSignal, source)) {
-        return RefuseComponent(params.owner, "could not copy the input signal", errorText);
+        return report.Refuse("could not copy the input signal");
     }
-    return Filter(record, copy.get(), errorText);
+    return Filter(record, response, copy.get(), report);
 }
 
 /// Joins what stands in the parts; nothing where no part holds a signal.
 Status JoinToOne(std::string_view device, const MuxParams& params, OpSignals& parts,
-                 Owned<OpSignal>& joined, std::string& errorText) {
+                 Owned<OpSignal>& joined, const ModelReport& report) {
     bool empty = true;
     for (const Owned<OpSignal>& part : parts) empty = empty && !part;
     if (empty) return Status::Success;
-    const Status status = JoinSignals(device, parts, joined, errorText);
+    const Status status = JoinSignals(device, parts, joined, report);
     if (status != Status::Success || !params.singleChannel) return status;
-    return MergeToOneChannel(*joined, errorText);
+    return MergeToOneChannel(*joined, report);
 }
 
-Status ReadSingleInput(const MuxParams& params, const ModelCall& call, const OpSignal*& signal) {
+Status ReadSingleInput(const ModelCall& call, const OpSignal*& signal) {
     if (!call.inputs || call.inputs->sigType != OpSigType) {
-        return RefuseComponent(params.owner, "the input signal is not optical", call.errorText);
+        return call.Refuse("the input signal is not optical");
     }
     signal = static_cast<const OpSignal*>(call.inputs->sig);
     return Status::Success;
@@ -136,55 +179,77 @@ Status ReadSingleInput(const MuxParams& params, const ModelCall& call, const OpS
 // --- Add and drop ---
 
 /// The notch in the line and the filter of the added signal, joined.
-Status AddToLine(std::string_view device, const MuxParams& params, OpSignals& parts,
-                 Owned<OpSignal>& joined, std::string& errorText) {
-    if (parts.size() != 2) return RefuseComponent(params.owner, "two inputs are needed", errorText);
-    Status status = Filter(NotchAt(params, params.center), parts[0].get(), errorText);
+Status AddToLine(std::string_view device, const MuxParams& params, FilterResponse& response,
+                 OpSignals& parts, Owned<OpSignal>& joined, const ModelReport& report) {
+    if (parts.size() != 2) return report.Refuse("two inputs are needed");
+    Status status = Filter(NotchAt(params, params.center), response, parts[0].get(), report);
     if (status != Status::Success) return status;
     OpticalFilterRecord added = FilterAt(params, params.center);
     added.row = 2;
     added.shiftCarrier = ShiftsCarrier(params, parts[1].get());
-    status = Filter(added, parts[1].get(), errorText);
+    status = Filter(added, response, parts[1].get(), report);
     if (status != Status::Success) return status;
-    return JoinToOne(device, params, parts, joined, errorText);
+    return JoinToOne(device, params, parts, joined, report);
 }
 
 /// The channels that leave the line.
-Status Drop(const MuxParams& params, const OpSignal* line, Owned<OpSignal>& dropped,
-            std::string& errorText) {
+Status Drop(const MuxParams& params, FilterResponse& response, const OpSignal* line,
+            Owned<OpSignal>& dropped, const ModelReport& report) {
     OpticalFilterRecord record = FilterAt(params, params.center);
     record.column = 2;
     record.shiftCarrier = ShiftsCarrier(params, line);
-    return CopyThrough(record, params, line, dropped, errorText);
+    return CopyThrough(record, response, line, dropped, report);
 }
 
 }  // namespace
 
+std::vector<ParamSpec> IdealOpticalMuxParamSpecs() {
+    return SpecsOf(representationRows, noFilterRows, bankRows, filterRows);
+}
+std::vector<ParamSpec> OpticalDemuxParamSpecs() {
+    return SpecsOf(gaussianRows, bankRows, filterRows, shiftRows);
+}
+std::vector<ParamSpec> OpticalAddMuxParamSpecs() {
+    return SpecsOf(representationRows, gaussianRows, singleRows, filterRows, shiftRows);
+}
+std::vector<ParamSpec> OpticalDropMuxParamSpecs() {
+    return SpecsOf(gaussianRows, singleRows, filterRows, shiftRows);
+}
+std::vector<ParamSpec> OpticalAddDropMuxParamSpecs() {
+    return SpecsOf(representationRows, gaussianRows, singleRows, filterRows, shiftRows);
+}
+
 Status RunIdealOpticalMux(const ModelCall& call) {
-    const MuxParams params = ReadMuxParams(call.component, FilterUse::Bank);
+    const MuxParams params = ReadTables(call.component.parameters, representationRows, noFilterRows,
+                                        bankRows, filterRows);
+    FilterResponse response;
     OpSignals parts;
-    Status status = CopyInputs("MUX", call.inputs, parts, call.errorText);
+    Status status = CheckFilter(params, call);
+    if (status == Status::Success) status = CopyInputs("MUX", call.inputs, parts, call);
     double center = params.center;
     std::int32_t port = 0;
     for (const Owned<OpSignal>& part : parts) {
         if (status != Status::Success) return status;
         OpticalFilterRecord record = FilterAt(params, center);
         record.column = ++port;
-        status = Filter(record, part.get(), call.errorText);
+        status = Filter(record, response, part.get(), call);
         center += params.spacing;
     }
     Owned<OpSignal> joined;
     if (status == Status::Success) {
-        status = JoinToOne("MUX", params, parts, joined, call.errorText);
+        status = JoinToOne("MUX", params, parts, joined, call);
     }
     if (status == Status::Success) Store(std::move(joined), *call.outputs);
     return status;
 }
 
 Status RunOpticalDemux(const ModelCall& call) {
-    const MuxParams params = ReadMuxParams(call.component, FilterUse::Bank);
+    const MuxParams params =
+        ReadTables(call.component.parameters, gaussianRows, bankRows, filterRows, shiftRows);
+    FilterResponse response;
     const OpSignal* line = nullptr;
-    Status status = ReadSingleInput(params, call, line);
+    Status status = CheckFilter(params, call);
+    if (status == Status::Success) status = ReadSingleInput(call, line);
     OpSignals separated;
     double center = params.center;
     std::int32_t port = 0;
@@ -194,7 +259,7 @@ Status RunOpticalDemux(const ModelCall& call) {
         record.column = ++port;
         record.shiftCarrier = ShiftsCarrier(params, line);
         separated.emplace_back();
-        status = CopyThrough(record, params, line, separated.back(), call.errorText);
+        status = CopyThrough(record, response, line, separated.back(), call);
         center += params.spacing;
     }
     if (status != Status::Success) return status;
@@ -204,29 +269,35 @@ Status RunOpticalDemux(const ModelCall& call) {
 }
 
 Status RunOpticalAddMux(const ModelCall& call) {
-    const MuxParams params = ReadMuxParams(call.component, FilterUse::Single);
+    const MuxParams params = ReadTables(call.component.parameters, representationRows, gaussianRows,
+                                        singleRows, filterRows, shiftRows);
+    FilterResponse response;
     OpSignals parts;
     Owned<OpSignal> joined;
-    Status status = CopyInputs("AddMux", call.inputs, parts, call.errorText);
+    Status status = CheckFilter(params, call);
+    if (status == Status::Success) status = CopyInputs("AddMux", call.inputs, parts, call);
     if (status == Status::Success) {
-        status = AddToLine("AddMux", params, parts, joined, call.errorText);
+        status = AddToLine("AddMux", params, response, parts, joined, call);
     }
     if (status == Status::Success) Store(std::move(joined), *call.outputs);
     return status;
 }
 
 Status RunOpticalDropMux(const ModelCall& call) {
-    const MuxParams params = ReadMuxParams(call.component, FilterUse::Single);
+    const MuxParams params =
+        ReadTables(call.component.parameters, gaussianRows, singleRows, filterRows, shiftRows);
+    FilterResponse response;
     if (!call.outputs || !call.outputs->next) {
-        return RefuseComponent(params.owner, "two outputs are needed", call.errorText);
+        return call.Refuse("two outputs are needed");
     }
     const OpSignal* line = nullptr;
     Owned<OpSignal> through, dropped;
-    Status status = ReadSingleInput(params, call, line);
+    Status status = CheckFilter(params, call);
+    if (status == Status::Success) status = ReadSingleInput(call, line);
     if (status == Status::Success) {
-        status = CopyThrough(NotchAt(params, params.center), params, line, through, call.errorText);
+        status = CopyThrough(NotchAt(params, params.center), response, line, through, call);
     }
-    if (status == Status::Success) status = Drop(params, line, dropped, call.errorText);
+    if (status == Status::Success) status = Drop(params, response, line, dropped, call);
     if (status != Status::Success) return status;
     Store(std::move(through), *call.outputs);
     Store(std::move(dropped), *call.outputs->next);
@@ -234,19 +305,22 @@ Status RunOpticalDropMux(const ModelCall& call) {
 }
 
 Status RunOpticalAddDropMux(const ModelCall& call) {
-    const MuxParams params = ReadMuxParams(call.component, FilterUse::Single);
+    const MuxParams params = ReadTables(call.component.parameters, representationRows, gaussianRows,
+                                        singleRows, filterRows, shiftRows);
+    FilterResponse response;
     if (!call.outputs || !call.outputs->next) {
-        return RefuseComponent(params.owner, "two outputs are needed", call.errorText);
+        return call.Refuse("two outputs are needed");
     }
     OpSignals parts;
     Owned<OpSignal> joined, dropped;
-    Status status = CopyInputs("AddDrop", call.inputs, parts, call.errorText);
+    Status status = CheckFilter(params, call);
+    if (status == Status::Success) status = CopyInputs("AddDrop", call.inputs, parts, call);
     if (status == Status::Success) {
-        status = AddToLine("AddDrop", params, parts, joined, call.errorText);
+        status = AddToLine("AddDrop", params, response, parts, joined, call);
     }
     if (status != Status::Success) return status;
     const auto* line = static_cast<const OpSignal*>(call.inputs->sig);
-    status = Drop(params, line, dropped, call.errorText);
+    status = Drop(params, response, line, dropped, call);
     if (status != Status::Success) return status;
     Store(std::move(joined), *call.outputs);
     Store(std::move(dropped), *call.outputs->next);

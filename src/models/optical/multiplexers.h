@@ -7,6 +7,13 @@
 
 namespace photrak {
 
+/// The rows of their tables.
+std::vector<ParamSpec> IdealOpticalMuxParamSpecs();
+std::vector<ParamSpec> OpticalDemuxParamSpecs();
+std::vector<ParamSpec> OpticalAddMuxParamSpecs();
+std::vector<ParamSpec> OpticalDropMuxParamSpecs();
+std::vector<ParamSpec> OpticalAddDropMuxParamSpecs();
+
 /// n inputs to one output; the filter's center moves on by a spacing from port to port.
 Status RunIdealOpticalMux(const ModelCall& call);
 /// One input to n outputs, with the same filters.

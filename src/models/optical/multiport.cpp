@@ -10,9 +10,7 @@
 
 #include "base/text.h"
 #include "kernel/external_commands.h"
-#include "kernel/parameters.h"
 #include "kernel/sample_arrays.h"
-#include "models/common/refusals.h"
 #include "models/common/spectrum_grid.h"
 #include "numeric/fft.h"
 #include "platform/file_system.h"
@@ -22,10 +20,13 @@ namespace {
 
 constexpr double beyondAllWavelengths = 1e30;  // m
 
-Status Fail(std::string_view text, std::string& errorText) {
-    errorText.append(text);
-    return Status::Error;
+void StoreBandwidth(MultiportParams& params, std::string_view word) {
+    params.bandwidth = word == "Narrow" ? SignalBandwidth::Narrow : SignalBandwidth::Wide;
 }
+constexpr ParamRow<MultiportParams> rows[] = {
+    {"CommandLine", &MultiportParams::commandLine, ""},
+    {"FileName", &MultiportParams::fileName, "transfer.txt"},
+    {"SignalBandwidth", StoreBandwidth, "Narrow", Words{"Narrow Wide"}}};
 
 // --- Ports ---
 
@@ -48,10 +49,9 @@ struct OutputPort {
 
 /// What one call works on.
 struct Device {
-    std::string_view owner;
     const TransferMatrix& matrix;
     SignalBandwidth bandwidth;
-    std::string& errorText;
+    const ModelReport& report;
     std::vector<InputPort> inputs;
     std::vector<OutputPort> outputs;
     OwnedBlock<Complex> spectrum;  // work array of the wide form
@@ -63,7 +63,7 @@ Status OpenPorts(Device& device, const Nodelist* inputs, const Nodelist* outputs
         InputPort port;
         if (cell.sig) {
             if (cell.sigType != OpSigType) {
-                return RefuseComponent(device.owner, "an input is not optical", device.errorText);
+                return device.report.Refuse("an input is not optical");
             }
             const auto* signal = static_cast<const OpSignal*>(cell.sig);
             port = {signal->channels, signal->noise};
@@ -75,7 +75,7 @@ Status OpenPorts(Device& device, const Nodelist* inputs, const Nodelist* outputs
         device.outputs.size() == static_cast<std::size_t>(device.matrix.columns)) {
         return Status::Success;
     }
-    return Fail("mismatch in number of input/output nodes.", device.errorText);
+    return device.report.Fail("mismatch in number of input/output nodes.");
 }
 
 /// Channels of one wavelength, by input; null where an input has none.
@@ -104,9 +104,7 @@ Status CheckWavelengths(const Device& device) {
     for (const InputPort& input : device.inputs) {
         for (const OpSig& channel : Items(input.next)) {
             if (channel.wavelength > 0.0 && channel.wavelength < beyondAllWavelengths) continue;
-            return RefuseComponent(
-                device.owner, Concat("a channel has the wavelength ", channel.wavelength, " m"),
-                device.errorText);
+            return device.report.Refuse("a channel has the wavelength ", channel.wavelength, " m");
         }
     }
     return Status::Success;
@@ -124,14 +122,12 @@ Status CheckGrid(const Device& device, const Gathered& gathered) {
     for (const OpSig* channel : gathered) {
         if (!channel) continue;
         if (channel->noPoints != first.noPoints || channel->tStep != first.tStep) {
-            return RefuseComponent(device.owner,
-                                   Concat("channels of the wavelength ", first.wavelength,
-                                          " m differ in number of samples or time step"),
-                                   device.errorText);
+            return device.report.Refuse("channels of the wavelength ", first.wavelength,
+                                        " m differ in number of samples or time step");
         }
     }
     if (device.bandwidth == SignalBandwidth::Narrow) return Status::Success;
-    return CheckSpectrumGrid(first, {device.owner, device.errorText});
+    return CheckSpectrumGrid(first, device.report);
 }
 
 /// A channel with the settings of the first gathered one and no light.
@@ -200,7 +196,7 @@ Status AddChannels(Device& device, const Gathered& gathered) {
     if (CheckGrid(device, gathered) != Status::Success) return Status::Error;
     bool made = !wide || SizeSpectrum(device, FirstOf(gathered).noPoints);
     for (OutputPort& output : device.outputs) made = made && AppendDark(output, gathered);
-    if (!made) return Fail("can't allocate output signal.", device.errorText);
+    if (!made) return device.report.Fail("can't allocate output signal.");
     for (std::size_t i = 0; i < gathered.size(); ++i) {
         if (gathered[i] && gathered[i]->noPoints >= 1) {
             (wide ? AddWide : AddNarrow)(device, static_cast<std::int32_t>(i) + 1, *gathered[i]);
@@ -222,7 +218,7 @@ Status CommonNoiseGrid(const Device& device, const OpSigASE*& common) {
         if (!common) common = input.noise;
         if (input.noise->noPoints != common->noPoints || input.noise->fstep != common->fstep ||
             input.noise->fstart != common->fstart) {
-            return Fail("mismatch in ASE noise signal info", device.errorText);
+            return device.report.Fail("mismatch in ASE noise signal info");
         }
     }
     return Status::Success;
@@ -257,56 +253,51 @@ Status FillOutputs(Device& device) {
     }
     bool made = true;
     for (OutputPort& output : device.outputs) made = made && !Make(output.signal, CreateOpSignal);
-    if (!made) return Fail("can't allocate output signal.", device.errorText);
+    if (!made) return device.report.Fail("can't allocate output signal.");
     Gathered gathered;
     while (Gather(device.inputs, gathered)) {
         if (AddChannels(device, gathered) != Status::Success) return Status::Error;
     }
     if (noise && !AddNoise(device, *noise)) {
-        return Fail("can't allocate output signal.", device.errorText);
+        return device.report.Fail("can't allocate output signal.");
     }
     return Status::Success;
 }
 
 // --- The table's file ---
 
-Status RunCommand(const MultiportParams& params, std::string& errorText) {
+Status RunCommand(const MultiportParams& params, const ModelReport& report) {
     if (params.commandLine.find_first_not_of(" \t") == std::string::npos) return Status::Success;
     if (!ExternalCommandsAllowed()) {
-        return RefuseComponent(params.owner,
-                               "its command line is refused: external commands are off", errorText);
+        return report.Refuse("its command line is refused: external commands are off");
     }
     // What a failed command left in the file is not to be read.
     const int exitStatus = RunCommandLine(params.commandLine);
     if (exitStatus == 0) return Status::Success;
-    return RefuseComponent(params.owner,
-                           Concat("its command line '", params.commandLine, "' ",
-                                  exitStatus < 0 ? std::string("cannot be started")
-                                                 : Concat("ended with status ", exitStatus)),
-                           errorText);
+    return report.Refuse("its command line '", params.commandLine, "' ",
+                         exitStatus < 0 ? std::string("cannot be started")
+                                        : Concat("ended with status ", exitStatus));
 }
 
-Status ReadTable(const MultiportParams& params, std::string& errorText) {
+Status ReadTable(const MultiportParams& params, const ModelReport& report) {
     std::string text, reason;
     if (!ReadWholeFile(params.fileName, text, reason, maxMatrixFileBytes)) {
-        errorText += "can't open transfer matrix file.\n";
-        return RefuseComponent(params.owner, Concat("file '", params.fileName, "': ", reason),
-                               errorText);
+        static_cast<void>(report.Fail("can't open transfer matrix file.\n"));
+        return report.Refuse("file '", params.fileName, "': ", reason);
     }
     const Status status = ReadTransferMatrix(text, params.fileName, TransferTable(), reason);
-    return status == Status::Success ? status : RefuseComponent(params.owner, reason, errorText);
+    return status == Status::Success ? status : report.Refuse(reason);
 }
 
 }  // namespace
 
-MultiportParams ReadMultiportParams(const Component& component) {
+std::vector<ParamSpec> MultiportParamSpecs() {
+    return SpecsOf(rows);
+}
+
+MultiportParams ReadMultiportParams(Parameter* parameters) {
     MultiportParams params;
-    params.owner = component.name;
-    params.commandLine = GetParamText(component.parameters, "CommandLine", "");
-    params.fileName = GetParamText(component.parameters, "FileName", "");
-    params.bandwidth = GetParamText(component.parameters, "SignalBandwidth", "Narrow") == "Narrow"
-                           ? SignalBandwidth::Narrow
-                           : SignalBandwidth::Wide;
+    ReadParams(rows, parameters, params);
     return params;
 }
 
@@ -319,13 +310,13 @@ void ResetTransferTable() {
     TransferTable() = {};
 }
 
-Status ApplyTransferTable(std::string_view owner, const Nodelist* inputs, Nodelist* outputs,
-                          SignalBandwidth bandwidth, std::string& errorText) {
+Status ApplyTransferTable(const Nodelist* inputs, Nodelist* outputs, SignalBandwidth bandwidth,
+                          const ModelReport& report) {
     const TransferMatrix& matrix = TransferTable();
     if (matrix.points == 0) {
-        return RefuseComponent(owner, "there is no transfer matrix yet", errorText);
+        return report.Refuse("there is no transfer matrix yet");
     }
-    Device device{owner, matrix, bandwidth, errorText, {}, {}, nullptr, 0};
+    Device device{matrix, bandwidth, report, {}, {}, nullptr, 0};
     if (OpenPorts(device, inputs, outputs) != Status::Success) return Status::Error;
     const auto isOpen = [](const InputPort& input) { return !input.next && !input.noise; };
     if (std::all_of(device.inputs.begin(), device.inputs.end(), isOpen)) return Status::Success;
@@ -339,13 +330,11 @@ Status ApplyTransferTable(std::string_view owner, const Nodelist* inputs, Nodeli
 }
 
 Status RunMultiportOpticalDevice(const ModelCall& call) {
-    const MultiportParams params = ReadMultiportParams(call.component);
-    if (RunCommand(params, call.errorText) != Status::Success ||
-        ReadTable(params, call.errorText) != Status::Success) {
+    const MultiportParams params = ReadMultiportParams(call.component.parameters);
+    if (RunCommand(params, call) != Status::Success || ReadTable(params, call) != Status::Success) {
         return Status::Error;
     }
-    return ApplyTransferTable(params.owner, call.inputs, call.outputs, params.bandwidth,
-                              call.errorText);
+    return ApplyTransferTable(call.inputs, call.outputs, params.bandwidth, call);
 }
 
 }  // namespace photrak

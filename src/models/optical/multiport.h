@@ -16,13 +16,14 @@ enum class SignalBandwidth {
 };
 
 struct MultiportParams {
-    std::string owner;        // the component's name, for messages
     std::string commandLine;  // run before the file is read; may be empty
     std::string fileName;
     SignalBandwidth bandwidth = SignalBandwidth::Narrow;
 };
 
-MultiportParams ReadMultiportParams(const Component& component);
+/// The rows of its table, and the record read from them.
+std::vector<ParamSpec> MultiportParamSpecs();
+MultiportParams ReadMultiportParams(Parameter* parameters);
 
 /// The table in use; empty from the start.
 TransferMatrix& TransferTable();
@@ -32,8 +33,8 @@ void ResetTransferTable();
 /// exactly the same wavelength at the heads of the inputs are added as fields, shortest wavelength
 /// first; noise (the first record of each input) is added by power. Inputs without data take no
 /// part. An error leaves the output cells empty.
-Status ApplyTransferTable(std::string_view owner, const Nodelist* inputs, Nodelist* outputs,
-                          SignalBandwidth bandwidth, std::string& errorText);
+Status ApplyTransferTable(const Nodelist* inputs, Nodelist* outputs, SignalBandwidth bandwidth,
+                          const ModelReport& report);
 
 /// The model.
 Status RunMultiportOpticalDevice(const ModelCall& call);

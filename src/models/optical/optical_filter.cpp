@@ -5,11 +5,8 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numbers>
 
-#include "base/text.h"
-#include "kernel/parameters.h"
-#include "models/common/parameter_limits.h"
+#include "base/units.h"
 #include "models/common/spectrum_grid.h"
 #include "numeric/transfer.h"
 
@@ -50,8 +47,7 @@ void RotateSpectrum(SplitField& field, std::int64_t bins) {
     const std::int64_t n = field.Size(), run = std::min(n, longestRun);
     const auto turn = [&](std::int64_t j) {
         const double turns = static_cast<double>(bins * j % n) / static_cast<double>(n);
-        return Complex{std::cos(2.0 * std::numbers::pi * turns),
-                       -std::sin(2.0 * std::numbers::pi * turns)};
+        return Complex{std::cos(twoPi * turns), -std::sin(twoPi * turns)};
     };
     double withinRe[longestRun], withinIm[longestRun];
     for (std::int64_t q = 0; q < run; ++q) {
@@ -92,9 +88,9 @@ void FilterLevel(const FilterResponse& response, OpSig& level) {
     }
 }
 
-Status FilterChannel(const FilterResponse& response, OpSig& channel, std::string& errorText) {
+Status FilterChannel(const FilterResponse& response, OpSig& channel, const ModelReport& report) {
     const OpticalFilterRecord& record = response.record;
-    if (CheckSpectrumGrid(channel, {record.owner, errorText}) != Status::Success) {
+    if (CheckSpectrumGrid(channel, report) != Status::Success) {
         return Status::Error;
     }
     if (channel.noPoints < 1) return Status::Success;
@@ -115,27 +111,54 @@ Status FilterChannel(const FilterResponse& response, OpSig& channel, std::string
     return Status::Success;
 }
 
-Inversion InversionOf(std::string_view word) {
-    if (word == "Power") return Inversion::Power;
-    return word == "Amplitude" ? Inversion::Amplitude : Inversion::None;
+void StoreInversion(OpticalFilterRecord& record, std::string_view word) {
+    record.inversion = word == "Power"       ? Inversion::Power
+                       : word == "Amplitude" ? Inversion::Amplitude
+                                             : Inversion::None;
 }
+void StorePadding(OpticalFilterRecord& record, std::string_view word) {
+    record.usePadding = word == "Yes";
+}
+void StoreShift(OpticalFilterRecord& record, std::string_view word) {
+    record.shiftCarrier = word == "Yes";
+}
+
+// What a type does not use is not judged: the response checks what it needs.
+using Record = OpticalFilterRecord;
+constexpr ParamRow<Record> rows[] = {
+    {"type", &Record::type, "Gaussian",
+     Words{"Gaussian FabryPerot Ideal Trapezoidal Custom1 Custom2 Custom3"}},
+    {"order", &Record::order, 1},
+    {"usepadding", StorePadding, "Yes", Words{"Yes No"}},
+    {"shiftcarrier", StoreShift, "No", Words{"Yes No"}},
+    {"wavelength", &Record::wavelength, 1.55e-6, Range::Positive},
+    {"BW", &Record::BW, 1e-9, Range::Positive},
+    {"inversion", StoreInversion, "None", Words{"None Power Amplitude"}},
+    {"loss", &Record::loss, 0.0},
+    {"BW0dB", &Record::BW0dB, 0.5e-9, Range::NotNegative},
+    {"FSR", &Record::FSR, 1.21e-07, Range::Positive},
+    {"reflectivity", &Record::reflectivity, 0.0, Range::NotNegative},
+    {"filename", &Record::filename, "none"}};
+
+struct DropParams {
+    double dropThreshold = 0.0;  // W
+};
+constexpr ParamRow<DropParams> dropRows[] = {{"dropThreshold", &DropParams::dropThreshold, 0.0}};
 
 Status FilterPorts(const ModelCall& call, const FilterResponse& response) {
     Nodelist* output = call.outputs;
     for (const Nodelist& input : Items(call.inputs)) {
         if (!output) break;
         if (input.sigType != OpSigType) {
-            call.errorText += "Invalid signal in user model.";
-            return Status::Error;
+            return call.Fail("Invalid signal in user model.");
         }
         Owned<OpSignal> signal;
         if (input.sig && Make(signal, CopyOpSignal, static_cast<const OpSignal*>(input.sig))) {
-            call.errorText += "Can't copy optical signal.";
-            return Status::Error;
+            return call.Fail("Can't copy optical signal.");
         }
         if (signal) {
             const Status status =
-                ApplyOpticalFilter(response, signal->channels, signal->noise, call.errorText);
+                ApplyOpticalFilter(response, signal->channels, signal->noise, call);
             if (status != Status::Success) return status;
             output->sig = signal.release();
             output->sigType = OpSigType;
@@ -147,26 +170,22 @@ Status FilterPorts(const ModelCall& call, const FilterResponse& response) {
 
 constexpr std::int32_t testBins = 1000, testCenter = 499;
 
-constexpr ParameterLimit<OpticalFilterRecord> testLimits[] = {
-    {"wavelength", &OpticalFilterRecord::wavelength, Range::Positive},
-    {"BW", &OpticalFilterRecord::BW, Range::Positive}};
-
 /// Decibels of amplitudes, with a floor for what is 0.
 void ToDecibels(std::vector<double>& values) {
     double peak = *std::max_element(values.begin(), values.end());
     if (peak == 0.0) peak = 1.0;
     for (double& value : values) {
-        value = value == 0.0 ? 20.0 * std::log10(peak) - 100.0 : 20.0 * std::log10(value);
+        value = value == 0.0 ? FieldDecibels(peak) - 100.0 : FieldDecibels(value);
     }
 }
 
 }  // namespace
 
 Status ApplyOpticalFilter(const FilterResponse& response, OpSig* channels, OpSigASE* noise,
-                          std::string& errorText) {
+                          const ModelReport& report) {
     if (response.PassesAll()) return Status::Success;
     for (OpSig& channel : Items(channels)) {
-        const Status status = FilterChannel(response, channel, errorText);
+        const Status status = FilterChannel(response, channel, report);
         if (status != Status::Success) return status;
     }
     // Noise is not bound to a carrier: it is neither padded nor moved.
@@ -180,34 +199,20 @@ Status ApplyOpticalFilter(const FilterResponse& response, OpSig* channels, OpSig
 }
 
 Status ApplyOpticalFilter(const OpticalFilterRecord& record, OpSig* channels, OpSigASE* noise,
-                          std::string& errorText) {
+                          const ModelReport& report) {
     FilterResponse response;
-    const Status status = PrepareFilterResponse(record, response, errorText);
+    const Status status = PrepareFilterResponse(record, response, report);
     if (status != Status::Success) return status;
-    return ApplyOpticalFilter(response, channels, noise, errorText);
+    return ApplyOpticalFilter(response, channels, noise, report);
 }
 
-OpticalFilterRecord ReadOpticalFilterRecord(const Component& component) {
+std::vector<ParamSpec> OpticalFilterParamSpecs() {
+    return SpecsOf(rows, dropRows);
+}
+
+OpticalFilterRecord ReadOpticalFilterRecord(Parameter* parameters) {
     OpticalFilterRecord record;
-    const auto number = [&](std::string_view name, double fallback) {
-        return GetParamDouble(component.parameters, name, fallback);
-    };
-    const auto word = [&](std::string_view name, std::string_view fallback) {
-        return GetParamText(component.parameters, name, fallback);
-    };
-    record.owner = component.name;
-    record.type = word("type", "Gaussian");
-    record.order = GetParamInt(component.parameters, "order", 1);
-    record.usePadding = word("usepadding", "Yes") == "Yes";
-    record.shiftCarrier = word("shiftcarrier", "No") == "Yes";
-    record.wavelength = number("wavelength", 1.0);
-    record.BW = number("BW", 1.0);
-    record.inversion = InversionOf(word("inversion", "None"));
-    record.L = LossFactor(number("loss", 0.0));
-    record.BW0dB = number("BW0dB", 1e-09);
-    record.FSR = number("FSR", 1.21e-07);
-    record.reflectivity = number("reflectivity", 0.0);
-    record.filename = word("filename", "none");
+    ReadParams(rows, parameters, record);
     return record;
 }
 
@@ -236,16 +241,16 @@ void DropWeakChannels(OpSignal& signal, double threshold) {
     }
 }
 
-Status TestOpticalFilter(const Component& component, FilterTest& test, std::string& errorText) {
-    const OpticalFilterRecord record = ReadOpticalFilterRecord(component);
+Status TestOpticalFilter(const Component& component, FilterTest& test, const ModelReport& report) {
+    const OpticalFilterRecord record = ReadOpticalFilterRecord(component.parameters);
     FilterResponse response;
-    Status status = CheckLimits<OpticalFilterRecord>(record, testLimits, errorText);
-    if (status == Status::Success) status = PrepareFilterResponse(record, response, errorText);
+    Status status = CheckRange(report, "wavelength", record.wavelength, Range::Positive);
+    if (status == Status::Success) status = CheckRange(report, "BW", record.BW, Range::Positive);
+    if (status == Status::Success) status = PrepareFilterResponse(record, response, report);
     if (status != Status::Success) return status;
     const double step = OppositeWidth(record.wavelength, record.BW) * 0.01;
     if (!std::isfinite(step)) {
-        return RefuseParameter(record.owner, "BW", record.BW, "other than twice the wavelength",
-                               errorText);
+        return report.RefuseValue("BW", record.BW, "other than twice the wavelength");
     }
     test = {};
     for (std::int32_t i = 0; i < testBins; ++i) {
@@ -259,18 +264,18 @@ Status TestOpticalFilter(const Component& component, FilterTest& test, std::stri
 }
 
 Status RunOpticalFilter(const ModelCall& call) {
-    const OpticalFilterRecord record = ReadOpticalFilterRecord(call.component);
-    const double dropThreshold = GetParamDouble(call.component.parameters, "dropThreshold", 0.0);
+    const OpticalFilterRecord record = ReadOpticalFilterRecord(call.component.parameters);
+    DropParams drop;
+    ReadParams(dropRows, call.component.parameters, drop);
     FilterResponse response;
-    Status status =
-        CheckRange(record.owner, "dropThreshold", dropThreshold, Range::Finite, call.errorText);
+    Status status = CheckParams(dropRows, drop, call);
     if (status == Status::Success) {
-        status = PrepareFilterResponse(record, response, call.errorText);
+        status = PrepareFilterResponse(record, response, call);
     }
     if (status == Status::Success) status = FilterPorts(call, response);
     if (status != Status::Success) return status;
     for (Nodelist* output = call.outputs; output; output = output->next) {
-        if (output->sig) DropWeakChannels(*static_cast<OpSignal*>(output->sig), dropThreshold);
+        if (output->sig) DropWeakChannels(*static_cast<OpSignal*>(output->sig), drop.dropThreshold);
     }
     return Status::Success;
 }

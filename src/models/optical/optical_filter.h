@@ -16,12 +16,14 @@ namespace photrak {
 /// channels come out at the filter's wavelength. A level in one sample has no spectrum to move: it
 /// is filtered at its own frequency and keeps it. After an error some may have passed.
 Status ApplyOpticalFilter(const FilterResponse& response, OpSig* channels, OpSigASE* noise,
-                          std::string& errorText);
+                          const ModelReport& report);
 /// The same from a record; a custom file is read at each call.
 Status ApplyOpticalFilter(const OpticalFilterRecord& record, OpSig* channels, OpSigASE* noise,
-                          std::string& errorText);
+                          const ModelReport& report);
 
-OpticalFilterRecord ReadOpticalFilterRecord(const Component& component);
+/// The rows of its table, and the record read from them.
+std::vector<ParamSpec> OpticalFilterParamSpecs();
+OpticalFilterRecord ReadOpticalFilterRecord(Parameter* parameters);
 
 /// Peak over the samples of |Ex|^2 + |Ey|^2, W.
 double PeakPower(const OpSig& channel);
@@ -35,7 +37,7 @@ struct FilterTest {
     std::vector<double> wavelength;  // m
     std::vector<double> power;       // dB; where nothing passes, 100 dB below the peak
 };
-Status TestOpticalFilter(const Component& component, FilterTest& test, std::string& errorText);
+Status TestOpticalFilter(const Component& component, FilterTest& test, const ModelReport& report);
 
 /// The model.
 Status RunOpticalFilter(const ModelCall& call);

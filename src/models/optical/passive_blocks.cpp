@@ -6,11 +6,8 @@
 #include <string>
 
 #include "base/units.h"
-#include "kernel/parameters.h"
 #include "models/common/ase_spectra.h"
-#include "models/common/parameter_limits.h"
 #include "models/common/port_copies.h"
-#include "models/common/refusals.h"
 #include "models/common/spectrum_grid.h"
 #include "numeric/samples.h"
 
@@ -19,24 +16,54 @@ namespace {
 
 constexpr double darkerThanAll = -1e32;  // dBm
 
-double PowerFactor(double decibels) {
-    return std::pow(10.0, 0.1 * decibels);
-}
+// --- Parameters ---
 
-template <class Factor>
-void ScaleChannel(OpSig& channel, Factor factor) {
-    ScaleField(channel.Ex_samples, channel.noPoints, factor);
-    ScaleField(channel.Ey_samples, channel.noPoints, factor);
-}
+struct AttenuatorParams {
+    double attenuation = 0.0;   // dB
+    double differential = 0.0;  // dB, of y against x
+};
+constexpr ParamRow<AttenuatorParams> attenuatorRows[] = {
+    {"attenuation", &AttenuatorParams::attenuation, 0.0},
+    {"xy_differential", &AttenuatorParams::differential, 0.0}};
 
-/// A parameter of the block; anything but a finite number is refused.
-Status ReadFinite(const ModelCall& call, std::string_view name, double& value) {
-    value = GetParamDouble(call.component.parameters, name, 0.0);
-    return CheckRange(call.component.name, name, value, Range::Finite, call.errorText);
-}
+struct NormalizerParams {
+    double target = 0.0;  // dBm
+    bool uniform = true;  // all channels by one factor
+};
+constexpr ParamRow<NormalizerParams> normalizerRows[] = {
+    {"AvePowerOut", &NormalizerParams::target, 0.0},
+    {"AttenuationType",
+     [](NormalizerParams& params, std::string_view word) { params.uniform = word == "Uniform"; },
+     "Uniform", Words{"Uniform Individual"}}};
 
-Status Refuse(const ModelCall& call, std::string_view reason) {
-    return RefuseComponent(call.component.name, reason, call.errorText);
+struct PhaseShiftParams {
+    double phaseShift = 0.0;  // rad
+};
+constexpr ParamRow<PhaseShiftParams> phaseShiftRows[] = {
+    {"phaseShift", &PhaseShiftParams::phaseShift, 0.0, Range::Finite, ParamUnit::Degrees}};
+
+struct DelayParams {
+    double delay = 0.0;  // s
+};
+constexpr ParamRow<DelayParams> delayRows[] = {{"delay", &DelayParams::delay, 0.0}};
+
+struct ConverterParams {
+    double shift = 0.0;       // Hz or m
+    bool inFrequency = true;  // Hz
+};
+constexpr ParamRow<ConverterParams> converterRows[] = {
+    {"shift", &ConverterParams::shift, 0.0},
+    {"specMode",
+     [](ConverterParams& params, std::string_view word) {
+         params.inFrequency = word == "Frequency";
+     },
+     "Frequency", Words{"Frequency Wavelength"}}};
+
+/// Reads and checks a block's table.
+template <class Params, std::size_t n>
+Status Read(const ModelCall& call, const ParamRow<Params> (&rows)[n], Params& params) {
+    ReadParams(rows, call.component.parameters, params);
+    return CheckParams(rows, params, call);
 }
 
 // --- Normalizer ---
@@ -46,7 +73,7 @@ constexpr PortTexts normalizerTexts = {"ERROR in OpticalAttenuator: invalid inpu
                                        "Error in copying OpSig in OpticalNormalizer.\n"};
 
 double PowerDbm(const OpSig& channel) {
-    return 10.0 * std::log10(milliwattsPerWatt * AverageOpSigPower(&channel));
+    return DbmFromWatts(AverageOpSigPower(&channel));
 }
 
 /// dBm of the strongest channel of all ports; `darkerThanAll` where no channel has any power.
@@ -55,13 +82,12 @@ Status FindHighestPower(const ModelCall& call, double& highest) {
     for (const Nodelist& input : Items(call.inputs)) {
         if (!input.sig) continue;
         if (input.sigType != OpSigType) {
-            AppendPiece(call.errorText, "Incorrect input signal types in OpticalNormalizer.\n");
-            return Status::Error;
+            return call.Fail("Incorrect input signal types in OpticalNormalizer.\n");
         }
         for (const OpSig& channel : Items(static_cast<const OpSignal*>(input.sig)->channels)) {
             const double power = AverageOpSigPower(&channel);
             if (!std::isfinite(power)) {
-                return Refuse(call, Concat("a channel has a mean power of ", power, " W"));
+                return call.Refuse("a channel has a mean power of ", power, " W");
             }
             highest = std::max(highest, PowerDbm(channel));
         }
@@ -69,17 +95,15 @@ Status FindHighestPower(const ModelCall& call, double& highest) {
     return Status::Success;
 }
 
-struct Normalization {
-    double target = 0.0;  // dBm
-    bool uniform = true;  // all channels by one factor
+struct Normalization : NormalizerParams {
     double factor = 1.0;  // of power, that brings the strongest channel to the target
 };
 
 /// The factor of a gain in dB; one beyond the range of numbers is refused.
 Status ReadGain(const ModelCall& call, double gain, double& factor) {
-    factor = PowerFactor(gain);
+    factor = PowerRatio(gain);
     if (std::isfinite(factor)) return Status::Success;
-    return Refuse(call, Concat("no gain of ", gain, " dB can be applied"));
+    return call.Refuse("no gain of ", gain, " dB can be applied");
 }
 
 Status Normalize(const ModelCall& call, const Normalization& normalization, OpSignal& signal) {
@@ -109,21 +133,37 @@ Status ShiftWavelength(const ModelCall& call, bool inFrequency, OpSig& channel, 
     if (inFrequency) shift = (lightSpeed / (lambda * shift + lightSpeed) - 1.0) * lambda;
     channel.wavelength += shift;
     if (channel.wavelength > 0.0 && std::isfinite(channel.wavelength)) return Status::Success;
-    return Refuse(call, Concat("its shift moves a channel of ", lambda, " m to the wavelength ",
-                               channel.wavelength, " m"));
+    return call.Refuse("its shift moves a channel of ", lambda, " m to the wavelength ",
+                       channel.wavelength, " m");
 }
 
 }  // namespace
 
+std::vector<ParamSpec> OpticalAttenuatorParamSpecs() {
+    return SpecsOf(attenuatorRows);
+}
+std::vector<ParamSpec> OpticalNormalizerParamSpecs() {
+    return SpecsOf(normalizerRows);
+}
+std::vector<ParamSpec> PhaseShiftParamSpecs() {
+    return SpecsOf(phaseShiftRows);
+}
+std::vector<ParamSpec> FiberDelayParamSpecs() {
+    return SpecsOf(delayRows);
+}
+std::vector<ParamSpec> IdealFrequencyConverterParamSpecs() {
+    return SpecsOf(converterRows);
+}
+
 Status RunOpticalAttenuator(const ModelCall& call) {
     constexpr PortTexts texts = {"ERROR in OpticalAttenuator: invalid input signals\n",
                                  "Error in copying OpSig in OpticalAttenuator.\n"};
-    double attenuation = 0.0, differential = 0.0;
-    Status status = ReadFinite(call, "attenuation", attenuation);
-    if (status == Status::Success) status = ReadFinite(call, "xy_differential", differential);
+    AttenuatorParams params;
+    const Status status = Read(call, attenuatorRows, params);
     if (status != Status::Success) return status;
     // By design: a gain in dB, links are drawn with negative values where light gets lost.
-    const double Px = PowerFactor(attenuation), Py = PowerFactor(attenuation - differential);
+    const double Px = PowerRatio(params.attenuation);
+    const double Py = PowerRatio(params.attenuation - params.differential);
     return ChangeCopies(call, texts, [&](OpSignal& signal) {
         for (OpSig& channel : Items(signal.channels)) {
             ScaleField(channel.Ex_samples, channel.noPoints, std::sqrt(Px));
@@ -137,11 +177,9 @@ Status RunOpticalAttenuator(const ModelCall& call) {
 Status RunOpticalNormalizer(const ModelCall& call) {
     Normalization normalization;
     double highest = darkerThanAll;
-    Status status = ReadFinite(call, "AvePowerOut", normalization.target);
+    Status status = Read<NormalizerParams>(call, normalizerRows, normalization);
     if (status == Status::Success) status = FindHighestPower(call, highest);
     if (status != Status::Success) return status;
-    normalization.uniform =
-        GetParamText(call.component.parameters, "AttenuationType", "Uniform") == "Uniform";
     const auto leave = [](OpSignal&) { return Status::Success; };
     if (highest == darkerThanAll) return ChangeCopies(call, normalizerTexts, leave);
 
@@ -149,9 +187,8 @@ Status RunOpticalNormalizer(const ModelCall& call) {
     status = ReadGain(call, gain, normalization.factor);
     if (status != Status::Success) return status;
     if (normalization.factor > 1.0) {
-        AppendPiece(call.errorText, Concat("WARNING: Optical Normalizer '", call.component.name,
-                                           "' applied a gain of ", gain, " dB\n"));
-        status = Status::Warning;
+        status = call.Warn("WARNING: Optical Normalizer '", call.owner, "' applied a gain of ",
+                           gain, " dB\n");
     }
     MergeStatus(status, ChangeCopies(call, normalizerTexts, [&](OpSignal& signal) {
                     return Normalize(call, normalization, signal);
@@ -162,10 +199,10 @@ Status RunOpticalNormalizer(const ModelCall& call) {
 Status RunPhaseShift(const ModelCall& call) {
     constexpr PortTexts texts = {"ERROR in PhaseShift: invalid input signals\n",
                                  "Error in copying OpSig in PhaseShift.\n"};
-    double degrees = 0.0;
-    const Status status = ReadFinite(call, "phaseShift", degrees);
+    PhaseShiftParams params;
+    const Status status = Read(call, phaseShiftRows, params);
     if (status != Status::Success) return status;
-    const Complex factor = Exp({0.0, degrees * radiansPerDegree});
+    const Complex factor = Exp({0.0, params.phaseShift});
     return ChangeCopies(call, texts, [&](OpSignal& signal) {
         for (OpSig& channel : Items(signal.channels)) ScaleChannel(channel, factor);
         return Status::Success;
@@ -175,11 +212,11 @@ Status RunPhaseShift(const ModelCall& call) {
 Status RunFiberDelay(const ModelCall& call) {
     constexpr PortTexts texts = {"ERROR in FiberDelay: invalid input signals\n",
                                  "Error in copying OpSig in FiberDelay.\n"};
-    double delay = 0.0;
-    const Status status = ReadFinite(call, "delay", delay);
+    DelayParams params;
+    const Status status = Read(call, delayRows, params);
     if (status != Status::Success) return status;
     return ChangeCopies(call, texts, [&](OpSignal& signal) {
-        for (OpSig& channel : Items(signal.channels)) channel.startTime += delay;
+        for (OpSig& channel : Items(signal.channels)) channel.startTime += params.delay;
         return Status::Success;
     });
 }
@@ -187,14 +224,12 @@ Status RunFiberDelay(const ModelCall& call) {
 Status RunIdealFrequencyConverter(const ModelCall& call) {
     constexpr PortTexts texts = {"ERROR in IdealFrequencyConverter: invalid input signals\n",
                                  "Error in copying OpSig in IdealFrequencyConverter.\n"};
-    double shift = 0.0;
-    const Status status = ReadFinite(call, "shift", shift);
+    ConverterParams params;
+    const Status status = Read(call, converterRows, params);
     if (status != Status::Success) return status;
-    const bool inFrequency =
-        GetParamText(call.component.parameters, "specMode", "Frequency") == "Frequency";
     return ChangeCopies(call, texts, [&](OpSignal& signal) {
         for (OpSig& channel : Items(signal.channels)) {
-            const Status moved = ShiftWavelength(call, inFrequency, channel, shift);
+            const Status moved = ShiftWavelength(call, params.inFrequency, channel, params.shift);
             if (moved != Status::Success) return moved;
         }
         return Status::Success;

@@ -6,6 +6,13 @@
 
 namespace photrak {
 
+/// The rows of their tables.
+std::vector<ParamSpec> OpticalAttenuatorParamSpecs();
+std::vector<ParamSpec> OpticalNormalizerParamSpecs();
+std::vector<ParamSpec> PhaseShiftParamSpecs();
+std::vector<ParamSpec> FiberDelayParamSpecs();
+std::vector<ParamSpec> IdealFrequencyConverterParamSpecs();
+
 Status RunOpticalAttenuator(const ModelCall& call);
 /// A warning when it had to amplify.
 Status RunOpticalNormalizer(const ModelCall& call);

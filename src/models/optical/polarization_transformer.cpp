@@ -6,11 +6,8 @@
 #include <cmath>
 
 #include "base/units.h"
-#include "kernel/parameters.h"
 #include "models/common/ase_spectra.h"
-#include "models/common/parameter_limits.h"
 #include "models/common/port_copies.h"
-#include "models/common/refusals.h"
 #include "models/optical/filter_response.h"
 #include "models/optical/jones_matrix.h"
 
@@ -47,19 +44,24 @@ constexpr Mode modes[] = {{"Rotation", Rotation},
                           {"CircularLeft", CircularLeft},
                           {"CircularRight", CircularRight}};
 
-Status ReadMatrix(const ModelCall& call, JonesMatrix& matrix) {
-    const Component& component = call.component;
-    const std::string_view word = GetParamText(component.parameters, "mode", "Rotation");
-    if (word == "Custom") return ReadCustomMatrix(component, matrix, call.errorText);
+struct TransformerParams {
+    double loss = 0.0;   // dB
+    double angle = 0.0;  // rad
+    std::string mode;
+};
+constexpr ParamRow<TransformerParams> rows[] = {
+    {"loss", &TransformerParams::loss, 0.0},
+    {"angle", &TransformerParams::angle, 0.0, Range::Finite, ParamUnit::Degrees},
+    {"mode", &TransformerParams::mode, "Rotation",
+     Words{"Rotation LinearPolarizer CircularLeft CircularRight Custom"}}};
+
+Status ReadMatrix(const ModelCall& call, const TransformerParams& params, JonesMatrix& matrix) {
+    if (params.mode == "Custom") return ReadCustomMatrix(call.component.parameters, matrix, call);
     const auto* mode = std::find_if(std::begin(modes), std::end(modes),
-                                    [&](const Mode& row) { return row.word == word; });
-    if (mode == std::end(modes)) {
-        return RefuseComponent(component.name, Concat("mode '", word, "' is not known"),
-                               call.errorText);
-    }
-    const double angle = GetParamDouble(component.parameters, "angle", 0.0);
-    matrix = mode->matrix(angle * radiansPerDegree);
-    return CheckRange(component.name, "angle", angle, Range::Finite, call.errorText);
+                                    [&](const Mode& row) { return row.word == params.mode; });
+    if (mode == std::end(modes)) return call.Refuse("mode '", params.mode, "' is not known");
+    matrix = mode->matrix(params.angle);
+    return Status::Success;
 }
 
 void Transform(const JonesMatrix& m, OpSig& channel) {
@@ -72,22 +74,27 @@ void Transform(const JonesMatrix& m, OpSig& channel) {
 
 }  // namespace
 
+std::vector<ParamSpec> PolarizationTransformerParamSpecs() {
+    std::vector<ParamSpec> specs = SpecsOf(rows);
+    for (const ParamSpec& spec : CustomMatrixParamSpecs()) specs.push_back(spec);
+    return specs;
+}
+
 Status RunPolarizationTransformer(const ModelCall& call) {
     constexpr PortTexts texts = {"ERROR in Polarization Transformer: invalid input signals\n",
                                  "Error in copying OpSig in Polarizarion Transformer.\n"};
-    const Component& component = call.component;
-    const double loss = GetParamDouble(component.parameters, "loss", 0.0);
+    TransformerParams params;
+    ReadParams(rows, call.component.parameters, params);
     JonesMatrix matrix;
-    Status status = CheckRange(component.name, "loss", loss, Range::Finite, call.errorText);
-    if (status == Status::Success) status = ReadMatrix(call, matrix);
+    Status status = CheckParams(rows, params, call);
+    if (status == Status::Success) status = ReadMatrix(call, params, matrix);
     if (status != Status::Success) return status;
-    const double L = LossFactor(loss);
+    const double L = LossFactor(params.loss);
     matrix = L * matrix;
     return ChangeCopies(call, texts, [&](OpSignal& signal) {
         for (OpSig& channel : Items(signal.channels)) {
             if (channel.noPoints >= 1 && !channel.Ey_samples && AddEySamples(&channel)) {
-                AppendPiece(call.errorText, "insufficient memory in Polarization Transformer\n");
-                return Status::Error;
+                return call.Fail("insufficient memory in Polarization Transformer\n");
             }
             Transform(matrix, channel);
         }

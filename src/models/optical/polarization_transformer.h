@@ -6,6 +6,8 @@
 
 namespace photrak {
 
+/// The rows of its table.
+std::vector<ParamSpec> PolarizationTransformerParamSpecs();
 Status RunPolarizationTransformer(const ModelCall& call);
 
 }  // namespace photrak

@@ -14,11 +14,6 @@
 namespace photrak {
 namespace {
 
-Status Fail(std::string_view device, std::string_view reason, std::string& errorText) {
-    AppendPiece(errorText, Concat("ERROR in ", device, ": ", reason, "\n"));
-    return Status::Error;
-}
-
 template <class Action>
 void ForEachSpectrum(const OpSignals& parts, Action action) {
     for (const Owned<OpSignal>& part : parts) {
@@ -48,15 +43,15 @@ bool CreateNoiseSum(const OpSignals& parts, Owned<OpSigASE>& sum) {
 }
 
 Status SumNoise(std::string_view device, const OpSignals& parts, Owned<OpSigASE>& sum,
-                std::string& errorText) {
+                const ModelReport& report) {
     bool summed = CreateNoiseSum(parts, sum);
     if (sum) {
         ForEachSpectrum(parts, [&](const OpSigASE& spectrum) {
-            summed = summed && AddSpectrum(*sum, spectrum, errorText) == Status::Success;
+            summed = summed && AddSpectrum(*sum, spectrum, report) == Status::Success;
         });
     }
     if (summed) return Status::Success;
-    return Fail(device, "could not sum ASE noise spectra", errorText);
+    return report.Fail("ERROR in ", device, ": could not sum ASE noise spectra\n");
 }
 
 std::size_t CountChannels(const OpSignals& parts) {
@@ -92,29 +87,29 @@ OpSig* Link(OpSig** channels, std::size_t count) {
 }  // namespace
 
 Status CopyInputs(std::string_view device, const Nodelist* inputs, OpSignals& copies,
-                  std::string& errorText) {
+                  const ModelReport& report) {
     for (const Nodelist& input : Items(inputs)) {
         if (input.sigType != OpSigType) {
-            return Fail(device, "an input signal is not optical", errorText);
+            return report.Fail("ERROR in ", device, ": an input signal is not optical\n");
         }
         copies.emplace_back();
         if (Make(copies.back(), CopyOpSignal, static_cast<const OpSignal*>(input.sig))) {
-            return Fail(device, "could not copy the input signals", errorText);
+            return report.Fail("ERROR in ", device, ": could not copy the input signals\n");
         }
     }
     return Status::Success;
 }
 
 Status JoinSignals(std::string_view device, OpSignals& parts, Owned<OpSignal>& joined,
-                   std::string& errorText) {
+                   const ModelReport& report) {
     Owned<OpSigASE> noise;
-    const Status status = SumNoise(device, parts, noise, errorText);
+    const Status status = SumNoise(device, parts, noise, report);
     if (status != Status::Success) return status;
     const std::size_t count = CountChannels(parts);
     const OwnedBlock<OpSig*> channels(
         static_cast<OpSig**>(AllocateZeroed(count + 1, sizeof(OpSig*))));
     if (!channels || Make(joined, CreateOpSignal)) {
-        return Fail(device, "could not allocate array", errorText);
+        return report.Fail("ERROR in ", device, ": could not allocate array\n");
     }
     GatherChannels(parts, channels.get());
     joined->channels = Link(channels.get(), count);
@@ -122,9 +117,9 @@ Status JoinSignals(std::string_view device, OpSignals& parts, Owned<OpSignal>& j
     return Status::Success;
 }
 
-Status MergeToOneChannel(OpSignal& signal, std::string& errorText) {
+Status MergeToOneChannel(OpSignal& signal, const ModelReport& report) {
     Owned<OpSig> merged;
-    const Status status = MergeChannels(signal.channels, merged, errorText);
+    const Status status = MergeChannels(signal.channels, merged, report);
     if (status != Status::Success) return status;
     FreeOpSigList(&signal.channels);
     signal.channels = merged.release();

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "base/status.h"
+#include "kernel/model_report.h"
 #include "kernel/signals.h"
 
 namespace photrak {
@@ -15,14 +15,14 @@ using OpSignals = std::vector<Owned<OpSignal>>;
 
 /// Copies the inputs; each must be an optical port. `device` ("MUX", ...) is named in messages.
 [[nodiscard]] Status CopyInputs(std::string_view device, const Nodelist* inputs, OpSignals& copies,
-                                std::string& errorText);
+                                const ModelReport& report);
 
 /// Moves all channels into one list ascending by wavelength and sums all noise spectra into one
 /// record; without noise there is none. Channels of equal wavelength stand in any order.
 [[nodiscard]] Status JoinSignals(std::string_view device, OpSignals& parts, Owned<OpSignal>& joined,
-                                 std::string& errorText);
+                                 const ModelReport& report);
 
 /// Replaces the channels by their sum on a common carrier.
-[[nodiscard]] Status MergeToOneChannel(OpSignal& signal, std::string& errorText);
+[[nodiscard]] Status MergeToOneChannel(OpSignal& signal, const ModelReport& report);
 
 }  // namespace photrak

@@ -4,52 +4,42 @@
 #include <cmath>
 #include <vector>
 
-#include "base/text.h"
-#include "kernel/parameters.h"
 #include "models/common/ase_spectra.h"
-#include "models/common/parameter_limits.h"
+#include "models/common/port_copies.h"
 
 namespace photrak {
 namespace {
 
-void Scale(Complex* samples, std::int32_t n, double factor) {
-    if (!samples) return;
-    for (std::int32_t i = 1; i <= n; ++i) samples[i] = factor * samples[i];
-}
+struct SplitterParams {
+    double transmission = 0.0;  // part of the power that all outputs together carry
+};
+constexpr ParamRow<SplitterParams> rows[] = {
+    {"transmission", &SplitterParams::transmission, 1.0, Range::NotNegative}};
 
 void Attenuate(OpSignal& signal, double powerFactor) {
-    const double factor = std::sqrt(powerFactor);
-    for (OpSig& channel : Items(signal.channels)) {
-        Scale(channel.Ex_samples, channel.noPoints, factor);
-        Scale(channel.Ey_samples, channel.noPoints, factor);
-    }
+    for (OpSig& channel : Items(signal.channels)) ScaleChannel(channel, std::sqrt(powerFactor));
     ScaleSpectra(signal.noise, powerFactor);
-}
-
-std::size_t CountPorts(const Nodelist* ports) {
-    std::size_t count = 0;
-    for ([[maybe_unused]] const Nodelist& port : Items(ports)) ++count;
-    return count;
 }
 
 }  // namespace
 
-Status SplitSignal(std::string_view owner, double transmission, const Nodelist* input,
-                   Nodelist* outputs, std::string& errorText) {
+std::vector<ParamSpec> OpticalSplitterParamSpecs() {
+    return SpecsOf(rows);
+}
+
+Status SplitSignal(double transmission, const Nodelist* input, Nodelist* outputs,
+                   const ModelReport& report) {
     if (!input || input->sigType != OpSigType) {
-        AppendPiece(errorText, "Invalid signal in user model.");
-        return Status::Error;
+        return report.Fail("Invalid signal in user model.");
     }
-    const Status status =
-        CheckRange(owner, "transmission", transmission, Range::NotNegative, errorText);
+    const Status status = CheckRange(report, "transmission", transmission, Range::NotNegative);
     if (status != Status::Success) return status;
     if (!input->sig) return Status::Success;
     const std::size_t ports = CountPorts(outputs);
     std::vector<Owned<OpSignal>> copies(ports);
     for (Owned<OpSignal>& copy : copies) {
         if (Make(copy, CopyOpSignal, static_cast<const OpSignal*>(input->sig))) {
-            AppendPiece(errorText, "Can't copy optical signal.");
-            return Status::Error;
+            return report.Fail("Can't copy optical signal.");
         }
         Attenuate(*copy, transmission / static_cast<double>(ports));
     }
@@ -62,9 +52,9 @@ Status SplitSignal(std::string_view owner, double transmission, const Nodelist* 
 }
 
 Status RunOpticalSplitter(const ModelCall& call) {
-    const double transmission = GetParamDouble(call.component.parameters, "transmission", 1.0);
-    return SplitSignal(call.component.name, transmission, call.inputs, call.outputs,
-                       call.errorText);
+    SplitterParams params;
+    ReadParams(rows, call.component.parameters, params);
+    return SplitSignal(params.transmission, call.inputs, call.outputs, call);
 }
 
 }  // namespace photrak

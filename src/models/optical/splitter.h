@@ -2,17 +2,17 @@
 // the power.
 #pragma once
 
-#include <string>
-
 #include "kernel/driver.h"
 
 namespace photrak {
 
 /// `transmission` is the part of the power that all outputs together carry. An error appends a text
 /// and leaves all cells empty; nothing, with success, while the input holds no data.
-Status SplitSignal(std::string_view owner, double transmission, const Nodelist* input,
-                   Nodelist* outputs, std::string& errorText);
+Status SplitSignal(double transmission, const Nodelist* input, Nodelist* outputs,
+                   const ModelReport& report);
 
+/// The rows of its table.
+std::vector<ParamSpec> OpticalSplitterParamSpecs();
 /// The model.
 Status RunOpticalSplitter(const ModelCall& call);
 
