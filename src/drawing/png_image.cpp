@@ -45,7 +45,7 @@ void PutSymbol(BitWriter& out, std::uint32_t symbol) {
     out.PutCode(0xC0 + symbol - 280, 8);
 }
 
-/// A value with `extra` bits behind a code whose table starts at `base`: lengths (3.2.5) and
+/// A value with `extra` bits after a code whose table starts at `base`: lengths (3.2.5) and
 /// distances.
 void PutLength(BitWriter& out, std::uint32_t length) {
     if (length == 258) return PutSymbol(out, 285);

@@ -30,7 +30,7 @@ std::string Elided(std::string_view text, double width, double size, const TextM
 /// control character a blank. What comes from a file goes through here before it is drawn.
 std::string DrawableText(std::string_view text);
 
-/// The code point at `position`, which moves behind it. `text` must be what DrawableText gave.
+/// The code point at `position`, which moves past it. `text` must be what DrawableText gave.
 char32_t NextCodePoint(std::string_view text, std::size_t& position);
 
 }  // namespace photrak

@@ -22,7 +22,7 @@ struct Reading {
     }
 };
 
-/// What stands behind an option word.
+/// What stands after an option word.
 using Argument = std::string_view;
 
 std::string_view Trimmed(std::string_view text) {

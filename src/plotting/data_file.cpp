@@ -1,5 +1,6 @@
 #include "plotting/data_file.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cstdint>
@@ -98,6 +99,7 @@ class Scanner {
 
   private:
     bool ReadRow() {
+        const char* start = at_;
         std::size_t column = 0;
         while (true) {
             while (at_ < end_ && IsBlank(*at_)) ++at_;
@@ -107,9 +109,18 @@ class Scanner {
         }
         if (at_ < end_) ++at_;
         if (column == 0) return true;
+        if (table_.rows == 0) Reserve(start);
         for (; column < table_.columns.size(); ++column) table_.columns[column].push_back(gap);
         ++table_.rows;
         return true;
+    }
+
+    /// Room for as many rows as fit the text, if they are as long as the first.
+    void Reserve(const char* start) {
+        const auto rows =
+            static_cast<std::size_t>((end_ - start) / std::max<std::ptrdiff_t>(at_ - start, 1));
+        const std::size_t most = maxDataValues / table_.columns.size();
+        for (auto& column : table_.columns) column.reserve(std::min(rows + rows / 16 + 1, most));
     }
 
     bool ReadWord(double& value) {

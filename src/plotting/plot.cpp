@@ -136,12 +136,24 @@ Extent Decades(const Extent& positive) {
     return {std::max(1e-307, std::pow(10.0, low)), std::pow(10.0, std::min(high, 307.0))};
 }
 
+/// The limits of a column without the marks of what was never set, as eye lids have them.
+Extent SetLimits(const Column& column) {
+    constexpr double neverSet = 1e30;
+    const Extent& all = column.Limits();
+    if (all.IsEmpty() || (all.greatest < neverSet && all.least > -neverSet)) return all;
+    Extent range;
+    for (const double value : column.Values()) {
+        if (std::fabs(value) < neverSet) range.Include(value);
+    }
+    return range.IsEmpty() ? all : range;
+}
+
 Extent DataRange(const Plot& plot, AxisId axis, bool positive) {
     Extent range;
     for (const Curve& curve : plot.curves) {
         if (axis != AxisId::X && curve.second != (axis == AxisId::Second)) continue;
         const Column& column = axis == AxisId::X ? *curve.x : *curve.y;
-        range.Include(positive ? column.PositiveLimits() : column.Limits());
+        range.Include(positive ? column.PositiveLimits() : SetLimits(column));
     }
     return range;
 }

@@ -69,8 +69,8 @@ bool HasSecondAxis(const Plot& plot);
 /// The scale that the command file asks of an axis.
 ScaleKind AskedScale(const Plot& plot, AxisId axis);
 /// The range of an axis that shows all of it: the window of the command file, elsewhere the data
-/// with some room above and below. Levels in dB that stand a hundred below all others mark darkness
-/// and do not count.
+/// with some room above and below. Levels in dB that stand a hundred below all others mark
+/// darkness, values of 1e30 and more what was never set (eye lids): neither counts.
 Extent FullRange(const Plot& plot, AxisId axis, ScaleKind kind);
 
 }  // namespace photrak

@@ -4,8 +4,6 @@
 #include <cmath>
 #include <numbers>
 
-#include "numeric/special_functions.h"
-
 namespace photrak {
 namespace {
 

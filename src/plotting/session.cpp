@@ -10,6 +10,7 @@ namespace photrak {
 namespace {
 
 constexpr std::size_t mostHeld = 1000;
+constexpr std::string_view laidOver = "over/";  // begins the keys of another plot's curves
 
 /// Second axis or not for a y label of another plot; -1 when both axes show something else.
 int AxisFor(Plot& plot, const std::string& label) {
@@ -50,15 +51,17 @@ bool Overlay(Plot& plot, const Plot& other, std::string& error) {
         curve.second = axis == 1;
         curve.name = curve.named ? Concat(other.name, ": ", source.name) : other.name;
         curve.named = true;
-        curve.key = Concat(other.name, "/", source.key);
+        curve.key = Concat(laidOver, other.name, "/", source.key);
         curve.place = static_cast<int>(plot.curves.size() % 1'000'000);
         plot.curves.push_back(std::move(curve));
     }
-    // Curves without a legend get their file's name as soon as there is something to confuse them
-    // with.
+    // Now all need the name of their file.
     for (std::size_t i = 0; i < before; ++i) {
         Curve& curve = plot.curves[i];
-        if (!curve.named) curve.name = plot.name;
+        if (curve.held || curve.key.starts_with(laidOver)) continue;
+        if (!curve.named || !curve.name.starts_with(plot.name)) {
+            curve.name = curve.named ? Concat(plot.name, ": ", curve.name) : plot.name;
+        }
         curve.named = true;
     }
     // A window that was made for one set of data may cut the other off.

@@ -231,6 +231,8 @@ TEST(PlotSession, HoldsAndOverlays) {
     EXPECT_TRUE(session.ToggleOverlay(0, 1, error));
     EXPECT_TRUE(session.ToggleOverlay(0, 2, error));
     EXPECT_EQ(session.Shown(0).curves.size(), 8u);
+    EXPECT_EQ(session.Shown(0).curves[2].name, "two.pcs: a");
+    EXPECT_EQ(session.Shown(0).curves[4].name, "other.pcs: a");
     EXPECT_EQ(session.Shown(0).spec.secondLabel, "Phase");
     EXPECT_FALSE(session.ToggleOverlay(0, 3, error));
     EXPECT_TRUE(Holds(error, "both y axes"));
