@@ -39,7 +39,6 @@ Owned<OpSignal> MakePulses(const Job& job) {
 
 FiberParams StandardFiber(int steps) {
     FiberParams params;
-    params.name = "bench";
     params.dataType = "custom";
     params.zStepSize = 100;
     params.distance = 100.0 * steps;
@@ -51,7 +50,7 @@ FiberParams StandardFiber(int steps) {
     params.curve.n1 = 1.468;
     params.curve.lambda0 = 1.31e-6;
     params.n2 = 2.6e-20;
-    params.doublesWindow = false;
+    params.optimizationLevel = 2;
     return params;
 }
 
@@ -69,7 +68,8 @@ void RunJob(benchmark::State& state, const Job& job, void (*change)(FiberParams&
         in.sigType = OpSigType;
         in.sig = input.get();
         std::string text;
-        if (Fiber(&in, params, stop, &out, text) != Status::Success) state.SkipWithError("failed");
+        if (Fiber(&in, params, stop, &out, {"bench", text}) != Status::Success)
+            state.SkipWithError("failed");
         const Owned<OpSignal> made(static_cast<OpSignal*>(out.sig));
         benchmark::DoNotOptimize(made.get());
     }
@@ -103,8 +103,8 @@ void BM_FiberWays(benchmark::State& state) {
              p.n2 = 2.6e-22;                         // whose nonlinear length is beyond that
          }},
         {"Raman", [](FiberParams& p) { p.hasRaman = true; }},
-        {"padded", [](FiberParams& p) { p.doublesWindow = true; }},
-        {"coarse", [](FiberParams& p) { p.pmdMethod = "Coarse_Step"; }},
+        {"padded", [](FiberParams& p) { p.optimizationLevel = 0; }},
+        {"coarse", [](FiberParams& p) { p.pmdMethod = PmdMethod::CoarseStep; }},
     };
     const auto& way = ways[state.range(0)];
     state.SetLabel(way.name);

@@ -14,10 +14,9 @@ using namespace photrak;
 
 FiberParams ParamsOf(const bench_fiber& job) {
     FiberParams params;
-    params.name = "race";
     params.distance = job.dz * job.steps;
     params.zStepSize = job.dz;
-    params.doublesWindow = false;
+    params.optimizationLevel = 2;
     params.alpha = job.alpha;
     params.curve.beta2 = job.beta2;
     params.curve.beta3 = job.beta3;
@@ -48,10 +47,10 @@ int RunRaceFiber(double** fields, const bench_fiber* job) {
     }
     FiberParams params = ParamsOf(*job);
     std::string errorText;
+    const ModelReport report{"race", errorText};
     {
         FiberChannels channels;
-        if (MakeFiberChannels(signal->channels, params.curve, channels, errorText) !=
-            Status::Success)
+        if (MakeFiberChannels(signal->channels, params.curve, channels, report) != Status::Success)
             return 1;
         for (int c = 0; c < job->nch; ++c) {
             FiberChannel& channel = *channels[static_cast<std::size_t>(c)];
@@ -59,7 +58,7 @@ int RunRaceFiber(double** fields, const bench_fiber* job) {
             channel.vg = job->walkoff ? 1 / job->delay[c] : 1 / job->delay[0];
         }
         const std::atomic<std::int16_t> stop{0};
-        if (PropagateSteps(channels, params, 0, stop, errorText) != Status::Success) return 1;
+        if (PropagateSteps(channels, params, 0, stop, report) != Status::Success) return 1;
     }
     int c = 0;
     for (const OpSig& sig : Items(signal->channels)) {

@@ -27,7 +27,9 @@ constexpr Conversion conversions[] = {[](double typed) { return typed; }, PowerR
 }  // namespace
 
 double ReadNumber(const ParamSpec& spec, Parameter* list) {
-    return conversions[static_cast<int>(spec.unit)](GetParamDouble(list, spec.name, spec.number));
+    const double typed =
+        GetParamDouble(list, spec.name, spec.numberWhenAbsent.value_or(spec.number));
+    return conversions[static_cast<int>(spec.unit)](typed);
 }
 
 std::int32_t ReadWhole(const ParamSpec& spec, Parameter* list) {

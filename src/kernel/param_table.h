@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -37,7 +38,8 @@ struct ParamSpec {
     Range range = Range::Any;
     ParamUnit unit = ParamUnit::AsTyped;
     bool hasEffect = true;
-    std::string_view whenAbsent = {};  // of a Word, if that is not the default
+    std::string_view whenAbsent = {};             // of a Word, if that is not the default
+    std::optional<double> numberWhenAbsent = {};  // the same of a Number
 };
 
 /// The words of an enumeration, separated by single blanks.
@@ -68,7 +70,9 @@ struct ParamRow {
         : spec{name, ParamKind::Text, 0.0, fallback, {}}, member(place) {}
     constexpr ParamRow(std::string_view name, std::string Record::*place, std::string_view fallback,
                        Words words)
-        : spec{name, ParamKind::Word, 0.0, fallback, words.list}, member(place) {}
+        : spec{name, ParamKind::Word, 0.0, fallback, words.list}, member(place) {
+        spec.whenAbsent = words.whenAbsent;
+    }
     /// A word that is stored as something else: a captureless function turns it into that.
     constexpr ParamRow(std::string_view name, StoreWord store, std::string_view fallback,
                        Words words)
@@ -85,9 +89,17 @@ struct ParamRow {
                words.list} {
         spec.hasEffect = false;
     }
+
+    /// The row with another number for a component that lacks the parameter.
+    constexpr ParamRow WhenAbsent(double number) const {
+        ParamRow row = *this;
+        row.spec.numberWhenAbsent = number;
+        return row;
+    }
 };
 
-/// The evaluated number of a parameter in the unit of the record; the default if it is absent.
+/// The evaluated number of a parameter in the unit of the record; its `numberWhenAbsent` or else
+/// its default if it is absent.
 double ReadNumber(const ParamSpec& spec, Parameter* list);
 std::int32_t ReadWhole(const ParamSpec& spec, Parameter* list);
 /// The text of a parameter; its `whenAbsent` or else its default if it is absent.

@@ -30,7 +30,7 @@ constexpr ModelEntry builtInModels[] = {
     {"PseudoRandomBinarySequenceGenerator", RunPrbs, PrbsParamSpecs},
     {"ElectricalSignalGenerator", RunSignalGenerator, SignalGeneratorParamSpecs},
     {"CustomSignalGenerator", RunCustomSignal, CustomSignalParamSpecs},
-    {"NonlinearFiberModel", RunFiber},
+    {"NonlinearFiberModel", RunFiber, FiberParamSpecs},
     {"ElectricalFilter", ElectricalFilter},
     {"ReceiverModel", ReceiverModel},
     // Both aliases name the one plot, which tells by the signal at its port what to write.

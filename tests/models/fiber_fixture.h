@@ -48,7 +48,6 @@ inline Owned<OpSignal> MakeSignal(const std::vector<ChannelSpec>& specs, int n, 
 /// A lossless, linear, dispersionless fiber of 1 km in steps of 100 m without padding.
 inline FiberParams BareFiber() {
     FiberParams params;
-    params.name = "Fib";
     params.dataType = "custom";
     params.distance = 1000;
     params.zStepSize = 100;
@@ -56,7 +55,7 @@ inline FiberParams BareFiber() {
     params.aEff = 1.5625;  // 78.5 um^2
     params.curve.n1 = 1.468;
     params.curve.lambda0 = 1.55e-6;
-    params.doublesWindow = false;
+    params.optimizationLevel = 2;
     return params;
 }
 
@@ -82,10 +81,10 @@ struct FiberResult {
 
 /// One run in the present directory under the present host.
 inline FiberResult RunFor(const OpSignal& input, FiberParams params,
-                          const std::atomic<std::int16_t>& stop) {
+                          const std::atomic<std::int16_t>& stop, std::string_view owner = "Fib") {
     Nodelist in{nullptr, OpSigType, const_cast<OpSignal*>(&input)}, out{};
     FiberResult result;
-    result.status = Fiber(&in, params, stop, &out, result.text);
+    result.status = Fiber(&in, params, stop, &out, {owner, result.text});
     result.signal.reset(static_cast<OpSignal*>(out.sig));
     result.params = std::move(params);
     return result;

@@ -22,9 +22,10 @@ TEST(FiberModel, RefusesWhatItCannotCompute) {
         std::function<void(P&, S&)> change;
     } rows[] = {
         {"neither zStepSize nor zStepFac", [](P& p, S&) { p.zStepSize = p.zStepFac = -1; }},
-        {"distance is nan", [](P& p, S&) { p.distance = NAN; }},
-        {"dataType 'linear'", [](P& p, S&) { p.dataType = "linear"; }},
-        {"effective area", [](P& p, S&) { p.diameter = 0; }},
+        {"'distance' is nan", [](P& p, S&) { p.distance = NAN; }},
+        {"'dataType' is 'linear'", [](P& p, S&) { p.dataType = "linear"; }},
+        {"'diameter' is 0", [](P& p, S&) { p.diameter = 0; }},
+        {"effective area", [](P& p, S&) { p.diameter = 1e-200; }},
         {"does not lead to the end",
          [](P& p, S&) {
              p.distance = 1e6;
@@ -49,7 +50,7 @@ TEST(FiberModel, RefusesWhatItCannotCompute) {
         row.change(params, *input->channels);
         const FiberResult result = RunThrough(*input, params);
         EXPECT_EQ(result.status, Status::Error);
-        EXPECT_NE(result.text.find("Error in fiber 'Fib': "), std::string::npos) << result.text;
+        EXPECT_NE(result.text.find("ERROR: component 'Fib': "), std::string::npos) << result.text;
         EXPECT_NE(result.text.find(row.said), std::string::npos) << result.text;
         EXPECT_FALSE(result.signal);
     }
@@ -76,7 +77,7 @@ TEST(FiberModel, AttenuatesNoiseWithAndWithoutChannels) {
 // A continuous level of one sample has no band and no ends: loss and phase act at the carrier.
 TEST(FiberModel, TakesASingleSampleThroughAtTheCarrier) {
     FiberParams params = BareFiber();
-    params.doublesWindow = true;
+    params.optimizationLevel = 0;
     params.curve.beta2 = -2e-26;
     params.n2 = 2.6e-20;
     params.distance = 20000;
@@ -121,8 +122,8 @@ TEST(FiberModel, SurvivesExhaustedMemory) {
     const Owned<OpSignal> input = SomeSignal();
     input->noise = RampSpectrum(4).release();
     FiberParams params = BareFiber();
-    params.pmdMethod = "Coarse_Step";
-    params.doublesWindow = true;
+    params.pmdMethod = PmdMethod::CoarseStep;
+    params.optimizationLevel = 0;
     params.hasRaman = true;
     const std::string texts = RefuseMemoryInTurn([&](std::string& text) {
         const FiberResult result = RunThrough(*input, params);
@@ -132,31 +133,6 @@ TEST(FiberModel, SurvivesExhaustedMemory) {
         return result.status;
     });
     EXPECT_NE(texts.find("allocation to Fiber() - temp arrays\n"), std::string::npos) << texts;
-}
-
-TEST(FiberModel, ReadsTheParametersOfItsDefinition) {
-    FiberParams read;
-    const struct {
-        const char *name, *value;
-        const double& number;
-    } rows[] = {{"zStepSize", "102", read.zStepSize},
-                {"zStepFac", "103", read.zStepFac},
-                {"diameter", "104e-8", read.diameter},
-                {"aEff", "105", read.aEff},
-                {"beta3", "108e-37", read.curve.beta3},
-                {"n1", "1.09", read.curve.n1},
-                {"n2", "110e-20", read.n2},
-                {"dispersionLambda0", "111e-8", read.curve.lambda0},
-                {"dispersionS0", "112", read.curve.S0},
-                {"dispersionOffset", "113e-9", read.curve.D0}};
-    CatalogueBlock block("NonlinearFiberModel");
-    for (const auto& row : rows) block.Set(row.name, row.value);
-    block.Set("dataType", "defined2").Set("showstatus", "Yes").Set("raman_effects", "Gain");
-    block.Set("optimizationlevel", "3");
-    read = ReadFiberParams("Fib", block.Evaluated().parameters);
-    for (const auto& row : rows) EXPECT_DOUBLE_EQ(row.number, std::stod(row.value)) << row.name;
-    EXPECT_EQ(read.dataType, "defined2");
-    EXPECT_TRUE(read.showStatus && read.hasRaman && read.mergesHalfSteps && !read.doublesWindow);
 }
 
 // 80 km of standard fiber: 16 dB and, without power, the textbook's broadening.

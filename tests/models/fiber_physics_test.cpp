@@ -203,7 +203,7 @@ TEST(FiberPhysics, PartsThePolarizationsByTheModeDelay) {
     const double T0 = 20 * ps;
     FiberParams params = BareFiber();
     params.distance = params.zStepSize = 100;
-    params.pmdMethod = "Coarse_Step";
+    params.pmdMethod = PmdMethod::CoarseStep;
     params.pmdCoefficient = 1e-12;
     const auto input = MakeSignal({{Gauss(1e-3, T0), {}}}, 256, 2 * ps);
     const FiberResult out = RunThrough(input, params);

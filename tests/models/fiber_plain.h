@@ -22,8 +22,8 @@ class PlainFiber {
     PlainFiber(OpSignal& signal, const FiberParams& params) : params_(params) {
         for (OpSig& sig : Items(signal.channels)) channels_.push_back(&sig);
         n_ = channels_[0]->noPoints;
-        points_ = params.doublesWindow ? 2 * n_ : n_;
-        first_ = params.doublesWindow ? n_ / 2 : 0;
+        points_ = params.DoublesWindow() ? 2 * n_ : n_;
+        first_ = params.DoublesWindow() ? n_ / 2 : 0;
         for (OpSig* sig : channels_) {
             EXPECT_EQ(IsCoarse() ? AddEySamples(sig) : 0, 0);
             x_.push_back(Load(sig->Ex_samples));
@@ -33,21 +33,21 @@ class PlainFiber {
     }
 
     void Run() {
-        double z = 0, carry = 0, dz = Next(0);
+        double z = 0, carry = 0, carryRate = 0, dz = Next(0);
         const double L = params_.distance;
         for (; z < L; ++steps) {
             const double r = IsCoarse() ? params_.pmdCoefficient / std::sqrt(dz) : 0;
             const std::vector<long> shifts = Shifts();
-            Linear(dz / 2 + carry, r);
+            if (carry > 0) Linear(carry, carryRate);
+            Linear(dz / 2, r);
             if (channels_.size() > 1) Renew();
             Walk(shifts, +1);
             Nonlinear(dz);
             Walk(shifts, -1);
             if (IsCoarse()) Turn();
-            if (!params_.mergesHalfSteps || z + dz >= L)
-                Linear(dz / 2, r);
-            else
-                carry = dz / 2;
+            carry = params_.MergesHalfSteps() && z + dz < L ? dz / 2 : 0;
+            carryRate = r;
+            if (carry == 0) Linear(dz / 2, r);
             for (OpSig* sig : channels_)
                 sig->startTime += dz * params_.curve.GroupDelay(sig->wavelength);
             z += dz;
@@ -64,7 +64,7 @@ class PlainFiber {
   private:
     using Samples = std::vector<Complex>;  // one-based; zeros without that polarization
 
-    bool IsCoarse() const { return params_.pmdMethod == "Coarse_Step"; }
+    bool IsCoarse() const { return params_.pmdMethod == PmdMethod::CoarseStep; }
 
     Samples Load(const Complex* samples) const {
         Samples field(points_ + 1);

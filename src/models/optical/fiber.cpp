@@ -8,7 +8,7 @@
 
 #include "base/log.h"
 #include "base/text.h"
-#include "kernel/parameters.h"
+#include "kernel/param_table.h"
 #include "models/optical/fiber_channels.h"
 #include "models/optical/fiber_pmd.h"
 #include "models/optical/fiber_steps.h"
@@ -21,58 +21,55 @@ namespace {
 // Of what has no pulse or no dispersion to count soliton periods by, m.
 constexpr double defaultDistance = 50000.0;
 
-Status Fail(std::string_view text, std::string& errorText) {
-    errorText.append(text);
-    return Status::Error;
+void StorePmdMethod(FiberParams& params, std::string_view word) {
+    params.pmdMethod = word == "Coarse_Step"   ? PmdMethod::CoarseStep
+                       : word == "Approximate" ? PmdMethod::Approximate
+                                               : PmdMethod::None;
 }
 
-template <class... Pieces>
-Status Refuse(const FiberParams& params, std::string& errorText, const Pieces&... pieces) {
-    return Fail(Concat("Error in fiber '", params.name, "': ", pieces..., ".\n"), errorText);
-}
+using Row = ParamRow<FiberParams>;
+constexpr Row rows[] = {
+    {"dataType", &FiberParams::dataType, "custom", Words{"custom defined defined2"}},
+    {"distance", &FiberParams::distance, 80000.0},
+    {"zStepSize", &FiberParams::zStepSize, -1.0},
+    Row{"zStepFac", &FiberParams::zStepFac, 0.01}.WhenAbsent(-1.0),
+    {"diameter", &FiberParams::diameter, 8.2e-6, Range::Positive},
+    {"aEff", &FiberParams::aEff, 1.515, Range::Positive},
+    {"loss", &FiberParams::loss, 0.2},
+    {"n2", &FiberParams::n2, 2.6e-20},
+    {"skew", &FiberParams::skew, 0.0},
+    {"showstatus",
+     [](FiberParams& params, std::string_view word) { params.showStatus = word == "Yes"; }, "No",
+     Words{"No Yes"}},
+    {"optimizationlevel", &FiberParams::optimizationLevel, 0},
+    {"raman_effects",
+     [](FiberParams& params, std::string_view word) { params.hasRaman = word == "Gain"; }, "None",
+     Words{"None Gain"}},
+    {"pmd_method", StorePmdMethod, "None", Words{"None Coarse_Step Approximate"}},
+    {"pmd_coef", &FiberParams::pmdCoefficient, 3.2e-15},
+    {"pmd_corlen", &FiberParams::pmdCorrelationLength, 100.0}};
 
-struct NamedNumber {
-    std::string_view name;
-    double value;
-};
+constexpr ParamRow<DispersionCurve> curveRows[] = {
+    {"beta2", &DispersionCurve::beta2, -2.17e-26},
+    {"beta3", &DispersionCurve::beta3, 1.3e-40},
+    {"n1", &DispersionCurve::n1, 1.468},
+    {"dispersionLambda0", &DispersionCurve::lambda0, 1.31e-6},
+    {"dispersionS0", &DispersionCurve::S0, 92.0},
+    {"dispersionOffset", &DispersionCurve::D0, 0.0}};
 
-Status CheckNumbers(const FiberParams& params, std::string& errorText) {
-    const DispersionCurve& curve = params.curve;
-    const NamedNumber numbers[] = {{"distance", params.distance},
-                                   {"zStepSize", params.zStepSize},
-                                   {"zStepFac", params.zStepFac},
-                                   {"diameter", params.diameter},
-                                   {"aEff", params.aEff},
-                                   {"loss", params.loss},
-                                   {"beta2", curve.beta2},
-                                   {"beta3", curve.beta3},
-                                   {"n1", curve.n1},
-                                   {"n2", params.n2},
-                                   {"dispersionLambda0", curve.lambda0},
-                                   {"dispersionS0", curve.S0},
-                                   {"dispersionOffset", curve.D0},
-                                   {"skew", params.skew},
-                                   {"pmd_coef", params.pmdCoefficient},
-                                   {"pmd_corlen", params.pmdCorrelationLength}};
-    for (const NamedNumber& number : numbers) {
-        if (!std::isfinite(number.value))
-            return Refuse(params, errorText, number.name, " is ", number.value);
-    }
-    return Status::Success;
-}
-
-Status CheckParams(const FiberParams& params, std::string& errorText) {
-    if (CheckNumbers(params, errorText) != Status::Success) return Status::Error;
+Status CheckFiberParams(const FiberParams& params, const ModelReport& report) {
+    if (CheckParams(rows, params, report) != Status::Success ||
+        CheckParams(curveRows, params.curve, report) != Status::Success)
+        return Status::Error;
     if (!DispersionKindOf(params.dataType))
-        return Refuse(params, errorText, "dataType '", params.dataType,
-                      "' is none of custom, defined and defined2");
+        return report.RefuseValue("dataType", Concat("'", params.dataType, "'"),
+                                  "custom, defined or defined2");
     if (!(params.zStepSize > 0 || params.zStepFac > 0))
-        return Refuse(params, errorText, "neither zStepSize nor zStepFac is above 0");
+        return report.Refuse("neither zStepSize nor zStepFac is above 0");
     if (!(params.zStepSize > 0) && params.n2 < 0)
-        return Refuse(params, errorText, "an adaptive step needs an n2 not below 0, and it is ",
-                      params.n2);
+        return report.RefuseValue("n2", params.n2, "at least 0 with adaptive steps");
     if (!(params.effectiveArea > 0 && std::isfinite(params.effectiveArea)))
-        return Refuse(params, errorText, "the effective area is ", params.effectiveArea, " m^2");
+        return report.Refuse("the effective area is ", params.effectiveArea, " m^2");
     return Status::Success;
 }
 
@@ -88,43 +85,42 @@ double PeakOf(const OpSig& signal) {
 }
 
 Status CheckChannel(const FiberParams& params, const OpSig& signal, const OpSig& first,
-                    std::string& errorText) {
+                    const ModelReport& report) {
     if (signal.noPoints != first.noPoints || signal.tStep != first.tStep)
-        return Refuse(params, errorText, "channels of ", first.noPoints, " samples every ",
-                      first.tStep, " s and of ", signal.noPoints, " samples every ", signal.tStep,
-                      " s cannot go through together");
+        return report.Refuse("channels of ", first.noPoints, " samples every ", first.tStep,
+                             " s and of ", signal.noPoints, " samples every ", signal.tStep,
+                             " s cannot go through together");
     if (!(signal.wavelength > 0 && std::isfinite(signal.wavelength)))
-        return Refuse(params, errorText, "a channel has the wavelength ", signal.wavelength, " m");
+        return report.Refuse("a channel has the wavelength ", signal.wavelength, " m");
     if (!std::isfinite(signal.startTime))
-        return Refuse(params, errorText, "a channel starts at ", signal.startTime, " s");
+        return report.Refuse("a channel starts at ", signal.startTime, " s");
     if (!std::isfinite(params.curve.GroupDelay(signal.wavelength)))
-        return Refuse(params, errorText, "no group velocity at ", signal.wavelength,
-                      " m with dispersionLambda0 ", params.curve.lambda0, " m");
+        return report.Refuse("no group velocity at ", signal.wavelength,
+                             " m with dispersionLambda0 ", params.curve.lambda0, " m");
     return Status::Success;
 }
 
-Status CheckSignal(const FiberParams& params, const OpSig* list, std::string& errorText) {
+Status CheckSignal(const FiberParams& params, const OpSig* list, const ModelReport& report) {
     if (!list) return Status::Success;
     if (!IsPowerOfTwo(list->noPoints))
-        return Refuse(params, errorText, "the number of samples must be a power of two, and it is ",
-                      list->noPoints);
+        return report.Refuse("the number of samples must be a power of two, and it is ",
+                             list->noPoints);
     // A single sample is a carrier without any time of its own.
     const bool hasTime = list->tStep > 0 && std::isfinite(list->tStep);
     if (!hasTime && list->noPoints > 1)
-        return Refuse(params, errorText, "the time step of the signal is ", list->tStep, " s");
+        return report.Refuse("the time step of the signal is ", list->tStep, " s");
     for (const OpSig& signal : Items(list)) {
-        if (CheckChannel(params, signal, *list, errorText) != Status::Success) return Status::Error;
+        if (CheckChannel(params, signal, *list, report) != Status::Success) return Status::Error;
     }
     return Status::Success;
 }
 
 /// Sum of the largest powers of the channels, W.
-Status MeasurePeak(const FiberParams& params, const OpSig* list, double& peakPower,
-                   std::string& errorText) {
+Status MeasurePeak(const OpSig* list, double& peakPower, const ModelReport& report) {
     peakPower = 0;
     for (const OpSig& signal : Items(list)) peakPower += PeakOf(signal);
     if (std::isfinite(peakPower)) return Status::Success;
-    return Refuse(params, errorText, "the power of the signal is ", peakPower, " W");
+    return report.Refuse("the power of the signal is ", peakPower, " W");
 }
 
 /// The shortest bit, s; the first channel is not special. By design: a channel without a
@@ -160,16 +156,16 @@ void DeriveLengths(FiberParams& params, const OpSig* list) {
 }
 
 Status PropagateChannels(OpSig* list, FiberParams& params, const std::atomic<std::int16_t>& stop,
-                         std::string& errorText) {
+                         const ModelReport& report) {
     double peakPower = 0;
-    if (MeasurePeak(params, list, peakPower, errorText) != Status::Success) return Status::Error;
+    if (MeasurePeak(list, peakPower, report) != Status::Success) return Status::Error;
     FiberChannels channels;
-    if (MakeFiberChannels(list, params.curve, channels, errorText) != Status::Success)
+    if (MakeFiberChannels(list, params.curve, channels, report) != Status::Success)
         return Status::Error;
     for (const auto& channel : channels)
         channel->gamma = params.n2 * twoPi / (channel->signal.wavelength * params.effectiveArea);
     params.LNL = NonlinearLength(channels.front()->gamma, peakPower);
-    return PropagateSteps(channels, params, peakPower, stop, errorText);
+    return PropagateSteps(channels, params, peakPower, stop, report);
 }
 
 /// The noise sees the loss and nothing else, over the whole length.
@@ -196,62 +192,38 @@ double ProcessSeconds() {
 
 }  // namespace
 
-FiberParams ReadFiberParams(const std::string& componentName, Parameter* parameters) {
-    const auto number = [&](std::string_view name, double fallback) {
-        return GetParamDouble(parameters, name, fallback);
-    };
-    const auto text = [&](std::string_view name, std::string_view fallback) {
-        return GetParamText(parameters, name, fallback);
-    };
+std::vector<ParamSpec> FiberParamSpecs() {
+    return SpecsOf(rows, curveRows);
+}
+
+FiberParams ReadFiberParams(Parameter* parameters) {
     FiberParams params;
-    params.name = componentName;
-    params.dataType = text("dataType", "custom");
-    params.distance = number("distance", 0.0);
-    params.zStepSize = number("zStepSize", -1.0);
-    params.zStepFac = number("zStepFac", -1.0);
-    params.diameter = number("diameter", 0.0);
-    params.aEff = number("aEff", 1.0);
-    params.loss = number("loss", 0.0);
-    params.curve.beta2 = number("beta2", 0.0);
-    params.curve.beta3 = number("beta3", 0.0);
-    params.curve.n1 = number("n1", 0.0);
-    params.curve.lambda0 = number("dispersionLambda0", 0.0);
-    params.curve.S0 = number("dispersionS0", 0.0);
-    params.curve.D0 = number("dispersionOffset", 0.0);
-    params.n2 = number("n2", 0.0);
-    params.skew = number("skew", 0.0);
-    params.showStatus = text("showstatus", "No") == "Yes";
-    const std::int32_t level = GetParamInt(parameters, "optimizationlevel", 0);
-    params.mergesHalfSteps = (level & 1) != 0;
-    params.doublesWindow = (level & 2) == 0;
-    params.hasRaman = text("raman_effects", "None") == "Gain";
-    params.pmdMethod = text("pmd_method", "None");
-    params.pmdCoefficient = number("pmd_coef", 0.0);
-    params.pmdCorrelationLength = number("pmd_corlen", 0.0);
+    ReadParams(rows, parameters, params);
+    ReadParams(curveRows, parameters, params.curve);
     return params;
 }
 
 Status Fiber(const Nodelist* inputPort, FiberParams& params, const std::atomic<std::int16_t>& stop,
-             Nodelist* outputPort, std::string& errorText) {
+             Nodelist* outputPort, const ModelReport& report) {
     const double start = ProcessSeconds();
     if (!inputPort || inputPort->sigType != OpSigType)
-        return Fail("Input signal type incorrect for fiber model.\n", errorText);
+        return report.Fail("Input signal type incorrect for fiber model.\n");
     if (!inputPort->sig) return Status::Success;
     const auto* input = static_cast<const OpSignal*>(inputPort->sig);
 
     Derive(params);
-    Status status = CheckParams(params, errorText);
-    if (status == Status::Success) status = CheckSignal(params, input->channels, errorText);
+    Status status = CheckFiberParams(params, report);
+    if (status == Status::Success) status = CheckSignal(params, input->channels, report);
     if (status != Status::Success) return status;
     Owned<OpSignal> signal;
     if (Make(signal, CopyOpSignal, input))
-        return Fail("Error in copying OpSig in Fiber().\n", errorText);
+        return report.Fail("Error in copying OpSig in Fiber().\n");
 
     DeriveLengths(params, signal->channels);
     if (!std::isfinite(params.distance))
-        return Refuse(params, errorText, "the distance is ", params.distance, " m");
+        return report.Refuse("the distance is ", params.distance, " m");
     if (signal->channels) {
-        status = PropagateChannels(signal->channels, params, stop, errorText);
+        status = PropagateChannels(signal->channels, params, stop, report);
         if (status != Status::Success) return status;
     }
     AttenuateNoise(signal->noise, params);
@@ -265,16 +237,15 @@ Status Fiber(const Nodelist* inputPort, FiberParams& params, const std::atomic<s
 }
 
 Status RunFiber(const ModelCall& call) {
-    FiberParams params = ReadFiberParams(call.component.name, call.component.parameters);
-    const Status status =
-        Fiber(call.inputs, params, call.options.stop, call.outputs, call.errorText);
+    FiberParams params = ReadFiberParams(call.component.parameters);
+    const Status status = Fiber(call.inputs, params, call.options.stop, call.outputs, call);
     if (status != Status::Success || !call.outputs || !call.outputs->sig) return status;
     auto* signal = static_cast<OpSignal*>(call.outputs->sig);
     if (params.skew != 0) {
         for (OpSig& channel : Items(signal->channels)) channel.startTime += params.skew;
     }
-    if (!IsApproximatePmd(params)) return status;
-    return BlurByPmd(signal->channels, params, call.errorText);
+    if (params.pmdMethod != PmdMethod::Approximate) return status;
+    return BlurByPmd(signal->channels, params, call);
 }
 
 }  // namespace photrak

@@ -21,13 +21,10 @@ FiberWindow MakeFiberWindow(long n, bool doubled) {
 }
 
 Status MakeFiberChannels(OpSig* list, const DispersionCurve& curve, FiberChannels& channels,
-                         std::string& errorText) {
+                         const ModelReport& report) {
     for (OpSig& signal : Items(list)) {
         void* block = Allocate(sizeof(FiberChannel));
-        if (!block) {
-            errorText += "Error in creating fos in Fiber().\n";
-            return Status::Error;
-        }
+        if (!block) return report.Fail("Error in creating fos in Fiber().\n");
         channels.emplace_back(new (block) FiberChannel(signal));
         FiberChannel& channel = *channels.back();
         channel.omega0 = twoPiC / signal.wavelength;

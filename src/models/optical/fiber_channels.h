@@ -52,7 +52,7 @@ FiberWindow MakeFiberWindow(long n, bool doubled);
 
 /// One record per channel, in the order of the list, with carrier and velocity.
 Status MakeFiberChannels(OpSig* list, const DispersionCurve& curve, FiberChannels& channels,
-                         std::string& errorText);
+                         const ModelReport& report);
 /// Rows of Raman rates; the diagonal is 0.
 void MakeRamanRows(FiberChannels& channels, double effectiveArea);
 

@@ -51,7 +51,8 @@ double WorkBytes(const FiberChannels& channels, const FiberWindow& window,
     double fields = 0;
     for (const auto& channel : channels) fields += channel->signal.Ey_samples ? 2 : 1;
     const auto count = static_cast<double>(channels.size());
-    const double tables = (SharesTable(params) ? 1 : count) * (IsCoarseStep(params) ? 6 : 3);
+    const double perTable = params.pmdMethod == PmdMethod::CoarseStep ? 6 : 3;
+    const double tables = (SharesTable(params) ? 1 : count) * perTable;
     const double groups =
         channels.size() < 2
             ? 0
@@ -66,7 +67,7 @@ FiberFields::FiberFields(FiberChannels& channels, const FiberWindow& window,
     : channels_(channels),
       window_(window),
       hasRaman_(MovesRaman(channels, params)),
-      turnsPolarizations_(IsCoarseStep(params)),
+      turnsPolarizations_(params.pmdMethod == PmdMethod::CoarseStep),
       workers_(ThreadsFor(channels.size(), window)),
       peaks_(channels.size()) {
     LoadWorkFields(channels, window);

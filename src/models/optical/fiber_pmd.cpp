@@ -4,17 +4,9 @@
 
 #include <cmath>
 
-#include "base/text.h"
 #include "numeric/random.h"
 
 namespace photrak {
-
-bool IsCoarseStep(const FiberParams& params) {
-    return params.pmdMethod == "Coarse_Step";
-}
-bool IsApproximatePmd(const FiberParams& params) {
-    return params.pmdMethod == "Approximate";
-}
 
 void RotationSource::Draw(FiberChannel& channel) {
     channel.rotation = pi * static_cast<double>(ShuffledUniformRandom(&seed_));
@@ -58,16 +50,13 @@ void Blur(OpSig& signal, double sigma) {
 
 }  // namespace
 
-Status BlurByPmd(OpSig* list, const FiberParams& params, std::string& errorText) {
+Status BlurByPmd(OpSig* list, const FiberParams& params, const ModelReport& report) {
     const double sigma = params.pmdCoefficient /
                          std::sqrt(params.distance / params.pmdCorrelationLength + 1.0) *
                          params.distance;
-    if (!std::isfinite(sigma)) {
-        errorText +=
-            Concat("Error in fiber '", params.name, "': a correlation length of ",
-                   params.pmdCorrelationLength, " m gives no polarization mode dispersion.\n");
-        return Status::Error;
-    }
+    if (!std::isfinite(sigma))
+        return report.Refuse("a correlation length of ", params.pmdCorrelationLength,
+                             " m gives no polarization mode dispersion");
     if (sigma == 0.0) return Status::Success;
     // By design: only the x polarization is blurred.
     for (OpSig& signal : Items(list)) {

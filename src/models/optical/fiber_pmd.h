@@ -6,9 +6,6 @@
 
 namespace photrak {
 
-bool IsCoarseStep(const FiberParams& params);
-bool IsApproximatePmd(const FiberParams& params);
-
 /// The angles of the coarse steps: uniform in (0, pi). Every fiber draws the same sequence, so that
 /// two fibers of the same steps turn a signal alike, and a run repeats.
 class RotationSource {
@@ -24,6 +21,6 @@ class RotationSource {
 void TurnPolarizations(SplitField& x, SplitField& y, double rotation, double retardation);
 
 /// Blurs the x polarization of every channel by a Gaussian of the mean delay between the modes.
-Status BlurByPmd(OpSig* list, const FiberParams& params, std::string& errorText);
+Status BlurByPmd(OpSig* list, const FiberParams& params, const ModelReport& report);
 
 }  // namespace photrak

@@ -35,28 +35,31 @@ double NextStep(FiberParams& params, double gamma0, double z, double peakPower) 
 namespace {
 
 constexpr std::string_view workArrays = "Fiber() - temp arrays";
+// With turns between the steps, what rounding left of the fiber may not become a step: it would
+// turn the polarizations once more. Below this part of a step the end is reached.
+constexpr double leastRest = 1e-9;
 
 class FiberRun {
   public:
     FiberRun(FiberChannels& channels, FiberFields& fields, FiberParams& params,
-             const std::atomic<std::int16_t>& stop)
+             const std::atomic<std::int16_t>& stop, const ModelReport& report)
         : channels_(channels),
           fields_(fields),
           params_(params),
           stop_(stop),
+          report_(report),
           gamma0_(channels.front()->gamma),
           needsPeak_(params.zStepFac > 0 && gamma0_ != 0) {}
 
-    Status Run(double peakPower, std::string& errorText);
+    Status Run(double peakPower);
 
   private:
     bool Goes() const;
     bool Moves() const;
+    bool Arrives() const;
     void Announce() const;
     void PrepareStep();
-    double ModeDelay(double length) const;
-    LinearStretch FirstHalf() const;
-    LinearStretch CarriedHalf() const;
+    LinearStretch Half() const;
     LinearStretch SecondHalf();
     void GoOn();
     bool Step();
@@ -65,10 +68,11 @@ class FiberRun {
     FiberFields& fields_;
     FiberParams& params_;
     const std::atomic<std::int16_t>& stop_;
+    const ModelReport& report_;
     double gamma0_;
     bool needsPeak_;  // adaptive steps follow the field's power
     double z_ = 0;
-    double carry_ = 0;  // linear length still due from the steps so far, merged
+    LinearStretch carry_;  // half still due from the step before, merged
     RotationSource rotations_;
 };
 
@@ -79,9 +83,16 @@ bool FiberRun::Moves() const {
     return z_ + dz > z_ && (L + dz > L || z_ + dz >= L);
 }
 
+/// Whether the present step ends at the end of the fiber.
+bool FiberRun::Arrives() const {
+    const double rest = params_.distance - (z_ + params_.dz);
+    return rest <= 0 || (fields_.TurnsPolarizations() && rest < leastRest * params_.dz);
+}
+
 void FiberRun::Announce() const {
     if (!params_.showStatus) return;
-    const std::string text = Concat("Z=", z_, " and dZ=", params_.dz, " in NLFiber ", params_.name);
+    const std::string text =
+        Concat("Z=", z_, " and dZ=", params_.dz, " in NLFiber ", report_.owner);
     LogText(text + "\n");
     CurrentHost().messages->ShowStatusText(text);
 }
@@ -95,35 +106,28 @@ void FiberRun::PrepareStep() {
     }
 }
 
-/// The modes part like a random walk: by pmdCoefficient * sqrt(dz) in a step of dz.
-double FiberRun::ModeDelay(double length) const {
-    if (!fields_.TurnsPolarizations() || length == 0) return 0;
-    return params_.pmdCoefficient / std::sqrt(params_.dz) * length;
-}
-
-LinearStretch FiberRun::CarriedHalf() const {
-    return {carry_, ModeDelay(carry_)};
-}
-
-/// By design: a half carried over from the step before parts the polarizations at the rate
-/// of the present step.
-LinearStretch FiberRun::FirstHalf() const {
-    const double length = params_.dz / 2 + carry_;
-    return {length, ModeDelay(length)};
-}
-
-LinearStretch FiberRun::SecondHalf() {
+/// Half of the present step. The modes part like a random walk: by pmdCoefficient * sqrt(dz) in a
+/// step of dz. A half that is carried over keeps the delay of the step that left it, however short
+/// the next one is.
+LinearStretch FiberRun::Half() const {
     const double half = params_.dz / 2;
-    const bool isLast = z_ + params_.dz >= params_.distance;
-    carry_ = params_.mergesHalfSteps && !isLast ? half : 0;
-    if (carry_ > 0) return {};
-    return {half, ModeDelay(half)};
+    if (!fields_.TurnsPolarizations()) return {half, 0};
+    return {half, params_.pmdCoefficient / std::sqrt(params_.dz) * half};
+}
+
+/// What is due at the end of the present step; nothing where it is carried over.
+LinearStretch FiberRun::SecondHalf() {
+    carry_ = {};
+    if (!params_.MergesHalfSteps() || Arrives()) return Half();
+    carry_ = Half();
+    return {};
 }
 
 void FiberRun::GoOn() {
     for (const auto& channel : channels_) channel->signal.startTime += params_.dz / channel->vg;
     const double peakPower = needsPeak_ ? fields_.PeakPower() : 0;
-    z_ += params_.dz;
+    const double reached = z_ + params_.dz;
+    z_ = Arrives() ? std::max(reached, params_.distance) : reached;
     params_.dz = NextStep(params_, gamma0_, z_, peakPower);
 }
 
@@ -141,7 +145,7 @@ bool FiberRun::Step() {
     if (needsPeak_) fields_.Nonlinear(dz, due);
     GoOn();
     const bool goes = Goes();
-    const LinearStretch next = goes ? FirstHalf() : CarriedHalf();
+    const LinearStretch next = goes ? carry_ + Half() : carry_;
     if (!needsPeak_)
         fields_.Nonlinear(dz, due + next);
     else if (next.length > 0)
@@ -149,62 +153,57 @@ bool FiberRun::Step() {
     return goes;
 }
 
-Status FiberRun::Run(double peakPower, std::string& errorText) {
+Status FiberRun::Run(double peakPower) {
     // Not beyond the end, which for a fiber of no length is a step of 0.
     params_.dz = std::min(NextStep(params_, gamma0_, 0, peakPower), params_.distance);
     bool goes = Goes();
-    if (goes && Moves()) fields_.Linear(FirstHalf());
+    if (goes && Moves()) fields_.Linear(Half());
     while (goes) {
-        if (!Moves()) {
-            errorText += Concat("Error in fiber '", params_.name, "': a step of ", params_.dz,
-                                " m at z = ", z_, " m does not lead to the end at ",
-                                params_.distance, " m.\n");
-            return Status::Error;
-        }
+        if (!Moves())
+            return report_.Refuse("a step of ", params_.dz, " m at z = ", z_,
+                                  " m does not lead to the end at ", params_.distance, " m");
         goes = Step();
     }
     Announce();
     return Status::Success;
 }
 
-Status AddSecondPolarization(const FiberChannels& channels, std::string& errorText) {
+Status AddSecondPolarization(const FiberChannels& channels, const ModelReport& report) {
     for (const auto& channel : channels) {
         if (AddEySamples(&channel->signal) == 0) continue;
-        ReportNoMemory(errorText, workArrays);
+        ReportNoMemory(report.errorText, workArrays);
         return Status::Error;
     }
     return Status::Success;
 }
 
 /// All at once, so that a run that does not fit is refused before it begins.
-Status CheckMemory(double bytes, std::string& errorText) {
+Status CheckMemory(double bytes, const ModelReport& report) {
     if (bytes < static_cast<double>(PTRDIFF_MAX)) {
         const OwnedBlock<void> all(Allocate(static_cast<std::size_t>(bytes)));
         if (all) return Status::Success;
     }
-    ReportNoMemory(errorText, workArrays);
+    ReportNoMemory(report.errorText, workArrays);
     return Status::Error;
 }
 
 }  // namespace
 
 Status PropagateSteps(FiberChannels& channels, FiberParams& params, double peakPower,
-                      const std::atomic<std::int16_t>& stop, std::string& errorText) {
+                      const std::atomic<std::int16_t>& stop, const ModelReport& report) {
     // The turns mix the polarizations, so that both must be there.
-    if (IsCoarseStep(params) && AddSecondPolarization(channels, errorText) != Status::Success)
+    if (params.pmdMethod == PmdMethod::CoarseStep &&
+        AddSecondPolarization(channels, report) != Status::Success)
         return Status::Error;
     const FiberWindow window =
-        MakeFiberWindow(channels.front()->signal.noPoints, params.doublesWindow);
-    if (CheckMemory(WorkBytes(channels, window, params), errorText) != Status::Success)
+        MakeFiberWindow(channels.front()->signal.noPoints, params.DoublesWindow());
+    if (CheckMemory(WorkBytes(channels, window, params), report) != Status::Success)
         return Status::Error;
     FiberFields fields(channels, window, params);
-    if (!fields.CoversBand()) {
-        errorText += Concat("Error in fiber '", params.name,
-                            "': the band of the signal is wider than its dispersion curve.\n");
-        return Status::Error;
-    }
-    FiberRun run(channels, fields, params, stop);
-    if (run.Run(peakPower, errorText) != Status::Success) return Status::Error;
+    if (!fields.CoversBand())
+        return report.Refuse("the band of the signal is wider than its dispersion curve");
+    FiberRun run(channels, fields, params, stop, report);
+    if (run.Run(peakPower) != Status::Success) return Status::Error;
     fields.Store();
     return Status::Success;
 }

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <atomic>
-#include <string>
 
 #include "models/optical/fiber_channels.h"
 
@@ -18,6 +17,6 @@ double NextStep(FiberParams& params, double gamma0, double z, double peakPower);
 /// Takes all channels from 0 to params.distance (not at all when that is not above 0). `peakPower`
 /// is that of the input. An error when a step no longer moves z, or when memory runs out.
 Status PropagateSteps(FiberChannels& channels, FiberParams& params, double peakPower,
-                      const std::atomic<std::int16_t>& stop, std::string& errorText);
+                      const std::atomic<std::int16_t>& stop, const ModelReport& report);
 
 }  // namespace photrak
