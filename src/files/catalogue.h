@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "base/status.h"
+#include "files/catalogue_listing.h"
 #include "kernel/workspace.h"
 
 namespace photrak {
@@ -22,11 +23,5 @@ Status ReadModelList(const std::string& listPath, Catalogue& catalogue,
 /// Exact search of the list of all models; null if there is none.
 const Component* FindModel(const Catalogue& catalogue, std::string_view type);
 void ReleaseModels(Catalogue& catalogue);
-
-/// All that a user needs to set a block: what the model is for, its ports, and each parameter with
-/// type, default, limits, units or words, and description.
-std::string DescribeModel(const Component& prototype);
-/// The models by category, each with its note.
-std::string ListModels(const Catalogue& catalogue);
 
 }  // namespace photrak

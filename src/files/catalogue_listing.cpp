@@ -1,4 +1,6 @@
 // The catalogue in words, for a user who sets a block in a topology file by hand.
+#include "files/catalogue_listing.h"
+
 #include <algorithm>
 
 #include "base/text.h"

@@ -7,6 +7,7 @@
 
 #include "base/line_reader.h"
 #include "base/status.h"
+#include "files/signal_file_reader.h"
 #include "kernel/workspace.h"
 
 namespace photrak {
@@ -20,13 +21,5 @@ void SigRecordWriter(std::string& text, const SigRecord& record, std::int32_t no
 /// Writes every record of every node, nodes in ascending order, each node's newest first.
 Status SaveAllSignals(const Workspace* workspace, const std::string& fileName,
                       std::string& errorText);
-
-/// Reads one group and moves the stream behind it.
-/// \param stream  null stands for a file that could not be opened.
-/// \param type    OpSigType, ElecSigType or BinSigType; left alone when no group is left.
-/// \param data    OpSignal, ElecSig or BinSig, handed over to the caller; null when no group is
-///                left. After an error it is what was read up to there, if anything.
-/// Counts are bounded by what the text behind them can hold. An error names the file and the line.
-Status ReadSignalGroup(LineReader* stream, std::int32_t* type, void** data, std::string& errorText);
 
 }  // namespace photrak

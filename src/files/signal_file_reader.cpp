@@ -1,5 +1,7 @@
 // The reader of a group: a table of keywords for each body. It trusts no count and no line of the
 // text; what a file cannot back with lines is refused before anything of that size is allocated.
+#include "files/signal_file_reader.h"
+
 #include <algorithm>
 #include <cmath>
 #include <limits>

@@ -1,5 +1,7 @@
 // The definition file of a SuperBlock, written beside its topology: In and Out blocks become its
 // ports, the variables of the topology its parameters.
+#include "files/superblock_file.h"
+
 #include <algorithm>
 
 #include "base/text.h"

@@ -12,6 +12,7 @@
 
 #include "base/line_reader.h"
 #include "base/status.h"
+#include "files/topology_component.h"
 #include "kernel/workspace.h"
 
 namespace photrak {
@@ -71,6 +72,5 @@ Status ReadOptions(TopologyContext& context);
 Status ReadBeginNodes(TopologyContext& context);
 Status ReadEndNodes(TopologyContext& context);
 Status ReadNodeBlock(TopologyContext& context);
-Status ReadComponentBlock(TopologyContext& context);
 
 }  // namespace photrak

@@ -1,5 +1,7 @@
 // The component block of a topology file: head, appearance, port counts, nodes, parameters. A block
 // whose status becomes an error ends there; what it has made so far stays in the workspace.
+#include "files/topology_component.h"
+
 #include <algorithm>
 #include <array>
 #include <memory>

@@ -1,5 +1,7 @@
 // Loading a topology: the top-level keywords of the file, in one pass, under an escape level of its
 // own.
+#include "files/topology_load.h"
+
 #include <algorithm>
 #include <iostream>
 #include <new>

@@ -1,5 +1,7 @@
 // Writing a topology: header, variables, options, node lists, nodes, components. The text is made
 // in memory and replaces the file at once, so that no fault leaves half of one.
+#include "files/topology_save.h"
+
 #include <algorithm>
 
 #include "base/text.h"

@@ -1,4 +1,6 @@
 // Bit sequences (BinSig), and the passing on of bit rate and pattern length between signals.
+#include "kernel/binary_signals.h"
+
 #include "kernel/sample_arrays.h"
 #include "kernel/signals.h"
 

@@ -1,8 +1,10 @@
 // The limits of a parameter: a value outside becomes the limit, with a warning that tells it.
+#include "kernel/clamp_param.h"
+
 #include <cmath>
 
 #include "base/text.h"
-#include "kernel/parameters.h"
+#include "kernel/parameter_types.h"
 
 namespace photrak {
 

@@ -1,4 +1,6 @@
 // Components: made after a prototype, given nodes, removed, and checked before they run.
+#include "kernel/components.h"
+
 #include <algorithm>
 #include <new>
 

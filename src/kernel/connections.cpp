@@ -1,5 +1,7 @@
 // Wiring two components: the choice of ports, the reconciling of their types, and the merging of
 // two nodes into one; and the way back.
+#include "kernel/connections.h"
+
 #include <algorithm>
 
 #include "base/text.h"

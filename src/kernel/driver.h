@@ -7,6 +7,7 @@
 #include "base/status.h"
 #include "kernel/order.h"
 #include "kernel/param_table.h"
+#include "kernel/simulate.h"
 
 namespace photrak {
 
@@ -41,12 +42,5 @@ struct ModelTable {
 /// Calls the component's model. An unknown type gives an error, and so does any exception of a
 /// model but the escape.
 Status DispatchModel(const ModelTable& models, const ModelCall& call);
-
-/// Clears the stop request, runs the workspace with an empty error text and returns its status. The
-/// whole error text of the run is left in workspace->errorText.
-Status RunSimulation(Workspace* workspace, const ModelTable& models);
-/// The whole run. Error: the box has been shown. Nothing is thrown past it. What an escape leaves
-/// behind (signals, symbols) stays until the next run.
-Status Simulate(Workspace* workspace, const ModelTable& models, std::string& errorText);
 
 }  // namespace photrak

@@ -1,5 +1,7 @@
 // Electrical waveforms (ElecSig): the samples and, beside each, the standard deviation of its
 // noise.
+#include "kernel/electrical_signals.h"
+
 #include "base/arrays.h"
 #include "kernel/sample_arrays.h"
 #include "kernel/signals.h"

@@ -1,4 +1,6 @@
 // From the text of a parameter to the value that models read.
+#include "kernel/eval_param.h"
+
 #include <cstring>
 #include <optional>
 

@@ -5,6 +5,8 @@
 #include <string_view>
 
 #include "base/status.h"
+#include "kernel/components.h"
+#include "kernel/connections.h"
 #include "kernel/workspace.h"
 
 namespace photrak {
@@ -28,39 +30,12 @@ void AttachInput(Component& component, std::int32_t position, std::int32_t nodeN
 void AttachOutput(Component& component, std::int32_t position, std::int32_t nodeNumber,
                   Workspace& workspace);
 
-/// A copy of the catalogue's prototype under `name`, inserted in the list; counts of 0 take the
-/// prototype's, others are limited to its range. Null if the type is unknown or memory is
-/// exhausted.
-Component* CreateComponent(std::string_view name, std::string_view type, std::int32_t inputs,
-                           std::int32_t outputs, ComponentList& list, const Catalogue& catalogue);
-/// The same from a given prototype (a SuperBlock's is not in the catalogue).
-Component* CreateComponentFrom(const Component& prototype, std::string_view name,
-                               std::int32_t inputs, std::int32_t outputs, ComponentList& list);
-/// CreateComponent under a name made unique by appended "1"s, on nodes of its own.
-Component* AddComponent(Workspace& workspace, std::string_view type, std::string_view name,
-                        std::int32_t inputs, std::int32_t outputs, const Catalogue& catalogue);
-/// Unlinks it from all nodes, frees it and empties the reference.
-void RemoveComponent(Component*& component, Workspace& workspace);
-
-/// Wires an output to an input; position 0 means any. Error with a text, or success.
-Status ConnectComponents(Workspace& workspace, Component& first, std::int32_t output,
-                         Component& second, std::int32_t input, std::string& errorText);
-/// Takes the second component's input off the node it shares with the first; ports that are left
-/// alone get the types of their models back.
-Status DisconnectComponents(Workspace& workspace, Component& first, std::int32_t output,
-                            Component& second, std::int32_t input, std::string& errorText);
-
-/// Port counts against their limits, then every parameter through ClampParam.
-Status CheckPorts(Component& component, std::string& errorText);
-
 /// Inserted in ascending order of name, a repeat before the component that has the name already.
 Variable& AddVariable(Workspace& workspace, std::string_view name, std::int32_t type,
                       std::string_view value);
 Variable* FindVariable(std::string_view name, Workspace& workspace);
 /// Plain search by name, without memory.
 Parameter* FindParameter(std::string_view name, Parameter* list);
-/// The first of its name in a list, or null; among prototypes the name is the type.
-Component* FindComponent(std::string_view name, const ComponentList& list);
 
 /// Frees all signals on all nodes.
 void ClearNodeSignals(Workspace& workspace);

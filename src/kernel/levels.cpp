@@ -1,5 +1,7 @@
 // Loop levels: how many repetition loops are open around each component, counted along the wires
 // from the ground node.
+#include "kernel/levels.h"
+
 #include <algorithm>
 #include <deque>
 

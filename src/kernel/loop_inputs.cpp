@@ -1,5 +1,7 @@
 // The order in which the inputs of a component that closes a repetition loop are walked: what comes
 // round by a wire first, then what lies outside the loop, then what lies inside.
+#include "kernel/loop_inputs.h"
+
 #include <algorithm>
 
 #include "kernel/order.h"

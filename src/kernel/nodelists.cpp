@@ -1,5 +1,7 @@
 // Signals of any kind by their type code, and what carries them: the port cells that a model sees
 // (Nodelist) and the records that hang on nodes (SigRecord).
+#include "kernel/nodelists.h"
+
 #include <cstdio>
 
 #include "kernel/sample_arrays.h"

@@ -1,4 +1,6 @@
 // Spectra of amplified spontaneous emission (OpSigASE) and their lists.
+#include "kernel/noise_spectra.h"
+
 #include "kernel/sample_arrays.h"
 #include "kernel/signals.h"
 

@@ -1,5 +1,7 @@
 // What an optical port carries (OpSignal): the pair of a list of channels and a list of noise
 // spectra.
+#include "kernel/optical_pairs.h"
+
 #include "kernel/sample_arrays.h"
 #include "kernel/signals.h"
 

@@ -1,4 +1,6 @@
 // Optical channels (OpSig) and their lists.
+#include "kernel/optical_signals.h"
+
 #include "base/arrays.h"
 #include "kernel/sample_arrays.h"
 #include "kernel/signals.h"

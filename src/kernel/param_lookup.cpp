@@ -1,5 +1,7 @@
 // Lookup of parameters by name: with a memory of the last match, since models read their parameters
 // in the order of the list.
+#include "kernel/param_lookup.h"
+
 #include <optional>
 
 #include "base/text.h"

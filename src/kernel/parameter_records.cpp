@@ -1,5 +1,7 @@
 // Making, copying and freeing parameter records. All blocks come from the common allocator, since
 // user libraries see these records.
+#include "kernel/parameter_records.h"
+
 #include <cstring>
 #include <new>
 

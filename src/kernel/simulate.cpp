@@ -1,4 +1,6 @@
 // A run from end to end: the escape level, the order, the symbols, the passes, and the last word.
+#include "kernel/simulate.h"
+
 #include <exception>
 
 #include "base/escape.h"

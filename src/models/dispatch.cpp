@@ -21,6 +21,7 @@
 #include "models/sources/modulator.h"
 #include "models/sources/prbs.h"
 #include "models/sources/signal_generator.h"
+#include "results/chirp_plot.h"
 #include "results/signal_plot.h"
 
 namespace photrak {

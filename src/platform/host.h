@@ -8,6 +8,8 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/system_host.h"
+
 namespace photrak {
 
 struct Messages {
@@ -60,9 +62,6 @@ struct Host {
 
 /// The Host in use; from the start it is the system's own (SystemHost).
 Host& CurrentHost();
-
-/// The real system: messages to standard error, processes, dlopen, PHOTRAK.INI, getenv.
-Host SystemHost();
 
 /// Installs a Host for as long as a scope lasts.
 class HostScope {

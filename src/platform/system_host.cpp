@@ -1,5 +1,7 @@
 // The real system behind the Host interfaces: messages on standard error, programs by
 // posix_spawnp (no shell), libraries by dlopen, the profile file and the environment.
+#include "platform/system_host.h"
+
 #include <cerrno>
 #include <csignal>
 #include <cstdio>

@@ -1,4 +1,6 @@
 // Frequency deviation of optical channels over time.
+#include "results/chirp_plot.h"
+
 #include <cmath>
 
 #include "base/text.h"

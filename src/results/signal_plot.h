@@ -17,10 +17,8 @@ inline constexpr int x = 0x80, y = 0x100, combined = 0x200, defaultForm = 0x400;
 
 /// The blocks: read parameters, name the files, align the inputs, write.
 Status SignalPlot(const ModelCall& call);
-Status ChirpPlot(const ModelCall& call);
 /// The rows of their tables.
 std::vector<ParamSpec> SignalPlotParamSpecs();
-std::vector<ParamSpec> ChirpPlotParamSpecs();
 
 struct SignalPlotJob {
     const Nodelist* signals;
@@ -33,11 +31,5 @@ struct SignalPlotJob {
 /// Write the data files and the command file of a plot, titled by the report's owner. Inputs
 /// without a signal are passed over; without any signal nothing is written.
 Status WriteSignalPlot(const SignalPlotJob& job, const ModelReport& report);
-Status WriteChirpPlot(const SignalPlotJob& job, const ModelReport& report);
-
-/// Frequency deviation in Hz of n samples (one-based), walked cyclically from element `start`, into
-/// out[1..n]. Backward difference of the phase; 0 after a dark sample; all 0 without samples.
-void ComputeChirp(std::int32_t n, double* out, const Complex* samples, double tStep,
-                  std::int32_t start);
 
 }  // namespace photrak

@@ -8,6 +8,7 @@
 #include "kernel/run_record.h"
 #include "kernel/signals.h"
 #include "numeric/random.h"
+#include "results/chirp_plot.h"
 #include "results/signal_plot.h"
 #include "support/recording_host.h"
 #include "support/temp_dir.h"

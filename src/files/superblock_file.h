@@ -1,0 +1,24 @@
+// The definition file of a SuperBlock, beside its topology.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "base/status.h"
+#include "kernel/workspace.h"
+
+namespace photrak {
+
+/// In and Out blocks in port order.
+struct SuperBlockPorts {
+    std::vector<Component*> ins, outs;
+};
+/// Writes the definition file beside the topology `fileName`; asks for an icon if it is new.
+Status WriteSuperBlockFile(const std::string& fileName, const SuperBlockPorts& ports,
+                           const std::vector<Variable>& variables, const Catalogue& catalogue);
+/// Where a file of a SuperBlock is: the name as it stands, relative to the current directory, else
+/// behind the SuperBlock directory; empty if there is neither.
+std::optional<std::string> FindSuperBlockFile(const std::string& name, const Catalogue& catalogue);
+
+}  // namespace photrak
