@@ -29,7 +29,7 @@ double WidestLabel(const AxisPicture& axis, const TextMeasure& measure) {
 
 /// Four to eight labels, fewer on short axes: their distance grows with the root of the length.
 double UsualSpacing(double pixels, bool upright) {
-    const double count = std::clamp(0.4 * std::sqrt(pixels), 2.0, 10.0);
+    const double count = std::round(std::clamp(0.4 * std::sqrt(pixels), 2.0, 10.0));
     return std::max(pixels / count, upright ? 24.0 : 40.0);
 }
 

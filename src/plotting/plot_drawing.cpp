@@ -168,13 +168,16 @@ class Painting {
             drawing_.Add(GroupEnd{});
             return;
         }
-        drawing_.Add(ClipBegin{layout_.pane});
+        // Signs at the edge are whole, so each curve has its lines clipped for itself; an eye has
+        // none.
+        const bool eye = plot_.kind == PlotKind::Eye;
+        if (eye) drawing_.Add(ClipBegin{layout_.pane});
         for (std::size_t i = 0; i < plot_.curves.size(); ++i) {
             if (Shown(i) && i != options_.hovered) DrawCurve(i);
         }
         if (options_.hovered && *options_.hovered < plot_.curves.size() && Shown(*options_.hovered))
             DrawCurve(*options_.hovered);
-        drawing_.Add(ClipEnd{});
+        if (eye) drawing_.Add(ClipEnd{});
     }
 
     Pen PenOf(std::size_t i) const {
@@ -194,10 +197,14 @@ class Painting {
         const Pen pen = PenOf(i);
         drawing_.Add(GroupBegin{Concat("curve:", i), curve.name});
         Symbols symbols{{}, CurveMarker(curve.place), symbolSize, pen.role, pen.opacity};
+        const bool clipped = plot_.kind != PlotKind::Eye;
+        if (clipped) drawing_.Add(ClipBegin{layout_.pane});
         for (const auto& part : parts_[i]) {
             if (part.size() > 1) drawing_.Add(Polyline{part, pen});
-            if (part.size() == 1) symbols.points.push_back(part[0]);
+            if (part.size() == 1 && layout_.pane.Contains(part[0]))
+                symbols.points.push_back(part[0]);
         }
+        if (clipped) drawing_.Add(ClipEnd{});
         AddMarkers(i, symbols);
         if (!symbols.points.empty()) drawing_.Add(std::move(symbols));
         AddZeros(i, pen);

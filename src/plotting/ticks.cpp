@@ -17,7 +17,7 @@ double PowerTimes(double value, int exponent) {
 
 std::vector<Tick> LinearTicks(const Scale& scale, double pixels, double spacing, int exponent) {
     const Extent& range = scale.Range();
-    const double count = std::max(1.0, std::floor(pixels / spacing));
+    const double count = std::max(1.0, std::floor(pixels / spacing + hair));
     const TickStep step = StepAtLeast(range.Span() / count * (1.0 - hair));
     const double size = step.Value();
     const int parts = step.mantissa == 2 ? 4 : 5;

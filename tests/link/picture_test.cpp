@@ -94,16 +94,19 @@ struct DataPoint {
     double x, y;  // pixels
 };
 
-/// Each vertex inside the pane is a point of the data, and the data's extremes are among the
-/// vertices.
+/// Data ascend in x. Each vertex inside the pane is a point of them, and the data's extremes are
+/// among the vertices.
 void ExpectCurveOnData(const std::vector<Point>& vertices, const std::vector<DataPoint>& data,
                        const Rect& pane) {
     constexpr double half = 0.5;
     for (const Point vertex : vertices) {
         if (!pane.Contains(vertex)) continue;
-        const bool found = std::any_of(data.begin(), data.end(), [&](const DataPoint& p) {
-            return std::fabs(p.x - vertex.x) <= half && std::fabs(p.y - vertex.y) <= half;
-        });
+        auto point = std::lower_bound(data.begin(), data.end(), vertex.x - half,
+                                      [](const DataPoint& p, double x) { return p.x < x; });
+        bool found = false;
+        for (; !found && point != data.end() && point->x <= vertex.x + half; ++point) {
+            found = std::fabs(point->y - vertex.y) <= half;
+        }
         EXPECT_TRUE(found) << vertex.x << ", " << vertex.y;
         if (!found) return;
     }
