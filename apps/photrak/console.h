@@ -52,7 +52,7 @@ class StopOnSignal {
 
 void WriteOut(std::string_view text);
 void WriteError(std::string_view text);
-/// Each line of `text` on standard error behind "photrak: KIND: "; nothing for an empty text.
+/// Each line of `text` on standard error after "photrak: KIND: "; nothing for an empty text.
 void Report(std::string_view kind, std::string_view text);
 
 }  // namespace photrak

@@ -35,7 +35,7 @@ constexpr ScanLoop scanLoops[] = {
 };
 
 /// Loops without a tag, whose passes would overwrite each other's plots. The points of a sweep are
-/// counted when it runs, behind all symbols.
+/// counted when it runs, after all symbols.
 void TellOfMissingTags(const SimOptions& simOptions) {
     if (simOptions.PLOTTING == DoNotPlot) return;
     for (const ScanLoop& loop : scanLoops) {

@@ -30,16 +30,16 @@ class LineReader {
     /// "NAME:LINE", for messages.
     std::string Where() const;
 
-    /// The next token: leading delimiters are skipped, the one delimiter behind it is used up.
+    /// The next token: leading delimiters are skipped, the one delimiter after it is used up.
     /// Empty when the line has no more tokens.
     std::string_view Word(std::string_view delimiters = wordDelimiters);
     /// A text value: runs from here to the next double quote or the end of the line, a leading
     /// double quote skipped.
     std::string_view Text() { return Word(textDelimiters); }
-    /// All that is left of the line behind the delimiter that ended the last token, blanks
+    /// All that is left of the line after the delimiter that ended the last token, blanks
     /// included.
     std::string_view Rest();
-    /// Bytes of text behind the present line: a bound for what counts in a file may ask for.
+    /// Bytes of text after the present line: a bound for what counts in a file may ask for.
     std::size_t BytesLeft() const { return text_.size() - next_; }
     /// Starts the present line again from its first token.
     void Rewind() { position_ = 0; }

@@ -14,11 +14,11 @@ bool IsDigit(char c) {
     return c >= '0' && c <= '9';
 }
 
-/// What stands before the digits of a number. `begin` is where from_chars starts: behind a plus
+/// What stands before the digits of a number. `begin` is where from_chars starts: after a plus
 /// sign, which it does not know, but at a minus sign.
 struct NumberStart {
     std::size_t begin = 0;   // of what from_chars gets
-    std::size_t digits = 0;  // behind the sign
+    std::size_t digits = 0;  // after the sign
     bool negative = false;
 };
 

@@ -78,12 +78,12 @@ constexpr ArrayKeyword arrayKeywords[] = {
 /// How a complex element stands in a text: a line of its own, or a pair that others may follow.
 enum class PairsStand { OnLines, InRows };
 
-/// The real part and, straight behind it or as the next word, the imaginary part.
+/// The real part and, straight after it or as the next word, the imaginary part.
 Complex ReadPair(std::string_view word, LineReader& reader) {
     std::size_t used = 0;
     const double re = ReadDouble(word, &used);
-    const std::string_view behind = word.substr(used);
-    return {re, ReadDouble(behind.empty() ? reader.Word() : behind)};
+    const std::string_view after = word.substr(used);
+    return {re, ReadDouble(after.empty() ? reader.Word() : after)};
 }
 
 /// One element from its word and, for a pair, what follows it.

@@ -1,4 +1,4 @@
-// The writers. Trailing blanks behind some of the keywords belong to the format.
+// The writers. Trailing blanks after some of the keywords belong to the format.
 #include "files/signal_file.h"
 
 #include "base/text.h"

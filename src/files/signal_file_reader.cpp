@@ -96,7 +96,7 @@ bool ParseReal(std::string_view line, double& value) {
     return used > 0 && std::isfinite(value);
 }
 
-/// The imaginary part starts where the real part ends, behind a plus sign of its own if it has a
+/// The imaginary part starts where the real part ends, after a plus sign of its own if it has a
 /// minus sign as well. What follows it does not count.
 bool ParseComplex(std::string_view line, Complex& value) {
     std::size_t used = 0;

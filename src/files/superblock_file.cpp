@@ -22,7 +22,7 @@ struct SuperBlockNames {
     std::string icon;
 };
 
-/// The extension is what stands behind the last full stop of the last part, so that a directory
+/// The extension is what stands after the last full stop of the last part, so that a directory
 /// with a full stop in its name stays whole.
 SuperBlockNames NamesFor(const std::string& topologyFile) {
     const std::size_t slash = topologyFile.find_last_of("/\\");

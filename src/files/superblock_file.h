@@ -18,7 +18,7 @@ struct SuperBlockPorts {
 Status WriteSuperBlockFile(const std::string& fileName, const SuperBlockPorts& ports,
                            const std::vector<Variable>& variables, const Catalogue& catalogue);
 /// Where a file of a SuperBlock is: the name as it stands, relative to the current directory, else
-/// behind the SuperBlock directory; empty if there is neither.
+/// in the SuperBlock directory; empty if there is neither.
 std::optional<std::string> FindSuperBlockFile(const std::string& name, const Catalogue& catalogue);
 
 }  // namespace photrak

@@ -143,7 +143,7 @@ Status ReadOptions(TopologyContext& context) {
 namespace {
 
 /// By design: the first new number of a line goes in front of the list, each later one
-/// behind the one before and cuts off what followed, so that with two or more numbers node 0 drops
+/// after the one before and cuts off what followed, so that with two or more numbers node 0 drops
 /// out; a number already there is skipped.
 void PlaceOnList(NodeListCells& list, Node& node, int placedBefore) {
     if (placedBefore == 0) {
@@ -194,7 +194,7 @@ Status ReadNodeSaveMode(TopologyContext& context, Node& node) {
 }
 
 /// The node of a NODEBEGIN line, with its type. By design: a node that has a type already
-/// conflicts even with the same one, so a node is told once and before its components.
+/// conflicts even with the same one, so a node is described once and before its components.
 Status ReadNodeHead(TopologyContext& context, Node*& node) {
     const std::int32_t number = ReadInt(context.lines.Word());
     const std::string_view word = context.lines.Word();

@@ -10,8 +10,8 @@
 namespace photrak {
 
 /// Appends a text for each finding, naming the component and the port number; a text that
-/// `errorText` holds already is not told again. Parameters are evaluated against the workspace's
-/// symbols.
+/// `errorText` holds already is not reported again. Parameters are evaluated against the
+/// workspace's symbols.
 Status CheckTopologyGraph(Workspace& workspace, std::string& errorText);
 
 }  // namespace photrak

@@ -18,8 +18,8 @@ Status TopologyLoad(const std::string& fileName, std::unique_ptr<Workspace>& wor
 /// The same from a text in memory; `fileName` is for messages and SuperBlock lookup.
 Status TopologyLoadText(std::string_view text, const std::string& fileName,
                         std::unique_ptr<Workspace>& workspace, const Catalogue& catalogue);
-/// As TopologyLoad, but goes on behind a faulty block to the next one, so that every fault of the
-/// file is told; a faulty component is left out. Then the graph is checked (topology_check.h).
+/// As TopologyLoad, but goes on after a faulty block to the next one, so that every fault of the
+/// file is reported; a faulty component is left out. Then the graph is checked (topology_check.h).
 Status TopologyCheck(const std::string& fileName, std::unique_ptr<Workspace>& workspace,
                      const Catalogue& catalogue);
 Status TopologyCheckText(std::string_view text, const std::string& fileName,

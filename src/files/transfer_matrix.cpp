@@ -1,4 +1,4 @@
-// Text reader of transfer matrices: numbers between white space, whatever the lines, behind a head
+// Text reader of transfer matrices: numbers between white space, whatever the lines, after a head
 // line of three words. The counts are held against the bytes that follow before memory is taken.
 #include "files/transfer_matrix.h"
 
@@ -13,7 +13,7 @@ namespace photrak {
 namespace {
 
 constexpr std::string_view formatWord = "TransferMatrixFormat1";
-constexpr std::size_t headLineLength = 80;  // characters; what stands behind is a remark
+constexpr std::size_t headLineLength = 80;  // characters; what stands after is a remark
 
 Complex Polar(double amplitude, double angle) {
     return {amplitude * std::cos(angle), amplitude * std::sin(angle)};

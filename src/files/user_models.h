@@ -20,7 +20,7 @@ struct UserModelEntry {
 /// The user section of the model tables, consulted after the built-in names.
 class UserModelTable : public UserModels {
   public:
-    /// Reads user.lis a second time and binds the libraries. What does not load is told in
+    /// Reads user.lis a second time and binds the libraries. What does not load is reported in
     /// `messages` and keeps empty entries. Never a failure.
     void LoadUserModels(const Catalogue& catalogue, std::string& messages);
     bool Knows(std::string_view type) const override;

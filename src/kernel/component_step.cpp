@@ -14,7 +14,7 @@
 namespace photrak {
 namespace {
 
-/// Appends a cell behind `tail` and moves the tail on; null when memory is exhausted.
+/// Appends a cell after `tail` and moves the tail on; null when memory is exhausted.
 Nodelist* AppendCell(Nodelist**& tail, std::int32_t sigType) {
     if (CreateNodelist(tail, sigType) != 0) return nullptr;
     Nodelist* cell = *tail;

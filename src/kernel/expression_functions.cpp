@@ -60,7 +60,7 @@ bool PickArgument(ExprArguments arguments, double& result) {
     const auto count = static_cast<std::int32_t>(arguments.size());
     if (element < 0 || element > count) return false;
     // By design: the numbering counts the selector itself, so that 2 picks the argument
-    // behind it, 1 gives the selector and 0 the number of arguments.
+    // after it, 1 gives the selector and 0 the number of arguments.
     result = element == 0 ? count : arguments[static_cast<std::size_t>(element) - 1];
     return true;
 }

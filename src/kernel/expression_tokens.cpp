@@ -11,7 +11,7 @@ bool IsLetter(char c) {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
 }
 
-/// Length of the word at the start of `text`. A sign behind the letter e belongs to the exponent of
+/// Length of the word at the start of `text`. A sign after the letter e belongs to the exponent of
 /// a number (1e-3), but not inside a name (x1e-3 is x1e less 3).
 std::size_t WordLength(std::string_view text) {
     const bool isName = IsLetter(text[0]);

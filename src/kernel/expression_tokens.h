@@ -17,7 +17,7 @@ class TokenReader {
   public:
     TokenReader() = default;
     explicit TokenReader(std::string_view text) : rest_(text) {}
-    /// The next token; End again and again behind the last.
+    /// The next token; End again and again after the last.
     Token Next();
 
   private:

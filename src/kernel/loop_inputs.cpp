@@ -74,7 +74,7 @@ class LevelSearch {
         const std::vector<Component*>* drivers;
         std::size_t nextDriver;
         std::int32_t before;       // the sum at the node
-        std::int32_t sum;          // the same behind the present driver
+        std::int32_t sum;          // the same after the present driver
         std::vector<Port> inputs;  // of the present driver
         std::size_t nextInput;
     };

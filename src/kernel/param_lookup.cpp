@@ -14,7 +14,7 @@ namespace {
 /// Shared by the whole program, like the run that uses it.
 struct ParamCursor {
     const Parameter* list = nullptr;
-    Parameter* next = nullptr;  // behind the last match
+    Parameter* next = nullptr;  // after the last match
 };
 ParamCursor cursor;
 

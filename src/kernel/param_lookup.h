@@ -7,7 +7,7 @@
 
 namespace photrak {
 
-/// Search that starts behind the last match in the same list; process-wide memory.
+/// Search that starts after the last match in the same list; process-wide memory.
 Parameter* FindParamCursor(Parameter* list, std::string_view name);
 /// Forgets the remembered list; called whenever parameters are freed.
 void ForgetParamCursor();

@@ -41,10 +41,10 @@ void RunPass(RunState& run) {
 /// One of the three nested loops around the passes.
 struct PassLevel {
     std::int32_t SimOptions::*index = nullptr;  // its coordinate
-    std::uint16_t flag = 0;                     // of the passes behind its first point
+    std::uint16_t flag = 0;                     // of the passes after its first point
     std::int32_t points = 1;
     const Sweep* sweep = nullptr;  // null for the statistical runs
-    RunOrder list;                 // what runs at the points behind the first
+    RunOrder list;                 // what runs at the points after the first
 };
 
 class Passes {

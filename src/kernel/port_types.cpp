@@ -57,7 +57,7 @@ class TypeSequence {
 };
 
 /// Retypes the ports on `node` of the first `count` components of one of its lists. A component
-/// with many ports here stands in the list as often, one entry behind the other.
+/// with many ports here stands in the list as often, one entry after the other.
 void RetypePorts(const Node& node, const std::list<Component*>& components, std::size_t count,
                  std::vector<Port> Component::*ports) {
     const Component* former = nullptr;

@@ -52,7 +52,7 @@ template <class T>
 }
 
 /// A copy of a whole list, record by record with copyOne(place, source), which gives 0 on success.
-/// Records that know the one before them are told of it. Without success nothing is left.
+/// Records that know the one before them learn of it. Without success nothing is left.
 template <class T, class CopyOne>
 std::int32_t CopyList(T** place, const T* source, CopyOne copyOne) {
     if (!place) return 1;

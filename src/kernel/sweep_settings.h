@@ -63,8 +63,8 @@ struct Sweep {
 };
 
 /// Reads a sweep that the count in the options asks for; the count becomes the number of points.
-/// Every faulty text is told, and then the sweep has one point. A warning if no expression can read
-/// the symbol, as with predefined names.
+/// Every faulty text is reported, and then the sweep has one point. A warning if no expression can
+/// read the symbol, as with predefined names.
 Status ReadSweep(const SweepFields& fields, Workspace& workspace, Sweep& sweep,
                  std::string& errorText);
 /// Gives the symbol its value at a point.

@@ -1,4 +1,4 @@
-// Plain number files, written by hand: one value to a line, which may carry free text behind it. An
+// Plain number files, written by hand: one value to a line, which may carry free text after it. An
 // asterisk ends that text at once: what follows it on the line is the next value.
 #pragma once
 
@@ -21,7 +21,7 @@ class NumberFile {
     /// The same for a whole number (the part before a decimal point), saturating at 32 bits.
     std::optional<std::int32_t> NextInt();
 
-    /// Moves behind the next new line or asterisk, or to the end of the text.
+    /// Moves past the next new line or asterisk, or to the end of the text.
     void SkipToLineEnd();
     /// True when nothing but white space is left.
     bool AtEnd() const;

@@ -17,7 +17,7 @@ double TotalPower(const Complex* samples, long n) {
     return sum;
 }
 
-/// Hoare's partition about the wavelength at lo: lo..result are not above what lies behind.
+/// Hoare's partition about the wavelength at lo: lo..result are not above what lies after.
 long Partition(OpSig** channels, long lo, long hi) {
     const double pivot = channels[lo]->wavelength;
     long i = lo - 1, j = hi + 1;

@@ -24,7 +24,7 @@ void Join(long n, ConstFieldView field, double* data) {
     }
 }
 
-// Up to W elements, zeros behind; so that the ends of arrays take the same arithmetic.
+// Up to W elements, zeros after; so that the ends of arrays take the same arithmetic.
 PHOTRAK_INLINE V LoadSome(const double* p, long count) {
     V v{};
     for (int lane = 0; lane < W && lane < count; ++lane) v[lane] = p[lane];

@@ -18,7 +18,7 @@ constexpr double lowerMargin = 0.1, upperMargin = 10.0;
 struct Limits {
     AxisRange x{}, y{};
     bool logarithmic = true;
-    bool told = false;  // they differ from those of the data
+    bool given = false;  // they differ from those of the data
 };
 
 AxisRange RangeOf(const std::vector<double>& values) {
@@ -45,19 +45,19 @@ Limits LimitsOf(const std::vector<double>& innerValues, const std::vector<double
     limits.y = RangeOfRates(rates, anyZero);
     if (limits.x.IsFlat() && !limits.y.IsFlat()) {
         limits.x = WidenedRange(limits.x.least);
-        limits.told = true;
+        limits.given = true;
     }
     if (limits.y.greatest == 0.0) {
         limits.y = {-10.0, 10.0};
         limits.logarithmic = false;
-        limits.told = true;
+        limits.given = true;
     } else if (limits.y.greatest < upperMargin * limits.y.least) {
         limits.y = {lowerMargin * limits.y.least, upperMargin * limits.y.greatest};
-        limits.told = true;
+        limits.given = true;
     }
     // Among other points of its curve a rate of 0 just goes missing; a curve of that point alone
     // would be empty on a logarithmic axis.
-    if (anyZero && innerValues.size() > 1) limits.told = true;
+    if (anyZero && innerValues.size() > 1) limits.given = true;
     if (anyZero && innerValues.size() == 1) limits.logarithmic = false;
     return limits;
 }
@@ -125,7 +125,7 @@ std::string BerCurve::Script(std::string_view dataFile) const {
     AppendTextLine(script, "/yl", curveLabel);
     script += oneCurve ? "/lc2\n/ls1\n" : "/l\n";
     script += onePoint ? "/st7\n" : "/st\n";
-    if (limits.told) script += WindowText(limits.x, y);
+    if (limits.given) script += WindowText(limits.x, y);
     if (limits.logarithmic) {
         script += Concat(oneCurve ? "/ly2 " : "/ly ", y.least, ',', y.greatest, '\n');
     }

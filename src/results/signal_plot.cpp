@@ -138,7 +138,7 @@ void FillElectrical(const ElecSig& wave, std::int32_t start, Quantity quantity, 
     });
 }
 
-/// Each bit lasts `samplesPerBit` samples; the pattern starts again behind its last bit.
+/// Each bit lasts `samplesPerBit` samples; the pattern starts again after its last bit.
 void FillBits(const Trace& trace, const TraceSet& traces, Doubles& out) {
     const BinSig& bits = *trace.bits;
     WalkCyclically(trace.start, traces.noPoints, out, [&](std::int32_t i) {

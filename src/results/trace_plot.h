@@ -29,9 +29,9 @@ enum class PlotAxis { First, Second };
 
 /// One data file: a time column and one column for each trace.
 struct ColumnFile {
-    std::string suffix;               // behind the file stem
+    std::string suffix;               // after the file stem
     PlotAxis axis = PlotAxis::First;  // of the viewer
-    std::string_view field;           // polarization told in the legends of channels
+    std::string_view field;           // polarization named in the legends of channels
     const std::vector<Trace>* traces = nullptr;
     /// Fills out[1..noPoints] from the trace's start on.
     std::function<void(const Trace& trace, Doubles& out)> fill;

@@ -117,7 +117,7 @@ bool Place(const Trace& trace, std::int32_t bitsWanted, TraceSet& traces) {
 
 /// The axis' start less the trace's own in samples, brought into one period.
 /// By design: a half is added before the cut toward zero, so that a trace that begins
-/// behind the axis is turned one sample less than its delay.
+/// after the axis is turned one sample less than its delay.
 std::int32_t StartSample(double tStart, const Trace& trace, const TraceSet& traces) {
     const double n = traces.noPoints;
     double rotation = 0.0;

@@ -218,7 +218,7 @@ TEST(TopologyCheck, TellsEveryFaultOfAFile) {
     const std::string_view odd =
         "Component 'odd' of type 'Source': WARNING in EvalParam: 'power' value cannot be evaluated";
     EXPECT_TRUE(Holds(errors, odd));
-    EXPECT_EQ(errors.find(odd), errors.rfind(odd)) << "told once";
+    EXPECT_EQ(errors.find(odd), errors.rfind(odd)) << "reported once";
 }
 
 TEST(TopologyCheck, IsSilentAboutASoundLink) {

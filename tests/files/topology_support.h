@@ -64,7 +64,7 @@ inline std::string Parameter1(std::string_view name, std::string_view type,
 }
 
 inline const std::string faultyHead = "COMPONENT a Sink\nNOTE\nICON x 1 2\n";
-/// Files with one fault each, what is told of it, and in which line.
+/// Files with one fault each, what is reported of it, and in which line.
 inline const struct {
     std::string text, message;
     int line;

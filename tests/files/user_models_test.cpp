@@ -76,7 +76,7 @@ TEST_F(UserLibraries, StatusAndMessageComeBack) {
     EXPECT_TRUE(Holds(errorText_, "out of ideas"));
     EXPECT_EQ(Run("Bad", input, output), Status::Error) << "the library took no notice";
     EXPECT_TRUE(Holds(errorText_, "ERROR: in the user model: "));
-    EXPECT_EQ(Run("Gain", input, output), Status::Warning) << "that failure is told once";
+    EXPECT_EQ(Run("Gain", input, output), Status::Warning) << "that failure is reported once";
     EXPECT_EQ(errorText_, "before: WARNING: nothing came in\n");
 
     std::string message;

@@ -57,7 +57,7 @@ TEST(FileSystem, RefusesWhatIsNoRegularFileWithoutHanging) {
         {".", "is not a regular file"},
         {"/dev/zero", "is not a regular file"},
         {"big", "is larger than 99 bytes"},
-        {"/proc/self/status", "is larger than 99 bytes"},  // its size is told as 0
+        {"/proc/self/status", "is larger than 99 bytes"},  // its size is given as 0
         {std::string("big\0x", 5), "No such file or directory"},
         {"", "No such file or directory"},
     };
