@@ -40,6 +40,13 @@ std::string_view ReadWord(const ParamSpec& spec, Parameter* list) {
     return GetParamText(list, spec.name, spec.whenAbsent.empty() ? spec.text : spec.whenAbsent);
 }
 
+const ArrayRecord* ReadArray(const ParamSpec& spec, Parameter* list) {
+    const Parameter* parameter = FindParamCursor(list, spec.name);
+    if (!parameter || parameter->type != DoubleArrayType) return nullptr;
+    const auto* array = static_cast<const ArrayRecord*>(parameter->valactual);
+    return array && array->data && array->rows >= 1 && array->cols >= 1 ? array : nullptr;
+}
+
 Status CheckRange(const ModelReport& report, std::string_view name, double value, Range range) {
     if (range == Range::Any) return Status::Success;
     const RangeRule& rule = rules[static_cast<int>(range) - 1];

@@ -54,7 +54,7 @@ template <class Record>
 struct ParamRow {
     using StoreWord = void (*)(Record& record, std::string_view word);
     using Member = std::variant<NoEffect, double Record::*, std::int32_t Record::*,
-                                std::string Record::*, StoreWord>;
+                                std::string Record::*, StoreWord, const ArrayRecord * Record::*>;
 
     ParamSpec spec;
     Member member = NoEffect{};
@@ -79,6 +79,9 @@ struct ParamRow {
         : spec{name, ParamKind::Word, 0.0, fallback, words.list}, member(store) {
         spec.whenAbsent = words.whenAbsent;
     }
+    /// A matrix of doubles, borrowed from the block; null without one.
+    constexpr ParamRow(std::string_view name, const ArrayRecord* Record::*place)
+        : spec{name, ParamKind::Array, 0.0, {}, {}}, member(place) {}
     constexpr ParamRow(std::string_view name, NoEffect, double fallback,
                        ParamKind kind = ParamKind::Number)
         : spec{name, kind, fallback, {}, {}} {
@@ -104,6 +107,8 @@ double ReadNumber(const ParamSpec& spec, Parameter* list);
 std::int32_t ReadWhole(const ParamSpec& spec, Parameter* list);
 /// The text of a parameter; its `whenAbsent` or else its default if it is absent.
 std::string_view ReadWord(const ParamSpec& spec, Parameter* list);
+/// The matrix of a parameter; null if it is absent, not evaluated, empty or of another type.
+const ArrayRecord* ReadArray(const ParamSpec& spec, Parameter* list);
 /// Refuses a value outside the range. By design the text gives the value that the model works with.
 Status CheckRange(const ModelReport& report, std::string_view name, double value, Range range);
 
@@ -123,6 +128,8 @@ template <class Record, std::size_t n>
         } else if (const auto* store =
                        std::get_if<typename ParamRow<Record>::StoreWord>(&row.member)) {
             (*store)(record, ReadWord(spec, list));
+        } else if (const auto* array = std::get_if<const ArrayRecord * Record::*>(&row.member)) {
+            record.** array = ReadArray(spec, list);
         }
     }
 }

@@ -17,7 +17,7 @@ std::vector<std::complex<double>> TransferOf(const FrontEndParams& frontEnd) {
     const Owned<ElecSig> signal = RampWaveform(size, 1.0 / (size * df));
     std::vector<Complex> H(size + 1);
     std::string text;
-    EXPECT_EQ(FrontEnd(signal.get(), frontEnd, H.data(), text), Status::Success) << text;
+    EXPECT_EQ(FrontEnd(signal.get(), frontEnd, H.data(), {"fe", text}), Status::Success) << text;
     std::vector<std::complex<double>> values;
     for (const Complex& element : H) values.push_back(Value(element));
     for (int i = 2; i <= size / 2; ++i) EXPECT_EQ(values[i], std::conj(values[size + 2 - i])) << i;

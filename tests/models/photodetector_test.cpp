@@ -20,7 +20,7 @@ PhotoDetectorParams IntrinsicDetector() {
     detector.quantumEff = 1.0;
     detector.modelType = "intrinsic";
     detector.detect = true;
-    detector.lossGain = -6.0;
+    detector.lossGain = FieldRatio(-6.0);
     detector.layerThickness = 2e-6;
     detector.electronVelocity = 6.5e4;
     detector.holeVelocity = 4.8e4;
@@ -45,7 +45,8 @@ std::vector<LongComplex> Response(PhotoDetectorParams detector) {
     Owned<ElecSig> es;
     EXPECT_EQ(Make(es, CreateElecSig, size), 0);
     std::string text;
-    EXPECT_EQ(DetectPulse(Flash()->channels, es.get(), detector, text), Status::Success) << text;
+    EXPECT_EQ(DetectPulse(Flash()->channels, es.get(), detector, {"pd", text}), Status::Success)
+        << text;
     const long double current = 0.03L * 0.03L * detector.responsivity;
     for (int i = 1; i <= size; ++i) {
         h[i] = LongComplex(es->elecSamples[i].re, es->elecSamples[i].im) / current;
@@ -65,7 +66,7 @@ TEST(Photodetector, TurnsPowerIntoCurrent) {
     Owned<ElecSig> es;
     ASSERT_EQ(Make(es, CreateElecSig, 1), 0) << "the size comes with the light";
     std::string text;
-    ASSERT_EQ(DetectPulse(light->channels, es.get(), detector, text), Status::Success);
+    ASSERT_EQ(DetectPulse(light->channels, es.get(), detector, {"pd", text}), Status::Success);
     EXPECT_NEAR(detector.responsivity / (0.8 * 1.55e-6 * perMeter), 1.0, 2e-5);
     ASSERT_EQ(es->noPoints, size);
     EXPECT_NEAR(es->elecSamples[size].re, 0.0025 * detector.responsivity * 10.0, 1e-16);
@@ -74,7 +75,7 @@ TEST(Photodetector, TurnsPowerIntoCurrent) {
 TEST(Photodetector, FollowsPoleAndResonance) {
     PhotoDetectorParams detector = IntrinsicDetector();
     detector.modelType = "empirical";
-    detector.lossGain = 20.0;
+    detector.lossGain = 10.0;
     detector.respfp = 8e9;
     detector.respfo = 1e30;
     detector.respg = 0.3;
@@ -99,7 +100,7 @@ LongComplex TransitResponse(const PhotoDetectorParams& p, long double f) {
     const LongComplex t3 = (1.0L - std::exp(-jh)) / jh;
     const LongComplex t4 = -std::exp(-a) * (1.0L - std::exp(a) * std::exp(-jh)) / (-a + jh);
     const long double rc = (p.loadResistance + p.seriesResistance) * p.deviceCapacitance;
-    return std::pow(10.0L, p.lossGain / 20) * (t1 + t2 + t3 + t4) * (1.0L - std::exp(-a)) *
+    return static_cast<long double>(p.lossGain) * (t1 + t2 + t3 + t4) * (1.0L - std::exp(-a)) *
            LongComplex(1.0L, w * rc);
 }
 

@@ -39,7 +39,6 @@ constexpr double flatZ = 500.0;  // V/A
 /// own.
 ReceiverParams Params(std::string_view table = "1\n0 500 0\n") {
     ReceiverParams params;
-    params.owner = "rx";
     params.detector.quantumEff = 1.0 / (wavelength * 806543.9341951312);
     params.frontEnd.modelType = "custom";
     std::string reason;
@@ -50,7 +49,7 @@ ReceiverParams Params(std::string_view table = "1\n0 500 0\n") {
 struct Received : Outcome {
     Received(const Owned<OpSignal>& light, const ReceiverParams& params) : Outcome(ElecSigType) {
         const Nodelist input{nullptr, OpSigType, light.get()};
-        status = Receiver(&input, params, &output, text);
+        status = Receiver(&input, params, &output, {"rx", text});
     }
     const ElecSig& Signal() const { return Made<ElecSig>(); }
 };

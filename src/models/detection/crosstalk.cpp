@@ -7,10 +7,7 @@
 #include <vector>
 
 #include "base/text.h"
-#include "kernel/graph.h"
-#include "kernel/parameters.h"
 #include "kernel/signals.h"
-#include "models/common/parameter_limits.h"
 #include "numeric/messages.h"
 
 namespace photrak {
@@ -21,10 +18,34 @@ constexpr std::string_view doNotMatch = "CrosstalkBlock error: incompatible inpu
 constexpr std::string_view wrongSize =
     "CrosstalkBlock error: crosstalk matrix incompatible with number of input signals\n";
 
-Status Fail(const ModelCall& call, std::string_view text) {
-    AppendPiece(call.errorText, text);
-    return Status::Error;
+enum class Addition { Complex, Magnitudes };
+
+struct CrosstalkParams {
+    Addition addition = Addition::Complex;
+    bool takesMatrix = false;
+    const ArrayRecord* matrix = nullptr;
+    // Factors on the diagonal, beside it and two off it.
+    double inChannel = 1.0, nearest = 1.0, nextNearest = 1.0;
+};
+
+/// The switch has two names; both must agree to complex addition.
+void StoreAddition(CrosstalkParams& params, std::string_view word) {
+    if (word != "Coherent" && word != "Complex") params.addition = Addition::Magnitudes;
 }
+
+constexpr ParamRow<CrosstalkParams> paramRows[] = {
+    {"Mode", StoreAddition, "Coherent", Words{"Coherent Magnitude"}},
+    {"coherency", StoreAddition, "Complex", Words{"Complex Magnitude"}},
+    {"ParameterType",
+     [](CrosstalkParams& params, std::string_view word) { params.takesMatrix = word == "Array"; },
+     "Neighbors", Words{"Neighbors Array"}},
+    {"crosstalkMatrix", &CrosstalkParams::matrix},
+    {"InChannelTransmission", &CrosstalkParams::inChannel, 0.0, Range::Finite,
+     ParamUnit::PowerDecibels},
+    {"NearestNeighborXtlk", &CrosstalkParams::nearest, -20.0, Range::Finite,
+     ParamUnit::PowerDecibels},
+    {"NextNearestNeighborXtlk", &CrosstalkParams::nextNearest, -40.0, Range::Finite,
+     ParamUnit::PowerDecibels}};
 
 // --- Ports ---
 
@@ -47,12 +68,12 @@ Status OpenPorts(const ModelCall& call, Ports& ports) {
         ports.inputs.push_back(input);
         if (!input) continue;
         if (!ports.first) ports.first = input;
-        if (!HaveOneGrid(*ports.first, *input)) return Fail(call, doNotMatch);
+        if (!HaveOneGrid(*ports.first, *input)) return call.Fail(doNotMatch);
         ports.startTime = std::min(ports.startTime, input->startTime);
     }
     std::size_t outputs = 0;
     for ([[maybe_unused]] const Nodelist& cell : Items(call.outputs)) ++outputs;
-    return outputs == ports.inputs.size() ? Status::Success : Fail(call, doNotMatch);
+    return outputs == ports.inputs.size() ? Status::Success : call.Fail(doNotMatch);
 }
 
 Status FindOffsets(const ModelCall& call, Ports& ports) {
@@ -60,7 +81,7 @@ Status FindOffsets(const ModelCall& call, Ports& ports) {
         double samples = 0.0;
         if (input && input->startTime != ports.startTime) {
             samples = std::round((ports.startTime - input->startTime) / input->tStep);
-            if (!std::isfinite(samples)) return Fail(call, doNotMatch);
+            if (!std::isfinite(samples)) return call.Fail(doNotMatch);
         }
         const std::int32_t n = input ? std::max(input->noPoints, 1) : 1;
         const auto offset = static_cast<std::int32_t>(std::fmod(samples, n));
@@ -80,30 +101,16 @@ struct CrosstalkMatrix {
     double& At(std::size_t row, std::size_t column) { return factors[row * n + column]; }
 };
 
-constexpr std::string_view bands[] = {"InChannelTransmission", "NearestNeighborXtlk",
-                                      "NextNearestNeighborXtlk"};
-constexpr double defaultDecibels[] = {0.0, -20.0, -40.0};
-
-Status FillBands(const ModelCall& call, CrosstalkMatrix& matrix) {
-    for (std::size_t k = 0; k < std::size(bands); ++k) {
-        const double decibels =
-            GetParamDouble(call.component.parameters, bands[k], defaultDecibels[k]);
-        const Status status =
-            CheckRange(call.component.name, bands[k], decibels, Range::Finite, call.errorText);
-        if (status != Status::Success) return status;
+Status FillBands(const ModelCall& call, const CrosstalkParams& params, CrosstalkMatrix& matrix) {
+    const Status status = CheckParams(paramRows, params, call);
+    if (status != Status::Success) return status;
+    const double factors[] = {params.inChannel, params.nearest, params.nextNearest};
+    for (std::size_t k = 0; k < std::size(factors); ++k) {
         for (std::size_t r = 0; r + k < matrix.n; ++r) {
-            matrix.At(r, r + k) = matrix.At(r + k, r) = std::pow(10.0, 0.1 * decibels);
+            matrix.At(r, r + k) = matrix.At(r + k, r) = factors[k];
         }
     }
     return Status::Success;
-}
-
-/// The parameter crosstalkMatrix as numbers; null unless it is a matrix of at least one.
-const ArrayRecord* FindArray(const ModelCall& call) {
-    const Parameter* parameter = FindParameter("crosstalkMatrix", call.component.parameters);
-    if (!parameter || parameter->type != DoubleArrayType) return nullptr;
-    const auto* array = static_cast<const ArrayRecord*>(parameter->valactual);
-    return array && array->data && array->rows >= 1 && array->cols >= 1 ? array : nullptr;
 }
 
 /// A matrix whose diagonals are each constant, which tells how it goes on beyond its own size.
@@ -116,9 +123,8 @@ bool HasConstantDiagonals(const double* values, std::size_t rows, std::size_t co
     return true;
 }
 
-Status FillFromArray(const ModelCall& call, CrosstalkMatrix& matrix) {
-    const ArrayRecord* array = FindArray(call);
-    if (!array) return Fail(call, wrongSize);
+Status FillFromArray(const ModelCall& call, const ArrayRecord* array, CrosstalkMatrix& matrix) {
+    if (!array) return call.Fail(wrongSize);
     const auto* values = static_cast<const double*>(array->data);
     const auto rows = static_cast<std::size_t>(array->rows);
     const auto columns = static_cast<std::size_t>(array->cols);
@@ -133,28 +139,16 @@ Status FillFromArray(const ModelCall& call, CrosstalkMatrix& matrix) {
             }
         }
     } else {
-        return Fail(call, wrongSize);
+        return call.Fail(wrongSize);
     }
     for (const double factor : matrix.factors) {
-        const Status status = CheckRange(call.component.name, "crosstalkMatrix", factor,
-                                         Range::Finite, call.errorText);
+        const Status status = CheckRange(call, "crosstalkMatrix", factor, Range::Finite);
         if (status != Status::Success) return status;
     }
     return Status::Success;
 }
 
 // --- The sum ---
-
-enum class Addition { Complex, Magnitudes };
-
-/// The switch has two names; both must agree to complex addition.
-Addition ReadAddition(const Component& component) {
-    for (const std::string_view name : {"Mode", "coherency"}) {
-        const std::string_view word = GetParamText(component.parameters, name, "Complex");
-        if (word != "Coherent" && word != "Complex") return Addition::Magnitudes;
-    }
-    return Addition::Complex;
-}
 
 struct Samples {
     const Complex* samples;
@@ -196,7 +190,7 @@ Status MakeOutput(const ModelCall& call, const Ports& ports, std::size_t i,
                   Owned<ElecSig>& output) {
     const ElecSig& first = *ports.first;
     if (Make(output, CreateElecSig, first.noPoints)) {
-        ReportNoMemory(call.errorText, Concat("an output of '", call.component.name, "'"));
+        ReportNoMemory(call.errorText, Concat("an output of '", call.owner, "'"));
         return Status::Error;
     }
     output->UnitType = first.UnitType;
@@ -212,22 +206,27 @@ Status MakeOutput(const ModelCall& call, const Ports& ports, std::size_t i,
 
 }  // namespace
 
+std::vector<ParamSpec> CrosstalkParamSpecs() {
+    return SpecsOf(paramRows);
+}
+
 Status RunCrosstalkBlock(const ModelCall& call) {
     Ports ports;
     Status status = OpenPorts(call, ports);
     if (status != Status::Success || !ports.first) return status;
     CrosstalkMatrix matrix(ports.inputs.size());
-    const std::string_view source = GetParamText(call.component.parameters, "ParameterType", "");
-    status = source == "Array" ? FillFromArray(call, matrix) : FillBands(call, matrix);
+    CrosstalkParams params;
+    ReadParams(paramRows, call.component.parameters, params);
+    status = params.takesMatrix ? FillFromArray(call, params.matrix, matrix)
+                                : FillBands(call, params, matrix);
     if (status == Status::Success) status = FindOffsets(call, ports);
     if (status != Status::Success) return status;
-    const Addition addition = ReadAddition(call.component);
     std::size_t i = 0;
     for (Nodelist& cell : Items(call.outputs)) {
         Owned<ElecSig> output;
         status = MakeOutput(call, ports, i, output);
         if (status != Status::Success) return status;
-        AddInputs(ports, matrix, i++, addition, *output);
+        AddInputs(ports, matrix, i++, params.addition, *output);
         cell.sig = output.release();
         cell.sigType = ElecSigType;
     }

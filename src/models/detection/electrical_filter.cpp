@@ -10,10 +10,9 @@
 
 #include "base/text.h"
 #include "base/units.h"
-#include "kernel/parameters.h"
 #include "kernel/sample_arrays.h"
 #include "models/common/electrical_spectrum.h"
-#include "models/common/refusals.h"
+#include "models/common/sampling.h"
 #include "numeric/fft.h"
 #include "numeric/messages.h"
 #include "numeric/special_functions.h"
@@ -91,17 +90,17 @@ void Apply(const Spectrum& spectrum, const FrequencyMap& y, const Prototype& pro
                   [&](double f) { return prototype(y(f)); });
 }
 
-Status NoMemory(std::string_view name, std::string& message) {
-    ReportNoMemory(message, name);
+Status NoMemory(std::string_view name, const ModelReport& report) {
+    ReportNoMemory(report.errorText, name);
     return Status::Error;
 }
 
 /// Poles on the unit circle, Butterworth's maximally flat response: |H|^2 = 1 / (1 + y^(2n)).
 Status Butterworth(const Spectrum& spectrum, Response response, ElectricalFilterParams& params,
-                   std::string& message) {
+                   const ModelReport& report) {
     const int n = params.order;
     const OwnedBlock<Complex> poles(NewSamples<Complex>(n));
-    if (!poles) return NoMemory("Butterworth -- filterPoles", message);
+    if (!poles) return NoMemory("Butterworth -- filterPoles", report);
     for (int k = 1; k <= n; ++k) {
         poles.get()[k] = Complex{0.0, 1.0} * Exp({0.0, (2 * k - 1) * pi / (2 * n)});
     }
@@ -113,11 +112,11 @@ Status Butterworth(const Spectrum& spectrum, Response response, ElectricalFilter
 /// Poles on an ellipse, equal ripple in the pass band: |H|^2 = 1 / (1 + eps^2 T_n(y)^2). The
 /// bandwidth is the 3 dB width; the ripple band ends where it is divided by c.
 Status Chebyshev(const Spectrum& spectrum, Response response, ElectricalFilterParams& params,
-                 std::string& message) {
+                 const ModelReport& report) {
     const int n = params.order;
     const double eps = params.ripple;
     const OwnedBlock<Complex> poles(NewSamples<Complex>(n));
-    if (!poles) return NoMemory("Chebyshev -- filterPoles", message);
+    if (!poles) return NoMemory("Chebyshev -- filterPoles", report);
     params.dcFactor = n % 2 == 0 ? 1.0 / std::sqrt(eps * eps + 1.0) : 1.0;
     const double a = Asinh(1.0 / eps) / n;
     Complex atDc{1.0, 0.0};
@@ -143,10 +142,10 @@ double BesselScale(int order) {
 /// Reverse Bessel polynomial, maximally flat delay:
 /// a_k = (2n - k)! / (2^(n - k) k! (n - k)!), here divided by a_0.
 Status Bessel(const Spectrum& spectrum, Response response, ElectricalFilterParams& params,
-              std::string& message) {
-    const std::int16_t n = params.order;
+              const ModelReport& report) {
+    const int n = params.order;
     const OwnedBlock<double> coeff(NewSamples<double>(n + 1));
-    if (!coeff) return NoMemory("Bessel -- coeff", message);
+    if (!coeff) return NoMemory("Bessel -- coeff", report);
     const auto factorial = [](int k) { return factrl(static_cast<std::int16_t>(k)); };
     for (int k = 0; k <= n; ++k) {
         coeff.get()[1 + k] =
@@ -162,7 +161,7 @@ Status Bessel(const Spectrum& spectrum, Response response, ElectricalFilterParam
 struct FilterType {
     std::string_view word;
     Response response;
-    Status (*apply)(const Spectrum&, Response, ElectricalFilterParams&, std::string&);
+    Status (*apply)(const Spectrum&, Response, ElectricalFilterParams&, const ModelReport&);
 };
 constexpr FilterType filterTypes[] = {
     {"LPbutterworth", Response::LowPass, Butterworth},
@@ -176,10 +175,11 @@ constexpr FilterType filterTypes[] = {
     {"BPbessel", Response::BandPass, Bessel},
 };
 
-/// Replaces the decibels of gain and ripple and refuses what has no transfer function.
-Status PrepareFilter(const FilterType& type, ElectricalFilterParams& params, std::string& message) {
+/// Replaces the decibels of the ripple by eps and refuses what has no transfer function.
+Status PrepareFilter(const FilterType& type, ElectricalFilterParams& params,
+                     const ModelReport& report) {
     const auto refuse = [&](std::string_view what, double value, std::string_view limits) {
-        return RefuseComponent(params.owner, Concat("filter ", what, " ", value, limits), message);
+        return report.Refuse("filter ", what, " ", value, limits);
     };
     if (params.order < 1 || params.order > maxFilterOrder) {
         return refuse("order", params.order, Concat(" is not in 1..", maxFilterOrder));
@@ -190,10 +190,9 @@ Status PrepareFilter(const FilterType& type, ElectricalFilterParams& params, std
     if (type.response == Response::BandPass && !std::isfinite(params.center)) {
         return refuse("center", params.center, " Hz is not finite");
     }
-    const double gainDb = params.gain, rippleDb = params.ripple;
-    params.gain = std::pow(10.0, 0.05 * gainDb);
-    if (!std::isfinite(params.gain)) return refuse("gain", gainDb, " dB is not finite");
-    params.ripple = std::sqrt(std::pow(10.0, 0.1 * rippleDb) - 1.0);
+    if (!std::isfinite(params.gain)) return refuse("gain", params.gain, " is not finite");
+    const double rippleDb = params.ripple;
+    params.ripple = std::sqrt(PowerRatio(rippleDb) - 1.0);
     if (type.apply == Chebyshev && !(params.ripple > 0.0 && rippleDb <= maxRippleDb)) {
         return refuse("ripple", rippleDb,
                       Concat(" dB is not above 0 and at most ", maxRippleDb, " dB"));
@@ -201,60 +200,41 @@ Status PrepareFilter(const FilterType& type, ElectricalFilterParams& params, std
     return Status::Success;
 }
 
-/// The order fits 16 bits; what does not must not come back as a small one.
-std::int16_t NarrowOrder(std::int32_t order) {
-    using Limits = std::numeric_limits<std::int16_t>;
-    return static_cast<std::int16_t>(std::clamp<std::int32_t>(order, Limits::min(), Limits::max()));
-}
-
 Status CheckPortTypes(const ModelCall& call) {
     if (!call.inputs || call.inputs->sigType != ElecSigType) {
-        call.errorText += "Input signal type incorrect for the electrical filter.\n";
-        call.errorText += "Input signal type must be electrical.\n";
-        return Status::Error;
+        return call.Fail(
+            "Input signal type incorrect for the electrical filter.\n"
+            "Input signal type must be electrical.\n");
     }
     if (!call.outputs || call.outputs->sigType != ElecSigType) {
-        call.errorText += "Output signal type incorrect for the electrical filter.\n";
-        call.errorText += "Output signal type must be electrical.\n";
-        return Status::Error;
+        return call.Fail(
+            "Output signal type incorrect for the electrical filter.\n"
+            "Output signal type must be electrical.\n");
     }
     return Status::Success;
 }
 
 }  // namespace
 
-ElectricalFilterParams ReadElectricalFilterParams(const Component& component,
-                                                  std::string_view prefix) {
-    Parameter* list = component.parameters;
-    const auto named = [prefix](std::string_view name) { return Concat(prefix, name); };
-    ElectricalFilterParams params;
-    params.owner = component.name;
-    params.type = GetParamText(list, named("type"), "");
-    params.bandwidth = GetParamDouble(list, named("bandwidth"), 0.0);
-    params.center = GetParamDouble(list, named("geometricCenter"), 0.0);
-    params.order = NarrowOrder(GetParamInt(list, named("order"), 0));
-    params.gain = GetParamDouble(list, named("lossGain"), 0.0);
-    params.ripple = GetParamDouble(list, named("passbandRipple"), 0.0);
-    return params;
+std::vector<ParamSpec> ElectricalFilterParamSpecs() {
+    return SpecsOf(electricalFilterRows);
 }
 
 Status DoEleFilter(const ElecSig* signal, double* spectrum, ElectricalFilterParams params,
-                   std::string& message) {
+                   const ModelReport& report) {
     if (!signal) {
-        message += "Empty input ElecSig in DoEleFilter\n";
-        return Status::Error;
+        return report.Fail("Empty input ElecSig in DoEleFilter\n");
     }
     if (!spectrum) {
-        message += "Empty input data in DoEleFilter\n";
-        return Status::Error;
+        return report.Fail("Empty input data in DoEleFilter\n");
     }
     const auto* type =
         std::find_if(std::begin(filterTypes), std::end(filterTypes),
                      [&](const FilterType& candidate) { return candidate.word == params.type; });
     if (type == std::end(filterTypes)) return Status::Success;
-    if (PrepareFilter(*type, params, message) != Status::Success) return Status::Error;
+    if (PrepareFilter(*type, params, report) != Status::Success) return Status::Error;
     const double df = 1.0 / (signal->noPoints * signal->tStep);
-    return type->apply({spectrum, signal->noPoints, df}, type->response, params, message);
+    return type->apply({spectrum, signal->noPoints, df}, type->response, params, report);
 }
 
 Status ElectricalFilter(const ModelCall& call) {
@@ -263,16 +243,16 @@ Status ElectricalFilter(const ModelCall& call) {
     if (!input) return Status::Success;
     Owned<ElecSig> output;
     if (Make(output, CopyElecSig, input)) {
-        call.errorText += "Error copying input signal to output in electrical filter\n";
-        return Status::Error;
+        return call.Fail("Error copying input signal to output in electrical filter\n");
     }
-    const ElectricalFilterParams params = ReadElectricalFilterParams(call.component, "");
+    ElectricalFilterParams params;
+    ReadParams(electricalFilterRows, call.component.parameters, params);
     const std::int32_t n = output->noPoints;
-    if (CheckSampling(n, output->tStep, 1, params.owner, call.errorText) != Status::Success) {
+    if (CheckSampling(n, output->tStep, 1, call) != Status::Success) {
         return Status::Error;
     }
     DoFFT(output->fftView, n, -1);
-    if (DoEleFilter(output.get(), output->fftView, params, call.errorText) != Status::Success) {
+    if (DoEleFilter(output.get(), output->fftView, params, call) != Status::Success) {
         return Status::Error;
     }
     ReturnToTime(output->fftView, n);

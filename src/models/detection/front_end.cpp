@@ -7,7 +7,6 @@
 
 #include "base/line_reader.h"
 #include "base/text.h"
-#include "kernel/parameters.h"
 #include "kernel/sample_arrays.h"
 #include "numeric/interpolation.h"
 
@@ -82,17 +81,6 @@ struct TableTransfer {
 
 }  // namespace
 
-FrontEndParams ReadFrontEndParams(const Component& component) {
-    Parameter* list = component.parameters;
-    FrontEndParams frontEnd;
-    frontEnd.modelType = GetParamText(list, "fe_modeltype", "");
-    frontEnd.tZ = GetParamDouble(list, "fe_tZ", 0.0);
-    frontEnd.zero = GetParamDouble(list, "fe_zero", 0.0);
-    frontEnd.pole = GetParamDouble(list, "fe_pole", 0.0);
-    frontEnd.filename = GetParamText(list, "fe_filename", "");
-    return frontEnd;
-}
-
 Status ReadFrontEndTable(std::string_view text, FrontEndParams& frontEnd, std::string& reason) {
     LineReader reader(text, frontEnd.filename);
     reader.Next();
@@ -132,14 +120,12 @@ std::string BadTableText(const FrontEndParams& frontEnd) {
 }
 
 Status FrontEnd(const ElecSig* esOut, const FrontEndParams& frontEnd, Complex* H,
-                std::string& message) {
+                const ModelReport& report) {
     if (!esOut || !H) {
-        message += "Empty input ElecSig in FrontEnd().\n";
-        return Status::Error;
+        return report.Fail("Empty input ElecSig in FrontEnd().\n");
     }
     if (esOut->domain != FreqDomain) {
-        message += "Error input signal domain in FrontEnd().\n";
-        return Status::Error;
+        return report.Fail("Error input signal domain in FrontEnd().\n");
     }
     const long n = esOut->noPoints;
     const double df = 1.0 / (static_cast<double>(n) * esOut->tStep);
@@ -150,13 +136,9 @@ Status FrontEnd(const ElecSig* esOut, const FrontEndParams& frontEnd, Complex* H
         return Status::Success;
     }
     if (frontEnd.modelType != "custom") {
-        message += "Error in FrontEnd amplifier type.\n";
-        return Status::Error;
+        return report.Fail("Error in FrontEnd amplifier type.\n");
     }
-    if (frontEnd.count < 1) {
-        message += BadTableText(frontEnd);
-        return Status::Error;
-    }
+    if (frontEnd.count < 1) return report.Fail(BadTableText(frontEnd));
     const double* re = frontEnd.realPart.get();
     const double* im = frontEnd.imagPart.get();
     H[1] = MakeComplex(Magnitude({re[1], im[1]}));

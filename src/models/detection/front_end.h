@@ -22,8 +22,13 @@ struct FrontEndParams {
     std::int32_t count = 0;
 };
 
-/// Reads `fe_modeltype`, `fe_tZ`, `fe_zero`, `fe_pole`, `fe_filename`; no table yet.
-FrontEndParams ReadFrontEndParams(const Component& component);
+/// The table of a custom front end is read apart.
+inline constexpr ParamRow<FrontEndParams> frontEndRows[] = {
+    {"fe_modeltype", &FrontEndParams::modelType, "defined", Words{"defined custom"}},
+    {"fe_tZ", &FrontEndParams::tZ, 500.0},
+    {"fe_zero", &FrontEndParams::zero, 30e3},
+    {"fe_pole", &FrontEndParams::pole, 15e9},
+    {"fe_filename", &FrontEndParams::filename, ""}};
 
 /// Fills the table from the text of a file: a number of rows n, then in each line a frequency and
 /// the two parts of the transfer; what stands behind n rows is not looked at. A text that ends
@@ -37,6 +42,6 @@ std::string BadTableText(const FrontEndParams& frontEnd);
 /// Fills H[1..esOut->noPoints], V/A, in transform order. esOut tells the sampling and must be in
 /// the frequency domain.
 Status FrontEnd(const ElecSig* esOut, const FrontEndParams& frontEnd, Complex* H,
-                std::string& message);
+                const ModelReport& report);
 
 }  // namespace photrak

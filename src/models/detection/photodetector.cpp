@@ -3,10 +3,8 @@
 #include "models/detection/photodetector.h"
 
 #include <cmath>
-#include <numbers>
 
 #include "base/units.h"
-#include "kernel/parameters.h"
 #include "models/common/electrical_spectrum.h"
 #include "numeric/fft.h"
 
@@ -22,10 +20,9 @@ void DeriveFields(PhotoDetectorParams& detector, double wavelength) {
     detector.electronTransit = detector.layerThickness / detector.electronVelocity;
     detector.holeTransit = detector.layerThickness / detector.holeVelocity;
     detector.opticalDepth = detector.absorptionCoeff * detector.layerThickness;
-    if (detector.quantumEff < 0.0) {
+    if (detector.computesEff || detector.quantumEff < 0.0) {
         detector.quantumEff = -std::expm1(-detector.opticalDepth) * (1.0 - detector.reflectivity);
     }
-    detector.lossGain = std::pow(10.0, 0.05 * detector.lossGain);
     detector.darkShotDensity = twiceElementaryCharge * detector.darkCurrent;
     detector.responsivity = wavelength * detector.quantumEff * responsivityPerMeter;
 }
@@ -92,7 +89,8 @@ struct IntrinsicResponse {
     }
 };
 
-Status ApplyResponse(const PhotoDetectorParams& detector, ElecSig& esOut, std::string& message) {
+Status ApplyResponse(const PhotoDetectorParams& detector, ElecSig& esOut,
+                     const ModelReport& report) {
     const long n = esOut.noPoints;
     const double df = 1.0 / (static_cast<double>(n) * esOut.tStep);
     if (detector.modelType == "empirical") {
@@ -105,9 +103,9 @@ Status ApplyResponse(const PhotoDetectorParams& detector, ElecSig& esOut, std::s
             IntrinsicResponse{detector.lossGain, detector.opticalDepth, detector.electronTransit,
                               detector.holeTransit, detector.RC});
     } else {
-        message += "Error model type for the Photodetector.\n";
-        message += "Allowed model types are: empirical and intrinsic.\n";
-        return Status::Error;
+        return report.Fail(
+            "Error model type for the Photodetector.\n"
+            "Allowed model types are: empirical and intrinsic.\n");
     }
     MultiplyElement(esOut.fftView, 1, MakeComplex(detector.lossGain));
     return Status::Success;
@@ -115,45 +113,16 @@ Status ApplyResponse(const PhotoDetectorParams& detector, ElecSig& esOut, std::s
 
 }  // namespace
 
-PhotoDetectorParams ReadPhotoDetectorParams(const Component& component) {
-    Parameter* list = component.parameters;
-    const auto number = [list](std::string_view name, double fallback = 0.0) {
-        return GetParamDouble(list, name, fallback);
-    };
-    PhotoDetectorParams detector;
-    detector.modelType = GetParamText(list, "pd_modeltype", "");
-    detector.loadResistance = number("pd_loadResistance");
-    detector.seriesResistance = number("pd_seriesResistance");
-    detector.deviceCapacitance = number("pd_deviceCapacitance");
-    detector.layerThickness = number("pd_layerThickness");
-    detector.electronVelocity = number("pd_electronVelocity");
-    detector.holeVelocity = number("pd_holeVelocity");
-    detector.absorptionCoeff = number("pd_absorptionCoeff");
-    detector.reflectivity = number("pd_reflectivity");
-    detector.quantumEff = number("pd_quantumEff");
-    detector.lossGain = number("pd_lossGain");
-    detector.darkCurrent = number("pd_darkCurrent");
-    detector.respfp = number("pd_respfp");
-    detector.respfo = number("pd_respfo");
-    detector.respg = number("pd_respg");
-    detector.APD_Multiplier = number("pd_APD_Multiplier", 1.0);
-    detector.ionizationCoef = number("pd_ionizationCoef", 1.0);
-    detector.detect = GetParamText(list, "pd_detect", "") == "true";
-    if (GetParamText(list, "pd_QEmethod", "") == "Computed") detector.quantumEff = -1.0;
-    return detector;
-}
-
 Status DetectPulse(const OpSig* optical, ElecSig* esOut, PhotoDetectorParams& detector,
-                   std::string& message) {
+                   const ModelReport& report) {
     if (!optical || !esOut || ResizeElecSig(esOut, optical->noPoints)) {
-        message += "Empty input ElecSig in DetectPulse().\n";
-        return Status::Error;
+        return report.Fail("Empty input ElecSig in DetectPulse().\n");
     }
     DeriveFields(detector, optical->wavelength);
     FillPhotocurrent(*optical, detector, *esOut);
     DoFFT(esOut->fftView, esOut->noPoints, -1);
     if (!detector.detect) return Status::Success;
-    return ApplyResponse(detector, *esOut, message);
+    return ApplyResponse(detector, *esOut, report);
 }
 
 }  // namespace photrak

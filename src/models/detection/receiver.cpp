@@ -7,10 +7,9 @@
 #include "base/arrays.h"
 #include "base/text.h"
 #include "base/units.h"
-#include "kernel/parameters.h"
 #include "kernel/sample_arrays.h"
 #include "models/common/electrical_spectrum.h"
-#include "models/common/refusals.h"
+#include "models/common/sampling.h"
 #include "numeric/messages.h"
 #include "numeric/samples.h"
 #include "platform/file_system.h"
@@ -21,10 +20,10 @@ namespace {
 constexpr std::int32_t fewestSamples = 8;  // fewer have next to no spectrum to integrate over
 constexpr std::size_t maxTableFileBytes = std::size_t{1} << 28;
 
-Status Fail(std::string_view text, std::string& message) {
-    message += text;
-    return Status::Error;
-}
+constexpr ParamRow<NoisePolynomial> noiseRows[] = {{"n_a0", &NoisePolynomial::a0, 1e-22},
+                                                   {"n_a2", &NoisePolynomial::a2, 0.0},
+                                                   {"n_a4", &NoisePolynomial::a4, 0.0},
+                                                   {"n_a6", &NoisePolynomial::a6, 0.0}};
 
 const OpSig& StrongestChannel(const OpSig* channels) {
     const OpSig* strongest = channels;
@@ -84,20 +83,18 @@ void SumPowers(const OpSig* channels, const OpSig& strongest, Polarization which
 
 /// Everything that a stage could stumble over, before any stage runs.
 Status CheckInput(const OpSig* channels, const OpSig& strongest, const ReceiverParams& params,
-                  std::string& message) {
+                  const ModelReport& report) {
     const Status sampling =
-        CheckSampling(strongest.noPoints, strongest.tStep, fewestSamples, params.owner, message);
+        CheckSampling(strongest.noPoints, strongest.tStep, fewestSamples, report);
     if (sampling != Status::Success) return sampling;
     for (const OpSig& other : Items(channels)) {
         if (other.noPoints < 1 || Lookup(other, strongest).Works(strongest.noPoints)) continue;
-        return RefuseComponent(params.owner,
-                               Concat("a channel with the time step ", other.tStep,
-                                      " s and the start time ", other.startTime, " s"),
-                               message);
+        return report.Refuse("a channel with the time step ", other.tStep, " s and the start time ",
+                             other.startTime, " s");
     }
     if (params.frontEnd.modelType == "custom" && params.frontEnd.count < 1) {
-        message += BadTableText(params.frontEnd);
-        return RefuseComponent(params.owner, "a custom front end without a table", message);
+        report.errorText += BadTableText(params.frontEnd);
+        return report.Refuse("a custom front end without a table");
     }
     return Status::Success;
 }
@@ -142,116 +139,114 @@ NoiseTerms Terms(const ReceiverTransfer& transfer, double peak, const OpticalNoi
 
 /// The stages behind the optical sum: spectrum of the current, transfer array, voltage, noise.
 Status RunChain(const OpSig& light, const OpSigASE* ase, const ReceiverParams& params, Complex* H,
-                ElecSig& esOut, std::string& message) {
+                ElecSig& esOut, const ModelReport& report) {
     PhotoDetectorParams detector = params.detector;
-    if (DetectPulse(&light, &esOut, detector, message) != Status::Success) {
-        return Fail("Error in detecting signal in Receiver().\n", message);
+    if (DetectPulse(&light, &esOut, detector, report) != Status::Success) {
+        return report.Fail("Error in detecting signal in Receiver().\n");
     }
-    if (FrontEnd(&esOut, params.frontEnd, H, message) != Status::Success) {
-        return Fail("Error in FrontEndAmp() in Receiver().\n", message);
+    if (FrontEnd(&esOut, params.frontEnd, H, report) != Status::Success) {
+        return report.Fail("Error in FrontEndAmp() in Receiver().\n");
     }
-    if (DoEleFilter(&esOut, DoubleView(H), params.filter, message) != Status::Success) {
-        return Fail("Error in DoEleFilter() in Receiver().\n", message);
+    if (DoEleFilter(&esOut, DoubleView(H), params.filter, report) != Status::Success) {
+        return report.Fail("Error in DoEleFilter() in Receiver().\n");
     }
     const long n = esOut.noPoints;
     const double peak = std::sqrt(PeakMagnitudeSquared(DoubleView(H), 2 * n));
     if (!(peak > 0.0)) {
-        return RefuseComponent(params.owner, "front end and filter pass nothing", message);
+        return report.Refuse("front end and filter pass nothing");
     }
     ToVoltage(esOut, H);
     const ReceiverTransfer transfer{H, n, 1.0 / (static_cast<double>(n) * esOut.tStep)};
     const OpticalNoise noise{ase, light.wavelength, light.RIN};
     if (!FillSigma(esOut, Terms(transfer, peak, noise, detector, params.noise))) {
-        return RefuseComponent(params.owner, "a voltage or its noise is not a finite number",
-                               message);
+        return report.Refuse("a voltage or its noise is not a finite number");
     }
     return Status::Success;
 }
 
-Status CheckCells(const Nodelist* input, const Nodelist* output, std::string& message) {
+Status CheckCells(const Nodelist* input, const Nodelist* output, const ModelReport& report) {
     if (!input || input->sigType != OpSigType) {
-        return Fail(
+        return report.Fail(
             "Input signal type incorrect for the receiver.\n"
-            "Input signal type must be OPSIG.\n",
-            message);
+            "Input signal type must be OPSIG.\n");
     }
     const auto* signal = static_cast<const OpSignal*>(input->sig);
     if (!signal || !signal->channels) {
-        message += "Receiver has no input signal.\n";
-        return Status::Warning;
+        return report.Warn("Receiver has no input signal.\n");
     }
     if (!output || output->sigType != ElecSigType) {
-        return Fail(
+        return report.Fail(
             "Output signal type incorrect for the receiver.\n"
-            "Output signal type must be ELECSIG.\n",
-            message);
+            "Output signal type must be ELECSIG.\n");
     }
     return Status::Success;
 }
 
+Status ReadParameters(const ModelCall& call, ReceiverParams& params) {
+    Parameter* list = call.component.parameters;
+    ReadParams(photoDetectorRows, list, params.detector);
+    ReadParams(frontEndRows, list, params.frontEnd);
+    ReadParams(receiverFilterRows, list, params.filter);
+    ReadParams(noiseRows, list, params.noise);
+    Status status = CheckParams(photoDetectorRows, params.detector, call);
+    if (status == Status::Success) status = CheckParams(frontEndRows, params.frontEnd, call);
+    if (status == Status::Success) status = CheckParams(noiseRows, params.noise, call);
+    return status;
+}
+
 /// An unreadable file leaves the table empty, which Receiver reports.
-Status LoadTable(ReceiverParams& params, std::string& errorText) {
-    FrontEndParams& frontEnd = params.frontEnd;
+Status LoadTable(FrontEndParams& frontEnd, const ModelReport& report) {
     std::string text, reason;
     if (frontEnd.modelType != "custom" || frontEnd.filename.empty() ||
         !ReadWholeFile(frontEnd.filename, text, reason, maxTableFileBytes) ||
         ReadFrontEndTable(text, frontEnd, reason) == Status::Success) {
         return Status::Success;
     }
-    errorText += BadTableText(frontEnd);
-    return RefuseComponent(params.owner, Concat("front end table: ", reason), errorText);
+    report.errorText += BadTableText(frontEnd);
+    return report.Refuse("front end table: ", reason);
 }
 
 }  // namespace
 
-ReceiverParams ReadReceiverParams(const Component& component) {
-    ReceiverParams params;
-    params.owner = component.name;
-    params.detector = ReadPhotoDetectorParams(component);
-    params.frontEnd = ReadFrontEndParams(component);
-    params.filter = ReadElectricalFilterParams(component, "flt_");
-    params.noise = {GetParamDouble(component.parameters, "n_a0", 0.0),
-                    GetParamDouble(component.parameters, "n_a2", 0.0),
-                    GetParamDouble(component.parameters, "n_a4", 0.0),
-                    GetParamDouble(component.parameters, "n_a6", 0.0)};
-    return params;
+std::vector<ParamSpec> ReceiverParamSpecs() {
+    return SpecsOf(photoDetectorRows, frontEndRows, receiverFilterRows, noiseRows);
 }
 
 Status Receiver(const Nodelist* input, const ReceiverParams& params, Nodelist* output,
-                std::string& message) {
-    const Status cells = CheckCells(input, output, message);
+                const ModelReport& report) {
+    const Status cells = CheckCells(input, output, report);
     if (cells != Status::Success) return cells;
     const auto& signal = *static_cast<const OpSignal*>(input->sig);
     const OpSig& strongest = StrongestChannel(signal.channels);
-    if (CheckInput(signal.channels, strongest, params, message) != Status::Success) {
+    if (CheckInput(signal.channels, strongest, params, report) != Status::Success) {
         return Status::Error;
     }
     const std::int32_t n = strongest.noPoints;
     Owned<ElecSig> esOut;
     if (Make(esOut, CreateElecSig, n))
-        return Fail("Error in creating esout in Receiver().\n", message);
+        return report.Fail("Error in creating esout in Receiver().\n");
     const OwnedBlock<Complex> H(NewSamples<Complex>(n));
     if (!H) {
-        ReportNoMemory(message, "Receiver()-- receiver");
+        ReportNoMemory(report.errorText, "Receiver()-- receiver");
         return Status::Error;
     }
     const OwnedBlock<double> Is(NewSamples<double>(n));
     if (!Is) {
-        ReportNoMemory(message, "Receiver() -- Is");
+        ReportNoMemory(report.errorText, "Receiver() -- Is");
         return Status::Error;
     }
     Owned<OpSig> light;
     if (Make(light, CopyOpSig, &strongest)) {
-        return Fail("Error in copying optical signal - receiver().\n", message);
+        return report.Fail("Error in copying optical signal - receiver().\n");
     }
     for (const Polarization which : {&OpSig::Ex_samples, &OpSig::Ey_samples}) {
         if ((*light).*which) SumPowers(signal.channels, strongest, which, *light, Is.get());
     }
-    const Status status = RunChain(*light, signal.noise, params, H.get(), *esOut, message);
+    const Status status = RunChain(*light, signal.noise, params, H.get(), *esOut, report);
     if (status != Status::Success) return status;
     OpSig* finished = light.release();
     if (FreeOpSig(&finished) != 0) {
-        return Fail("Error in destroying optical signal - receiver().\n", message);
+        return report.Fail("Error in destroying optical signal - receiver().\n");
     }
     output->sig = esOut.release();
     output->sigType = ElecSigType;
@@ -259,11 +254,10 @@ Status Receiver(const Nodelist* input, const ReceiverParams& params, Nodelist* o
 }
 
 Status ReceiverModel(const ModelCall& call) {
-    ReceiverParams params = ReadReceiverParams(call.component);
-    if (LoadTable(params, call.errorText) != Status::Success) return Status::Error;
-    std::string message;
-    const Status status = Receiver(call.inputs, params, call.outputs, message);
-    call.errorText += message;
+    ReceiverParams params;
+    if (ReadParameters(call, params) != Status::Success) return Status::Error;
+    if (LoadTable(params.frontEnd, call) != Status::Success) return Status::Error;
+    const Status status = Receiver(call.inputs, params, call.outputs, call);
     if (status != Status::Success) call.errorText += "\n";
     return status;
 }
