@@ -25,6 +25,29 @@ std::string MoreText(std::size_t left) {
     return Concat("and ", left, " more");
 }
 
+void DrawRow(Drawing& drawing, const Plot& plot, const LegendRow& row, const Rect& area) {
+    const Curve& curve = plot.curves[row.curve];
+    const double opacity = row.hidden ? 0.35 : curve.held ? 0.5 : 1.0;
+    const double middle = area.Center().y, start = area.x + margin;
+    const Role role = CurveRole(curve.place);
+    drawing.Add(Segments{{{start, middle}, {start + sampleWidth, middle}},
+                         {role, 2.0, CurveDash(curve.place), opacity}});
+    if (plot.spec.symbols != CurveSymbols::None) {
+        drawing.Add(Symbols{
+            {{start + 0.5 * sampleWidth, middle}}, CurveMarker(curve.place), 7.0, role, opacity});
+    }
+    drawing.Add(TextItem{{start + sampleWidth + gapToText, middle + 0.36 * legendTextSize},
+                         row.text,
+                         legendTextSize,
+                         row.hidden ? Role::Dim : Role::Ink,
+                         Anchor::Start,
+                         Weight::Regular,
+                         false});
+    drawing.marks.push_back({Concat("legend:", row.curve), area,
+                             row.hidden ? curve.name + ", hidden" : curve.name,
+                             "Click hides or shows it, double click shows it alone"});
+}
+
 }  // namespace
 
 Legend MakeLegend(const Plot& plot, const PlotView& view, double height,
@@ -73,30 +96,7 @@ void DrawLegend(Drawing& drawing, const Plot& plot, const Legend& legend, const 
     drawing.Add(Box{box, true, Role::Paper, 0.88, true, {Role::Grid, 1.0, Dash::Solid, 1.0}});
     double y = box.y + 0.5 * margin;
     for (const LegendRow& row : legend.rows) {
-        const Curve& curve = plot.curves[row.curve];
-        const double opacity = row.hidden ? 0.35 : curve.held ? 0.5 : 1.0;
-        const double middle = y + 0.5 * rowHeight, start = box.x + margin;
-        const Role role = CurveRole(curve.place);
-        drawing.Add(Segments{{{start, middle}, {start + sampleWidth, middle}},
-                             {role, 2.0, CurveDash(curve.place), opacity}});
-        if (plot.spec.symbols != CurveSymbols::None) {
-            drawing.Add(Symbols{{{start + 0.5 * sampleWidth, middle}},
-                                CurveMarker(curve.place),
-                                7.0,
-                                role,
-                                opacity});
-        }
-        drawing.Add(TextItem{{start + sampleWidth + gapToText, middle + 0.36 * legendTextSize},
-                             row.text,
-                             legendTextSize,
-                             row.hidden ? Role::Dim : Role::Ink,
-                             Anchor::Start,
-                             Weight::Regular,
-                             false});
-        drawing.marks.push_back({Concat("legend:", row.curve),
-                                 {box.x, y, box.width, rowHeight},
-                                 row.hidden ? curve.name + ", hidden" : curve.name,
-                                 "Click hides or shows it, double click shows it alone"});
+        DrawRow(drawing, plot, row, {box.x, y, box.width, rowHeight});
         y += rowHeight;
     }
     if (legend.left > 0) {
