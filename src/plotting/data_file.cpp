@@ -34,12 +34,14 @@ constexpr int mostDigits = 15;
 const char* ReadShort(const char* p, const char* end, double& value) {
     bool negative = false;
     if (p < end && (*p == '-' || *p == '+')) negative = *p++ == '-';
-    std::int64_t mantissa = 0;
+    std::uint64_t mantissa = 0;  // of too many digits it wraps; they go to the library
     int digits = 0, power = 0;
-    for (; p < end && IsDigit(*p); ++p, ++digits) mantissa = 10 * mantissa + (*p - '0');
+    for (; p < end && IsDigit(*p); ++p, ++digits)
+        mantissa = 10 * mantissa + static_cast<std::uint64_t>(*p - '0');
     if (p < end && *p == '.') {
         const char* fraction = ++p;
-        for (; p < end && IsDigit(*p); ++p, ++digits) mantissa = 10 * mantissa + (*p - '0');
+        for (; p < end && IsDigit(*p); ++p, ++digits)
+            mantissa = 10 * mantissa + static_cast<std::uint64_t>(*p - '0');
         power = static_cast<int>(fraction - p);
     }
     if (digits == 0 || digits > mostDigits) return nullptr;
