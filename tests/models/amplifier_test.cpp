@@ -39,7 +39,8 @@ EdfaParams FlatAmplifier() {
 SCurves Curves(std::string_view text) {
     SCurves curves;
     std::string errorText;
-    EXPECT_EQ(ReadSCurves(text, "curves", "%s", curves, errorText), Status::Success) << errorText;
+    EXPECT_EQ(ReadSCurves(text, "curves", "%s", curves, {"A1", errorText}), Status::Success)
+        << errorText;
     return curves;
 }
 
@@ -210,7 +211,8 @@ TEST(SCurves, RefuseBrokenFilesByFileAndLine) {
     for (const auto& row : rows) {
         SCurves curves;
         std::string errorText;
-        EXPECT_EQ(ReadSCurves(row.text, "f%", "%s begins wrong", curves, errorText), Status::Error);
+        EXPECT_EQ(ReadSCurves(row.text, "f%", "%s begins wrong", curves, {"A1", errorText}),
+                  Status::Error);
         EXPECT_NE(errorText.find(row.message), std::string::npos) << errorText;
         EXPECT_TRUE(curves.empty());
     }

@@ -1,7 +1,6 @@
 // Runs a model on borrowed signals and frees what it stored at its outputs.
 #pragma once
 
-#include <array>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -28,8 +27,9 @@ class BlockRun {
              std::size_t outputCount = 1, std::int32_t outputType = UnknownSigType)
         : BlockRun(model, block.component, std::move(signals), outputCount, outputType) {}
     BlockRun(Status (*model)(const ModelCall&), Component& component, std::vector<Input> signals,
-             std::size_t outputCount = 1, std::int32_t outputType = UnknownSigType) {
-        std::array<Nodelist, 4> inputs{};
+             std::size_t outputCount = 1, std::int32_t outputType = UnknownSigType)
+        : outputs_(outputCount) {
+        std::vector<Nodelist> inputs(signals.size() + 1);
         for (std::size_t i = 0; i < signals.size(); ++i) {
             inputs[i] = {i + 1 < signals.size() ? &inputs[i + 1] : nullptr, signals[i].sigType,
                          signals[i].sig};
@@ -41,7 +41,7 @@ class BlockRun {
                         workspace_,
                         component,
                         options_,
-                        inputs.data(),
+                        signals.empty() ? nullptr : inputs.data(),
                         outputs_.data()});
     }
     ~BlockRun() {
@@ -68,7 +68,7 @@ class BlockRun {
 
     Workspace workspace_;
     SimOptions options_;
-    std::array<Nodelist, 4> outputs_{};
+    std::vector<Nodelist> outputs_;
 };
 
 }  // namespace photrak

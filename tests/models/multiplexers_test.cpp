@@ -1,10 +1,16 @@
 // Channels through multiplexers and demultiplexers, as levels whose powers tell what passed where.
 #include "models/optical/multiplexers.h"
 
+#include <sys/inotify.h>
+#include <unistd.h>
+
+#include "base/text.h"
 #include "models/block_run.h"
 #include "models/optical/optical_filter.h"
+#include "models/optical/splitter.h"
 #include "models/optical_fixture.h"
 #include "numeric/samples.h"
+#include "support/catalogue_block.h"
 #include "support/temp_dir.h"
 
 namespace photrak {
@@ -162,19 +168,86 @@ TEST(Multiplexers, AutoShiftsOnlyALoneChannelAndNeverTheLine) {
     Expect(FrequencyOf, loneAdded, 1, {f0, f0 + bin});
 }
 
-TEST(Multiplexers, RefuseWhatTheyCannotFilterAndPassOverEmptyPorts) {
+TEST(Multiplexers, RefuseWhatTheyCannotFilterInTheBlocksOwnWords) {
     const Owned<OpSignal> light = LevelAt(1.0, f0);
-    ModelBlock bank("B"), none("N");
-    SetBank(bank, "Gaussian");
-    bank.Number("firstFilterCenter", 10e9);  // below half the bandwidth
+    const struct {
+        std::string_view type, parameter;
+        double value;
+        std::string_view text;
+    } rows[] = {
+        {"Gaussian", "filterBW", 0.0, "parameter 'filterBW' is 0; it must be finite and above 0\n"},
+        {"Trapezoidal", "filterBW0dB", -1.0, "parameter 'filterBW0dB' is -1"},
+        {"FabryPerot", "filterFSR", 0.0, "parameter 'filterFSR' is 0"},
+        {"Gaussian", "filterOrder", 0.0, "parameter 'filterOrder' is 0; it must be at least 1\n"},
+        {"Ideal", "firstFilterCenter", 20e9,
+         "parameter 'filterBW' is 5e+10 Hz, too wide for a filter at 2e+10 Hz\n"},
+        {"Custom1", "filterSpacing", -2e14, "a filter has its center at -6.9e+12 Hz\n"}};
+    for (const auto& row : rows) {
+        ModelBlock bank("B");
+        SetBank(bank, row.type);
+        bank.Whole("filterOrder", 1);
+        if (row.parameter == "filterOrder")
+            bank.Whole(row.parameter, static_cast<std::int32_t>(row.value));
+        else
+            bank.Number(row.parameter, row.value);
+        const BlockRun run(RunOpticalDemux, bank, {light}, 2);
+        EXPECT_TRUE(run.IsEmpty());
+        EXPECT_TRUE(run.text.starts_with(Concat("ERROR: component 'B': ", row.text))) << run.text;
+    }
+    ModelBlock none("N");
     none.Word("filterType", "None");
-    const Owned<OpSignal> empty;
-    const BlockRun low(RunOpticalDemux, bank, {light}, 2);
-    EXPECT_NE(low.text.find("component 'B'"), std::string::npos) << low.text;
-    EXPECT_TRUE(low.IsEmpty());
     EXPECT_EQ(BlockRun(RunOpticalAddMux, none, {light}).text,
               "ERROR: component 'N': two inputs are needed\n");
-    Expect(PowerOf, BlockRun(RunIdealOpticalMux, none, {empty, light}), 0, {1.0});
+}
+
+/// How often files of a folder are opened and closed, as the system counts it. (Equal events in a
+/// row would count as one; these alternate.)
+class ReadCounter {
+  public:
+    explicit ReadCounter(const std::string& folder) {
+        inotify_add_watch(queue_, folder.c_str(), IN_OPEN | IN_CLOSE);
+    }
+    ~ReadCounter() { close(queue_); }
+    int Count() const {
+        alignas(inotify_event) char events[4096];
+        int count = 0;
+        const ssize_t bytes = read(queue_, events, sizeof events);
+        for (ssize_t at = 0; at < bytes; ++count) {
+            at += sizeof(inotify_event) + reinterpret_cast<inotify_event*>(events + at)->len;
+        }
+        return count / 2;
+    }
+
+  private:
+    int queue_ = inotify_init1(IN_NONBLOCK);
+};
+
+TEST(Multiplexers, ReadTheFileOfAllPortsOnce) {
+    const TempDir directory;
+    const std::string file = directory.Write(
+        "matrix.txt", "TransferMatrixFormat1 REAL LIN\n1 4 1 1 2\n0 0.1 0.2 0.3 0.4\n");
+    ModelBlock bank("B");
+    SetBank(bank, "Custom1");
+    bank.Word("filename", file);
+    const ReadCounter files(directory.Path());
+    const BlockRun run(RunOpticalDemux, bank, {LevelAt(1.0, f0)}, 4);
+    EXPECT_EQ(files.Count(), 1);
+    Expect(PowerOf, run, 3, {0.16});
+}
+
+TEST(Multiplexers, Take128Ports) {
+    const Owned<OpSignal> light = LevelAt(1.0, f0 + 127 * spacing), none;
+    CatalogueBlock demux("OpticalDEMUX", 1, 128), mux("IdealOpticalMUX", 128, 1),
+        splitter("IdealOpticalSplitter", 1, 128);
+    demux.Set("filterType", "Ideal");
+    const BlockRun apart(RunOpticalDemux, demux.Evaluated(), {light}, 128);
+    Expect(PowerOf, apart, 126, {0.0});
+    Expect(PowerOf, apart, 127, {1.0});
+    std::vector<BlockRun::Input> inputs(127, none);
+    inputs.emplace_back(light);
+    Expect(PowerOf, BlockRun(RunIdealOpticalMux, mux.Evaluated(), inputs), 0, {1.0});
+    const BlockRun shared(RunOpticalSplitter, splitter.Evaluated(), {light}, 128);
+    Expect(PowerOf, shared, 127, {1.0 / 128.0});
 }
 
 }  // namespace

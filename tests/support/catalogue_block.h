@@ -17,10 +17,11 @@ namespace photrak {
 
 class CatalogueBlock {
   public:
-    explicit CatalogueBlock(std::string_view type) {
+    explicit CatalogueBlock(std::string_view type, std::int32_t inputs = 1,
+                            std::int32_t outputs = 1) {
         EXPECT_EQ(InitializeModels(SourceDir() + "/catalogue/", catalogue_, text_), Status::Success)
             << text_;
-        component_ = AddComponent(*workspace_, type, "box", 1, 1, catalogue_);
+        component_ = AddComponent(*workspace_, type, "box", inputs, outputs, catalogue_);
         EXPECT_NE(component_, nullptr);
     }
     CatalogueBlock& Set(std::string_view name, std::string_view value) {

@@ -194,7 +194,7 @@ Status LoadCurves(const std::string& fileName, const CurveFileTexts& texts, SCur
     if (fileName.empty() || !ReadWholeFile(fileName, text, reason, maxCurveFileBytes)) {
         return report.Fail(FillIn(texts.cannotOpen, {report.owner, fileName}));
     }
-    return ReadSCurves(text, fileName, texts.notStarted, curves, report.errorText);
+    return ReadSCurves(text, fileName, texts.notStarted, curves, report);
 }
 
 }  // namespace

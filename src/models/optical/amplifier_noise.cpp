@@ -153,8 +153,7 @@ Status MakeEmission(const EdfaParams& params, double density, double inputPower,
                     Owned<OpSigASE>& emission, const ModelReport& report) {
     const Status status = MakeShape(params, density, inputPower, emission, report);
     if (status == Status::Success && IsFinite(*emission)) return Status::Success;
-    AppendPiece(report.errorText, "ERROR in EDFA creating noise spectrum\n");
-    return Status::Error;
+    return report.Fail("ERROR in EDFA creating noise spectrum\n");
 }
 
 }  // namespace photrak

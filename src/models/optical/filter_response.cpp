@@ -107,19 +107,27 @@ Complex Trapezoidal(const FilterResponse& response, double f) {
 
 // --- Fabry-Perot ---
 
-/// Mirrors that give the resonator its free range and width: R + 1/R = 2 + (tau dnu)^2.
+/// A width in m around a center in m as a width in Hz, without the difference of nearly equal
+/// numbers that OppositeWidth takes: a resonator may be narrower than the center by any factor.
+double NarrowWidth(double center, double width) {
+    return lightSpeed * width / ((center - width / 2.0) * (center + width / 2.0));
+}
+
+/// Mirrors that give the resonator its free range and width: R + 1/R = 2 + u^2 with u = tau dnu.
+/// The smaller root, and with it 1 - R, which is all that counts where R comes near 1.
 Status PrepareFromFreeRange(FilterResponse& response, const ModelReport& report) {
     const OpticalFilterRecord& record = response.record;
     const Status status = CheckRange(report, "FSR", record.FSR, Range::Positive);
     if (status != Status::Success) return status;
     const double lambda = record.wavelength;
     const double freeRange = lambda > record.FSR / 2.0
-                                 ? OppositeWidth(lambda, record.FSR)
+                                 ? NarrowWidth(lambda, record.FSR)
                                  : (1.0 / lambda - 1.0 / (lambda + record.FSR)) * lightSpeed;
     response.tau = pi / freeRange;
-    // R + 1/R = u^2 + 2. The smaller root, without the difference of nearly equal numbers.
-    const double u = response.tau * response.dnu;
-    response.R = 2.0 / (u * u + 2.0 + u * std::sqrt(u * u + 4.0));
+    const double u = response.tau * response.dnu, root = std::sqrt(u * u + 4.0);
+    const double divisor = u * u + 2.0 + u * root;
+    response.R = 2.0 / divisor;
+    response.T = u * (u + root) / divisor;
     return Status::Success;
 }
 
@@ -130,23 +138,24 @@ Status PrepareFabryPerot(FilterResponse& response, const ModelReport& report) {
     }
     Status status = PrepareBand(response, report);
     if (status != Status::Success) return status;
+    response.dnu = NarrowWidth(record.wavelength, record.BW);
     if (record.reflectivity == 0.0) {
         status = PrepareFromFreeRange(response, report);
     } else {
         response.R = record.reflectivity;
-        response.tau = pi / (std::sqrt(response.R) / (1.0 - response.R) * response.dnu * pi);
+        response.T = 1.0 - response.R;
+        response.tau = response.T / (std::sqrt(response.R) * response.dnu);
     }
     if (status != Status::Success) return status;
-    if (response.R < 1.0 && response.tau > 0.0 && std::isfinite(response.tau)) return status;
+    if (response.T > 0.0 && response.tau > 0.0 && std::isfinite(response.tau)) return status;
     return report.Refuse("no resonator has this bandwidth and free spectral range");
 }
 
+/// A = T exp(j phi) / (1 - R exp(2 j phi)), with T = 1 - R and exp(j phi) taken out of both.
 Complex FabryPerot(const FilterResponse& response, double f) {
-    const double phi = (f - response.nu0) * response.tau, R = response.R;
-    const Complex once{std::cos(phi), std::sin(phi)};
-    const Complex twice{std::cos(2.0 * phi), std::sin(2.0 * phi)};
+    const double phi = (f - response.nu0) * response.tau, R = response.R, T = response.T;
     const Complex one = MakeComplex(1.0);
-    const Complex A = ((1.0 - R) * once) / (one - R * twice);
+    const Complex A = MakeComplex(T) / Complex{T * std::cos(phi), -(1.0 + R) * std::sin(phi)};
     switch (response.record.inversion) {
         case Inversion::Power:
             // By design: the complement of the field's square, not of its power. Off
@@ -207,7 +216,7 @@ Complex Custom1(const FilterResponse& response, double f) {
     return AtFileWavelength(response, lightSpeed / f);
 }
 
-/// The file's width, scaled by BW, around the center.
+/// The file with its width scaled by BW and its center moved by the wavelength, which may be 0.
 Complex Custom2(const FilterResponse& response, double f) {
     const double low = response.matrix.firstWavelength, high = response.matrix.lastWavelength;
     const double BW = response.record.BW;
@@ -254,7 +263,9 @@ Status PrepareFilterResponse(const OpticalFilterRecord& record, FilterResponse& 
     const auto* type = std::find_if(std::begin(filterTypes), std::end(filterTypes),
                                     [&](const FilterType& row) { return row.word == record.type; });
     if (type == std::end(filterTypes)) return Status::Success;
-    Status status = CheckRange(report, "wavelength", record.wavelength, Range::Positive);
+    const bool isOffset = type->value == Custom2 && !record.shiftCarrier;
+    Status status = CheckRange(report, "wavelength", record.wavelength,
+                               isOffset ? Range::Finite : Range::Positive);
     if (status == Status::Success) status = CheckRange(report, "loss", record.loss, Range::Finite);
     if (status == Status::Success) status = type->prepare(response, report);
     if (status == Status::Success) response.value = type->value;

@@ -21,7 +21,7 @@ struct OpticalFilterRecord {
     std::int32_t order = 1;         // of the Gaussian
     double loss = 0.0;              // dB
     Inversion inversion = Inversion::None;
-    double wavelength = 1.0;           // center, m
+    double wavelength = 1.0;           // center, m; "Custom2": offset from that of the file
     double BW = 1.0;                   // m; a scale factor of "Custom2"
     double BW0dB = 1e-09;              // flat width of the trapezoid, m
     double FSR = 1.21e-07;             // free spectral range, m
@@ -42,7 +42,8 @@ struct FilterResponse {
     double nu0 = 0.0, dnu = 0.0;   // center and width, Hz
     double low = 0.0, high = 0.0;  // pass band or flat top, Hz
     double slope = 0.0;            // of the trapezoid: decades over 10 Hz
-    double R = 0.0, tau = 0.0;     // reflectivity; phase of a single pass, rad/Hz
+    double R = 0.0, T = 1.0;       // reflectivity of the mirrors, and 1 - R
+    double tau = 0.0;              // phase of a single pass, rad/Hz
     double L = 1.0;                // amplitude factor of the loss
     TransferMatrix matrix;         // of a custom type
     std::string matrixFile;        // that it was read from; empty without
@@ -53,8 +54,8 @@ struct FilterResponse {
 };
 
 /// Checks the record and works out what the response needs; reads the file of a custom type unless
-/// the response holds it from a record before. A file
-/// that cannot be opened gives "ERROR: can't open custom filter file.\n" and its reason.
+/// the response holds it from a record before. A file that cannot be opened gives "ERROR: can't
+/// open custom filter file.\n" and its reason.
 Status PrepareFilterResponse(const OpticalFilterRecord& record, FilterResponse& response,
                              const ModelReport& report);
 

@@ -1,6 +1,8 @@
 // Each model is its paths: which signal goes through which filter to which port.
 #include "models/optical/multiplexers.h"
 
+#include <algorithm>
+#include <cmath>
 #include <string>
 #include <utility>
 
@@ -67,13 +69,27 @@ MuxParams ReadTables(Parameter* parameters, const Tables&... tables) {
     return params;
 }
 
+/// A filter's center must be above 0 and, where the type has a band of its own, above half of it.
+Status CheckCenter(const MuxParams& params, double center, bool hasBand,
+                   const ModelReport& report) {
+    const std::string_view unit = params.inFrequency ? " Hz" : " m";
+    if (!(center > 0.0 && std::isfinite(center))) {
+        return report.Refuse("a filter has its center at ", center, unit);
+    }
+    if (!hasBand || params.BW < 2.0 * center) return Status::Success;
+    return report.Refuse("parameter 'filterBW' is ", params.BW, unit, ", too wide for a filter at ",
+                         center, unit);
+}
+
 /// What the filter type needs, under the names that the block has for it.
-Status CheckFilter(const MuxParams& params, const ModelReport& report) {
+Status CheckFilter(const MuxParams& params, const Nodelist* filteredPorts,
+                   const ModelReport& report) {
     const std::string& type = params.filterType;
     const bool isGaussian = type == "Gaussian", isTrapezoid = type == "Trapezoidal";
     const bool isResonator = type == "FabryPerot";
-    const bool hasWidth = isGaussian || isTrapezoid || isResonator || type == "Ideal" ||
-                          type == "Custom2" || type == "Custom3";
+    const bool hasBand = isGaussian || isTrapezoid || isResonator || type == "Ideal";
+    const bool hasWidth = hasBand || type == "Custom2" || type == "Custom3";
+    if (!hasWidth && type != "Custom1") return Status::Success;
     Status status = Status::Success;
     if (hasWidth) status = CheckRange(report, "filterBW", params.BW, Range::Positive);
     if (status == Status::Success && isTrapezoid) {
@@ -85,7 +101,18 @@ Status CheckFilter(const MuxParams& params, const ModelReport& report) {
     if (status == Status::Success && isGaussian && params.order < 1) {
         return report.RefuseValue("filterOrder", params.order, "at least 1");
     }
+    double center = params.center;
+    for ([[maybe_unused]] const Nodelist& port : Items(filteredPorts)) {
+        if (status == Status::Success) status = CheckCenter(params, center, hasBand, report);
+        center += params.spacing;
+    }
     return status;
+}
+
+/// The same where one filter serves all ports.
+Status CheckSingleFilter(const MuxParams& params, const ModelReport& report) {
+    const Nodelist one{};
+    return CheckFilter(params, &one, report);
 }
 
 // --- Filters ---
@@ -114,7 +141,7 @@ OpticalFilterRecord FilterAt(const MuxParams& params, double center) {
     if (!params.inFrequency) return record;
     record.wavelength = lightSpeed / center;
     record.BW = WidthInMeters(center, params.BW);
-    record.BW0dB = WidthInMeters(center, params.BW0dB);
+    record.BW0dB = WidthInMeters(center, std::min(params.BW0dB, params.BW));
     record.FSR = FsrInMeters(center, params.FSR);
     return record;
 }
@@ -224,7 +251,7 @@ Status RunIdealOpticalMux(const ModelCall& call) {
                                         bankRows, filterRows);
     FilterResponse response;
     OpSignals parts;
-    Status status = CheckFilter(params, call);
+    Status status = CheckFilter(params, call.inputs, call);
     if (status == Status::Success) status = CopyInputs("MUX", call.inputs, parts, call);
     double center = params.center;
     std::int32_t port = 0;
@@ -248,7 +275,7 @@ Status RunOpticalDemux(const ModelCall& call) {
         ReadTables(call.component.parameters, gaussianRows, bankRows, filterRows, shiftRows);
     FilterResponse response;
     const OpSignal* line = nullptr;
-    Status status = CheckFilter(params, call);
+    Status status = CheckFilter(params, call.outputs, call);
     if (status == Status::Success) status = ReadSingleInput(call, line);
     OpSignals separated;
     double center = params.center;
@@ -274,7 +301,7 @@ Status RunOpticalAddMux(const ModelCall& call) {
     FilterResponse response;
     OpSignals parts;
     Owned<OpSignal> joined;
-    Status status = CheckFilter(params, call);
+    Status status = CheckSingleFilter(params, call);
     if (status == Status::Success) status = CopyInputs("AddMux", call.inputs, parts, call);
     if (status == Status::Success) {
         status = AddToLine("AddMux", params, response, parts, joined, call);
@@ -292,7 +319,7 @@ Status RunOpticalDropMux(const ModelCall& call) {
     }
     const OpSignal* line = nullptr;
     Owned<OpSignal> through, dropped;
-    Status status = CheckFilter(params, call);
+    Status status = CheckSingleFilter(params, call);
     if (status == Status::Success) status = ReadSingleInput(call, line);
     if (status == Status::Success) {
         status = CopyThrough(NotchAt(params, params.center), response, line, through, call);
@@ -313,7 +340,7 @@ Status RunOpticalAddDropMux(const ModelCall& call) {
     }
     OpSignals parts;
     Owned<OpSignal> joined, dropped;
-    Status status = CheckFilter(params, call);
+    Status status = CheckSingleFilter(params, call);
     if (status == Status::Success) status = CopyInputs("AddDrop", call.inputs, parts, call);
     if (status == Status::Success) {
         status = AddToLine("AddDrop", params, response, parts, joined, call);

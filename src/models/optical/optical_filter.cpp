@@ -125,20 +125,20 @@ void StoreShift(OpticalFilterRecord& record, std::string_view word) {
 
 // What a type does not use is not judged: the response checks what it needs.
 using Record = OpticalFilterRecord;
-constexpr ParamRow<Record> rows[] = {
-    {"type", &Record::type, "Gaussian",
-     Words{"Gaussian FabryPerot Ideal Trapezoidal Custom1 Custom2 Custom3"}},
-    {"order", &Record::order, 1},
-    {"usepadding", StorePadding, "Yes", Words{"Yes No"}},
-    {"shiftcarrier", StoreShift, "No", Words{"Yes No"}},
-    {"wavelength", &Record::wavelength, 1.55e-6, Range::Positive},
-    {"BW", &Record::BW, 1e-9, Range::Positive},
-    {"inversion", StoreInversion, "None", Words{"None Power Amplitude"}},
-    {"loss", &Record::loss, 0.0},
-    {"BW0dB", &Record::BW0dB, 0.5e-9, Range::NotNegative},
-    {"FSR", &Record::FSR, 1.21e-07, Range::Positive},
-    {"reflectivity", &Record::reflectivity, 0.0, Range::NotNegative},
-    {"filename", &Record::filename, "none"}};
+using Row = ParamRow<Record>;
+constexpr Row rows[] = {{"type", &Record::type, "Gaussian",
+                         Words{"Gaussian FabryPerot Ideal Trapezoidal Custom1 Custom2 Custom3"}},
+                        {"order", &Record::order, 1},
+                        {"usepadding", StorePadding, "Yes", Words{"Yes No"}},
+                        {"shiftcarrier", StoreShift, "No", Words{"Yes No"}},
+                        Row{"wavelength", &Record::wavelength, 1.55e-6}.WhenAbsent(1.0),
+                        Row{"BW", &Record::BW, 1e-9, Range::Positive}.WhenAbsent(1.0),
+                        {"inversion", StoreInversion, "None", Words{"None Power Amplitude"}},
+                        {"loss", &Record::loss, 0.0},
+                        Row{"BW0dB", &Record::BW0dB, 0.5e-9, Range::NotNegative}.WhenAbsent(1e-9),
+                        {"FSR", &Record::FSR, 1.21e-07, Range::Positive},
+                        {"reflectivity", &Record::reflectivity, 0.0, Range::NotNegative},
+                        {"filename", &Record::filename, "none"}};
 
 struct DropParams {
     double dropThreshold = 0.0;  // W

@@ -43,8 +43,8 @@ class NumberText {
 
 class SCurveReader {
   public:
-    SCurveReader(std::string_view text, std::string_view fileName, std::string& errorText)
-        : numbers_(text), fileName_(fileName), errorText_(errorText) {}
+    SCurveReader(std::string_view text, std::string_view fileName, const ModelReport& report)
+        : numbers_(text), fileName_(fileName), report_(report) {}
 
     Status Read(std::string_view notStarted, SCurves& curves);
 
@@ -55,17 +55,13 @@ class SCurveReader {
     Status Finish();
 
     Status Refuse(std::string_view reason) {
-        AppendPiece(errorText_, Concat("ERROR: ", fileName_, ":", line_, ": ", reason, "\n"));
-        return Status::Error;
+        return report_.Fail("ERROR: ", fileName_, ":", line_, ": ", reason, "\n");
     }
-    Status OutOfMemory() {
-        AppendPiece(errorText_, "OpticalAmplifier: Error creating S curve data\n");
-        return Status::Error;
-    }
+    Status OutOfMemory() { return report_.Fail("OpticalAmplifier: Error creating S curve data\n"); }
 
     NumberText numbers_;
     std::string_view fileName_;
-    std::string& errorText_;
+    const ModelReport& report_;
     SCurves curves_;
     int line_ = 1;
     std::int32_t count_ = 0;  // points of the curve at hand
@@ -131,8 +127,7 @@ Status SCurveReader::ReadLine(bool& closed) {
 Status SCurveReader::Read(std::string_view notStarted, SCurves& curves) {
     NumberText ahead = numbers_;
     if (ahead.Next() != 0.0) {
-        AppendPiece(errorText_, FillIn(notStarted, {fileName_}));
-        return Status::Error;
+        return report_.Fail(FillIn(notStarted, {fileName_}));
     }
     wavelength_.reset(NewSamples<double>(maxCurvePoints));
     value_.reset(NewSamples<double>(maxCurvePoints));
@@ -157,8 +152,8 @@ double CurveValue(const SCurve& curve, double x) {
 }  // namespace
 
 Status ReadSCurves(std::string_view text, std::string_view fileName, std::string_view notStarted,
-                   SCurves& curves, std::string& errorText) {
-    return SCurveReader(text, fileName, errorText).Read(notStarted, curves);
+                   SCurves& curves, const ModelReport& report) {
+    return SCurveReader(text, fileName, report).Read(notStarted, curves);
 }
 
 SCurvePair ChooseSCurves(const SCurves& curves, double inputPower) {

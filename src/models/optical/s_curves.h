@@ -3,12 +3,11 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
 #include <string_view>
 #include <vector>
 
 #include "base/memory.h"
-#include "base/status.h"
+#include "kernel/model_report.h"
 
 namespace photrak {
 
@@ -29,7 +28,7 @@ inline constexpr std::size_t maxCurves = 1000;
 /// `notStarted`, with the file for its %s. On failure `curves` is as it was.
 [[nodiscard]] Status ReadSCurves(std::string_view text, std::string_view fileName,
                                  std::string_view notStarted, SCurves& curves,
-                                 std::string& errorText);
+                                 const ModelReport& report);
 
 /// The curves between which an input power lies; both may be the same one. They are borrowed.
 struct SCurvePair {
