@@ -120,17 +120,21 @@ class Painting {
 
     bool Shown(std::size_t i) const { return !view_.IsHidden(plot_.curves[i]); }
 
+    /// Very many curves are drawn as far as a picture of usable size goes, and a note says so.
     void ReduceAll() {
+        constexpr std::size_t mostVertices = 4'000'000, mostCurves = 20'000;
         parts_.assign(plot_.curves.size(), {});
+        drawn_ = 0;
         if (density_) return;
-        std::size_t vertices = 0;
-        constexpr std::size_t mostVertices =
-            4'000'000;  // of a picture; what is beyond is not drawn
-        for (std::size_t i = 0; i < plot_.curves.size() && vertices < mostVertices; ++i) {
+        std::size_t vertices = 0, shown = 0;
+        for (std::size_t i = 0; i < plot_.curves.size(); ++i) {
+            if (shown == mostCurves || vertices >= mostVertices) return;
+            drawn_ = i + 1;
             if (!Shown(i)) continue;
             const Curve& curve = plot_.curves[i];
             parts_[i] = ReduceCurve(*curve.x, *curve.y, layout_.Map(curve.second));
             for (const auto& part : parts_[i]) vertices += part.size();
+            ++shown;
         }
     }
 
@@ -173,7 +177,7 @@ class Painting {
         const bool eye = plot_.kind == PlotKind::Eye;
         if (eye) drawing_.Add(ClipBegin{layout_.pane});
         for (std::size_t i = 0; i < plot_.curves.size(); ++i) {
-            if (Shown(i) && i != options_.hovered) DrawCurve(i);
+            if (Shown(i) && i < drawn_ && i != options_.hovered) DrawCurve(i);
         }
         if (options_.hovered && *options_.hovered < plot_.curves.size() && Shown(*options_.hovered))
             DrawCurve(*options_.hovered);
@@ -296,9 +300,19 @@ class Painting {
         if (plot_.spec.title.empty()) baseline -= titleSize + 6.0;
         AddText(Subtitle(), subtitleSize, baseline + subtitleSize + 5.0, Role::Dim,
                 Weight::Regular);
+        if (!density_ && drawn_ < plot_.curves.size()) {
+            drawing_.Add(
+                TextItem{{8.0, drawing_.size.height - 6.0},
+                         Concat("the first ", drawn_, " of ", plot_.curves.size(), " curves"),
+                         noteSize,
+                         Role::Fault,
+                         Anchor::Start,
+                         Weight::Regular,
+                         false});
+        }
         if (!options_.fileName) return;
         drawing_.Add(TextItem{{drawing_.size.width - 8.0, drawing_.size.height - 6.0},
-                              Elided(plot_.name, 0.8 * drawing_.size.width, noteSize, measure_),
+                              Elided(plot_.name, 0.5 * drawing_.size.width, noteSize, measure_),
                               noteSize,
                               Role::Dim,
                               Anchor::End,
@@ -316,6 +330,7 @@ class Painting {
     bool hasSecond_ = false, density_ = false;
     std::string eyeText_;
     std::vector<Parts> parts_;
+    std::size_t drawn_ = 0;  // curves before this one are drawn
     Legend legend_;
     Rect legendBox_;
 };

@@ -281,6 +281,17 @@ TEST(DrawPlot, LaysOutAnyPlot) {
     }
 }
 
+TEST(DrawPlot, SaysWhenItLeavesCurvesOut) {
+    Plot plot = TwoCurves();
+    const Curve curve = plot.curves[0];
+    plot.curves.assign(30'000, curve);
+    for (std::size_t i = 0; i < plot.curves.size(); ++i) plot.curves[i].key += std::to_string(i);
+    PlotView view(plot);
+    EXPECT_TRUE(Holds(DumpText(DrawPlot(plot, view).drawing), "'the first 20000 of 30000 curves'"));
+    view.ShowAlone(plot, plot.curves[25'000]);
+    EXPECT_EQ(DumpText(DrawPlot(plot, view).drawing).find("the first"), std::string::npos);
+}
+
 TEST(DrawPlot, ZerosPointDownOnALogarithmicAxis) {
     Plot plot = TwoCurves("r.pcb");
     plot.spec.logarithmic = true;
