@@ -5,7 +5,6 @@
 #include <cmath>
 #include <utility>
 
-#include "base/text.h"
 #include "kernel/sample_arrays.h"
 #include "numeric/messages.h"
 

@@ -3,7 +3,6 @@
 
 #include <cmath>
 
-#include "base/text.h"
 #include "models/common/spectrum_grid.h"
 #include "numeric/fft.h"
 #include "numeric/samples.h"

@@ -6,7 +6,6 @@
 #include <cmath>
 #include <numbers>
 
-#include "base/text.h"
 #include "base/units.h"
 #include "kernel/param_table.h"
 #include "models/common/spectrum_grid.h"

@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cmath>
 
-#include "base/units.h"
 #include "models/common/ase_spectra.h"
 #include "models/common/port_copies.h"
 #include "models/optical/filter_response.h"

@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "base/text.h"
+#include "base/units.h"
 #include "kernel/sample_arrays.h"
 #include "numeric/interpolation.h"
 
@@ -168,7 +169,7 @@ SCurvePair ChooseSCurves(const SCurves& curves, double inputPower) {
     if (!pair.lo) pair.lo = pair.hi;
     if (!pair.hi) pair.hi = pair.lo;
     if (pair.hi != pair.lo && inputPower > 0.0) {  // darkness has no dBm: the lower curve counts
-        const double dBm = 10.0 * std::log10(1000.0 * inputPower);
+        const double dBm = DbmFromWatts(inputPower);
         pair.toHi = (dBm - pair.lo->inputPower) / (pair.hi->inputPower - pair.lo->inputPower);
     }
     return pair;

@@ -6,7 +6,6 @@
 #include <cmath>
 #include <utility>
 
-#include "base/text.h"
 #include "models/common/ase_spectra.h"
 #include "models/optical/channel_merge.h"
 #include "numeric/samples.h"
