@@ -21,6 +21,10 @@ bool Touches(const Rect& box, const std::vector<std::vector<Point>>& parts) {
     return false;
 }
 
+double CellWidth(const LegendRow& row) {
+    return 2.0 * margin + sampleWidth + gapToText + row.width;
+}
+
 std::string MoreText(std::size_t left) {
     return Concat("and ", left, " more");
 }
@@ -61,9 +65,12 @@ Legend MakeLegend(const Plot& plot, const PlotView& view, double height,
     const std::size_t shown = count <= room ? count : std::max<std::size_t>(room, 2) - 1;
     double width = 0.0;
     for (std::size_t i = 0; i < shown; ++i) {
-        LegendRow row{Elided(plot.curves[i].name, widestText, legendTextSize, measure), i,
-                      view.IsHidden(plot.curves[i])};
-        width = std::max(width, measure.Width(row.text, legendTextSize, Weight::Regular));
+        LegendRow row;
+        row.text = Elided(plot.curves[i].name, widestText, legendTextSize, measure);
+        row.curve = i;
+        row.width = measure.Width(row.text, legendTextSize, Weight::Regular);
+        row.hidden = view.IsHidden(plot.curves[i]);
+        width = std::max(width, row.width);
         legend.rows.push_back(std::move(row));
     }
     legend.left = count - shown;
@@ -73,6 +80,16 @@ Legend MakeLegend(const Plot& plot, const PlotView& view, double height,
     const double rows = static_cast<double>(shown + (legend.left > 0 ? 1 : 0));
     legend.size = {2.0 * margin + sampleWidth + gapToText + width, margin + rows * rowHeight};
     return legend;
+}
+
+bool MakeStrip(Legend& legend, double width) {
+    constexpr std::size_t mostRows = 4;
+    double needed = 0.0;
+    for (const LegendRow& row : legend.rows) needed += CellWidth(row);
+    if (legend.rows.size() > mostRows || legend.left > 0 || needed > width) return false;
+    legend.strip = true;
+    legend.size = {needed, rowHeight};
+    return true;
 }
 
 std::optional<Rect> FreePlace(const Rect& pane, PageSize size,
@@ -94,10 +111,11 @@ std::optional<Rect> FreePlace(const Rect& pane, PageSize size,
 void DrawLegend(Drawing& drawing, const Plot& plot, const Legend& legend, const Rect& box) {
     drawing.Add(GroupBegin{"legend", "Legend"});
     drawing.Add(Box{box, true, Role::Paper, 0.88, true, {Role::Grid, 1.0, Dash::Solid, 1.0}});
-    double y = box.y + 0.5 * margin;
+    double x = box.x, y = box.y + (legend.strip ? 0.0 : 0.5 * margin);
     for (const LegendRow& row : legend.rows) {
-        DrawRow(drawing, plot, row, {box.x, y, box.width, rowHeight});
-        y += rowHeight;
+        const double width = legend.strip ? CellWidth(row) : box.width;
+        DrawRow(drawing, plot, row, {x, y, width, rowHeight});
+        (legend.strip ? x : y) += legend.strip ? width : rowHeight;
     }
     if (legend.left > 0) {
         drawing.Add(TextItem{

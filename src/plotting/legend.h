@@ -13,6 +13,7 @@ namespace photrak {
 struct LegendRow {
     std::string text;  // already cut to the width of the legend
     std::size_t curve = 0;
+    double width = 0.0;  // of the text, pixels
     bool hidden = false;
 };
 
@@ -20,6 +21,7 @@ struct Legend {
     std::vector<LegendRow> rows;
     std::size_t left = 0;  // curves for which there was no room
     PageSize size;         // pixels, margins included
+    bool strip = false;    // rows side by side
 };
 
 inline constexpr double legendTextSize = 11.0;
@@ -28,6 +30,9 @@ inline constexpr double legendTextSize = 11.0;
 /// no legends.
 Legend MakeLegend(const Plot& plot, const PlotView& view, double height,
                   const TextMeasure& measure);
+
+/// Puts the rows of a short legend side by side, if that is at most `width` wide.
+bool MakeStrip(Legend& legend, double width);
 
 /// A place for a box of this size inside the pane that no line of `parts` touches: corners first,
 /// then the middles of the upper and the lower edge.

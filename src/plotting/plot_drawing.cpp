@@ -32,7 +32,7 @@ class Painting {
 
     PlotPicture Draw() {
         MakeAxes();
-        LayOut(0.0);
+        LayOut(0.0, 0.0);
         ReduceAll();
         PlaceLegend();
         DrawGround();
@@ -98,12 +98,13 @@ class Painting {
         return text;
     }
 
-    /// `right` is kept free beside the pane for the legend.
-    void LayOut(double right) {
+    /// `right` and `above` are kept free beside the pane for the legend.
+    void LayOut(double right, double above) {
         const double width = drawing_.size.width, height = drawing_.size.height;
         double top = pageMargin;
         if (!plot_.spec.title.empty()) top += titleSize + 8.0;
         if (!Subtitle().empty()) top += subtitleSize + 4.0;
+        top += above;
         const double bottom = height - bottomRoom - (options_.fileName ? fileNameRoom : 4.0);
         const double tall = std::max(20.0, bottom - top);
         MakeAxisTicks(y_, tall, measure_);
@@ -147,12 +148,26 @@ class Painting {
             legendBox_ = *inside;
             return;
         }
+        // A few short names go above the pane, more or longer ones beside it.
+        constexpr double stripGap = 5.0, leastHeight = 100.0;
+        if (layout_.pane.height > leastHeight && MakeStrip(legend_, layout_.pane.width)) {
+            LayOut(0.0, legend_.size.height + stripGap);
+            ReduceAll();
+            const Rect& pane = layout_.pane;
+            legendBox_ = {pane.Center().x - 0.5 * legend_.size.width,
+                          pane.y - legend_.size.height - stripGap, legend_.size.width,
+                          legend_.size.height};
+            return;
+        }
+        PlaceLegendBeside();
+    }
+    void PlaceLegendBeside() {
         constexpr double leastPane = 150.0;
         if (layout_.pane.width - legend_.size.width - legendGap < leastPane) {
             legend_ = {};  // a thumbnail shows its curves, not their names
             return;
         }
-        LayOut(legend_.size.width + legendGap);
+        LayOut(legend_.size.width + legendGap, 0.0);
         ReduceAll();
         const double axisRoom = hasSecond_ ? AxisRoom(second_) : 0.0;
         legendBox_ = {layout_.pane.Right() + axisRoom + legendGap, layout_.pane.y,
