@@ -72,7 +72,8 @@ Status ChirpPlot(const ModelCall& call) {
 
 Status WriteChirpPlot(const SignalPlotJob& job, const ModelReport& report) {
     TraceSet traces;
-    Status status = CollectTraces(job.signals, TraceChoice::OpticalOnly, traces, report);
+    Status status =
+        CollectTraces(job.signals, TraceChoice::OpticalOnly, "signal plot", traces, report);
     if (status == Status::Error || traces.main.empty()) return status;
     int flags = job.flags;
     // A sum of powers has no phase, hence no chirp.

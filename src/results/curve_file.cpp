@@ -8,20 +8,6 @@
 namespace photrak {
 namespace {
 
-AxisRange RangeOf(std::span<const double> values) {
-    const auto [least, greatest] = std::minmax_element(values.begin(), values.end());
-    return {*least, *greatest};
-}
-
-/// The limits of both axes when one of them needs room, otherwise nothing.
-std::string WindowLine(const CurvePlot& plot) {
-    AxisRange x = RangeOf(plot.x), y = RangeOf(plot.y);
-    if (!x.IsFlat() && !y.IsFlat()) return {};
-    if (x.IsFlat()) x = WidenedRange(x.least);
-    if (y.IsFlat()) y = WidenedRange(y.least);
-    return Concat("/w", x.least, ',', x.greatest, ',', y.least, ',', y.greatest, '\n');
-}
-
 std::string ScriptText(const CurvePlot& plot) {
     std::string script;
     AppendTextLine(script, "/xl", LabelText(plot.xLabel));
@@ -29,7 +15,8 @@ std::string ScriptText(const CurvePlot& plot) {
     AppendTextLine(script, "/tt", LabelText(plot.title));
     script.append(curveColors).append("\n/ls1\n");
     if (plot.x.size() == 1) script += "/st7\n";
-    return script += Concat(WindowLine(plot), plot.name, ".lic\n/nx1\n");
+    return script +=
+           Concat(WindowLine(RangeOf(plot.x), RangeOf(plot.y)), plot.name, ".lic\n/nx1\n");
 }
 
 }  // namespace
@@ -37,6 +24,18 @@ std::string ScriptText(const CurvePlot& plot) {
 AxisRange WidenedRange(double value) {
     if (value == 0.0) return {-1.0, 1.0};
     return {std::min(0.5 * value, 2.0 * value), std::max(0.5 * value, 2.0 * value)};
+}
+
+AxisRange RangeOf(std::span<const double> values) {
+    const auto [least, greatest] = std::minmax_element(values.begin(), values.end());
+    return {*least, *greatest};
+}
+
+std::string WindowLine(AxisRange x, AxisRange y) {
+    if (!x.IsFlat() && !y.IsFlat()) return {};
+    if (x.IsFlat()) x = WidenedRange(x.least);
+    if (y.IsFlat()) y = WidenedRange(y.least);
+    return Concat("/w", x.least, ',', x.greatest, ',', y.least, ',', y.greatest, '\n');
 }
 
 Status WriteCurve(const CurvePlot& plot, std::string& errorText) {

@@ -17,6 +17,10 @@ struct AxisRange {
 };
 /// From half the value to twice, -1 to 1 around 0: an axis for values that are all the same.
 AxisRange WidenedRange(double value);
+/// The option line of both axes' limits, with a flat one widened; nothing when neither is flat.
+std::string WindowLine(AxisRange x, AxisRange y);
+/// Ends of values of which there is at least one.
+AxisRange RangeOf(std::span<const double> values);
 
 struct CurvePlot {
     std::string name;  // file stem

@@ -3,6 +3,7 @@
 
 #include "base/text.h"
 #include "kernel/align.h"
+#include "kernel/driver.h"
 #include "kernel/external_commands.h"
 #include "kernel/result_names.h"
 
@@ -69,6 +70,16 @@ Status AlignPlotInputs(const Nodelist* inputs, std::string_view plot, Owned<Node
     return report.Warn("WARNING in ", plot, " '", report.owner,
                        "': input signals have varying time steps and/or time durations.\n"
                        "Resampling of the signals was performed.\n");
+}
+
+Status StartPlot(const ModelCall& call, std::string_view plot, std::string_view filenameRoot,
+                 PlotMode own, PlotStart& start) {
+    const auto root = PlotFileRoot(call.options, call.owner, filenameRoot);
+    if (!root) return Status::Success;
+    start.name = *root;
+    start.mode = BlockPlotMode(call.options, own);
+    if (start.mode == PlotMode::None) return Status::Success;
+    return AlignPlotInputs(call.inputs, plot, start.signals, call);
 }
 
 std::string LabelText(std::string_view text) {

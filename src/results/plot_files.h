@@ -10,6 +10,8 @@
 
 namespace photrak {
 
+struct ModelCall;
+
 enum class PlotMode { None = 0, Files = 1, Display = 2 };
 
 /// The mode of a plot block: PLOTTING, or the block's own mode where PLOTTING leaves it to that.
@@ -27,6 +29,16 @@ std::optional<std::string> PlotFileRoot(const SimOptions& options, std::string_v
 /// ("signal plot"). A warning when signals were resampled, an error when they cannot be copied.
 Status AlignPlotInputs(const Nodelist* inputs, std::string_view plot, Owned<Nodelist>& clones,
                        const ModelReport& report);
+
+/// What every plot block does first.
+struct PlotStart {
+    std::string name;                // file stem
+    PlotMode mode = PlotMode::None;  // None: the block writes nothing
+    Owned<Nodelist> signals;         // the inputs on a common time grid
+};
+/// Skip rule, mode and name from the block's `FilenameRoot` and own mode, and the aligned inputs.
+Status StartPlot(const ModelCall& call, std::string_view plot, std::string_view filenameRoot,
+                 PlotMode own, PlotStart& start);
 
 /// A caller's text as it may stand in a command file: underscores become blanks. So do control
 /// characters, and double quotes become single ones, since they would end the text.

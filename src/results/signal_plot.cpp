@@ -5,8 +5,8 @@
 #include <cmath>
 
 #include "base/text.h"
-#include "base/units.h"
 #include "numeric/random.h"
+#include "results/levels.h"
 #include "results/trace_plot.h"
 
 namespace photrak {
@@ -66,31 +66,6 @@ std::int32_t WrapOf(Quantity quantity, std::int32_t noPoints) {
     return quantity == Quantity::Magnitude ? noPoints + 1 : noPoints;
 }
 
-double PowerOf(const OpSig& channel, int polarization, std::int32_t i) {
-    double power = 0.0;
-    if (polarization != plotFlag::y && channel.Ex_samples) {
-        power += SquaredMagnitude(channel.Ex_samples[i]);
-    }
-    if (polarization != plotFlag::x && channel.Ey_samples) {
-        power += SquaredMagnitude(channel.Ey_samples[i]);
-    }
-    return power;
-}
-
-/// Power in W to dBm. Darkness shows 100 dB below the weakest light of the trace.
-void ToDecibels(Doubles& powers) {
-    double weakest = 0.0;
-    for (long k = 1; k <= powers.Size(); ++k) {
-        const double power = powers[k];
-        if (power > 0.0 && (weakest == 0.0 || power < weakest)) weakest = power;
-    }
-    if (weakest == 0.0) weakest = 1e-300;
-    const double dark = DbmFromWatts(weakest) - 100.0;
-    for (long k = 1; k <= powers.Size(); ++k) {
-        powers[k] = powers[k] == 0.0 ? dark : DbmFromWatts(powers[k]);
-    }
-}
-
 /// The quantities that a single complex sample has by itself.
 double FieldValue(Quantity quantity, Complex sample) {
     switch (quantity) {
@@ -113,7 +88,7 @@ void FillOptical(const OpSig& channel, std::int32_t start, Quantity quantity, in
     if (quantity == Quantity::Magnitude) {
         WalkCyclically(start, wrap, out,
                        [&](std::int32_t i) { return PowerOf(channel, polarization, i); });
-        if (flags & plotFlag::dBm) ToDecibels(out);
+        if (flags & plotFlag::dBm) ToDbm({out.Data() + 1, static_cast<std::size_t>(out.Size())});
         return;
     }
     const Complex* field = polarization == plotFlag::y ? channel.Ey_samples : channel.Ex_samples;
@@ -257,7 +232,8 @@ Status SignalPlot(const ModelCall& call) {
 
 Status WriteSignalPlot(const SignalPlotJob& job, const ModelReport& report) {
     TraceSet traces;
-    Status status = CollectTraces(job.signals, TraceChoice::AllKinds, traces, report);
+    Status status =
+        CollectTraces(job.signals, TraceChoice::AllKinds, "signal plot", traces, report);
     if (status == Status::Error || traces.main.empty()) return status;
     int flags = job.flags;
     if (traces.kind == TraceKind::Optical) {

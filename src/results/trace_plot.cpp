@@ -7,7 +7,6 @@
 #include <stdexcept>
 
 #include "base/text.h"
-#include "base/units.h"
 
 namespace photrak {
 namespace {
@@ -58,11 +57,7 @@ FileResult WriteColumnFile(const SignalPlotJob& job, const TraceSet& traces, con
 std::string LegendText(const Trace& trace, const ColumnFile& file, bool twoAxes) {
     std::string legend;
     if (twoAxes) legend = file.axis == PlotAxis::First ? "<< " : ">> ";
-    if (trace.channel) {
-        const double wavelengthNm = trace.channel->wavelength * nanometersPerMeter;
-        return legend + Concat("&l = ", wavelengthNm, " nm (", file.field, ")");
-    }
-    return legend + Concat("\\# ", trace.input);
+    return legend + TraceLegend(trace, file.field);
 }
 
 std::string ScriptText(const SignalPlotJob& job, std::string_view title, const TraceSet& traces,
@@ -104,6 +99,22 @@ std::vector<PolarizationView> PolarizationViews(int flags) {
     return views;
 }
 
+double PowerOf(const OpSig& channel, int polarization, std::int32_t i) {
+    double power = 0.0;
+    if (polarization != plotFlag::y && channel.Ex_samples) {
+        power += SquaredMagnitude(channel.Ex_samples[i]);
+    }
+    if (polarization != plotFlag::x && channel.Ey_samples) {
+        power += SquaredMagnitude(channel.Ey_samples[i]);
+    }
+    return power;
+}
+
+std::string_view PolarizationBox(int polarization) {
+    if (polarization == plotFlag::x) return "x polarization";
+    return polarization == plotFlag::y ? "y polarization" : "";
+}
+
 Status RefuseCombined(int& flags, const ModelReport& report) {
     flags &= ~plotFlag::combined;
     if (!(flags & (plotFlag::x | plotFlag::y))) flags |= plotFlag::x;
@@ -133,16 +144,12 @@ int FlagsOf(std::string_view word, std::span<const FlagWord> words, int usual) {
 Status RunTraceBlock(const ModelCall& call, TraceBlockParams& params,
                      Status (*write)(const SignalPlotJob& job, const ModelReport& report)) {
     ReadParams(traceRows, call.component.parameters, params);
-    const auto root = PlotFileRoot(call.options, call.owner, params.FilenameRoot);
-    const PlotMode mode = BlockPlotMode(call.options, params.plot);
-    if (!root || mode == PlotMode::None) return Status::Success;
-
-    Owned<Nodelist> clones;
-    Status status = AlignPlotInputs(call.inputs, "signal plot", clones, call);
-    if (status == Status::Error) return status;
-    MergeStatus(
-        status,
-        write({clones.get(), params.showNoise, params.Toffset, params.flags, mode, *root}, call));
+    PlotStart start;
+    Status status = StartPlot(call, "signal plot", params.FilenameRoot, params.plot, start);
+    if (status == Status::Error || start.mode == PlotMode::None) return status;
+    MergeStatus(status, write({start.signals.get(), params.showNoise, params.Toffset, params.flags,
+                               start.mode, start.name},
+                              call));
     return status;
 }
 

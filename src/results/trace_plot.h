@@ -22,6 +22,10 @@ struct PolarizationView {
 };
 /// Those that the flags ask for, in the order combined, x, y.
 std::vector<PolarizationView> PolarizationViews(int flags);
+/// Power of sample i (from 1) of one polarization or, for any other flag than x and y, of both.
+double PowerOf(const OpSig& channel, int polarization, std::int32_t i);
+/// The text of a box that names the one polarization that is drawn; empty for combined.
+std::string_view PolarizationBox(int polarization);
 /// Takes the combined view out of the flags, with x instead if nothing is left, and warns.
 Status RefuseCombined(int& flags, const ModelReport& report);
 

@@ -6,6 +6,7 @@
 #include <cmath>
 
 #include "base/text.h"
+#include "base/units.h"
 
 namespace photrak {
 namespace {
@@ -28,10 +29,6 @@ double StartTimeOf(const Trace& trace) {
 double TimeStepOf(const Trace& trace) {
     if (trace.channel) return trace.channel->tStep;
     return trace.wave ? trace.wave->tStep : 1.0 / trace.bits->bitRate;
-}
-
-std::int32_t PatternLengthOf(const Trace& trace) {
-    return trace.channel ? trace.channel->patternLength : trace.wave->patternLength;
 }
 
 /// What is added to the rotation to make it a one-based sample number: 1 for normal signals.
@@ -73,31 +70,38 @@ const Trace* AxisOf(const std::vector<Trace>& candidates) {
     return candidates.empty() ? nullptr : &candidates.front();
 }
 
-Status Refuse(const Trace& trace, std::string_view reason, const ModelReport& report) {
-    return report.Fail("ERROR in signal plot '", report.owner, "': input signal ", trace.input, " ",
-                       reason, ".\n");
+/// Where a message says that it comes from.
+struct Origin {
+    std::string_view plot;
+    const ModelReport& report;
+};
+
+Status Refuse(const Trace& trace, std::string_view reason, const Origin& origin) {
+    const ModelReport& report = origin.report;
+    return report.Fail("ERROR in ", origin.plot, " '", report.owner, "': input signal ",
+                       trace.input, " ", reason, ".\n");
 }
 
-Status SetAxis(const Trace& axis, TraceSet& traces, const ModelReport& report) {
+Status SetAxis(const Trace& axis, TraceSet& traces, const Origin& origin) {
     traces.kind = KindOf(axis);
     traces.noPoints = PointsOf(axis);
     traces.tStep = TimeStepOf(axis);
-    if (traces.noPoints < 1) return Refuse(axis, "has no samples", report);
+    if (traces.noPoints < 1) return Refuse(axis, "has no samples", origin);
     const bool hasStep = std::isfinite(traces.tStep) && traces.tStep > 0.0;
     if (hasStep) return Status::Success;
-    if (traces.noPoints > 1) return Refuse(axis, "has no time step", report);
+    if (traces.noPoints > 1) return Refuse(axis, "has no time step", origin);
     traces.tStep = 0.0;
     return Status::Success;
 }
 
-Status SetBitAxis(const Trace& axis, TraceSet& traces, const ModelReport& report) {
+Status SetBitAxis(const Trace& axis, TraceSet& traces, const Origin& origin) {
     const std::int32_t patternLength = PatternLengthOf(axis);
     if (patternLength < 1) {
-        return Refuse(axis, "has no pattern length for the binary signal beside it", report);
+        return Refuse(axis, "has no pattern length for the binary signal beside it", origin);
     }
     traces.samplesPerBit = traces.noPoints / patternLength;
     if (traces.samplesPerBit < 1) {
-        return Refuse(axis, "has fewer samples than bits", report);
+        return Refuse(axis, "has fewer samples than bits", origin);
     }
     return Status::Success;
 }
@@ -142,21 +146,35 @@ void AlignStarts(TraceSet& traces) {
 
 }  // namespace
 
-Status CollectTraces(const Nodelist* signals, TraceChoice choice, TraceSet& traces,
-                     const ModelReport& report) {
+std::int32_t PatternLengthOf(const Trace& trace) {
+    return trace.channel ? trace.channel->patternLength : trace.wave->patternLength;
+}
+
+std::string TraceLegend(const Trace& trace, std::string_view field) {
+    if (!trace.channel) return Concat("\\# ", trace.input);
+    const double wavelengthNm = trace.channel->wavelength * nanometersPerMeter;
+    return Concat("&l = ", wavelengthNm, " nm (", field, ")");
+}
+
+Status CollectTraces(const Nodelist* signals, TraceChoice choice, std::string_view plot,
+                     TraceSet& traces, const ModelReport& report) {
+    const Origin origin{plot, report};
     std::vector<Trace> candidates = Candidates(signals);
     if (choice == TraceChoice::OpticalOnly) {
         std::erase_if(candidates, [](const Trace& trace) { return !trace.channel; });
+    } else if (choice == TraceChoice::Waveforms) {
+        std::erase_if(candidates,
+                      [](const Trace& trace) { return trace.bits || PointsOf(trace) < 1; });
     }
     const Trace* axis = AxisOf(candidates);
     if (!axis) return Status::Success;
-    if (SetAxis(*axis, traces, report) != Status::Success) return Status::Error;
+    if (SetAxis(*axis, traces, origin) != Status::Success) return Status::Error;
 
     std::int32_t bitsWanted = 0;
     const bool anyBits = std::any_of(candidates.begin(), candidates.end(),
                                      [](const Trace& trace) { return trace.bits != nullptr; });
     if (anyBits && traces.kind != TraceKind::Binary) {
-        if (SetBitAxis(*axis, traces, report) != Status::Success) {
+        if (SetBitAxis(*axis, traces, origin) != Status::Success) {
             return Status::Error;
         }
         bitsWanted = PatternLengthOf(*axis);

@@ -2,6 +2,8 @@
 // sample each of them begins. Files and options of a plot are in trace_plot.h.
 #pragma once
 
+#include <string>
+#include <string_view>
 #include <vector>
 
 #include "kernel/model_report.h"
@@ -32,14 +34,21 @@ struct TraceSet {
 enum class TraceChoice {
     AllKinds,     // a signal of another length ends the collection
     OpticalOnly,  // a channel of another length is left out
+    Waveforms,    // bits never take part; what has no samples or another length is left out
 };
 
 /// The first waveform sets kind, length and time step of the plot; bits do when they stand alone.
 /// Waveforms of another kind are passed over. Bits beside a waveform must be as many as its pattern
-/// length. An error with a text when the signal that sets the axis has no samples or no time step,
-/// or no pattern length that its bits could follow.
-Status CollectTraces(const Nodelist* signals, TraceChoice choice, TraceSet& traces,
-                     const ModelReport& report);
+/// length. `plot` is the kind of plot in the messages ("signal plot"). An error with a text when
+/// the signal that sets the axis has no samples or no time step, or no pattern length that its bits
+/// could follow.
+Status CollectTraces(const Nodelist* signals, TraceChoice choice, std::string_view plot,
+                     TraceSet& traces, const ModelReport& report);
+/// Bits of the pattern of a waveform, as the signal says.
+std::int32_t PatternLengthOf(const Trace& trace);
+/// How a legend names the trace: a channel by its wavelength and the `field` that is drawn ("x+y"),
+/// any other signal by the number of its port.
+std::string TraceLegend(const Trace& trace, std::string_view field);
 
 /// Points of the time axis that lie before the offset (s), at most all of them. No offset below 0.
 std::int32_t PointsBefore(double Toffset, const TraceSet& traces);
