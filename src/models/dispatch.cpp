@@ -22,6 +22,7 @@
 #include "models/sources/prbs.h"
 #include "models/sources/signal_generator.h"
 #include "results/chirp_plot.h"
+#include "results/eye_plot.h"
 #include "results/signal_plot.h"
 
 namespace photrak {
@@ -35,6 +36,9 @@ constexpr ModelEntry builtInModels[] = {
     {"ElectricalFilter", ElectricalFilter, ElectricalFilterParamSpecs},
     {"ReceiverModel", ReceiverModel, ReceiverParamSpecs},
     // Both aliases name the one plot, which tells by the signal at its port what to write.
+    {"Elec_Scope", RunEyeDiagram, EyeDiagramParamSpecs},
+    {"Optical_Scope", RunEyeDiagram, EyeDiagramParamSpecs},
+    {"EyeDiagram", RunEyeDiagram, EyeDiagramParamSpecs},
     {"Elec_Plot", SignalPlot, SignalPlotParamSpecs},
     {"Optical_Plot", SignalPlot, SignalPlotParamSpecs},
     {"SignalPlot", SignalPlot, SignalPlotParamSpecs},

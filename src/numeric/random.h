@@ -24,6 +24,7 @@ struct SeedWords {
     int timeJitter = 157;  // edges of electrical generators
     int eyeData = -10;     // samples of a tester's eye
     int signalPlot = -10;  // traces with noise
+    int eyePlot = -10;     // traces of an eye diagram
 };
 SeedWords& ProcessSeeds();
 

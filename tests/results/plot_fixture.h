@@ -1,15 +1,19 @@
 // Inputs of a plot built by hand, a directory for its files, and a viewer that only remembers.
 #pragma once
 
+#include <cmath>
 #include <gtest/gtest.h>
+#include <sstream>
 #include <string>
 #include <vector>
 
+#include "kernel/driver.h"
 #include "kernel/run_record.h"
 #include "kernel/signals.h"
 #include "numeric/random.h"
 #include "results/chirp_plot.h"
 #include "results/signal_plot.h"
+#include "support/parameter_list.h"
 #include "support/recording_host.h"
 #include "support/temp_dir.h"
 
@@ -96,6 +100,43 @@ class PlotTest : public ::testing::Test {
         }
         return *cell;
     }
+};
+
+/// A plot block as the driver runs it; its files are "phtmpplot" with their suffixes.
+class PlotModelTest : public PlotTest {
+  protected:
+    PlotModelTest() {
+        component.name = "plot";
+        options.PLOTTING = PlotToFilesOnly;
+    }
+    Status Run(Status (*model)(const ModelCall&), ParameterList& parameters) {
+        FreeParameterList(&component.parameters);
+        component.parameters = parameters.Release();
+        text.clear();
+        return model(
+            {{component.name, text}, workspace, component, options, inputs.get(), nullptr});
+    }
+    Status Run(Status (*model)(const ModelCall&), ParameterList&& parameters = {}) {
+        return Run(model, parameters);
+    }
+    /// The numbers of a file, row by row; a "." is no number.
+    std::vector<std::vector<double>> Rows(const std::string& name) const {
+        std::vector<std::vector<double>> rows;
+        std::istringstream lines(dir.Read(name));
+        for (std::string line; std::getline(lines, line);) {
+            std::istringstream words(line);
+            rows.emplace_back();
+            for (std::string word; words >> word;) {
+                rows.back().push_back(word == "." ? NAN : std::strtod(word.c_str(), nullptr));
+            }
+        }
+        return rows;
+    }
+
+    Workspace workspace;
+    SimOptions options;
+    Component component;
+    std::string text;
 };
 
 }  // namespace photrak
