@@ -1,6 +1,8 @@
 // Spectra of amplified spontaneous emission (OpSigASE) and their lists.
 #include "kernel/noise_spectra.h"
 
+#include <algorithm>
+
 #include "kernel/sample_arrays.h"
 #include "kernel/signals.h"
 
@@ -51,6 +53,18 @@ std::int32_t FreeOpSigASEList(OpSigASE** place) {
 
 std::int32_t CopyOpSigASEList(OpSigASE** place, const OpSigASE* source) {
     return CopyList(place, source, CopyOpSigASE);
+}
+
+double NoiseDensity(const OpSigASE& spectrum, double nu) {
+    constexpr double tolerance = 1e-6;  // steps
+    const std::int32_t n = spectrum.noPoints;
+    const double position = (nu - spectrum.fstart) / spectrum.fstep;
+    if (!(position >= -tolerance && position <= n - 1 + tolerance)) return 0.0;
+    const auto interval = static_cast<std::int32_t>(position);
+    const std::int32_t below = std::min(interval + 1, n), above = std::min(interval + 2, n);
+    const double u = std::max(position - interval, 0.0);
+    const double* power = spectrum.powerSamples;
+    return power[below] + u * (power[above] - power[below]);
 }
 
 }  // namespace photrak

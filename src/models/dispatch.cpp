@@ -24,6 +24,7 @@
 #include "results/chirp_plot.h"
 #include "results/eye_plot.h"
 #include "results/signal_plot.h"
+#include "results/spectrum_plot.h"
 
 namespace photrak {
 namespace {
@@ -43,6 +44,9 @@ constexpr ModelEntry builtInModels[] = {
     {"Optical_Plot", SignalPlot, SignalPlotParamSpecs},
     {"SignalPlot", SignalPlot, SignalPlotParamSpecs},
     {"ChirpPlot", ChirpPlot, ChirpPlotParamSpecs},
+    {"Elec_Spectrum", RunSignalSpectra, SignalSpectraParamSpecs},
+    {"Optical_Spectrum", RunSignalSpectra, SignalSpectraParamSpecs},
+    {"SignalSpectra", RunSignalSpectra, SignalSpectraParamSpecs},
     {"OpticalAttenuator", RunOpticalAttenuator, OpticalAttenuatorParamSpecs},
     {"OpticalNormalizer", RunOpticalNormalizer, OpticalNormalizerParamSpecs},
     {"PhaseShift", RunPhaseShift, PhaseShiftParamSpecs},

@@ -29,23 +29,9 @@ bool IsSound(const SpectrumGrid& grid) {
            grid.fstep > 0.0;
 }
 
-/// In steps: an end point of the source that rounding moved this far out still counts.
-constexpr double gridTolerance = 1e-6;
-
-double DensityAt(const OpSigASE& spectrum, double nu) {
-    const std::int32_t n = spectrum.noPoints;
-    const double position = (nu - spectrum.fstart) / spectrum.fstep;
-    if (!(position >= -gridTolerance && position <= n - 1 + gridTolerance)) return 0.0;
-    const auto interval = static_cast<std::int32_t>(position);
-    const std::int32_t below = std::min(interval + 1, n), above = std::min(interval + 2, n);
-    const double u = std::max(position - interval, 0.0);
-    const double* power = spectrum.powerSamples;
-    return power[below] + u * (power[above] - power[below]);
-}
-
 void AddResampled(OpSigASE& sum, const OpSigASE& source) {
     for (std::int32_t i = 1; i <= sum.noPoints; ++i) {
-        sum.powerSamples[i] += DensityAt(source, SpectrumFrequency(sum, i));
+        sum.powerSamples[i] += NoiseDensity(source, SpectrumFrequency(sum, i));
     }
 }
 
