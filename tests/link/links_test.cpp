@@ -49,6 +49,41 @@ TEST_F(Links, ShowTheClosedFormsOfTheirNotes) {
     EXPECT_NEAR(MeanOf("gaussian-after") / MeanOf("gaussian-before"), 1.0, 1e-6);
 }
 
+struct Eye {
+    double opening = 0.0;  // widest over the bit, of the distance between the mean levels
+    double mean = 0.0;     // of all values
+};
+
+Eye EyeOf(const std::string& file) {
+    Eye eye;
+    const auto rows = Table(file);
+    for (const auto& row : rows) {
+        const std::vector<double> values(row.begin() + 1, row.end());
+        const double middle = 0.5 * (Peak(values) + Least(values));
+        std::vector<double> ones, zeros;
+        for (const double value : values) (value > middle ? ones : zeros).push_back(value);
+        const double opening = (Least(ones) - Peak(zeros)) / (Mean(ones) - Mean(zeros));
+        eye.opening = std::max(eye.opening, opening);
+        eye.mean += Mean(values) / double(rows.size());
+    }
+    return eye;
+}
+
+/// Loss alone would leave the opening as it is; dispersion and the Kerr effect do not.
+TEST_F(Links, AnEyeClosesAlongTheFiber) {
+    Run("run eye-10g.top");
+    const Eye sent = EyeOf("eye-sent.eye"), arrived = EyeOf("eye-arrived.eye");
+    const auto rows = Table("eye-sent.eye");
+    EXPECT_EQ(rows.size(), 32u);
+    EXPECT_EQ(rows.at(0).size(), 1u + 128 - 5);
+    EXPECT_GT(sent.opening, 0.99);
+    EXPECT_LT(arrived.opening, 0.9);
+    EXPECT_GT(EyeOf("eye-received.eye").opening, 0.5);
+    EXPECT_NEAR(10 * std::log10(sent.mean / arrived.mean), 16.0, 0.02);
+    Run("run --set length=0 eye-10g.top");
+    EXPECT_NEAR(EyeOf("eye-arrived.eye").opening, sent.opening, 1e-4);
+}
+
 /// With 2^12 bits the fiber would go on for minutes; what was written before the stop is whole.
 TEST_F(Links, AStopRequestEndsTheRunAndKeepsWhatWasWritten) {
     std::string link = FileText("nrz-link.top");

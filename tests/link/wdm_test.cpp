@@ -52,6 +52,30 @@ TEST_F(WdmLinks, AddDropNodeChangesOneChannel) {
     EXPECT_LT(std::min(added, left), 0.01 * peak);
 }
 
+/// The OSNR of the note is read at each channel: what the filter passed of the launched light
+/// against the noise of five amplifiers, which lose a tenth of a decibel to saturation.
+TEST_F(WdmLinks, SpectrumAnalyzerShowsTheOsnr) {
+    EXPECT_EQ(Run("run osa-wdm8.top"),
+              "osa-launched.frq\nosa-launched.pcf\nosa-line.frq\nosa-line.pcf\n");
+    const double c = 299792458.0, halfPlanck = 3.313085e-34, nu = c / 1.55e-6;
+    const double band = c * 0.1e-9 / (1.55e-6 * 1.55e-6);
+    const double noise = 10 * std::log10(5 * (std::pow(10, 1.6) - 1) * std::pow(10, 0.5) *
+                                         halfPlanck * nu * band * 1e3);
+    const auto launched = Table("osa-launched.frq"), line = Table("osa-line.frq");
+    ASSERT_EQ(line.size(), launched.size());
+    for (int channel = 0; channel < 8; ++channel) {
+        SCOPED_TRACE(channel);
+        const double wavelength = c / (193.1e12 + channel * 100e9);
+        std::size_t k = 0;
+        while (line.at(k).at(0) < wavelength) ++k;
+        EXPECT_NEAR(line[k].at(1) - line[k].at(2), launched[k].at(1) - noise, 0.1);
+        if (channel == 0) continue;
+        const double between = c / (193.1e12 + (channel - 0.5) * 100e9);
+        while (line.at(k).at(0) < between) ++k;
+        EXPECT_NEAR(line[k].at(1), line[k].at(2), 1.0);
+    }
+}
+
 /// Noise of the amplifiers sets Q, which then goes with the root of the power; every channel of
 /// the flat line has the same.
 TEST_F(WdmLinks, EightChannelsHaveARateEach) {
