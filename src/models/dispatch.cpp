@@ -36,7 +36,7 @@ constexpr ModelEntry builtInModels[] = {
     {"NonlinearFiberModel", RunFiber, FiberParamSpecs},
     {"ElectricalFilter", ElectricalFilter, ElectricalFilterParamSpecs},
     {"ReceiverModel", ReceiverModel, ReceiverParamSpecs},
-    // Both aliases name the one plot, which tells by the signal at its port what to write.
+    // The aliases of a plot name one block, which tells by the signal at its port what to write.
     {"Elec_Scope", RunEyeDiagram, EyeDiagramParamSpecs},
     {"Optical_Scope", RunEyeDiagram, EyeDiagramParamSpecs},
     {"EyeDiagram", RunEyeDiagram, EyeDiagramParamSpecs},
