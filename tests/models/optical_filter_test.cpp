@@ -184,6 +184,12 @@ TEST(FilterResponse, CustomTypesReadTheFileOnTheirOwnScale) {
         record.wavelength = offset;
         expectRamp(1503.5e-9 + offset, 0.2);
     }
+    // A file that counts from its own center stands at the filter's.
+    record.filename = directory.Write(
+        "centered.txt",
+        "TransferMatrixFormat1 REAL LIN\n2 1 3 -5e-9 5e-9\n0 0 0 0 0 0\n0 0\n0 0.5\n0 1\n");
+    record.wavelength = 1550e-9;
+    expectRamp(1551e-9, 0.7);
 }
 
 TEST(FilterResponse, RefusesWhatMakesNoFilter) {
@@ -200,6 +206,8 @@ TEST(FilterResponse, RefusesWhatMakesNoFilter) {
         {"Ideal", [](R& r) { r.BW = 4e-6; }, "4e-06 m does not fit the wavelength 1.55e-06 m\n"},
         {"Gaussian", [](R& r) { r.wavelength = NAN; }, "'wavelength' is nan"},
         {"FabryPerot", [](R& r) { r.reflectivity = 1.0; }, "must be at least 0 and below 1\n"},
+        {"Custom3", [](R& r) { r.wavelength = -1e-9; }, "'wavelength' is -1e-09"},
+        {"Custom2", [](R& r) { r.wavelength = 0.0, r.shiftCarrier = true; }, "'wavelength' is 0"},
         {"Custom1", [](R& r) { r.column = 2; }, "2 rows and 1 columns, no element (1, 2)\n"},
         {"Custom1", [](R& r) { r.filename = "other.txt"; }, "'other.txt' is no transfer matrix f"},
         {"Custom2", [](R& r) { r.filename = "none"; }, "ERROR: can't open custom filter file.\n"}};
