@@ -135,18 +135,6 @@ TEST(FiberModel, SurvivesExhaustedMemory) {
     EXPECT_NE(texts.find("allocation to Fiber() - temp arrays\n"), std::string::npos) << texts;
 }
 
-// 80 km of standard fiber: 16 dB and, without power, the textbook's broadening.
-TEST(FiberModel, RunsWithTheDefaultsOfTheCatalogue) {
-    const auto input = MakeSignal({{Gauss(1e-9, 50 * ps), {}}}, 1024, 2 * ps);
-    const Moments before = MomentsOf(*input->channels);
-    const double a = 2.17e-26 * 80000 / (50 * ps * 50 * ps);
-    CatalogueBlock block("NonlinearFiberModel");
-    const BlockRun run(RunFiber, block.Evaluated(), {input});
-    const Moments after = MomentsOf(run.Channel());
-    EXPECT_NEAR(after.energy / before.energy, std::pow(10, -1.6), 1e-9);
-    EXPECT_NEAR(after.variance / before.variance, 1 + a * a, 1e-3);
-}
-
 TEST(FiberModel, AddsSkewToTheStartAndBlursTheXPolarization) {
     const double T0 = 20 * ps;
     const auto input = MakeSignal({{Gauss(1e-9, T0), Gauss(1e-9, T0)}}, 512, 2 * ps);

@@ -1,5 +1,5 @@
-// The fiber against closed forms: dispersion of Gaussian pulses, self- and cross-phase modulation,
-// the soliton, walk-off, Raman transfer and polarization mode dispersion.
+// The fiber against closed forms: dispersion of Gaussian pulses, the soliton, cross-phase
+// modulation along the walk-off, rates of Raman transfer.
 #include "models/fiber_fixture.h"
 #include "models/optical/fiber_raman.h"
 
@@ -69,35 +69,6 @@ TEST(FiberPhysics, DerivesDispersionFromTheGroupDelay) {
     EXPECT_NEAR(curve.D(1.322e-6), 10e-9 * 90 + 2e-7, 1e-15);
 }
 
-// Without dispersion every sample turns by gamma P L, the other polarization counting two thirds
-// and another channel twice; with loss over the effective length (1 - exp(-alpha L)) / alpha, which
-// powers in the middle of steps meet within (alpha dz)^2 / 24 = 1e-4 of the phase.
-class FiberPhase : public testing::TestWithParam<double> {};
-INSTANTIATE_TEST_SUITE_P(Loss, FiberPhase, testing::Values(0.0, 0.2));
-TEST_P(FiberPhase, TurnsByThePowerOfAllFields) {
-    const double n2 = 2.6e-20, distance = 20000, pxA = 5e-3, pyA = 3e-3, pxB = 4e-3;
-    const double alpha = GetParam() * 1e-4 * std::log(10.0);
-    const double L = alpha > 0 ? (1 - std::exp(-alpha * distance)) / alpha : distance;
-    const double left = std::exp(-alpha * distance / 2);
-    FiberParams params = BareFiber();
-    params.distance = distance;
-    params.loss = GetParam();
-    params.zStepSize = 1000;
-    params.n2 = n2;
-    const double lambdaB = 1.56e-6, gammaA = GammaOf(n2, 1.55e-6), gammaB = GammaOf(n2, lambdaB);
-    const double ax = std::sqrt(pxA), ay = std::sqrt(pyA), bx = std::sqrt(pxB);
-    const auto input =
-        MakeSignal({{Constant(ax), Constant(ay)}, {Constant(bx), {}, lambdaB}}, 16, ps);
-    const FiberResult out = RunThrough(input, params);
-    const auto near = [&](Cplx field, double in, double phase) {
-        const double error = alpha > 0 ? 1e-4 * phase * in : 1e-13;
-        EXPECT_NEAR(std::abs(field - std::polar(left * in, phase)), 0, error);
-    };
-    near(out.X(5), ax, gammaA * L * (pxA + 2 * pxB + 2.0 / 3 * pyA));
-    near(out.Y(5), ay, gammaA * L * (pyA + 2.0 / 3 * (pxA + 2 * pxB)));
-    near(out.X(5, 1), bx, gammaB * L * (pxB + 2 * pxA + 2.0 / 3 * 2 * pyA));
-}
-
 // sech with gamma P T0^2 = |beta2| keeps its shape and turns by half a radian per dispersion
 // length; the split step departs from it by its second order in the step.
 TEST(FiberPhysics, KeepsTheFundamentalSoliton) {
@@ -132,40 +103,30 @@ TEST(FiberPhysics, KeepsTheFundamentalSoliton) {
     EXPECT_NEAR(counted.params.distance, 2 * LD * M_PI / 2, 1e-9 * LD);
 }
 
-// A pulse and a weak neighbor that starts in front of it and is slower: cross-phase modulation
-// paints the pulse's passage on the neighbor from where both meet to where they part. The walk-off
-// is d = beta2 dw per meter; the phase, twice gamma times the pulse's energy over d, is spread
-// between the delays 0 and d L.
+// A pulse passes a weak, slower neighbor and paints on it, by cross-phase modulation, where both
+// met: twice gamma times the pulse's energy over the walk-off per meter, spread between the delays
+// 0 and the walk-off of the whole length.
 TEST(FiberPhysics, PaintsAPassingPulseAlongTheWalkOff) {
-    const double n2 = 2.6e-20, P = 0.01, T0 = 5 * ps, L = 20000, tStep = 0.5 * ps;
-    const double lambda2 = 1.56e-6;
+    const double n2 = 2.6e-20, P = 0.01, T0 = 5 * ps, lambda2 = 1.56e-6, light = 299792458.0;
     FiberParams params = BareFiber();
-    params.distance = L;
+    params.distance = 20000;
     params.zStepSize = 20;
-    params.curve.beta2 = 5e-28;  // 50 km of dispersion length, 4 ps/km of walk-off
+    params.curve.beta2 = 5e-28;  // 50 km of dispersion length, -2 ps/km of walk-off
     params.n2 = n2;
-    const auto input = MakeSignal({{Gauss(P, T0), {}}, {Constant(1e-4), {}, lambda2}}, 1024, tStep);
+    const auto input =
+        MakeSignal({{Gauss(P, T0), {}}, {Constant(1e-4), {}, lambda2}}, 1024, 0.5 * ps);
     const FiberResult out = RunThrough(input, params);
-    const double delay = params.curve.GroupDelay(lambda2) - params.curve.GroupDelay(1.55e-6);
-    EXPECT_NEAR(delay, 5e-28 * 2 * M_PI * 299792458.0 * (1 / lambda2 - 1 / 1.55e-6), 1e-18);
-    EXPECT_NEAR(out.Channel(0).startTime, 1.468 / 299792458.0 * L, 1e-14);
-    EXPECT_NEAR(out.Channel(1).startTime - out.Channel(0).startTime, delay * L, 1e-15);
-    // In the frame of the neighbor, the pulse moves from the middle by -delay L.
-    const double end = -delay * L;
-    const auto phaseAt = [&](double t) {
-        const double energy = P * T0 * std::sqrt(M_PI) / 2;  // times erf((t - t1)/T0) + ...
-        const double inside = std::erf(t / T0) - std::erf((t - end) / T0);
-        return 2 * GammaOf(n2, lambda2) * energy * inside / std::fabs(delay) * (end > 0 ? 1 : -1);
-    };
-    double worst = 0, largest = 0;
+    const double delay = 5e-28 * 2 * M_PI * light * (1 / lambda2 - 1 / 1.55e-6);  // s/m
+    EXPECT_NEAR(out.Channel(0).startTime, 1.468 / light * 20000, 1e-14);
+    EXPECT_NEAR(out.Channel(1).startTime - out.Channel(0).startTime, delay * 20000, 1e-15);
+    const double energy = P * T0 * std::sqrt(M_PI) / 2;  // times erf((t - t1)/T0) + ...
+    const double whole = 2 * GammaOf(n2, lambda2) * energy / delay;
     for (int i = 1; i <= 1024; ++i) {
-        const double t = (i - 1 - 512) * tStep;
-        worst = std::max(worst, std::fabs(std::arg(out.X(i, 1)) - phaseAt(t)));
-        largest = std::max(largest, phaseAt(t));
+        const double t = (i - 1 - 512) * 0.5 * ps;
+        const double part = std::erf((t + delay * 20000) / T0) - std::erf(t / T0);
+        // Whole-sample offsets: half a sample of 0.5 ps on slopes of 1/T0; the probe's dispersion.
+        ASSERT_NEAR(std::arg(out.X(i, 1)), whole * part, 0.2 * std::fabs(whole)) << i;
     }
-    EXPECT_GT(largest, 0.05);
-    // Whole-sample offsets: half a sample of 0.5 ps on slopes of 1/T0; the probe's own dispersion.
-    EXPECT_LT(worst, 0.1 * largest);
 }
 
 // The channel of the longer wavelength gains, photon for photon, what the other loses. The rate by
@@ -180,41 +141,6 @@ TEST(FiberPhysics, RamanMovesPhotonsToTheLongerWavelength) {
                 1e-9 * gain);
     // By design: of two equal wavelengths the earlier in the list gains.
     EXPECT_GT(RamanCoefficient(1.5e-6, 1.5e-6, true, area), 0);
-
-    FiberParams params = BareFiber();
-    params.hasRaman = true;
-    params.distance = 1000;
-    params.zStepSize = 10;
-    const double pump = 0.2, probe = 1e-3;
-    const auto input = MakeSignal(
-        {{Constant(std::sqrt(pump)), {}, 1.45e-6}, {Constant(std::sqrt(probe)), {}, listed}}, 8,
-        ps);
-    const FiberResult out = RunThrough(input, params);
-    const double pumpOut = std::norm(out.X(1, 0)), probeOut = std::norm(out.X(1, 1));
-    const double rate = 1.043 * 4.9e-20 / 1.45e-6 / (M_PI * 0.25e-10);
-    EXPECT_NEAR(std::log(probeOut / probe), rate * pump * 1000, 2e-3 * rate * pump * 1000);
-    const double photonsLost = (pump - pumpOut) * 1.45e-6;
-    EXPECT_NEAR((probeOut - probe) * listed, photonsLost, 1e-3 * photonsLost);
-}
-
-// Turns aside, the modes part by pmd_coef * sqrt(dz) in a step. One step turns once, in the middle,
-// so that the first half of the delay shows in what went to the other polarization.
-TEST(FiberPhysics, PartsThePolarizationsByTheModeDelay) {
-    const double T0 = 20 * ps;
-    FiberParams params = BareFiber();
-    params.distance = params.zStepSize = 100;
-    params.pmdMethod = PmdMethod::CoarseStep;
-    params.pmdCoefficient = 1e-12;
-    const auto input = MakeSignal({{Gauss(1e-3, T0), {}}}, 256, 2 * ps);
-    const FiberResult out = RunThrough(input, params);
-    const Moments x = MomentsOf(out.Channel()), y = MomentsOf(out.Channel(), &OpSig::Ey_samples);
-    const double energy = MomentsOf(*input->channels).energy;
-    EXPECT_NEAR(x.energy + y.energy, energy, 1e-12 * energy) << "a turn is unitary";
-    EXPECT_GT(std::min(x.energy, y.energy), 0.01 * energy);
-    // From x alone: half the delay as x before the turn, half as x or as y behind it.
-    const double full = 1e-12 * 10;
-    EXPECT_NEAR(std::fabs(x.mean), full / 2, 1e-3 * full);
-    EXPECT_NEAR(y.mean, 0, 1e-3 * full);
 }
 
 }  // namespace

@@ -46,10 +46,10 @@ void Expect(double (*measure)(const OpSig&), const BlockRun& run, std::size_t po
 }
 
 /// Filters of 50 GHz at f0 and 100 GHz apart from there.
-void SetBank(ModelBlock& block, std::string_view type) {
+ModelBlock& SetBank(ModelBlock& block, std::string_view type) {
     block.Word("filterSpecMode", "Frequency").Word("filterType", type);
     block.Number("firstFilterCenter", f0).Number("filterSpacing", spacing);
-    block.Number("filterBW", 50e9).Number("filterBW0dB", 20e9).Number("filterFSR", 1e15);
+    return block.Number("filterBW", 50e9).Number("filterBW0dB", 20e9).Number("filterFSR", 1e15);
 }
 
 /// One filter of 0.4 nm (50 GHz) at f0.
@@ -107,15 +107,12 @@ TEST(Multiplexers, FiltersInHertzAreWorkedOutForEachPort) {
     }
 }
 
-TEST(Multiplexers, SingleChannelNeedsChannelsWithinTheSamplingRate) {
+TEST(Multiplexers, SingleChannelMergesWhatTheMuxJoins) {
     const Owned<OpSignal> first = Carrier(1.0, 64, c / f0);
-    const Owned<OpSignal> near = Carrier(1.0, 64, c / (f0 + spacing));
-    const Owned<OpSignal> far = Carrier(1.0, 64, c / (f0 + 2e12));
+    const Owned<OpSignal> second = Carrier(1.0, 64, c / (f0 + spacing));
     ModelBlock single("S");
     single.Word("Representation", "SingleChannel").Word("filterType", "None");
-    Expect(PowerOf, BlockRun(RunIdealOpticalMux, single, {first, near}), 0, {2.0});
-    EXPECT_EQ(BlockRun(RunIdealOpticalMux, single, {first, far}).text,
-              "ERROR merging optical signals: signal sampling rate too low\n");
+    Expect(PowerOf, BlockRun(RunIdealOpticalMux, single, {first, second}), 0, {2.0});
 }
 
 TEST(Multiplexers, AddDropExchangesTheChannelAtItsCenter) {
@@ -144,8 +141,7 @@ TEST(Multiplexers, PathsReadTheirOwnElementOfACustomFile) {
     ModelBlock block("A"), bank("B");
     SetFilter(block, "Custom1");
     block.Word("filename", file);
-    SetBank(bank, "Custom1");
-    bank.Word("filename", file);
+    SetBank(bank, "Custom1").Word("filename", file);
     const BlockRun both(RunOpticalAddDropMux, block, {line, added}, 2);
     Expect(PowerOf, both, 0, {0.36, 0.09});
     Expect(PowerOf, both, 1, {0.25});
@@ -171,68 +167,41 @@ TEST(Multiplexers, AutoShiftsOnlyALoneChannelAndNeverTheLine) {
 TEST(Multiplexers, RefuseWhatTheyCannotFilterInTheBlocksOwnWords) {
     const Owned<OpSignal> light = LevelAt(1.0, f0);
     const struct {
-        std::string_view type, parameter;
+        std::string_view type, name, text;
         double value;
-        std::string_view text;
-    } rows[] = {
-        {"Gaussian", "filterBW", 0.0, "parameter 'filterBW' is 0; it must be finite and above 0\n"},
-        {"Trapezoidal", "filterBW0dB", -1.0, "parameter 'filterBW0dB' is -1"},
-        {"FabryPerot", "filterFSR", 0.0, "parameter 'filterFSR' is 0"},
-        {"Gaussian", "filterOrder", 0.0, "parameter 'filterOrder' is 0; it must be at least 1\n"},
-        {"Ideal", "firstFilterCenter", 20e9,
-         "parameter 'filterBW' is 5e+10 Hz, too wide for a filter at 2e+10 Hz\n"},
-        {"Custom1", "filterSpacing", -2e14, "a filter has its center at -6.9e+12 Hz\n"}};
+    } rows[] = {{"Gaussian", "filterBW", "parameter 'filterBW' is 0; it must be", 0.0},
+                {"Trapezoidal", "filterBW0dB", "parameter 'filterBW0dB' is -1", -1.0},
+                {"FabryPerot", "filterFSR", "parameter 'filterFSR' is 0", 0.0},
+                {"Ideal", "firstFilterCenter", "parameter 'filterBW' is 5e+10 Hz, too wide", 20e9},
+                {"Custom1", "filterSpacing", "a filter has its center at -6.9e+12 Hz\n", -2e14}};
     for (const auto& row : rows) {
         ModelBlock bank("B");
-        SetBank(bank, row.type);
-        bank.Whole("filterOrder", 1);
-        if (row.parameter == "filterOrder")
-            bank.Whole(row.parameter, static_cast<std::int32_t>(row.value));
-        else
-            bank.Number(row.parameter, row.value);
-        const BlockRun run(RunOpticalDemux, bank, {light}, 2);
-        EXPECT_TRUE(run.IsEmpty());
+        const BlockRun run(RunOpticalDemux, SetBank(bank, row.type).Number(row.name, row.value),
+                           {light}, 2);
         EXPECT_TRUE(run.text.starts_with(Concat("ERROR: component 'B': ", row.text))) << run.text;
+        EXPECT_TRUE(run.IsEmpty());
     }
-    ModelBlock none("N");
-    none.Word("filterType", "None");
-    EXPECT_EQ(BlockRun(RunOpticalAddMux, none, {light}).text,
-              "ERROR: component 'N': two inputs are needed\n");
+    ModelBlock bank("B");
+    EXPECT_EQ(
+        BlockRun(RunOpticalDemux, SetBank(bank, "Gaussian").Whole("filterOrder", 0), {light}).text,
+        "ERROR: component 'B': parameter 'filterOrder' is 0; it must be at least 1\n");
+    EXPECT_EQ(BlockRun(RunOpticalAddMux, bank.Word("filterType", "None"), {light}).text,
+              "ERROR: component 'B': two inputs are needed\n");
 }
-
-/// How often files of a folder are opened and closed, as the system counts it. (Equal events in a
-/// row would count as one; these alternate.)
-class ReadCounter {
-  public:
-    explicit ReadCounter(const std::string& folder) {
-        inotify_add_watch(queue_, folder.c_str(), IN_OPEN | IN_CLOSE);
-    }
-    ~ReadCounter() { close(queue_); }
-    int Count() const {
-        alignas(inotify_event) char events[4096];
-        int count = 0;
-        const ssize_t bytes = read(queue_, events, sizeof events);
-        for (ssize_t at = 0; at < bytes; ++count) {
-            at += sizeof(inotify_event) + reinterpret_cast<inotify_event*>(events + at)->len;
-        }
-        return count / 2;
-    }
-
-  private:
-    int queue_ = inotify_init1(IN_NONBLOCK);
-};
 
 TEST(Multiplexers, ReadTheFileOfAllPortsOnce) {
     const TempDir directory;
     const std::string file = directory.Write(
         "matrix.txt", "TransferMatrixFormat1 REAL LIN\n1 4 1 1 2\n0 0.1 0.2 0.3 0.4\n");
     ModelBlock bank("B");
-    SetBank(bank, "Custom1");
-    bank.Word("filename", file);
-    const ReadCounter files(directory.Path());
-    const BlockRun run(RunOpticalDemux, bank, {LevelAt(1.0, f0)}, 4);
-    EXPECT_EQ(files.Count(), 1);
-    Expect(PowerOf, run, 3, {0.16});
+    SetBank(bank, "Custom1").Word("filename", file);
+    const int watch = inotify_init1(IN_NONBLOCK);
+    inotify_add_watch(watch, file.c_str(), IN_OPEN | IN_CLOSE);
+    Expect(PowerOf, BlockRun(RunOpticalDemux, bank, {LevelAt(1.0, f0)}, 4), 3, {0.16});
+    inotify_event events[16];
+    const auto opened = sizeof(inotify_event), closed = sizeof(inotify_event);
+    EXPECT_EQ(read(watch, events, sizeof events), static_cast<ssize_t>(opened + closed));
+    close(watch);
 }
 
 TEST(Multiplexers, Take128Ports) {

@@ -111,23 +111,20 @@ TEST_F(Multiport, WideDeviceWeighsEveryBinAndNarrowOneTheCarrier) {
 
 TEST_F(Multiport, WhatDoesNotFitIsRefusedAndLeavesNoOutput) {
     const Owned<OpSignal> a = Light(1.55e-6, {1.0, 1.0}), four = Carrier(1.0),
-                          strange = Carrier(1.0, 2, NAN), three = Light(1.5e-6, {1.0, 1.0, 1.0});
-    const auto refusal = [&](auto model, const std::vector<BlockRun::Input>& inputs) {
-        const BlockRun run(model, block_, inputs);
+                          strange = Carrier(1.0, 2, NAN);
+    const auto refusal = [&](const std::vector<BlockRun::Input>& inputs) {
+        const BlockRun run(narrow, block_, inputs);
         EXPECT_TRUE(run.IsEmpty());
         return run.text;
     };
-    EXPECT_EQ(refusal(narrow, {a}), "ERROR: component 'box': there is no transfer matrix yet\n");
+    EXPECT_EQ(refusal({a}), "ERROR: component 'box': there is no transfer matrix yet\n");
     Constant(2, 1, {1.0, 1.0});
-    EXPECT_EQ(refusal(narrow, {a}), "mismatch in number of input/output nodes.");
-    EXPECT_EQ(refusal(narrow, {a, four}),
+    EXPECT_EQ(refusal({a}), "mismatch in number of input/output nodes.");
+    EXPECT_EQ(refusal({a, four}),
               "ERROR: component 'box': channels of the wavelength 1.55e-06 m differ in number of "
               "samples or time step\n");
-    EXPECT_EQ(refusal(narrow, {a, strange}),
+    EXPECT_EQ(refusal({a, strange}),
               "ERROR: component 'box': a channel has the wavelength nan m\n");
-    EXPECT_EQ(refusal(wide, {a, three}),
-              "ERROR: component 'box': a channel has 3 samples; its spectrum needs a power of two "
-              "up to 536870912\n");
 }
 
 // --- The block ---

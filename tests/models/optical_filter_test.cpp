@@ -52,11 +52,9 @@ TEST(FilterResponse, GaussianAndTrapezoidFallAsTheyShould) {
         OpticalFilterRecord record = Record("Gaussian");
         record.order = order;
         const FilterResponse G = Prepared(record);
-        for (const double x :
-             {0.0, 1.0, -1.0, 1.5}) {  // in half widths: 2^-(x^2order) of the power
-            const double expected = std::exp2(-std::pow(x, 2 * order));
-            EXPECT_NEAR(SquaredMagnitude(G(nu0 + x * width / 2)), expected, rounding);
-        }
+        for (const double x : {0.0, 1.0, -1.0, 1.5})  // in half widths
+            EXPECT_NEAR(SquaredMagnitude(G(nu0 + x * width / 2)),
+                        std::exp2(-std::pow(x, 2 * order)), rounding);
     }
     OpticalFilterRecord trapezoid = Record("Trapezoidal");
     trapezoid.BW0dB = 0.4e-9;
@@ -85,51 +83,33 @@ TEST(FilterResponse, IdealKeepsAFloorAndItsEdgesPassEitherWay) {
     }
 }
 
-TEST(FilterResponse, ResonatorHasItsFreeRangeAndFinesse) {
-    OpticalFilterRecord record = Record("FabryPerot", 0.1e-9);
-    record.FSR = 2e-9;
-    const FilterResponse H = Prepared(record);
-    const double F = Width(record.FSR), finesse = F / Width(record.BW);
-    EXPECT_NEAR(std::numbers::pi * std::sqrt(H.R) / (1.0 - H.R), finesse, 1e-9);
-    EXPECT_NEAR(Magnitude(H(nu0 - 3.0 * F)), 1.0, rounding);
-    EXPECT_NEAR(Magnitude(H(nu0 + 0.5 * F)), (1.0 - H.R) / (1.0 + H.R), rounding);
-    // The exact half-power points of an Airy function, 2 asin((1 - R) / 2 sqrt R) apart in phase.
-    const double phase = std::asin((1.0 - H.R) / (2.0 * std::sqrt(H.R)));
-    EXPECT_NEAR(SquaredMagnitude(H(nu0 + phase / std::numbers::pi * F)), 0.5, rounding);
-    // A single pass delays by half a round trip: next to the resonance the phase is that of (1 + R)
-    // / (1 - R) passes.
-    const double small = 1e-4 * Width(record.BW);
-    EXPECT_NEAR(Phase(H(nu0 + small)) / (small * std::numbers::pi / F), (1.0 + H.R) / (1.0 - H.R),
-                1e-3);
-    record.reflectivity = 0.99;  // the width alone counts; sin x taken as x
-    const double edge = nu0 + Width(record.BW) / 2;
-    EXPECT_NEAR(SquaredMagnitude(Prepared(record)(edge)), 0.5, 1e-4);
-}
-
-// In closed form: with u = pi dnu / F and R + 1/R = 2 + u^2, R = exp(-2 asinh(u/2)). All widths
+// In closed form: with u = pi dnu / F and R + 1/R = 2 + u^2, R = exp(-2 asinh(u/2)); all widths
 // without differences, in 64 bits of mantissa.
 TEST(FilterResponse, ResonatorIsExactAtAnyFinesse) {
-    const auto width = [](long double w) {
-        return 299792458.0L * w / ((lambda - w / 2) * (lambda + w / 2));
+    using Long = long double;
+    const auto width = [](Long w) {
+        return 299792458.0L * w / (lambda * Long{lambda} - w * w / 4);
     };
     for (const double finesse : {2.0, 30.0, 1e3, 1e6, 1e9}) {
         SCOPED_TRACE(finesse);
-        OpticalFilterRecord record = Record("FabryPerot", 5e-9 / finesse);
-        record.FSR = 5e-9;
+        const OpticalFilterRecord record = Resonator(5e-9 / finesse);
         const FilterResponse H = Prepared(record);
-        const long double tau = std::numbers::pi_v<long double> / width(record.FSR);
-        const long double a = std::asinh(tau * width(record.BW) / 2);
-        const long double R = std::exp(-2 * a), T = -std::expm1(-2 * a);
+        const Long tau = std::numbers::pi_v<Long> / width(record.FSR);
+        const Long a = std::asinh(tau * width(record.BW) / 2);
+        const Long R = std::exp(-2 * a), T = -std::expm1(-2 * a);
         for (const double halfWidths : {0.5, -1.0, 20.0}) {
             const double f = H.nu0 + halfWidths * H.dnu / 2;
-            const long double phi = (static_cast<long double>(f) - H.nu0) * tau, s = std::sin(phi);
-            const long double power = 1 / (1 + 4 * R / (T * T) * s * s);
-            EXPECT_NEAR(SquaredMagnitude(H(f)) / power, 1.0L, 1e-12L);
-            const Field once = std::polar(1.0, -std::atan2(static_cast<double>((1 + R) * s),
-                                                           static_cast<double>(T * std::cos(phi))));
-            EXPECT_NEAR(std::arg(Value(H(f)) * once), 0.0, 1e-12);
+            const Long phi = (Long{f} - H.nu0) * tau;
+            const std::complex<Long> inverse =
+                std::polar(1.0L, -phi) - std::complex<Long>(0, 2 * R / T * std::sin(phi));
+            EXPECT_NEAR(std::abs(std::complex<Long>(Value(H(f))) * inverse - 1.0L), 0.0L, 1e-12L);
         }
+        EXPECT_NEAR(Magnitude(H(H.nu0 - 3.0 * Width(record.FSR))), 1.0, 1e-11 * finesse);
     }
+    OpticalFilterRecord record = Resonator(0.1e-9);
+    record.reflectivity = 0.99;  // the width alone counts; sin x taken as x
+    const double edge = nu0 + Width(record.BW) / 2;
+    EXPECT_NEAR(SquaredMagnitude(Prepared(record)(edge)), 0.5, 1e-4);
 }
 
 TEST(FilterResponse, ComplementsSumToOne) {
@@ -302,19 +282,14 @@ TEST(OpticalFilter, LevelsAndNoiseAreFilteredWhereTheyAreAndNeverShifted) {
 
 TEST(OpticalFilter, ChannelsThatHaveNoSpectrumAreRefused) {
     const auto refusal = [](std::int32_t n, double tStep) {
-        const Owned<OpSig> channel = RampChannel(n, tStep);
         std::string text;
-        EXPECT_EQ(ApplyOpticalFilter(Record("Ideal"), channel.get(), nullptr, {"box", text}),
+        EXPECT_EQ(ApplyOpticalFilter(Record("Ideal"), RampChannel(n, tStep).get(), nullptr,
+                                     {"box", text}),
                   Status::Error);
         return text;
     };
-    EXPECT_EQ(refusal(12, 1e-12),
-              "ERROR: component 'box': a channel has 12 samples; its spectrum needs a power of two "
-              "up to 536870912\n");
-    EXPECT_EQ(
-        refusal(8, 0.0),
-        "ERROR: component 'box': a channel has the time step 0 s; its spectrum needs a finite "
-        "one above 0\n");
+    EXPECT_TRUE(StartsWith(refusal(12, 1e-12), "ERROR: component 'box': a channel has 12 samples"));
+    EXPECT_TRUE(StartsWith(refusal(8, 0.0), "ERROR: component 'box': a channel has the time step"));
 }
 
 // --- The block ---
@@ -324,36 +299,26 @@ ModelBlock& Fill(ModelBlock& block, std::string_view type, double dropThreshold)
     return block.Number("loss", 10.0).Number("dropThreshold", dropThreshold);
 }
 
-/// Three levels: 1.25 W at the center, 1 W far off, `last` W at the center again; with noise.
-Owned<OpSignal> ThreeLevels(double last) {
-    Owned<OpSignal> light = Level(1.0, lambda);
-    EXPECT_EQ(AddEySamples(light->channels), 0);
+// An unknown type passes light without loss and still drops.
+TEST(OpticalFilterBlock, DropsWhatComesOutTooWeak) {
+    // 1.25 W at the center, 1 W far off, 0.5 W at the center again; with noise.
+    const Owned<OpSignal> light = Level(1.0, lambda), none;
+    ASSERT_EQ(AddEySamples(light->channels), 0);
     light->channels->Ey_samples[1] = {0.0, 0.5};
     AppendChannel(*light, Level(1.0, 1.5e-6));
-    AppendChannel(*light, Level(last, lambda));
+    AppendChannel(*light, Level(0.5, lambda));
     light->noise = RampSpectrum(3).release();
-    return light;
-}
-
-TEST(OpticalFilterBlock, DropsWhatComesOutTooWeak) {
-    ModelBlock block("box");
-    const Owned<OpSignal> light = ThreeLevels(0.5), none;
-    const BlockRun run(RunOpticalFilter, Fill(block, "Ideal", 0.1), {none, light}, 2);
-    EXPECT_TRUE(run.IsEmpty(0));
-    EXPECT_NEAR(PeakPower(run.Channel(1)), 0.125, 1e-12);  // 1.25 W by 10 dB
-    EXPECT_EQ(run.Channel(1).next, nullptr);
-    EXPECT_NE(run.Light(1).noise, nullptr);
-    EXPECT_EQ(PeakPower(*light->channels), 1.25) << "the input was changed";
-}
-
-TEST(OpticalFilterBlock, UnknownTypePassesLightWithoutLossButStillDrops) {
-    ModelBlock block("box");
-    const BlockRun run(RunOpticalFilter, Fill(block, "Bessel", 1.1), {ThreeLevels(4.0)});
-    EXPECT_EQ(PeakPower(run.Channel()), 1.25);
-    const OpSig& second = *run.Channel().next;
-    EXPECT_EQ(PeakPower(second), 4.0);
-    EXPECT_EQ(second.next, nullptr);
-    EXPECT_EQ(run.Light().noise->powerSamples[3], 3.0);
+    const std::pair<std::string_view, double> rows[] = {{"Ideal", 0.1}, {"Bessel", 1.0}};
+    for (const auto& [type, transmission] : rows) {
+        ModelBlock block("box");
+        const BlockRun run(RunOpticalFilter, Fill(block, type, 1.1 * transmission), {none, light},
+                           2);
+        EXPECT_TRUE(run.IsEmpty(0));
+        EXPECT_NEAR(PeakPower(run.Channel(1)), 1.25 * transmission, 1e-12);
+        EXPECT_EQ(run.Channel(1).next, nullptr);
+        EXPECT_EQ(run.Light(1).noise->powerSamples[3] == 3.0, type == "Bessel");
+        EXPECT_EQ(PeakPower(*light->channels), 1.25) << "the input was changed";
+    }
 }
 
 TEST(OpticalFilterTest, HasAFloorWhereNothingPasses) {
