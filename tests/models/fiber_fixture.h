@@ -15,8 +15,7 @@
 
 namespace photrak {
 
-using Cplx = std::complex<double>;
-using Waveform = std::function<Cplx(double t)>;  // sqrt(W) at t seconds from the middle
+using Waveform = std::function<Field(double t)>;  // sqrt(W) at t seconds from the middle
 
 /// A channel, by its waveforms.
 struct ChannelSpec {
@@ -75,8 +74,8 @@ struct FiberResult {
         while (index-- > 0) at = at->next;
         return *at;
     }
-    Cplx X(int i, int channel = 0) const { return Value(Channel(channel).Ex_samples[i]); }
-    Cplx Y(int i, int channel = 0) const { return Value(Channel(channel).Ey_samples[i]); }
+    Field X(int i, int channel = 0) const { return Value(Channel(channel).Ex_samples[i]); }
+    Field Y(int i, int channel = 0) const { return Value(Channel(channel).Ey_samples[i]); }
 };
 
 /// One run in the present directory under the present host.
@@ -125,12 +124,12 @@ inline Moments MomentsOf(const OpSig& sig, Complex* OpSig::*samples = &OpSig::Ex
 
 inline Waveform Gauss(double power, double T0, double chirp = 0) {
     return [=](double t) {
-        const Cplx exponent(1, chirp);
+        const Field exponent(1, chirp);
         return std::sqrt(power) * std::exp(-0.5 * exponent * (t / T0) * (t / T0));
     };
 }
 
-inline Waveform Constant(Cplx field) {
+inline Waveform Constant(Field field) {
     return [=](double) { return field; };
 }
 

@@ -88,8 +88,8 @@ TEST(FiberModel, TakesASingleSampleThroughAtTheCarrier) {
     EXPECT_NEAR(std::abs(out.X(1) - std::polar(0.1, phase)), 0, 1e-13);
 }
 
-// A negative distance without dispersion to count periods by is 50 km. A channel without a bit rate
-// counts as 10 Gb/s at its place in the list.
+// A negative distance counts thousandths of soliton periods pi/2 LD; without dispersion it is 50
+// km. A channel without a bit rate counts as 10 Gb/s at its place in the list.
 TEST(FiberModel, ResolvesDistanceAndCharacteristicLengths) {
     const Owned<OpSignal> input = SomeSignal();
     FiberParams params = BareFiber();
@@ -106,11 +106,11 @@ TEST(FiberModel, ResolvesDistanceAndCharacteristicLengths) {
     } rows[] = {{1e12, 0, 1e-10}, {0, 4e10, 2.5e-11}};
     params.curve.beta2 = -2e-26;
     params.curve.beta3 = -1e-40;
-    params.distance = 1000;
     for (const auto& row : rows) {
         input->channels->bitRate = row.firstRate;
         input->channels->next->bitRate = row.secondRate;
         const FiberResult out = RunThrough(input, params);
+        EXPECT_NEAR(out.params.distance, 3 * M_PI / 2 * out.params.LD, 1e-9 * out.params.LD);
         EXPECT_NEAR(out.params.LD, row.T * row.T / 2e-26, 1e-9 * out.params.LD);
         EXPECT_NEAR(out.params.L3, row.T * row.T * row.T / 1e-40, 1e-9 * out.params.L3);
     }
