@@ -11,13 +11,19 @@
 namespace photrak {
 namespace {
 
-/// The symbols of the command line come after the load; what depends on them is looked at again.
-void CheckWithSymbols(Workspace& workspace, const CommandOptions& options, Status& status) {
-    if (options.symbols.empty()) return;
+/// Parameter files and symbols of the command line come after the load; what depends on them is
+/// looked at again.
+void CheckWithOptions(const Session& session, const CommandOptions& options, Status& status) {
+    if (options.symbols.empty() && options.loadParams.empty()) return;
+    if (!ApplyParamFiles(session, options, status)) {
+        status = Status::Error;
+        return;
+    }
+    Workspace& workspace = *session.workspace;
     ApplySymbols(workspace, options);
     std::string text;
     MergeStatus(status, CheckTopologyGraph(workspace, text));
-    Report("with --set", text);
+    Report(options.symbols.empty() ? "with --load-params" : "with --set", text);
 }
 
 }  // namespace
@@ -30,7 +36,7 @@ int CheckCommand(const CommandOptions& options) {
     Status status = TopologyCheck(session.fileName, session.workspace, session.catalogue);
     if (!session.workspace) return exitStatus::failed;
     Report(status == Status::Error ? "error" : "warning", session.workspace->errorText);
-    CheckWithSymbols(*session.workspace, options, status);
+    CheckWithOptions(session, options, status);
     if (status == Status::Error) return exitStatus::failed;
     if (!options.quiet) {
         WriteOut(Concat(options.file, ": ", session.workspace->components.size(), " components, ",

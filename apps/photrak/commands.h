@@ -17,5 +17,6 @@ int CheckCommand(const CommandOptions& options);
 int TestCommand(const CommandOptions& options);
 int ModelsCommand(const CommandOptions& options);
 int PlotCommand(const CommandOptions& options);
+int ParamsCommand(const CommandOptions& options);
 
 }  // namespace photrak

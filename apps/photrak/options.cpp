@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <filesystem>
 
 #include "base/text.h"
 
@@ -30,6 +31,28 @@ Problem SetSymbol(CommandOptions& options, const std::string& value) {
                       "' is longer than 31 characters");
     }
     options.symbols.emplace_back(value.substr(0, equals), value.substr(equals + 1));
+    return {};
+}
+
+/// From here, and not from the topology's directory, which the commands enter.
+std::string FullPath(const std::string& path) {
+    std::error_code failed;
+    const std::filesystem::path full = std::filesystem::absolute(path, failed);
+    return failed ? path : full.string();
+}
+
+Problem AddParamFile(CommandOptions& options, const std::string& value) {
+    const std::size_t equals = value.find('=');
+    if (equals == 0 || equals == std::string::npos || equals + 1 == value.size()) {
+        return Concat("--load-params wants COMPONENT=FILE.prm, not '", value, "'");
+    }
+    options.loadParams.emplace_back(value.substr(0, equals), FullPath(value.substr(equals + 1)));
+    return {};
+}
+
+Problem SetParamFile(CommandOptions& options, const std::string& value) {
+    if (value.empty() || value.ends_with('/')) return "-o wants the name of a file";
+    options.paramFile = FullPath(value);
     return {};
 }
 
@@ -131,11 +154,14 @@ Problem Raise(CommandOptions& options, const std::string&) {
 constexpr unsigned simulating = commandBit::run | commandBit::scan;
 constexpr unsigned plotting = simulating | commandBit::test;
 constexpr unsigned topologyCommand = plotting | commandBit::check;
-constexpr unsigned anyCommand = topologyCommand | commandBit::models | commandBit::plot;
+constexpr unsigned anyCommand =
+    topologyCommand | commandBit::models | commandBit::plot | commandBit::params;
 
 constexpr Option optionTable[] = {
     {"--set", "NAME=EXPR", topologyCommand, SetSymbol,
      "give a symbol a number or an expression for this run; repeatable"},
+    {"--load-params", "C=FILE", topologyCommand, AddParamFile,
+     "load the parameter file FILE into the component C first; repeatable"},
     {"--prefix", "TEXT", simulating, SetText<&CommandOptions::prefix>,
      "start the names of result files with TEXT"},
     {"--plotting", "MODE", plotting, SetPlotting,
@@ -156,6 +182,8 @@ constexpr Option optionTable[] = {
      "likewise for the runs; an empty tag skips the plots of that loop"},
     {"-o", "OUT", commandBit::plot, SetOutput,
      "write the picture OUT.svg; a folder takes one for each plot"},
+    {"-o", "FILE.prm", commandBit::params, SetParamFile,
+     "write FILE.prm; standard output without it"},
     {"--size", "WxH", commandBit::plot, SetSize,
      "size of the picture in pixels; 800x500 without it"},
     {"--dark", nullptr, commandBit::plot, RaisePlot<&PlotCommandOptions::dark>,
@@ -164,10 +192,10 @@ constexpr Option optionTable[] = {
      "draw eyes as traces or density; without it by their number"},
     {"--overlay", nullptr, commandBit::plot, RaisePlot<&PlotCommandOptions::overlay>,
      "draw the curves of all files on the axes of the first"},
-    {"--strict", nullptr, topologyCommand, Raise<&CommandOptions::strict>,
+    {"--strict", nullptr, topologyCommand | commandBit::params, Raise<&CommandOptions::strict>,
      "exit with 2 if there were warnings"},
-    {"--quiet", nullptr, topologyCommand | commandBit::plot, Raise<&CommandOptions::quiet>,
-     "no progress on standard error, only warnings and errors"},
+    {"--quiet", nullptr, topologyCommand | commandBit::plot | commandBit::params,
+     Raise<&CommandOptions::quiet>, "no progress on standard error, only warnings and errors"},
     {"--verbose", nullptr, simulating | commandBit::check, Raise<&CommandOptions::verbose>,
      "tell more: catalogue, symbols, sweeps, times"},
     {"--help", nullptr, anyCommand, Raise<&CommandOptions::help>, "print this help"},

@@ -26,10 +26,13 @@ struct PlotCommandOptions {
 
 /// What the user asked for on the command line, for the commands that run or load a topology.
 struct CommandOptions {
-    std::string component;           // the block of `test`
+    std::string component;           // the block of `test` and `params`
     std::string file;                // the topology, or the model type of `models`
     std::vector<std::string> files;  // the plots of `plot`
     PlotCommandOptions plot;
+    std::string paramFile;  // -o of `params`, a full path
+    // --load-params COMPONENT=FILE.prm, in order, with full paths
+    std::vector<std::pair<std::string, std::string>> loadParams;
     std::vector<std::pair<std::string, std::string>> symbols;  // --set NAME=EXPR, in order
     std::optional<std::string> prefix;
     std::optional<std::int16_t> plotting;  // PLOTTING code
@@ -53,7 +56,8 @@ std::string OptionHelp(unsigned command, unsigned except = 0);
 
 /// Bits of the commands in the option table.
 namespace commandBit {
-inline constexpr unsigned run = 1, check = 2, models = 4, scan = 8, test = 16, plot = 32;
+inline constexpr unsigned run = 1, check = 2, models = 4, scan = 8, test = 16, plot = 32,
+                          params = 64;
 }
 
 }  // namespace photrak

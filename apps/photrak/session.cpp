@@ -7,6 +7,7 @@
 #include "base/log.h"
 #include "base/text.h"
 #include "files/catalogue.h"
+#include "files/param_file.h"
 #include "files/topology.h"
 #include "kernel/graph.h"
 #include "kernel/run_record.h"
@@ -61,7 +62,30 @@ bool OpenTopology(Session& session, const CommandOptions& options, Status& loade
         Report("error", Concat(options.file, ": the topology did not load"));
         return false;
     }
+    if (!ApplyParamFiles(session, options, loaded)) return false;
     ApplySymbols(*session.workspace, options);
+    return true;
+}
+
+Component* FindNamed(const Session& session, const std::string& name,
+                     const CommandOptions& options) {
+    Component* component = FindComponent(name, session.workspace->components);
+    if (!component) Report("error", Concat(options.file, ": no component '", name, "'"));
+    return component;
+}
+
+bool ApplyParamFiles(const Session& session, const CommandOptions& options, Status& status) {
+    for (const auto& [name, file] : options.loadParams) {
+        Component* component = FindNamed(session, name, options);
+        if (!component) return false;
+        std::string text;
+        const Status loaded = LoadParamFile(*component, *session.workspace, file, text);
+        MergeStatus(status, loaded);
+        if (!text.empty()) text = Concat("component '", name, "', file '", file, "': ", text);
+        if (!text.empty()) LogText(Concat(text, "\n"));
+        Report(loaded == Status::Error ? "error" : "warning", text);
+        if (loaded == Status::Error) return false;
+    }
     return true;
 }
 

@@ -27,9 +27,15 @@ struct Session {
 bool OpenCatalogue(Session& session);
 /// Enters the topology's directory. False after a report.
 bool EnterDirectory(Session& session, const std::string& path);
-/// Both of these, then loads the topology, reports its texts, in the log file too, and declares the
-/// symbols of --set. False after a report if it cannot run; `loaded` tells of warnings.
+/// Both of these, then loads the topology, reports its texts, in the log file too, loads the
+/// parameter files of --load-params and declares the symbols of --set. False after a report if it
+/// cannot run; `loaded` tells of warnings.
 bool OpenTopology(Session& session, const CommandOptions& options, Status& loaded);
+/// The component that the command names. Null after a report.
+Component* FindNamed(const Session& session, const std::string& name,
+                     const CommandOptions& options);
+/// Loads the files of --load-params. False after a report; `status` tells of warnings.
+bool ApplyParamFiles(const Session& session, const CommandOptions& options, Status& status);
 /// Declares the symbols of --set as variables of the workspace, over those of the file.
 void ApplySymbols(Workspace& workspace, const CommandOptions& options);
 /// Lists the result files that were written, and warns of those that could not be, as when the disk

@@ -2,7 +2,6 @@
 
 #include "base/text.h"
 #include "kernel/external_commands.h"
-#include "kernel/graph.h"
 #include "kernel/run_record.h"
 #include "models/block_tests.h"
 #include "photrak/commands.h"
@@ -14,11 +13,8 @@ namespace {
 
 /// The block to test, or null after a report.
 Component* FindTestable(const Session& session, const CommandOptions& options) {
-    Component* component = FindComponent(options.component, session.workspace->components);
-    if (!component) {
-        Report("error", Concat(options.file, ": no component '", options.component, "'"));
-        return nullptr;
-    }
+    Component* component = FindNamed(session, options.component, options);
+    if (!component) return nullptr;
     if (HasBlockTest(component->type, session.userModels)) return component;
     Report("error", Concat("component '", component->name, "' of type '", component->type,
                            "': ", noModelTestText));

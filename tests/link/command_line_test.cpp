@@ -43,6 +43,9 @@ INSTANTIATE_TEST_SUITE_P(
                       UsageRow{"test a b.top c%s.top", 64, "'c%s.top' is too many"},
                       UsageRow{"test --prefix p a b.top", 64, "unknown option '--prefix'"},
                       UsageRow{"test --help", 0, "photrak test [options] COMPONENT FILE.top"},
+                      UsageRow{"params a", 64, "wants a component and a topology file"},
+                      UsageRow{"params -o d/ a b.top", 64, "-o wants the name of a file"},
+                      UsageRow{"run --load-params =x b.top", 64, "wants COMPONENT=FILE.prm"},
                       UsageRow{"test -- -a missing.top", 1, "missing.top"},
                       UsageRow{"run missing.top", 1, "missing.top"},
                       UsageRow{"run missing/dir/x.top", 1, "cannot enter"},
@@ -102,6 +105,56 @@ TEST(CommandLine, StrictTurnsWarningsIntoAStatus) {
     const ProgramResult loaded = Photrak("run --no-commands --strict --set nowhere=5 w.top");
     EXPECT_EQ(loaded.status, 2) << loaded.error;
     EXPECT_EQ(loaded.error.find("warnings occurred during the simulation"), std::string::npos);
+}
+
+/// From one block to another by a file, in the order of the options and before the symbols; paths
+/// are the user's, not the topology's.
+TEST(CommandLine, ParameterFilesGoFromBlockToBlock) {
+    const TempDir directory;
+    std::filesystem::create_directory("links");
+    WriteText("links/p.top", Link("bits DoubleType 6\n", "Bits", "100 % n", "bits"));
+    WriteText("links/q.top", Link("bits DoubleType 6\n", "Other", "q", "3"));
+    const ProgramResult printed = Photrak("params Bits links/p.top");
+    ASSERT_EQ(printed.status, 0) << printed.error;
+    EXPECT_TRUE(printed.out.starts_with(
+        "COMPONENT Bits PseudoRandomBinarySequenceGenerator\nNOTE 100 % n\n\nPARAM "))
+        << printed.out;
+    const ProgramResult saved = Photrak("params Bits links/p.top -o own");
+    ASSERT_EQ(saved.status, 0) << saved.error;
+    EXPECT_TRUE(saved.out.ends_with("/own.prm\n")) << saved.out;
+    EXPECT_EQ(FileText("own.prm"), printed.out);
+
+    std::string large = printed.out;
+    large.replace(large.find("VALUE bits"), 10, "VALUE bits*1e6");
+    WriteText("large.prm", large);
+    // The last file counts; what it limits is a warning.
+    const auto check = [](const std::string& options) {
+        return Photrak("check --strict " + options + " links/q.top");
+    };
+    const ProgramResult limited =
+        check("--load-params Other=own.prm --load-params Other=large.prm");
+    EXPECT_EQ(limited.status, 2) << limited.error;
+    EXPECT_NE(limited.error.find("large.prm': WARNING: parameter 'patternLength' greater"),
+              std::string::npos)
+        << limited.error;
+    const ProgramResult run =
+        Photrak("run --no-commands --load-params Other=own.prm --set bits=4 links/q.top");
+    EXPECT_EQ(run.status, 0) << run.error;
+    EXPECT_EQ(Table("links/phtmproot%s_bin.sig").size(), 16u) << run.out;
+
+    const struct {
+        const char *option, *expected;
+    } faults[] = {{"Other=none.prm", "Cannot open file to load parameters."},
+                  {"Nobody%s=own.prm", "no component 'Nobody%s'"},
+                  {"Plot%n=own.prm", "Error: Parameter file model type doesn't match component"}};
+    for (const auto& row : faults) {
+        for (const std::string command : {"check ", "run --no-commands "}) {
+            const ProgramResult result =
+                Photrak(command + "--load-params " + row.option + " links/q.top");
+            EXPECT_EQ(result.status, 1) << row.option;
+            EXPECT_NE(result.error.find(row.expected), std::string::npos) << result.error;
+        }
+    }
 }
 
 }  // namespace
