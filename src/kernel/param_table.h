@@ -3,6 +3,7 @@
 // file, both ways. A parameter that has no effect is a row that says so.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -40,6 +41,7 @@ struct ParamSpec {
     bool hasEffect = true;
     std::string_view whenAbsent = {};             // of a Word, if that is not the default
     std::optional<double> numberWhenAbsent = {};  // the same of a Number
+    bool sharesMember = false;  // with a row above it, which then has no place of its own
 };
 
 /// The words of an enumeration, separated by single blanks.
@@ -48,7 +50,9 @@ struct Words {
     std::string_view whenAbsent = {};  // instead of the default, for a block without the parameter
 };
 /// Marks a parameter that the definition offers and the model does not read.
-struct NoEffect {};
+struct NoEffect {
+    bool operator==(const NoEffect&) const = default;
+};
 
 template <class Record>
 struct ParamRow {
@@ -98,6 +102,10 @@ struct ParamRow {
         ParamRow row = *this;
         row.spec.numberWhenAbsent = number;
         return row;
+    }
+    /// False without effect, and for a function, which may serve several rows.
+    constexpr bool HasMember() const {
+        return spec.hasEffect && !std::holds_alternative<StoreWord>(member);
     }
 };
 
@@ -157,8 +165,14 @@ Status CheckParams(const ParamRow<Record> (&rows)[n], const std::type_identity_t
 template <class... Tables>
 std::vector<ParamSpec> SpecsOf(const Tables&... tables) {
     std::vector<ParamSpec> specs;
-    const auto append = [&](const auto& rows) {
-        for (const auto& row : rows) specs.push_back(row.spec);
+    const auto append = [&]<class Record, std::size_t n>(const ParamRow<Record>(&rows)[n]) {
+        for (const ParamRow<Record>& row : rows) {
+            const bool shares = std::any_of(rows, &row, [&](const ParamRow<Record>& other) {
+                return row.HasMember() && row.member == other.member;
+            });
+            specs.push_back(row.spec);
+            specs.back().sharesMember = shares;
+        }
     };
     (append(tables), ...);
     return specs;

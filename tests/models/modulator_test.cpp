@@ -100,9 +100,9 @@ TEST(Modulator, ExtinctionOfZeroDecibelsSwitchesTheFloorOff) {
     ModelBlock block;
     block.Number("onOffRatio", 0).Number("insertionLoss", -20).Number("ChirpFactor", 0);
     block.Word("fittingType", "Coefficients").Number("coef2", 0).Number("vBias", 0);
-    block.Number("frequency", 7e9);  // without effect: coef1 stays
+    block.Word("MatchEnds", "Yes").Word("LevelShift", "No");
     const ModulatorParams params = ReadModulatorParams(block.component.parameters);
-    EXPECT_EQ(params.coef1, 1.0);
+    EXPECT_TRUE(params.matchEnds && !params.levelShift);
     EXPECT_NEAR(params.transmission, 0.1, rounding);
     ExpectField(Modulated(params, Constant(0.0))[1], 0.0);
 }

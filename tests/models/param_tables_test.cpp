@@ -101,6 +101,7 @@ TEST_F(ParamTables, AgreeWithTheDefinitions) {
         std::set<std::string, std::less<>> inTable;
         for (const ParamSpec& spec : entry.params()) {
             EXPECT_TRUE(inTable.emplace(spec.name).second) << spec.name << " stands twice";
+            EXPECT_FALSE(spec.sharesMember) << spec.name << " is stored where another row is";
             const Parameter* parameter = FindParameter(spec.name, definition->parameters);
             if (parameter) {
                 ExpectSame(spec, *parameter);

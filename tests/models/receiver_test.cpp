@@ -198,8 +198,10 @@ TEST(Receiver, NeedsSomethingToDetect) {
     const Owned<OpSignal> dark = Steady(0.0);
     FreeOpSigList(&dark->channels);
     AddSpan(dark, 1e12, 0.0, 1e-17, 1e-17);  // noise alone is nothing to detect
-    const Received received(dark, Params());
-    EXPECT_EQ(received.text, "Receiver has no input signal.\n");
+    ModelBlock block;
+    const BlockRun run(ReceiverModel, block, {dark}, 1, ElecSigType);
+    EXPECT_EQ(run.status, Status::Warning);
+    EXPECT_EQ(run.text, "Receiver has no input signal.\n\n");
 }
 
 TEST(Receiver, TellsWhatItCannotDetect) {
