@@ -4,7 +4,7 @@
 namespace photrak {
 
 /// Index of the interval of xx[1..n] (ascending if xx[n] > xx[1], else descending) that holds x:
-/// ascending xx[j] <= x < xx[j+1], descending xx[j] > x >= xx[j+1]. 0 or n: x lies before or behind
+/// ascending xx[j] <= x < xx[j+1], descending xx[j] > x >= xx[j+1]. 0 or n: x lies before or after
 /// the table. *j on entry is a guess from which the hunt starts with doubling steps; a guess
 /// outside 1..n gives a plain bisection. An empty table gives 0.
 void HuntTable(const double* xx, int n, double x, int* j);

@@ -122,7 +122,7 @@ TEST(LineReader, TakesTextValuesToTheQuote) {
     constexpr std::pair<const char*, const char*> rows[] = {
         {"VALUE \"1 2\" rest", "1 2"},
         {"VALUE   12", "  12"},  // only one delimiter is used up by the keyword
-        {"VALUE: \"12\"", " "},  // the blank behind the colon is the value
+        {"VALUE: \"12\"", " "},  // the blank after the colon is the value
         {"VALUE \"open", "open"},
         {"VALUE", ""},
     };

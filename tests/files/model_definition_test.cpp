@@ -99,7 +99,7 @@ TEST(ModelDefinition, ReadsEachScalarTypeWithItsOwnKeywords) {
     EXPECT_EQ(BlockValue<double>(gain->min), -1.5);
     EXPECT_GT(BlockValue<double>(gain->max), 1e300) << "a missing limit is the widest";
     const Parameter* blank = read.Find("blank");
-    EXPECT_STREQ(blank->value, " ") << "the blank behind the colon is the value";
+    EXPECT_STREQ(blank->value, " ") << "the blank after the colon is the value";
     EXPECT_STREQ(blank->DESC, "") << "a description is the first line of its block";
     const Parameter* z = read.Find("z");
     EXPECT_STREQ(z->value, "1 2");

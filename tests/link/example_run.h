@@ -57,7 +57,7 @@ inline int Count(const std::string& text, const std::string& what) {
     return count;
 }
 
-/// The readings that the program lists behind the files: rate and Q of each tester, in its order.
+/// The readings that the program lists after the files: rate and Q of each tester, in its order.
 inline std::vector<std::array<double, 2>> Readings(const std::string& listing) {
     std::vector<std::array<double, 2>> readings;
     std::istringstream lines(listing);

@@ -10,9 +10,9 @@
 
 namespace photrak {
 
-/// Calls `action(text)` with its first, its second, ... allocation refused and all behind it, until
+/// Calls `action(text)` with its first, its second, ... allocation refused and all after it, until
 /// one succeeds. Each failure has to say something, unless it takes the escape, as the arrays of
-/// the transform do. Gives all texts, one behind the other.
+/// the transform do. Gives all texts, one after the other.
 template <class Action>
 std::string RefuseMemoryInTurn(Action action) {
     constexpr std::int64_t most = 300;

@@ -154,7 +154,7 @@ Status WriteCurveFiles(const SimOptions& options, const BerParams& params, BERRe
     return WriteBerCurve(params.root, results.curve, mode, report.errorText);
 }
 
-/// Rows of the present pass: its run, and the statistics behind the last run of a point.
+/// Rows of the present pass: its run, and the statistics after the last run of a point.
 std::string TableText(const SimOptions& options, const BERResults& results) {
     const Place place = PlaceOf(options, results);
     const std::size_t point = PointSlot(results, place.inner, place.outer);

@@ -31,7 +31,7 @@ inline constexpr ParamRow<FrontEndParams> frontEndRows[] = {
     {"fe_filename", &FrontEndParams::filename, ""}};
 
 /// Fills the table from the text of a file: a number of rows n, then in each line a frequency and
-/// the two parts of the transfer; what stands behind n rows is not looked at. A text that ends
+/// the two parts of the transfer; what follows n rows is not looked at. A text that ends
 /// early gives the rows that it has. Anything else leaves the table empty and a reason (one clause,
 /// no new line) in `reason`.
 Status ReadFrontEndTable(std::string_view text, FrontEndParams& frontEnd, std::string& reason);

@@ -137,7 +137,7 @@ NoiseTerms Terms(const ReceiverTransfer& transfer, double peak, const OpticalNoi
     return terms;
 }
 
-/// The stages behind the optical sum: spectrum of the current, transfer array, voltage, noise.
+/// The stages after the optical sum: spectrum of the current, transfer array, voltage, noise.
 Status RunChain(const OpSig& light, const OpSigASE* ase, const ReceiverParams& params, Complex* H,
                 ElecSig& esOut, const ModelReport& report) {
     PhotoDetectorParams detector = params.detector;

@@ -27,7 +27,7 @@ class FiberFields {
 
     /// Takes all channels through a stretch of linear fiber.
     void Linear(const LinearStretch& stretch);
-    /// The nonlinear step over dz, the turns of the polarizations, and a linear stretch behind it;
+    /// The nonlinear step over dz, the turns of the polarizations, and a linear stretch after it;
     /// none when its length is 0. Each channel stands `shift` samples away from the first.
     void Nonlinear(double dz, const LinearStretch& after);
     /// Sum over the channels of the largest power in the window, W.

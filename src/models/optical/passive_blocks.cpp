@@ -128,7 +128,7 @@ Status Normalize(const ModelCall& call, const Normalization& normalization, OpSi
 /// Moves a channel. `shift` is in Hz or in m and is replaced by what the channel moved, in m.
 Status ShiftWavelength(const ModelCall& call, bool inFrequency, OpSig& channel, double& shift) {
     const double lambda = channel.wavelength;
-    // By design: the result takes the place of the shift, so that every channel behind the
+    // By design: the result takes the place of the shift, so that every channel after the
     // first, on later ports too, is moved by what the one before it moved, read as Hz.
     if (inFrequency) shift = (lightSpeed / (lambda * shift + lightSpeed) - 1.0) * lambda;
     channel.wavelength += shift;

@@ -1,4 +1,4 @@
-// Joining of optical signals to one: what all multiplexers have in common behind their filters.
+// Joining of optical signals to one: what all multiplexers have in common after their filters.
 #pragma once
 
 #include <string>

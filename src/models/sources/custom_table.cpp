@@ -106,7 +106,7 @@ class TableReader {
         return table_.time && table_.real && table_.imaginary;
     }
 
-    /// One sample, and free text behind it. An asterisk ends that text, and a number behind the
+    /// One sample, and free text after it. An asterisk ends that text, and a number behind the
     /// asterisk begins another sample.
     Status ReadLine(std::string_view line, int number) {
         for (;;) {

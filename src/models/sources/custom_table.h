@@ -19,7 +19,7 @@ struct CustomSampleForm {
     std::string_view signalType;
     PhotrakSigType sigType;    // of the signal made from it
     PhotrakUnitType unitType;  // of an electrical signal
-    int values;                // 1 or 2, behind the time
+    int values;                // 1 or 2, after the time
     Complex (*sample)(double first, double second);
 };
 /// Null for a name that is none of the eight.

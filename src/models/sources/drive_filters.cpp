@@ -35,7 +35,7 @@ Complex RcFilter(const DriveFilterParams& params, double f, double tStep) {
     return Taper(f * tStep) * LowPass(params, f);
 }
 
-/// The low-pass and a resonance behind it: f0^2 / (f0^2 - f^2 + j gamma f).
+/// The low-pass and a resonance after it: f0^2 / (f0^2 - f^2 + j gamma f).
 Complex RingFilter(const DriveFilterParams& params, double f, double /*tStep*/) {
     const double f0Squared = params.f0 * params.f0;
     const Complex resonance = f0Squared * (1.0 / Complex{f0Squared - f * f, params.gamma * f});

@@ -27,7 +27,7 @@ constexpr DriveType driveTypes[] = {{"on_off_ramp", true, 1.2, false},
 // Far above the rounding of positions and far below what could be seen.
 constexpr double positionTolerance = 1e-6;
 
-/// First sample at or behind a position, last one at or before it. A position that should be a
+/// First sample at or after a position, last one at or before it. A position that should be a
 /// whole number is one.
 std::int64_t FirstFrom(double position) {
     return static_cast<std::int64_t>(std::ceil(position - positionTolerance));

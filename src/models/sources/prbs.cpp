@@ -125,7 +125,7 @@ constexpr PatternType patternTypes[] = {{"PRBS", FillPseudoRandom},
 
 /// Integers in the file's order. The file is read in whole rows of eight, at most 512 of them, as
 /// long as a row begins inside the pattern; what a row holds beyond the pattern is dropped. From
-/// the first word that is no integer on, the last value repeats; elements behind the last row are
+/// the first word that is no integer on, the last value repeats; elements after the last row are
 /// 0.
 void FillFromText(std::string_view text, BinSig& pattern) {
     const std::int32_t count = std::min(pattern.noPoints, valuesPerRow * maxRows);
