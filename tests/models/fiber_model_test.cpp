@@ -57,6 +57,9 @@ TEST(FiberModel, RefusesWhatItCannotCompute) {
     ModelBlock block;
     EXPECT_EQ(BlockRun(RunFiber, block, {Owned<ElecSig>()}).text,
               "Input signal type incorrect for fiber model.\n");
+    // A block that lacks the factor of the adaptive step has none.
+    EXPECT_EQ(BlockRun(RunFiber, block, {SomeSignal()}).text,
+              "ERROR: component 'block': neither zStepSize nor zStepFac is above 0\n");
 }
 
 TEST(FiberModel, AttenuatesNoiseWithAndWithoutChannels) {

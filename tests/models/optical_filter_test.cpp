@@ -299,6 +299,13 @@ ModelBlock& Fill(ModelBlock& block, std::string_view type, double dropThreshold)
     return block.Number("loss", 10.0).Number("dropThreshold", dropThreshold);
 }
 
+TEST(OpticalFilterBlock, TakesWhatItLacksAsDocumented) {
+    const OpticalFilterRecord record = ReadOpticalFilterRecord(nullptr);
+    EXPECT_EQ(record.wavelength, 1.0);
+    EXPECT_EQ(record.BW, 1.0);
+    EXPECT_EQ(record.BW0dB, 1e-9);
+}
+
 // An unknown type passes light without loss and still drops.
 TEST(OpticalFilterBlock, DropsWhatComesOutTooWeak) {
     // 1.25 W at the center, 1 W far off, 0.5 W at the center again; with noise.
