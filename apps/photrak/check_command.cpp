@@ -4,6 +4,7 @@
 #include "base/text.h"
 #include "files/topology.h"
 #include "files/topology_check.h"
+#include "hierarchy/superblock_check.h"
 #include "photrak/commands.h"
 #include "photrak/console.h"
 #include "photrak/session.h"
@@ -35,6 +36,9 @@ int CheckCommand(const CommandOptions& options) {
         return exitStatus::failed;
     Status status = TopologyCheck(session.fileName, session.workspace, session.catalogue);
     if (!session.workspace) return exitStatus::failed;
+    session.workspace->fileName = session.fileName;
+    MergeStatus(status, CheckSuperBlocks(*session.workspace, session.catalogue,
+                                         session.workspace->errorText));
     Report(status == Status::Error ? "error" : "warning", session.workspace->errorText);
     CheckWithOptions(session, options, status);
     if (status == Status::Error) return exitStatus::failed;

@@ -16,6 +16,7 @@ int ScanCommand(const CommandOptions& options);
 int CheckCommand(const CommandOptions& options);
 int TestCommand(const CommandOptions& options);
 int ModelsCommand(const CommandOptions& options);
+int SuperBlockCommand(const CommandOptions& options);
 int PlotCommand(const CommandOptions& options);
 int ParamsCommand(const CommandOptions& options);
 

@@ -154,8 +154,8 @@ Problem Raise(CommandOptions& options, const std::string&) {
 constexpr unsigned simulating = commandBit::run | commandBit::scan;
 constexpr unsigned plotting = simulating | commandBit::test;
 constexpr unsigned topologyCommand = plotting | commandBit::check;
-constexpr unsigned anyCommand =
-    topologyCommand | commandBit::models | commandBit::plot | commandBit::params;
+constexpr unsigned anyCommand = topologyCommand | commandBit::models | commandBit::plot |
+                                commandBit::params | commandBit::superblock;
 
 constexpr Option optionTable[] = {
     {"--set", "NAME=EXPR", topologyCommand, SetSymbol,
@@ -192,8 +192,8 @@ constexpr Option optionTable[] = {
      "draw eyes as traces or density; without it by their number"},
     {"--overlay", nullptr, commandBit::plot, RaisePlot<&PlotCommandOptions::overlay>,
      "draw the curves of all files on the axes of the first"},
-    {"--strict", nullptr, topologyCommand | commandBit::params, Raise<&CommandOptions::strict>,
-     "exit with 2 if there were warnings"},
+    {"--strict", nullptr, topologyCommand | commandBit::params | commandBit::superblock,
+     Raise<&CommandOptions::strict>, "exit with 2 if there were warnings"},
     {"--quiet", nullptr, topologyCommand | commandBit::plot | commandBit::params,
      Raise<&CommandOptions::quiet>, "no progress on standard error, only warnings and errors"},
     {"--verbose", nullptr, simulating | commandBit::check, Raise<&CommandOptions::verbose>,

@@ -57,7 +57,7 @@ std::string OptionHelp(unsigned command, unsigned except = 0);
 /// Bits of the commands in the option table.
 namespace commandBit {
 inline constexpr unsigned run = 1, check = 2, models = 4, scan = 8, test = 16, plot = 32,
-                          params = 64;
-}
+                          params = 64, superblock = 128;
+}  // namespace commandBit
 
 }  // namespace photrak

@@ -22,7 +22,7 @@ Session::~Session() {
 }
 
 ModelTable Session::Models() const {
-    return {BuiltInModels(), &userModels};
+    return {BuiltInModels(), &userModels, &nestedRuns};
 }
 
 bool OpenCatalogue(Session& session) {
@@ -62,6 +62,7 @@ bool OpenTopology(Session& session, const CommandOptions& options, Status& loade
         Report("error", Concat(options.file, ": the topology did not load"));
         return false;
     }
+    session.workspace->fileName = session.fileName;
     if (!ApplyParamFiles(session, options, loaded)) return false;
     ApplySymbols(*session.workspace, options);
     return true;

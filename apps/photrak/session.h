@@ -7,6 +7,7 @@
 
 #include "base/status.h"
 #include "files/user_models.h"
+#include "hierarchy/nested_run.h"
 #include "photrak/options.h"
 #include "platform/file_system.h"
 
@@ -15,6 +16,7 @@ namespace photrak {
 struct Session {
     Catalogue catalogue;
     UserModelTable userModels;
+    SuperBlockRuns nestedRuns{catalogue};
     std::unique_ptr<Workspace> workspace;
     std::unique_ptr<WorkingDirectory> directory;  // the topology's, left at the end
     std::string fileName;                         // the topology's name within it

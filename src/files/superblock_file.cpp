@@ -113,8 +113,10 @@ Status WriteSuperBlockFile(const std::string& fileName, const SuperBlockPorts& p
     return ReplaceFile(names.definition, text) ? Status::Success : Status::Error;
 }
 
-std::optional<std::string> FindSuperBlockFile(const std::string& name, const Catalogue& catalogue) {
-    for (const std::string& path : {name, catalogue.superBlockDirectory + name}) {
+std::optional<std::string> FindSuperBlockFile(const std::string& name, const Catalogue& catalogue,
+                                              const std::string& folder) {
+    const std::string beside = folder.empty() ? name : Concat(folder, "/", name);
+    for (const std::string& path : {name, catalogue.superBlockDirectory + name, beside}) {
         if (FileExists(path)) return path;
     }
     return std::nullopt;

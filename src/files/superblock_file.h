@@ -10,15 +10,19 @@
 
 namespace photrak {
 
-/// In and Out blocks in port order.
+/// In and Out blocks in port order: ascending by `portNumber`, of equal numbers the later block
+/// first. The parameters are evaluated.
 struct SuperBlockPorts {
     std::vector<Component*> ins, outs;
 };
+SuperBlockPorts FindSuperBlockPorts(const Workspace& workspace);
 /// Writes the definition file beside the topology `fileName`; asks for an icon if it is new.
 Status WriteSuperBlockFile(const std::string& fileName, const SuperBlockPorts& ports,
                            const std::vector<Variable>& variables, const Catalogue& catalogue);
 /// Where a file of a SuperBlock is: the name as it stands, relative to the current directory, else
-/// in the SuperBlock directory; empty if there is neither.
-std::optional<std::string> FindSuperBlockFile(const std::string& name, const Catalogue& catalogue);
+/// in the SuperBlock directory, else in `folder`, that of the topology that names it (empty: none).
+/// Nothing if it is in none of them.
+std::optional<std::string> FindSuperBlockFile(const std::string& name, const Catalogue& catalogue,
+                                              const std::string& folder = {});
 
 }  // namespace photrak

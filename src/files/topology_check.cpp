@@ -37,14 +37,14 @@ class Findings {
 };
 
 /// False if a port of the component stands on no node.
-bool CheckNodes(const Component& component, Findings& findings) {
+bool CheckNodes(const std::string& path, const Component& component, Findings& findings) {
     bool complete = true;
     const auto check = [&](const std::vector<Port>& ports, std::string_view side) {
         for (std::size_t i = 0; i < ports.size(); ++i) {
             if (ports[i].node) continue;
             complete = false;
-            findings.Add(Status::Error, Concat("ERROR: component '", component.name, "' ", side,
-                                               " port ", i + 1, " stands on no node\n"));
+            findings.Add(Status::Error, Concat("ERROR: component '", path, "' ", side, " port ",
+                                               i + 1, " stands on no node\n"));
         }
     };
     check(component.inputs, "input");
@@ -53,19 +53,19 @@ bool CheckNodes(const Component& component, Findings& findings) {
 }
 
 /// Node 0 is the ground: what reads it is a source by intent.
-void CheckDrivers(const Component& component, Findings& findings) {
+void CheckDrivers(const std::string& path, const Component& component, Findings& findings) {
     for (std::size_t i = 0; i < component.inputs.size(); ++i) {
         const Node* node = component.inputs[i].node;
         if (!node || node->number == 0 || !node->drivers.empty()) continue;
         findings.Add(Status::Warning,
-                     Concat("WARNING: component '", component.name, "' input port ", i + 1,
+                     Concat("WARNING: component '", path, "' input port ", i + 1,
                             " is not wired: nothing drives node ", node->number, "\n"));
     }
 }
 
 void CheckParameters(Component& component, Workspace& workspace, Findings& findings) {
     const std::string prefix =
-        Concat("Component '", component.name, "' of type '", component.type, "': ");
+        Concat("Component '", workspace.name, component.name, "' of type '", component.type, "': ");
     std::string report = prefix;
     const Status evaluated = EvalComponentParams(component, &workspace, report);
     findings.Add(evaluated, report == prefix ? std::string() : report);
@@ -88,8 +88,9 @@ bool CheckComponents(Workspace& workspace, Findings& findings) {
                                                  component->name, "'\n"));
         }
         former = component.get();
-        complete = CheckNodes(*component, findings) && complete;
-        CheckDrivers(*component, findings);
+        const std::string path = workspace.name + component->name;
+        complete = CheckNodes(path, *component, findings) && complete;
+        CheckDrivers(path, *component, findings);
         CheckParameters(*component, workspace, findings);
     }
     return complete;

@@ -16,14 +16,13 @@
 #include "files/topology_blocks.h"
 #include "files/topology_words.h"
 #include "kernel/graph.h"
+#include "kernel/order.h"
 #include "kernel/parameters.h"
 #include "platform/file_system.h"
 
 namespace photrak {
 
 namespace {
-
-constexpr std::string_view superBlockType = "SuperBlock";
 
 /// Words of a file for block types that the catalog has under one name.
 struct TypeAlias {
@@ -175,7 +174,11 @@ const Component* ComponentReader::SuperBlockPrototype(std::string& reason) {
     SuperBlockPrototypes::Entry& entry = place->second;
     if (isNew) {
         const std::string file = superBlock_ + ".dts";
-        const auto path = FindSuperBlockFile(file, context_.catalogue);
+        const std::string own(context_.lines.Name());
+        const std::size_t slash = own.rfind('/');
+        const auto path =
+            FindSuperBlockFile(file, context_.catalogue,
+                               slash == std::string::npos ? std::string() : own.substr(0, slash));
         std::string text, error = "No such file or directory";
         auto prototype = std::make_unique<Component>();
         prototype->name = prototype->type = superBlockType;

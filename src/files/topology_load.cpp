@@ -146,13 +146,31 @@ Status TopologyLoad(const std::string& fileName, std::unique_ptr<Workspace>& wor
     return TopologyLoadText(text, fileName, workspace, catalogue);
 }
 
+namespace {
+
+Status CheckText(std::string_view text, const std::string& fileName, Workspace& workspace,
+                 const Catalogue& catalogue) {
+    LineReader lines(text, fileName);
+    Status status = ReadTopology(lines, workspace, catalogue, AfterFault::GoOn);
+    MergeStatus(status, CheckTopologyGraph(workspace, workspace.errorText));
+    return status;
+}
+
+}  // namespace
+
 Status TopologyCheckText(std::string_view text, const std::string& fileName,
                          std::unique_ptr<Workspace>& workspace, const Catalogue& catalogue) {
     if (!Renew(workspace)) return Status::Error;
-    LineReader lines(text, fileName);
-    Status status = ReadTopology(lines, *workspace, catalogue, AfterFault::GoOn);
-    MergeStatus(status, CheckTopologyGraph(*workspace, workspace->errorText));
-    return status;
+    return CheckText(text, fileName, *workspace, catalogue);
+}
+
+Status TopologyCheckNamed(const std::string& fileName, const std::string& path,
+                          std::unique_ptr<Workspace>& workspace, const Catalogue& catalogue) {
+    if (!Renew(workspace)) return Status::Error;
+    workspace->name = path;
+    std::string text;
+    if (!ReadTopologyFile(fileName, text, workspace->errorText)) return Status::Error;
+    return CheckText(text, fileName, *workspace, catalogue);
 }
 
 Status TopologyCheck(const std::string& fileName, std::unique_ptr<Workspace>& workspace,

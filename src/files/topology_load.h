@@ -22,6 +22,10 @@ Status TopologyLoadText(std::string_view text, const std::string& fileName,
 /// file is reported; a faulty component is left out. Then the graph is checked (topology_check.h).
 Status TopologyCheck(const std::string& fileName, std::unique_ptr<Workspace>& workspace,
                      const Catalogue& catalogue);
+/// The same for the inside of a SuperBlock: findings name components with `path` ("Link:Span:")
+/// before their names.
+Status TopologyCheckNamed(const std::string& fileName, const std::string& path,
+                          std::unique_ptr<Workspace>& workspace, const Catalogue& catalogue);
 Status TopologyCheckText(std::string_view text, const std::string& fileName,
                          std::unique_ptr<Workspace>& workspace, const Catalogue& catalogue);
 

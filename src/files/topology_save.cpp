@@ -157,6 +157,10 @@ std::vector<Component*> PortBlocks(const Workspace& workspace, std::string_view 
 
 }  // namespace
 
+SuperBlockPorts FindSuperBlockPorts(const Workspace& workspace) {
+    return {PortBlocks(workspace, "InBlock"), PortBlocks(workspace, "OutBlock")};
+}
+
 Status TopologySaveText(Workspace& workspace, std::string& text) {
     WriteHeader(workspace, text);
     WriteVariables(workspace, text);
@@ -183,8 +187,7 @@ Status TopologySave(const std::string& fileName, Workspace* workspace, const Cat
         workspace->errorText += Concat("ERROR saving topology: cannot write '", fileName, "'\n");
         return Status::Error;
     }
-    const SuperBlockPorts ports{PortBlocks(*workspace, "InBlock"),
-                                PortBlocks(*workspace, "OutBlock")};
+    const SuperBlockPorts ports = FindSuperBlockPorts(*workspace);
     if (ports.ins.empty() && ports.outs.empty()) return status;
     MergeStatus(status, WriteSuperBlockFile(fileName, ports, workspace->variables, catalogue));
     return status;

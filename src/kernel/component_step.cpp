@@ -40,7 +40,7 @@ Status RunBlock(RunState& run, Step& step) {
     Component& component = *step.component;
     if (component.type == loopBeginType) return BeginLoop(run, step);
     if (component.type == loopEndType) return EndLoop(run, step);
-    return DispatchModel(run.models, {{component.name, run.errorText},
+    return DispatchModel(run.models, {{component.name, run.errorText, run.workspace.name},
                                       run.workspace,
                                       component,
                                       *run.workspace.options,

@@ -15,16 +15,19 @@ Status RunModel(const ModelTable& models, const ModelCall& call) {
     const auto entry = std::find_if(models.entries.begin(), models.entries.end(),
                                     [&](const ModelEntry& e) { return e.type == component.type; });
     if (entry != models.entries.end()) return entry->run(call);
+    if (models.nestedRuns && component.type == superBlockType) {
+        return models.nestedRuns->Run(call, models);
+    }
     if (models.userModels && models.userModels->Knows(component.type)) {
         return models.userModels->Run(call);
     }
     AppendPiece(call.errorText, Concat("ERROR: don't know model type '", component.type,
-                                       "' for component '", component.name, "'\n"));
+                                       "' for component '", call.path, call.owner, "'\n"));
     return Status::Error;
 }
 
 Status FailModel(const ModelCall& call, std::string_view reason) {
-    AppendPiece(call.errorText, Concat("ERROR: the model of component '", call.component.name,
+    AppendPiece(call.errorText, Concat("ERROR: the model of component '", call.path, call.owner,
                                        "' failed: ", reason, "\n"));
     return Status::Error;
 }

@@ -33,10 +33,19 @@ struct UserModels {
     virtual Status Run(const ModelCall& call) const = 0;
 };
 
+struct ModelTable;
+
+/// Runs a block of type SuperBlock, whose model is a topology. Supplied from above the files.
+struct NestedRuns {
+    virtual ~NestedRuns() = default;
+    virtual Status Run(const ModelCall& call, const ModelTable& models) const = 0;
+};
+
 /// What the driver may call: handed down from above. Searched in order, the first match is called.
 struct ModelTable {
     std::span<const ModelEntry> entries;
     const UserModels* userModels = nullptr;  // may be null
+    const NestedRuns* nestedRuns = nullptr;  // may be null
 };
 
 /// Calls the component's model. An unknown type gives an error, and so does any exception of a

@@ -14,11 +14,12 @@ namespace photrak {
 struct ModelReport {
     std::string_view owner;  // the component's name
     std::string& errorText;
+    std::string_view path = {};  // of the SuperBlocks around it: "Link:Span:", empty outside of any
 
     /// Appends "ERROR: component 'OWNER': REASON\n", the reason joined from the pieces.
     template <class... Pieces>
     Status Refuse(const Pieces&... reason) const {
-        errorText += Concat("ERROR: component '", owner, "': ", reason..., "\n");
+        errorText += Concat("ERROR: component '", path, owner, "': ", reason..., "\n");
         return Status::Error;
     }
     /// Refuses the value of a parameter; `rule` tells what it must be.

@@ -13,6 +13,7 @@ using RunOrder = std::vector<Component*>;       // borrowed from the workspace
 using NodeSet = std::map<std::int32_t, Node*>;  // ascending, no duplicates
 
 inline constexpr std::string_view loopBeginType = "LoopBeginBlock", loopEndType = "LoopEndBlock";
+inline constexpr std::string_view superBlockType = "SuperBlock";
 
 /// Error with a text that names the component when one of its ports stands on no node.
 Status CheckPortNodes(const Component& component, std::string& errorText);

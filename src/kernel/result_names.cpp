@@ -48,6 +48,13 @@ std::string ResultTags(const SimOptions& options) {
     return tags;
 }
 
+bool SomeLoopLacksItsTag(const SimOptions& options) {
+    const bool statistical = (options.mode & simMode::statistical) != 0;
+    return (options.innerCount > 1 && options.SCANMETA1.empty()) ||
+           (options.outerCount > 1 && options.SCANMETA2.empty()) ||
+           (statistical && options.NUMRUNSTODO > 1 && options.RUNMETA.empty());
+}
+
 std::string ResultStem(const SimOptions& options, std::string_view root) {
     return Concat(PrefixInUse(options), root, ResultTags(options));
 }

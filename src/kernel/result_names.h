@@ -11,6 +11,8 @@ namespace photrak {
 const std::string& PrefixInUse(const SimOptions& options);
 /// Outer tag, inner tag, run tag, loop suffix, each if its loop has more than one pass.
 std::string ResultTags(const SimOptions& options);
+/// A loop of several passes without a tag: its passes would overwrite each other's files.
+bool SomeLoopLacksItsTag(const SimOptions& options);
 /// Prefix, root, tags: what every result writer's name starts with.
 std::string ResultStem(const SimOptions& options, std::string_view root);
 

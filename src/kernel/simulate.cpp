@@ -70,6 +70,23 @@ void Abandon(Workspace* workspace) {
 
 }  // namespace
 
+Status SimulateNested(Workspace& workspace, const ModelTable& models, std::string& errorText) {
+    const EscapeLevel level(/*armed=*/true);
+    if (level.Refused()) {
+        errorText += "ERROR: simulations nested too deep\n";
+        return Status::Error;
+    }
+    try {
+        return RunWorkspace(&workspace, models, errorText);
+    } catch (const Escape& escape) {
+        AppendLine(errorText, escape.message);
+    } catch (const std::exception& failure) {
+        AppendLine(errorText, std::string("ERROR: the simulation was given up: ") + failure.what());
+    }
+    Abandon(&workspace);
+    return Status::Error;
+}
+
 Status Simulate(Workspace* workspace, const ModelTable& models, std::string& errorText) {
     const EscapeLevel level(/*armed=*/true);
     if (level.Refused()) {

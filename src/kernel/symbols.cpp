@@ -116,7 +116,8 @@ Status BuildSymbolTable(Workspace& workspace, std::string& errorText) {
         // of what its own file declares.
         if (FindSymbol(table, variable.name)) continue;
         double value = 0.0;
-        const bool isNumber = IsNumber(variable.value, &value);
+        const bool isNumber = variable.exact || IsNumber(variable.value, &value);
+        if (variable.exact) value = *variable.exact;
         const std::string_view text =
             isNumber ? std::string_view() : StripNumberText(variable.value);
         if (SymbolInsert(table, variable.name, value, text)) continue;

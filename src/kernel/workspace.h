@@ -8,6 +8,7 @@
 #include <list>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -96,6 +97,7 @@ struct Component {
     std::int32_t level = 0;            // open repetition loops around it, levelNotReached
     std::size_t place = 0;             // index in the list being walked, if it stands there
     std::shared_ptr<void> modelState;  // private state between runs of a pass list
+    std::shared_ptr<void> transfer;    // a signal on its way into or out of a nested run
 
     Component() = default;
     ~Component();
@@ -111,6 +113,9 @@ struct Variable {
     std::string name, value;
     std::int32_t type = DoubleType;
     void* actual = nullptr;  // borrowed place that EvalParam refreshes; may be null
+    /// What counts in the symbol table in place of the text: a nested run gets the exact number of
+    /// what stands on its block.
+    std::optional<double> exact;
 };
 
 inline constexpr std::size_t symbolNameCapacity = 32, symbolTextCapacity = 80;
@@ -145,7 +150,7 @@ inline constexpr std::int16_t DoNotPlot = 0, PlotToFilesOnly = 1, DisplayAllPlot
                               UsePlotIconSettings = 3;
 
 /// The saved run settings and the run's live coordinates.
-struct SimOptions {
+struct RunSettings {
     std::int16_t mode = 0;  // simMode
     std::int16_t SAVEPARAMS = 0;
     std::int16_t PLOTTING = UsePlotIconSettings;
@@ -160,7 +165,12 @@ struct SimOptions {
     std::int32_t set = 0;                         // runs of this workspace so far
     std::int32_t innerIndex = 0, outerIndex = 0, runIndex = 0;  // from 1
     std::int32_t binIndex = 0;                                  // never changes from 0
-    std::int32_t loopIndex = 0;         // iteration of the innermost open loop
+    std::int32_t loopIndex = 0;  // iteration of the innermost open loop
+
+    friend bool operator==(const RunSettings&, const RunSettings&) = default;
+};
+
+struct SimOptions : RunSettings {
     std::atomic<std::int16_t> stop{0};  // non-zero asks the run to end; set from outside
 };
 

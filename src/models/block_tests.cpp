@@ -10,12 +10,14 @@
 #include "kernel/parameters.h"
 #include "kernel/symbols.h"
 #include "models/optical/filter_display.h"
+#include "models/sources/direct_laser.h"
 
 namespace photrak {
 namespace {
 
 constexpr BlockTest blockTests[] = {
     {"OpticalFilter", DrawOpticalFilter},
+    {"DirectModulatedLaserModel", LDDirectModTest},
 };
 
 const BlockTest* FindBlockTest(std::string_view type) {

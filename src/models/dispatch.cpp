@@ -1,6 +1,7 @@
 // The built-in models in the order in which a component's type is compared. A new model is one row.
 #include "models/dispatch.h"
 
+#include "hierarchy/nested_run.h"
 #include "models/detection/ber_tester.h"
 #include "models/detection/crosstalk.h"
 #include "models/detection/electrical_filter.h"
@@ -17,6 +18,7 @@
 #include "models/signal_blocks.h"
 #include "models/sources/analog_sine.h"
 #include "models/sources/custom_signal.h"
+#include "models/sources/direct_laser.h"
 #include "models/sources/lasers.h"
 #include "models/sources/modulator.h"
 #include "models/sources/prbs.h"
@@ -64,6 +66,7 @@ constexpr ModelEntry builtInModels[] = {
     {"IdealOpticalSplitter", RunOpticalSplitter, OpticalSplitterParamSpecs},
     {"MultiportOpticalDevice", RunMultiportOpticalDevice, MultiportParamSpecs},
     {"AnalogSineGenerator", RunAnalogSine, AnalogSineParamSpecs},
+    {"DirectModulatedLaserModel", RunDirectLaser, LaserParamSpecs},
     {"ModeLockedLaserModel", RunModeLockedLaser, ModeLockedLaserParamSpecs},
     {"CWLaserModel", RunCwLaser, CwLaserParamSpecs},
     {"Modulator", RunModulator, ModulatorParamSpecs},
@@ -71,6 +74,8 @@ constexpr ModelEntry builtInModels[] = {
     {"OpticalFilter", RunOpticalFilter, OpticalFilterParamSpecs},
     {"SaveSigBlock", SaveSigBlock, SignalBlockParamSpecs},
     {"LoadSigBlock", LoadSigBlock, SignalBlockParamSpecs},
+    {"InBlock", RunInBlock, InBlockParamSpecs},
+    {"OutBlock", RunOutBlock, OutBlockParamSpecs},
     {"BERTester", RunBerTester, BerParamSpecs},
 };
 

@@ -19,14 +19,6 @@ struct PlotWord {
 constexpr PlotWord plotWords[] = {
     {"Save", PlotMode::Files}, {"No", PlotMode::None}, {"Display", PlotMode::Display}};
 
-/// A loop of several passes without a tag: its passes would overwrite each other's files.
-bool SomeLoopLacksItsTag(const SimOptions& options) {
-    const bool statistical = (options.mode & simMode::statistical) != 0;
-    return (options.innerCount > 1 && options.SCANMETA1.empty()) ||
-           (options.outerCount > 1 && options.SCANMETA2.empty()) ||
-           (statistical && options.NUMRUNSTODO > 1 && options.RUNMETA.empty());
-}
-
 }  // namespace
 
 PlotMode BlockPlotMode(const SimOptions& options, PlotMode own) {

@@ -216,7 +216,8 @@ Status RunPass(const ModelCall& call, const BerParams& params) {
     EyeResult eye;
     eye.decisionLevel = params.decisionLevel;
     std::string message;
-    const Status status = ComputeBER(call.options, call.inputs, params, eye, {call.owner, message});
+    const Status status =
+        ComputeBER(call.options, call.inputs, params, eye, {call.owner, message, call.path});
     if (status != Status::Success) call.errorText += message + "\n";
     if (status == Status::Error || eye.stopped) return status;
 
@@ -224,7 +225,7 @@ Status RunPass(const ModelCall& call, const BerParams& params) {
     if (status == Status::Success) found = BerSlot{eye.BER, eye.Q};
     StoreBerResult(call.options, found, *results);
     const BerSlot result = found.value_or(noResult);
-    CurrentRun().TakeReading(call.owner, result.BER, result.Q);
+    CurrentRun().TakeReading(Concat(call.path, call.owner), result.BER, result.Q);
     Status written = status;
     MergeStatus(written, WriteFiles(call.options, params, *results, call));
     if (IsLastPass(call.options, *results)) call.component.modelState.reset();
@@ -288,6 +289,8 @@ Status RunBerTester(const ModelCall& call) {
     BerParams params;
     ReadParams(rows, call.component.parameters, params);
     if (params.root.empty()) params.root = call.owner;
+    // Inside a SuperBlock the prefix tells testers of one name apart.
+    if (!call.path.empty()) params.root = call.options.OUTPUTPREFIX + params.root;
     if (!params.plotCurves && !params.saveAllData) return Status::Success;
     Status status = CheckParams(rows, params, call);
     if (status == Status::Success) status = RunPass(call, params);

@@ -1,0 +1,45 @@
+// photrak superblock: writes the definition beside a topology with In or Out blocks, so that it can
+// stand as one block in others.
+
+#include <filesystem>
+
+#include "base/text.h"
+#include "files/topology.h"
+#include "hierarchy/superblock_check.h"
+#include "photrak/commands.h"
+#include "photrak/console.h"
+#include "photrak/session.h"
+
+namespace photrak {
+
+int SuperBlockCommand(const CommandOptions& options) {
+    const ConsoleMessages messages(Progress::Silent);
+    Session session;
+    Status status = Status::Success;
+    const std::string stem = std::filesystem::path(options.file).stem().string();
+    if (stem.find_first_of(" \t:\"'") != std::string::npos) {
+        Report("error", Concat(options.file,
+                               ": the name of a SuperBlock's file may hold no blank, "
+                               "colon or quote"));
+        return exitStatus::failed;
+    }
+    if (!OpenTopology(session, options, status)) return exitStatus::failed;
+    const SuperBlockPorts ports = FindSuperBlockPorts(*session.workspace);
+    if (ports.ins.empty() && ports.outs.empty()) {
+        Report("error",
+               Concat(options.file, ": it has no In or Out block, so it is no SuperBlock"));
+        return exitStatus::failed;
+    }
+    std::string text;
+    MergeStatus(status, CheckAsSuperBlock(*session.workspace, text));
+    Report("warning", text);
+    if (WriteSuperBlockFile(session.fileName, ports, session.workspace->variables,
+                            session.catalogue) == Status::Error) {
+        Report("error", Concat(stem, ".dts could not be written"));
+        return exitStatus::failed;
+    }
+    WriteOut(Concat(stem, ".dts\n"));
+    return status == Status::Warning && options.strict ? exitStatus::warnings : exitStatus::success;
+}
+
+}  // namespace photrak

@@ -1,0 +1,140 @@
+// The stages in physical order: package, bias point, rate equations along the drive.
+#include "models/sources/direct_laser.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "base/log.h"
+#include "base/text.h"
+#include "base/units.h"
+#include "kernel/sample_arrays.h"
+#include "models/common/sampling.h"
+#include "models/sources/laser_bias.h"
+#include "models/sources/laser_package.h"
+#include "numeric/derivative.h"
+#include "numeric/messages.h"
+
+namespace photrak {
+namespace {
+
+constexpr std::int32_t fewestSamples = 8;
+
+Status CheckInput(const Nodelist* input, const ModelReport& report) {
+    if (input && input->sigType == ElecSigType) return Status::Success;
+    return report.Fail(
+        "Input signal type incorrect for the laser.\n"
+        "Input signal type must be ElecSigType.\n");
+}
+
+Status MakeField(const LaserParams& params, const ElecSig& drive, Owned<OpSignal>& signal,
+                 const ModelReport& report) {
+    if (Make(signal, CreateOpSignalFromElec, &drive)) {
+        return report.Fail("Error in creating OpSig in LaserDirectMod().\n");
+    }
+    signal->channels->wavelength = params.wavelength;
+    signal->channels->RIN = params.RIN;
+    return Status::Success;
+}
+
+/// The drive as the equations see it.
+struct LaserDrive {
+    OwnedBlock<double> data, slope;  // A, A/s; one-based
+    bool folded = false;             // a current below 0 counts by its modulus
+};
+
+Status MakeDrive(const ElecSig& filtered, LaserDrive& drive, const ModelReport& report) {
+    const std::int32_t n = filtered.noPoints;
+    drive.data.reset(NewUnclearedSamples<double>(n));
+    drive.slope.reset(NewUnclearedSamples<double>(n));
+    if (!drive.data || !drive.slope) {
+        ReportNoMemory(report.errorText,
+                       drive.data ? "LDDirectMod() - slope" : "LDDirectMod() - data");
+        return Status::Error;
+    }
+    double peak = 0.0, lowest = 0.0;
+    for (std::int32_t i = 1; i <= n; ++i) {
+        drive.data.get()[i] = Magnitude(filtered.elecSamples[i]);
+        peak = std::max(peak, drive.data.get()[i]);
+        lowest = std::min(lowest, filtered.elecSamples[i].re);
+    }
+    if (!std::isfinite(peak)) return report.Refuse("the drive is not a finite number");
+    drive.folded = lowest < -1e-9 * peak;
+    if (Derivative(drive.slope.get(), drive.data.get(), filtered.tStep, n) != 0) {
+        ReportNoMemory(report.errorText, "LDDirectMod() - deriv");
+        return Status::Error;
+    }
+    return Status::Success;
+}
+
+/// Steps the equations through all samples. The phase is taken against the steady state's frequency
+/// at the bias, f0.
+Status FillField(const LaserParams& params, const LaserDrive& drive, LaserState state,
+                 OpSig& channel, const std::atomic<std::int16_t>& stop, const ModelReport& report,
+                 OdeCount* count) {
+    constexpr double overFourPi = 0.07957747154594767;
+    const double f0 = params.a / params.taup * state.S * params.e * overFourPi;
+    LaserRates rates(params);
+    bool lifted = false;
+    double t = 0.0;
+    for (std::int32_t i = 1; i <= channel.noPoints; ++i, t += channel.tStep) {
+        if (stop.load(std::memory_order_relaxed) != 0) return Status::Warning;
+        rates.SetDrive(drive.data.get()[i] + params.Io, drive.slope.get()[i]);
+        const Status status =
+            Integrate(rates, params, state, t, channel.tStep, lifted, report.errorText, count);
+        if (status != Status::Success) return status;
+        const double field = std::sqrt(state.S * params.conv);
+        const double phase = state.phi - i * channel.tStep * f0 * twoPi;
+        channel.Ex_samples[i] = {field * std::cos(phase), field * std::sin(phase)};
+        if (!std::isfinite(channel.Ex_samples[i].re) || !std::isfinite(channel.Ex_samples[i].im)) {
+            return report.Refuse("the light is not a finite number from sample ", i, " on");
+        }
+    }
+    if (lifted) LogText("Start carrier density smaller than -Ns\n");
+    return Status::Success;
+}
+
+}  // namespace
+
+Status LaserDirectMod(LaserParams params, const Nodelist* input, Nodelist* output,
+                      const std::atomic<std::int16_t>& stop, const ModelReport& report,
+                      OdeCount* count) {
+    Status status = CheckInput(input, report);
+    if (status != Status::Success || !input->sig) return status;
+    if (!output) return report.Refuse("no output port");
+    const auto* drive = static_cast<const ElecSig*>(input->sig);
+    status = CheckLaser(params, report);
+    if (status == Status::Success) {
+        status = CheckSampling(drive->noPoints, drive->tStep, fewestSamples, report);
+    }
+    if (status != Status::Success) return status;
+    DeriveLaser(params);
+    Owned<ElecSig> filtered;
+    if (Make(filtered, CopyElecSig, drive)) {
+        return report.Fail("Error in copying ElecSig in LaserDirectMod().\n");
+    }
+    Owned<OpSignal> signal;
+    status = MakeField(params, *drive, signal, report);
+    if (status != Status::Success) return status;
+    ApplyPackage(params, *filtered);
+    LaserDrive current;
+    LaserState bias;
+    status = MakeDrive(*filtered, current, report);
+    if (status == Status::Success) status = FindBias(params, stop, bias, report);
+    if (status != Status::Success) return status;
+    status =
+        FillField(params, current, {bias.N, bias.S, 0.0}, *signal->channels, stop, report, count);
+    output->sig = signal.release();
+    output->sigType = OpSigType;
+    if (status == Status::Success && current.folded) {
+        return report.Warn("WARNING: component '", report.owner,
+                           "': the drive current goes below 0 and counts by its modulus\n");
+    }
+    return status;
+}
+
+Status RunDirectLaser(const ModelCall& call) {
+    return LaserDirectMod(ReadLaserParams(call.component.parameters), call.inputs, call.outputs,
+                          call.options.stop, call);
+}
+
+}  // namespace photrak
