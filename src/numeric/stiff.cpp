@@ -89,27 +89,34 @@ double Advance(const StepStart& at, const Stages& s, const double* scale, double
     return worst;
 }
 
-}  // namespace
-
-void stiff(const StiffSystem& system, double* y, const double* rates, double* x, double h,
-           double eps, const double* scale, double* next) {
+/// Why a step could not be made; null if it was.
+const char* TryStep(const StiffSystem& system, double* y, const double* rates, double* x, double h,
+                    double eps, const double* scale, double* next) {
     StepStart at;
     std::copy_n(y, n, at.y);
     std::copy_n(rates, n, at.rates);
     system.Jacobian(at.y, at.dfdx, at.dfdy);
     for (int tries = 0; tries < mostTries; ++tries) {
         const double end = *x + h;
-        if (end == *x) NumericFailure("stepsize not significant in stiff");
+        if (end == *x) return "stepsize not significant in stiff";
         const double err = Advance(at, SolveStages(system, at, h), scale, y) / eps;
         if (err <= 1.0) {
             *x = end;
             *next = err > 0.1296 ? 0.9 * h * std::pow(err, -0.25) : 1.5 * h;
-            return;
+            return nullptr;
         }
         const double shorter = 0.9 * h * std::pow(err, -1.0 / 3.0);
         h = shorter >= 0.5 * h ? shorter : 0.5 * h;  // a NaN halves
     }
-    NumericFailure("exceeded MAXTRY in stiff");
+    return "exceeded MAXTRY in stiff";
+}
+
+}  // namespace
+
+void stiff(const StiffSystem& system, double* y, const double* rates, double* x, double h,
+           double eps, const double* scale, double* next) {
+    const char* failure = TryStep(system, y, rates, x, h, eps, scale, next);
+    if (failure) NumericFailure(failure);
 }
 
 Status odeint(const StiffSystem& system, double* y, double x1, double x2, const OdeLimits& limits,
@@ -123,7 +130,9 @@ Status odeint(const StiffSystem& system, double* y, double x1, double x2, const 
         const double aim = x + h;
         for (int i = 0; i < n; ++i) scale[i] = std::fabs(y[i]) + std::fabs(rates[i] * h) + tiny;
         if (count) ++count->steps;
-        stiff(system, y, rates, &x, h, limits.eps, scale, &h);
+        const char* failure = TryStep(system, y, rates, &x, h, limits.eps, scale, &h);
+        if (failure && limits.isTrial) return Status::Error;
+        if (failure) NumericFailure(failure);
         // The sum may miss x2 by a rounding, and what is left would be no step.
         if (x >= x2 || (isLast && x == aim)) return Status::Success;
         if (h <= limits.leastStep) {

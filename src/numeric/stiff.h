@@ -29,6 +29,7 @@ struct OdeLimits {
     double eps = 1e-6;         // relative error of a step
     double firstStep = 1e-13;  // of every call
     double leastStep = 0.0;
+    bool isTrial = false;  // a step that cannot be made is an error without a text, no failure
 };
 
 /// What the driver did, for whoever measures it.

@@ -120,7 +120,7 @@ TEST_F(ParamTables, AgreeWithTheDefinitions) {
 
 /// The driver itself and the hierarchy run these.
 const std::set<std::string, std::less<>> notDispatched = {"LoopBeginBlock", "LoopEndBlock",
-                                                          "InBlock", "OutBlock", "SuperBlock"};
+                                                          "SuperBlock"};
 
 /// Other names of blocks, without definitions of their own.
 const std::map<std::string_view, std::string_view> aliases = {
@@ -196,6 +196,8 @@ Owned<Nodelist> Cells(const std::vector<Port>& ports, bool filled) {
 TEST_F(ParamTables, EveryModelRunsOnItsDefaults) {
     const std::map<std::string_view, std::pair<Status, std::string_view>> exceptions = {
         {"CustomSignalGenerator", {Status::Error, "Cannot open file: ."}},
+        {"DirectModulatedLaserModel", {Status::Warning, "the drive current goes below 0"}},
+        {"InBlock", {Status::Warning, "nothing stands at input port 1"}},
         {"LoadSigBlock", {Status::Warning, "no filename given"}},
         {"MultiportOpticalDevice", {Status::Error, "transfer matrix"}},
         {"OpticalNormalizer", {Status::Warning, "applied a gain of"}}};

@@ -79,8 +79,8 @@ Status FillField(const LaserParams& params, const LaserDrive& drive, LaserState 
     for (std::int32_t i = 1; i <= channel.noPoints; ++i, t += channel.tStep) {
         if (stop.load(std::memory_order_relaxed) != 0) return Status::Warning;
         rates.SetDrive(drive.data.get()[i] + params.Io, drive.slope.get()[i]);
-        const Status status =
-            Integrate(rates, params, state, t, channel.tStep, lifted, report.errorText, count);
+        const Status status = Integrate(rates, params, state, t, channel.tStep, lifted,
+                                        report.errorText, OdeLimits{}, count);
         if (status != Status::Success) return status;
         const double field = std::sqrt(state.S * params.conv);
         const double phase = state.phi - i * channel.tStep * f0 * twoPi;

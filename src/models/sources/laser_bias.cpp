@@ -2,6 +2,7 @@
 #include "models/sources/laser_bias.h"
 
 #include <cmath>
+#include <limits>
 
 #include "base/log.h"
 #include "base/text.h"
@@ -32,7 +33,14 @@ class Search {
             return false;
         }
         state = {};
-        status = Settle(params_, current, state, lifted_, report_.errorText);
+        std::string text;
+        status = Settle(params_, current, state, lifted_, text);
+        // A current beyond what the equations bear is a trial that is not finite.
+        if (status == Status::Error && text.empty()) {
+            status = Status::Success;
+            state.S = std::numeric_limits<double>::quiet_NaN();
+        }
+        report_.errorText += text;
         // Carriers that come to rest below the gain's offset give no light.
         const double S = state.N < -params_.Ns ? 0.0 : state.S;
         f = S * params_.conv - params_.Po;
@@ -88,7 +96,9 @@ Status Settle(const LaserParams& params, double current, LaserState& state, bool
     LaserRates rates(params);
     rates.SetDrive(current, 0.0);
     if (state.S == 0.0) state = DarkState(params);
-    return Integrate(rates, params, state, 0.0, 3.0 * params.To, lifted, errorText);
+    OdeLimits limits;
+    limits.isTrial = true;
+    return Integrate(rates, params, state, 0.0, 3.0 * params.To, lifted, errorText, limits);
 }
 
 Status FindBias(LaserParams& params, const std::atomic<std::int16_t>& stop, LaserState& state,

@@ -122,13 +122,14 @@ LaserState DarkState(const LaserParams& params) {
 }
 
 Status Integrate(LaserRates& rates, const LaserParams& params, LaserState& state, double t,
-                 double time, bool& lifted, std::string& errorText, OdeCount* count) {
+                 double time, bool& lifted, std::string& errorText, const OdeLimits& limits,
+                 OdeCount* count) {
     if (state.N < -params.Ns && params.Ns < 0.0) {
         state.N = std::fabs(params.Ns) + 10000000000.0;
         lifted = true;
     }
     double y[stiffVariables] = {state.N, state.S, state.phi};
-    const Status status = odeint(rates, y, t, t + time, OdeLimits{}, errorText, count);
+    const Status status = odeint(rates, y, t, t + time, limits, errorText, count);
     state = {y[0], y[1], y[2]};
     return status;
 }

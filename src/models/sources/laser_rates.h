@@ -77,7 +77,8 @@ class LaserRates : public StiffSystem {
 /// Moves the state on by `time` from t. Carriers that start below -Ns, where there is no gain to
 /// speak of, are lifted above it, which `lifted` tells.
 Status Integrate(LaserRates& rates, const LaserParams& params, LaserState& state, double t,
-                 double time, bool& lifted, std::string& errorText, OdeCount* count = nullptr);
+                 double time, bool& lifted, std::string& errorText, const OdeLimits& limits = {},
+                 OdeCount* count = nullptr);
 
 /// The state from which every search of a bias point starts.
 LaserState DarkState(const LaserParams& params);
