@@ -16,13 +16,6 @@ int SuperBlockCommand(const CommandOptions& options) {
     const ConsoleMessages messages(Progress::Silent);
     Session session;
     Status status = Status::Success;
-    const std::string stem = std::filesystem::path(options.file).stem().string();
-    if (stem.find_first_of(" \t:\"'") != std::string::npos) {
-        Report("error", Concat(options.file,
-                               ": the name of a SuperBlock's file may hold no blank, "
-                               "colon or quote"));
-        return exitStatus::failed;
-    }
     if (!OpenTopology(session, options, status)) return exitStatus::failed;
     const SuperBlockPorts ports = FindSuperBlockPorts(*session.workspace);
     if (ports.ins.empty() && ports.outs.empty()) {
@@ -33,11 +26,13 @@ int SuperBlockCommand(const CommandOptions& options) {
     std::string text;
     MergeStatus(status, CheckAsSuperBlock(*session.workspace, text));
     Report("warning", text);
+    text.clear();
     if (WriteSuperBlockFile(session.fileName, ports, session.workspace->variables,
-                            session.catalogue) == Status::Error) {
-        Report("error", Concat(stem, ".dts could not be written"));
+                            session.catalogue, text) == Status::Error) {
+        Report("error", text);
         return exitStatus::failed;
     }
+    const std::string stem = std::filesystem::path(session.fileName).stem().string();
     WriteOut(Concat(stem, ".dts\n"));
     return status == Status::Warning && options.strict ? exitStatus::warnings : exitStatus::success;
 }

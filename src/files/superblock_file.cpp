@@ -3,10 +3,12 @@
 #include "files/superblock_file.h"
 
 #include <algorithm>
+#include <set>
 
 #include "base/text.h"
 #include "files/topology.h"
 #include "files/topology_words.h"
+#include "kernel/external_commands.h"
 #include "kernel/parameters.h"
 #include "platform/file_system.h"
 #include "platform/host.h"
@@ -34,15 +36,16 @@ SuperBlockNames NamesFor(const std::string& topologyFile) {
     return {path + ".dts", stem, stem + ".bmp"};
 }
 
-/// The icon of a new SuperBlock: an empty one to draw on, or the common one. An icon that is there
-/// already stays.
+/// The icon of a new SuperBlock: an empty one that an editor opens, or the common one. An icon that
+/// is there already stays.
 void ProvideIcon(const SuperBlockNames& names, const Catalogue& catalogue) {
     const bool draws =
         CurrentHost().messages->QueryBox("Create a new icon for this SuperBlock?", queryTitle);
     const std::string source = catalogue.modelDirectory + (draws ? "blanku.bmp" : "sprblku.bmp");
     const std::string target = catalogue.superBlockDirectory + names.icon;
     // Without an icon the block shows as nothing and works all the same.
-    if (!FileExists(target)) static_cast<void>(CopyWholeFile(source, target));
+    const bool there = FileExists(target) || CopyWholeFile(source, target);
+    if (draws && there) RunIconEditor(target, Wait::No);
 }
 
 std::string InputTypes(const std::vector<Component*>& ins) {
@@ -93,24 +96,45 @@ std::string VariableBlock(const Variable& variable) {
 
 }  // namespace
 
-Status WriteSuperBlockFile(const std::string& fileName, const SuperBlockPorts& ports,
-                           const std::vector<Variable>& variables, const Catalogue& catalogue) {
-    if (fileName.empty()) return Status::Error;
-    const SuperBlockNames names = NamesFor(fileName);
-    if (!FileExists(names.definition)) ProvideIcon(names, catalogue);
+bool CanNameASuperBlock(const std::string& topologyFile) {
+    return NamesFor(topologyFile).stem.find_first_of(" \t:\"'") == std::string::npos;
+}
+
+std::string SuperBlockText(const std::string& stem, const SuperBlockPorts& ports,
+                           const std::vector<Variable>& variables) {
     const std::size_t ins = std::max<std::size_t>(ports.ins.size(), 1);
     const std::size_t outs = std::max<std::size_t>(ports.outs.size(), 1);
-    const std::string stem = CleanLine(names.stem);
-    std::string text = Concat("SuperBlock ", stem, "\nICON ", CleanLine(names.icon),
-                              " 0 0\nNOTE SuperBlock ", stem, "\n");
+    const std::string clean = CleanLine(stem);
+    std::string text =
+        Concat("SuperBlock ", clean, "\nICON ", clean, ".bmp 0 0\nNOTE SuperBlock ", clean, "\n");
     text += Concat("MININPUTS ", ins, "\nMAXINPUTS ", ins, "\n");
     text += Concat("MINOUTPUTS ", outs, "\nMAXOUTPUTS ", outs, "\n");
     text += "NUMINEQNUMOUTNODES FALSE\n";
     text += Concat("NUMINPUTS ", ins, "\nNUMOUTPUTS ", outs, "\n");
     text += InputTypes(ports.ins) + OutputTypes(ports.outs);
-    for (const Variable& variable : variables) text += VariableBlock(variable);
-    text += "\nENDCOMPONENT\n";
-    return ReplaceFile(names.definition, text) ? Status::Success : Status::Error;
+    // Of equal names the first is the one that a look-up finds.
+    std::set<std::string> written;
+    for (const Variable& variable : variables) {
+        if (written.insert(CleanName(variable.name)).second) text += VariableBlock(variable);
+    }
+    return text + "\nENDCOMPONENT\n";
+}
+
+Status WriteSuperBlockFile(const std::string& fileName, const SuperBlockPorts& ports,
+                           const std::vector<Variable>& variables, const Catalogue& catalogue,
+                           std::string& errorText) {
+    const SuperBlockNames names = NamesFor(fileName);
+    if (names.stem.empty() || !CanNameASuperBlock(fileName)) {
+        errorText += Concat("ERROR saving SuperBlock: '", fileName,
+                            "': the name of a SuperBlock's file may hold no blank, colon or "
+                            "quote\n");
+        return Status::Error;
+    }
+    if (!FileExists(names.definition)) ProvideIcon(names, catalogue);
+    if (ReplaceFile(names.definition, SuperBlockText(names.stem, ports, variables)))
+        return Status::Success;
+    errorText += Concat("ERROR saving SuperBlock: cannot write '", names.definition, "'\n");
+    return Status::Error;
 }
 
 std::optional<std::string> FindSuperBlockFile(const std::string& name, const Catalogue& catalogue,

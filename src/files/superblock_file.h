@@ -16,9 +16,16 @@ struct SuperBlockPorts {
     std::vector<Component*> ins, outs;
 };
 SuperBlockPorts FindSuperBlockPorts(const Workspace& workspace);
-/// Writes the definition file beside the topology `fileName`; asks for an icon if it is new.
+/// Whether other topologies can name the file: its stem holds no blank, colon or quote.
+bool CanNameASuperBlock(const std::string& topologyFile);
+/// The definition: one parameter for each variable, the first of those with one name.
+std::string SuperBlockText(const std::string& stem, const SuperBlockPorts& ports,
+                           const std::vector<Variable>& variables);
+/// Writes the definition file beside the topology `fileName`; asks for an icon if it is new. Error
+/// with a line in `errorText` for a stem that no topology can name, or a file that is not written.
 Status WriteSuperBlockFile(const std::string& fileName, const SuperBlockPorts& ports,
-                           const std::vector<Variable>& variables, const Catalogue& catalogue);
+                           const std::vector<Variable>& variables, const Catalogue& catalogue,
+                           std::string& errorText);
 /// Where a file of a SuperBlock is: the name as it stands, relative to the current directory, else
 /// in the SuperBlock directory, else in `folder`, that of the topology that names it (empty: none).
 /// Nothing if it is in none of them.

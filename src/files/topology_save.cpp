@@ -189,7 +189,8 @@ Status TopologySave(const std::string& fileName, Workspace* workspace, const Cat
     }
     const SuperBlockPorts ports = FindSuperBlockPorts(*workspace);
     if (ports.ins.empty() && ports.outs.empty()) return status;
-    MergeStatus(status, WriteSuperBlockFile(fileName, ports, workspace->variables, catalogue));
+    MergeStatus(status, WriteSuperBlockFile(fileName, ports, workspace->variables, catalogue,
+                                            workspace->errorText));
     return status;
 }
 

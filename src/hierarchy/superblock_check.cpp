@@ -124,6 +124,17 @@ class Walk {
                             "' of its topology '", file, "': write its .dts anew"));
             }
         }
+        for (const Parameter& parameter : Items(block.parameters)) {
+            const auto same = [&](const Variable& variable) {
+                return variable.name == parameter.name;
+            };
+            if (std::ranges::none_of(inner.variables, same)) {
+                Warn(text_, status_,
+                     Concat("component '", path, "' has the parameter '", parameter.name,
+                            "', which is no variable of its topology '", file,
+                            "': write its .dts anew"));
+            }
+        }
     }
 
     void Fault(const std::string& text) {
@@ -155,7 +166,11 @@ class Walk {
 
 Status CheckSuperBlocks(const Workspace& workspace, const Catalogue& catalogue,
                         std::string& errorText) {
-    return Walk(catalogue, errorText).Into(workspace);
+    Status status = Status::Success;
+    const SuperBlockPorts ports = FindSuperBlockPorts(workspace);
+    if (!ports.ins.empty() || !ports.outs.empty()) status = CheckAsSuperBlock(workspace, errorText);
+    MergeStatus(status, Walk(catalogue, errorText).Into(workspace));
+    return status;
 }
 
 Status CheckAsSuperBlock(const Workspace& workspace, std::string& errorText) {
@@ -163,6 +178,11 @@ Status CheckAsSuperBlock(const Workspace& workspace, std::string& errorText) {
     const SuperBlockPorts ports = FindSuperBlockPorts(workspace);
     CheckPortNumbers("input", ports.ins, errorText, status);
     CheckPortNumbers("output", ports.outs, errorText, status);
+    if (!workspace.fileName.empty() && !CanNameASuperBlock(workspace.fileName)) {
+        Warn(errorText, status,
+             Concat("no block can name '", workspace.fileName,
+                    "': the name of a SuperBlock's file may hold no blank, colon or quote"));
+    }
     std::set<std::string_view> names;
     for (const Variable& variable : workspace.variables) {
         if (!names.insert(variable.name).second) {

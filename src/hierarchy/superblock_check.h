@@ -10,7 +10,8 @@ namespace photrak {
 
 /// Looks into every SuperBlock of a workspace that was loaded from `workspace.fileName`, through
 /// all levels; faults name blocks by their path ("Link:Span:Fiber"). Error: a topology that is
-/// missing or faulty, one that contains itself.
+/// missing or faulty, one that contains itself. A workspace with In or Out blocks is itself looked
+/// at as a SuperBlock.
 Status CheckSuperBlocks(const Workspace& workspace, const Catalogue& catalogue,
                         std::string& errorText);
 

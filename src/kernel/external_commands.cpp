@@ -65,6 +65,12 @@ int StartOnFile(const char* variable, std::vector<std::string> program, const st
     return StartProgram(program, wait);
 }
 
+/// Editors take a leading '-' or '+' for an option, some of which run commands.
+std::string NoOption(const std::string& file) {
+    const bool optionLike = !file.empty() && (file[0] == '-' || file[0] == '+');
+    return optionLike ? "./" + file : file;
+}
+
 }  // namespace
 
 void AllowExternalCommands(bool allow) {
@@ -92,9 +98,11 @@ int RunPlotCommand(const std::string& file, Wait wait) {
 }
 
 int RunEditor(const std::string& file, Wait wait) {
-    // Editors take a leading '-' or '+' for an option, some of which run commands.
-    const bool optionLike = !file.empty() && (file[0] == '-' || file[0] == '+');
-    return StartOnFile("EDITOR", {"notepad"}, optionLike ? "./" + file : file, wait);
+    return StartOnFile("EDITOR", {"notepad"}, NoOption(file), wait);
+}
+
+int RunIconEditor(const std::string& file, Wait wait) {
+    return StartOnFile("PHOTRAK_ICON_EDITOR", {"xdg-open"}, NoOption(file), wait);
 }
 
 void LaunchPlot(const std::string& file, Wait wait) {

@@ -2,6 +2,7 @@
 // definition file of a SuperBlock.
 #include <gtest/gtest.h>
 
+#include "files/model_definition.h"
 #include "files/topology_support.h"
 #include "kernel/parameters.h"
 #include "support/holds.h"
@@ -143,6 +144,64 @@ TEST_F(SuperBlockSave, AsksForAnIconOnceAndKeepsOneThatIsThere) {
     EXPECT_EQ(dir_.Read("blocks/new.bmp"), "blank");
     EXPECT_EQ(dir_.Read("blocks/plain.bmp"), "common");
     EXPECT_EQ(dir_.Read("blocks/old.bmp"), "drawn");
+    // Yes was the answer for "new" and "old": each is opened as one argument, without waiting.
+    ASSERT_EQ(host_.commands.size(), 2u);
+    EXPECT_EQ(host_.commands[0].arguments,
+              (std::vector<std::string>{"xdg-open", catalogue_.superBlockDirectory + "new.bmp"}));
+    EXPECT_FALSE(host_.commands[0].waited);
+    host_.answers = {true};
+    host_.environment["PHOTRAK_ICON_EDITOR"] = "draw -n";
+    ASSERT_EQ(SaveAs("other.top", Port("a InBlock", "1", "1")), Status::Success);
+    const std::vector<std::string>& own = host_.commands.back().arguments;
+    EXPECT_EQ(own.at(2), "draw -n \"$@\"");
+    EXPECT_EQ(own.back(), catalogue_.superBlockDirectory + "other.bmp");
+}
+
+TEST_F(SuperBlockSave, RefusesAStemThatNoTopologyCanName) {
+    for (const char* name : {"a b.top", "a:b.top", "a'b.top", "a\"b.top"}) {
+        const Loaded loaded = Load(Port("a InBlock", "1", "1"));
+        EXPECT_EQ(TopologySave(name, loaded.workspace.get(), catalogue_), Status::Error);
+        EXPECT_TRUE(Holds(loaded.Errors(), Concat("'", name, "'"))) << loaded.Errors();
+        EXPECT_NE(dir_.Read(name), "") << "the topology itself is safe";
+    }
+    EXPECT_TRUE(host_.boxes.empty());
+    EXPECT_FALSE(std::filesystem::exists("a b.dts"));
+}
+
+/// What a definition was written from is what its block has, whatever stands in the texts.
+TEST_F(SuperBlockSave, EveryTypeOfVariableComesBackFromTheDefinition) {
+    std::vector<Variable> variables;
+    const auto add = [&](const char* name, const char* value, std::int32_t type) {
+        variables.emplace_back();
+        variables.back().name = name;
+        variables.back().value = value;
+        variables.back().type = type;
+    };
+    add("ch", "%", CharType);
+    add("d", "2*x + 1e-3", DoubleType);
+    add("d", "7", DoubleType);
+    add("en", "NRZ", EnumType);
+    add("i", "-3", IntType);
+    add("s", "two  words: %s", StringType);
+    add("z", "1 -2.5", ComplexType);
+    const std::string text = SuperBlockText("stem", {}, variables);
+    Component block;
+    block.name = block.type = "SuperBlock";
+    LineReader lines(text, "stem.dts");
+    std::string errors;
+    ASSERT_EQ(ReadModelDefinition(block, lines, errors), Status::Success) << errors;
+    EXPECT_EQ(block.superBlockFile, "stem");
+    int count = 0;
+    for (const Variable& variable : variables) {
+        const Parameter* parameter = FindParameter(variable.name, block.parameters);
+        ASSERT_NE(parameter, nullptr) << variable.name;
+        EXPECT_EQ(parameter->type, variable.type) << variable.name;
+        if (variable.value == "7") continue;  // of equal names the first is written
+        EXPECT_STREQ(parameter->value, variable.value.c_str()) << variable.name;
+        ++count;
+    }
+    for ([[maybe_unused]] const Parameter& parameter : Items(block.parameters)) --count;
+    EXPECT_EQ(count, 0);
 }
 
 }  // namespace

@@ -1,5 +1,8 @@
 // Topologies as blocks of others, through the real program: the same link flat and nested must give
 // the same numbers in every digit, and faults inside are named by their path.
+#include <chrono>
+
+#include "link/example_run.h"
 #include "link/run_program.h"
 #include "support/paths.h"
 
@@ -183,6 +186,133 @@ TEST_F(SuperBlocks, ATopologyWithoutPortsIsNone) {
     EXPECT_EQ(Photrak("superblock flat.top").status, 1);
     WriteText("with blank.top", FileText("span.top"));
     EXPECT_EQ(Photrak("superblock 'with blank.top'").status, 1);
+}
+
+TEST_F(SuperBlocks, ASweepRunsAThousandPointsInSecondsAndOnlyWhatDependsOnIt) {
+    WriteText("span.top", Topology(Variables("late DoubleType 0\n"),
+                                   {{"In", "InBlock", "0", "1", Port()},
+                                    {"Delay", "FiberDelay", "1", "2", Number("delay", "late")},
+                                    {"Out", "OutBlock", "2", "0", ""}}));
+    Define("span.top");
+    WriteText("out.top", Topology(Variables("k DoubleType 0\n"),
+                                  {{"Laser", "CWLaserModel", "0", "1", ""},
+                                   {"Line", "SuperBlock span", "1", "2", Number("late", "k*1e-15")},
+                                   {"Keep", "SaveSigBlock", "2", "0", ""}}));
+    const auto start = std::chrono::steady_clock::now();
+    const ProgramResult result = Photrak("scan --quiet --inner k=1:1000:1 out.top");
+    const std::chrono::duration<double> took = std::chrono::steady_clock::now() - start;
+    ASSERT_EQ(result.status, 0) << result.error;
+    EXPECT_LT(took.count(), 5.0);
+    const std::string log = FileText("log.txt");
+    EXPECT_EQ(Count(log, "Simulating component Line:'Delay'"), 1000);
+    EXPECT_EQ(Count(log, "Simulating component 'Laser'"), 1);
+    EXPECT_NE(FileText("Keep1000.sgd").find("\nstartTime 1e-12\n"), std::string::npos);
+}
+
+TEST_F(SuperBlocks, ParametersOfEveryTypePassAndTheFirstOfANameCounts) {
+    const std::string variables =
+        "ch CharType q\nd DoubleType 1\nen EnumType RZ\ni IntType 2\ns StringType two words\n"
+        "twice DoubleType 3e-12\ntwice DoubleType 5e-12\nz ComplexType 1 2\n";
+    WriteText("span.top",
+              Topology(Variables(variables), {{"In", "InBlock", "0", "1", Port()},
+                                              {"Delay", "FiberDelay", "1", "2",
+                                               Number("delay", "twice+(i-2)*1e-12+(d-1)*1e-12")},
+                                              {"Out", "OutBlock", "2", "0", ""}}));
+    Define("span.top");
+    const auto delayOf = [](const std::string& values) {
+        WriteText("out.top", Topology("", {{"Laser", "CWLaserModel", "0", "1", ""},
+                                           {"Line", "SuperBlock span", "1", "2", values},
+                                           {"Keep", "SaveSigBlock", "2", "0", ""}}));
+        const ProgramResult result = Photrak("run --quiet out.top");
+        EXPECT_EQ(result.status, 0) << result.error;
+        return FileText("Keep.sgd");
+    };
+    // Placed as the definition says, the block gives what the topology gives alone.
+    const std::string flat = delayOf("");
+    const bool first = flat.find("3e-12") != std::string::npos;
+    EXPECT_NE(first, flat.find("5e-12") != std::string::npos) << flat;
+    EXPECT_NE(FileText("span.dts").find(first ? "VALUE 3e-12" : "VALUE 5e-12"), std::string::npos);
+    const std::string values =
+        "PARAM ch CharType\nVALUE %\nENDPARAM\n"
+        "PARAM en EnumType\nVALUE NRZ\nENDPARAM\n"
+        "PARAM i IntType\nVALUE 4\nENDPARAM\n"
+        "PARAM s StringType\nVALUE 100 %s\nENDPARAM\n"
+        "PARAM z ComplexType\nVALUE 3 -4\nENDPARAM\n" +
+        Number("d", "2") + Number("twice", "1e-12");
+    EXPECT_NE(delayOf(values).find("4e-12"), std::string::npos) << FileText("Keep.sgd");
+}
+
+TEST_F(SuperBlocks, CheckTellsWhatTheDefinitionAndTheTopologyDoNotShare) {
+    std::string span = FileText("span.top");
+    span.replace(span.find("length DoubleType"), 17, "distance DoubleType");
+    WriteText("span.top", span);
+    const std::string old = Photrak("check nested.top").error;
+    EXPECT_NE(old.find("lacks the parameter 'distance'"), std::string::npos) << old;
+    EXPECT_NE(old.find("has the parameter 'length'"), std::string::npos) << old;
+    // A topology that is to be a block is looked at itself, too.
+    WriteText("own.top",
+              Topology(Variables("c DoubleType 1\n"), {{"In", "InBlock", "0", "1", Port()},
+                                                       {"More", "InBlock", "0", "2", Port()}}));
+    const std::string own = Photrak("check own.top").error;
+    EXPECT_NE(own.find("input port 1 stands twice"), std::string::npos) << own;
+    EXPECT_NE(own.find("'c' is hidden"), std::string::npos) << own;
+}
+
+// --- The examples ---
+
+class SuperBlockExamples : public ExampleRun {
+  protected:
+    /// Appends a block that looks at a node and leaves FILE results.
+    static void Look(const std::string& file, const std::string& type, const std::string& node,
+                     const std::string& root, const std::string& more = "") {
+        WriteText(file, FileText(file) +
+                            Topology("", {{root, type, node, "0",
+                                           "PARAM FilenameRoot StringType\nVALUE " + root +
+                                               "\nENDPARAM\nPARAM Plot EnumType\nVALUE Save\n"
+                                               "ENDPARAM\n" +
+                                               more}}));
+    }
+};
+
+/// The OSNR of the note: 0 dBm against N F (G - 1) h nu B. The spectrum has one polarization's
+/// noise; five amplifiers lose some hundredths of a decibel to saturation.
+TEST_F(SuperBlockExamples, AmplifiedSpansHaveTheOsnrOfTheNote) {
+    Run("scan superblock-line.top");
+    const auto rates = Table("line.ber");
+    ASSERT_EQ(rates.size(), 4u);
+    for (std::size_t k = 0; k < 4; ++k) EXPECT_EQ(rates[k].at(0), 40e3 + 20e3 * double(k));
+    for (std::size_t k = 1; k < 4; ++k) EXPECT_GE(rates[k].at(1), rates[k - 1].at(1));
+    std::string more;
+    for (const char* row :
+         {"Type EnumType\nVALUE Wavelength", "filterType EnumType\nVALUE Trapezoidal",
+          "filterSpecMode EnumType\nVALUE Wavelength", "ShowNoise EnumType\nVALUE Both",
+          "filterBW DoubleType\nVALUE 0.1e-9", "filterBW0dB DoubleType\nVALUE 0.1e-9"}) {
+        more += "PARAM " + std::string(row) + "\nENDPARAM\n";
+    }
+    Look("superblock-line.top", "SignalSpectra", "4", "osa", more);
+    const double c = 299792458.0, planck = 6.62607015e-34;
+    const double band = c * 0.1e-9 / (1.55e-6 * 1.55e-6);
+    for (const auto& [span, noted] : {std::pair{"40e3", 39.0}, std::pair{"100e3", 26.0}}) {
+        Run("run --prefix p_ --set span=" + std::string(span) + " superblock-line.top");
+        const double gain = std::pow(10, 0.02 * std::stod(span) / 1000);
+        const double noise = 5 * (gain - 1) * std::pow(10, 0.5) * planck * c / 1.55e-6 * band * 1e3;
+        const auto rows = Table("p_osa.frq");
+        const double read = -(rows.at(rows.size() / 2).at(2) + 10 * std::log10(2));
+        EXPECT_NEAR(read, -10 * std::log10(noise), 0.3) << span;
+        EXPECT_NEAR(read, noted, 0.5) << span;
+    }
+}
+
+TEST_F(SuperBlockExamples, TwoLevelsKeepThePowerAndNameTheTester) {
+    Look("nested.top", "SignalPlot", "3", "launched");
+    Look("nested.top", "SignalPlot", "4", "arrived");
+    EXPECT_NE(Run("run nested.top").find("BER End:BER: "), std::string::npos);
+    const double launched = Mean(Column("nested-launched_mag.sig", 1));
+    const double arrived = Mean(Column("nested-arrived_mag.sig", 1));
+    EXPECT_NEAR(launched, 1e-3, 1e-8);
+    EXPECT_NEAR(10 * std::log10(arrived / launched), -0.1, 0.05);
+    EXPECT_TRUE(std::filesystem::exists("nested-_End_BER.bdt"));
+    EXPECT_NE(FileText("log.txt").find("Line:First:'Fiber'"), std::string::npos);
 }
 
 }  // namespace
