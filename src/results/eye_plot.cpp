@@ -28,7 +28,7 @@ struct EyeParams {
 };
 
 void StorePolarization(EyeParams& params, std::string_view word) {
-    params.polarization = FlagsOf(word, polarizationWords, plotFlag::combined);
+    params.polarization = OnePolarizationOf(word);
 }
 
 constexpr ParamRow<EyeParams> rows[] = {

@@ -54,7 +54,7 @@ std::string ScriptText(const SpectrumFile& file) {
     script.append(curveColors).append("\n");
     if (!file.box.empty()) AppendTextLine(script, "/tb", file.box);
     script += "/ls1\n";
-    if (file.x.size() == 1) script += "/st7\n";
+    if (file.arePoints) script += "/st7\n";
     script += WindowLine(RangeOf(file.x), RangeOfAll(file.curves));
     script.append(file.name).append(".frq\n");
     for (const std::string& legend : file.legends) AppendTextLine(script, "/lt", legend);

@@ -20,6 +20,7 @@ struct SpectrumFile {
     std::string_view unit;  // of the levels
     std::string_view box;   // names the one polarization that is drawn, or empty
     PlotMode mode = PlotMode::Files;
+    bool arePoints = false;                   // each row a level by itself, of no width
     std::vector<double> x;                    // ascending, Hz or m
     std::vector<std::vector<double>> curves;  // each as long as x
     std::vector<std::string> legends;         // none, or one for each curve

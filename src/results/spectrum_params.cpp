@@ -19,7 +19,7 @@ void StoreDc(SpectrumParams& params, std::string_view word) {
 }
 
 void StorePolarization(SpectrumParams& params, std::string_view word) {
-    params.Polarization = FlagsOf(word, polarizationWords, plotFlag::combined);
+    params.Polarization = OnePolarizationOf(word);
 }
 
 constexpr ParamRow<SpectrumParams> rows[] = {

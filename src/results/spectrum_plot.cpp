@@ -110,7 +110,9 @@ Status ReadFilter(const Spectra& spectra, OsaFilter& filter) {
                                               "Frequency for electrical signals");
         }
         filter.BW = InHertz(params.filterBW, spectra);
-        filter.BW0 = InHertz(params.filterBW0dB, spectra);
+        // A top that is wider than the wavelength itself has no width in Hz.
+        filter.BW0 =
+            params.filterBW0dB < params.filterBW ? InHertz(params.filterBW0dB, spectra) : filter.BW;
     }
     if (params.filterBW > 0.0 && filter.BW > 0.0 && std::isfinite(filter.BW)) {
         return Status::Success;
@@ -284,6 +286,7 @@ Status WriteSignals(const Spectra& spectra) {
     file.blockName = spectra.report.owner;
     file.axis = spectra.axis;
     file.mode = spectra.plot.mode;
+    file.arePoints = spectra.traces.noPoints == 1;
     file.unit = UnitOf(spectra);
     if (spectra.traces.kind == TraceKind::Optical) {
         file.box = PolarizationBox(spectra.params.Polarization);

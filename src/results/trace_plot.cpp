@@ -141,6 +141,11 @@ int FlagsOf(std::string_view word, std::span<const FlagWord> words, int usual) {
     return found == words.end() ? usual : found->flags;
 }
 
+int OnePolarizationOf(std::string_view word) {
+    const int flags = FlagsOf(word, polarizationWords, plotFlag::combined);
+    return flags == plotFlag::x || flags == plotFlag::y ? flags : plotFlag::combined;
+}
+
 Status RunTraceBlock(const ModelCall& call, TraceBlockParams& params,
                      Status (*write)(const SignalPlotJob& job, const ModelReport& report)) {
     ReadParams(traceRows, call.component.parameters, params);

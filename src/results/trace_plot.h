@@ -85,6 +85,8 @@ inline constexpr FlagWord polarizationWords[] = {
     {"all", plotFlag::x | plotFlag::y | plotFlag::combined}};
 /// The flags of a word, or those that serve for an unknown one.
 int FlagsOf(std::string_view word, std::span<const FlagWord> words, int usual);
+/// The one view of a plot of powers: x or y alone, both together for any other word.
+int OnePolarizationOf(std::string_view word);
 
 /// The block around a writer: reads the common rows into params, which has its own ones already;
 /// skip rule, mode, name, aligned copies of the inputs.

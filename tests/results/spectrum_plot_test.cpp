@@ -117,6 +117,10 @@ TEST_F(SpectrumBlock, GivesAGaussianPulseItsTransform) {
                      field = T0 * std::sqrt(twoPi) * std::exp(-2 * pi * pi * f * f * T0 * T0);
         EXPECT_NEAR(Level(f), DbmFromWatts(field * field * df * df), sixDigits) << m;
     }
+    AddChannel(AddOptical(), pulse);
+    Write({{"Type", "Baseband"}, {"Polarization", "sep_x_and_y"}});  // no word of a spectrum
+    EXPECT_TRUE(Holds(script, "/lt\"&l = 1550 nm (x+y)\""));
+    EXPECT_NEAR(Level(0.0) - Level(0.0, 2), 10 * std::log10(2.0), sixDigits);
 }
 
 // Three channels on grids that do not meet, one of them with a tone on its edge.
@@ -209,6 +213,12 @@ TEST_F(SpectrumBlock, FiltersHaveTheirWidths) {
     const double inHertz = lightSpeed * 0.4e-9 / (1.55e-6 * 1.55e-6);
     EXPECT_NEAR(Level(carrier + 25 * df), 10 - 10 * std::log10(4.) * std::pow(50 * df / inHertz, 2),
                 1e-3);
+    Write({{"Type", "Frequency"},
+           {"filterType", "Trapezoidal"},
+           {"filterBW", "0.4e-9"},
+           {"filterBW0dB", "1"}});  // m: no width in Hz, a rectangle all the same
+    EXPECT_NEAR(Level(carrier + 25 * df), 10.0, sixDigits);
+    EXPECT_LT(Level(carrier + 26 * df), -40.0);
 }
 
 TEST_F(SpectrumBlock, AddsTheNoiseRecordAsItStands) {
@@ -260,6 +270,7 @@ TEST_F(SpectrumBlock, DrawsLasersAsPoints) {
     AddWave(signal, 1, 0.2, 1.55e-6).tStep = 0.0;
     Write({{"filterType", "Gaussian"}});
     EXPECT_EQ(dir.Read("phtmpplot.frq"), "1.55e-06 16.0206\n1.56e-06 10\n");
+    EXPECT_TRUE(Holds(script, "/ls1\n/st7\nphtmpplot.frq\n"));
     ClearInputs();
     AddWave(AddOptical(), 1, 0.1).tStep = 0.0;
     Write({});
