@@ -37,7 +37,8 @@ double UnitOf(const std::string& title) {
     const std::size_t open = title.rfind('('), close = title.rfind(')');
     if (open == std::string::npos) return 1.0;
     const std::string unit = title.substr(open + 1, close - open - 1);
-    if (unit.back() != 's' && unit.back() != 'W' && unit.back() != 'V') return 1.0;
+    if (unit == "dBm" || std::string_view("sWVm").find(unit.back()) == std::string::npos)
+        return 1.0;
     const auto prefix = prefixes.find(unit.substr(0, unit.size() - 1));
     EXPECT_NE(prefix, prefixes.end()) << title;
     return prefix == prefixes.end() ? 1.0 : prefix->second;
@@ -154,10 +155,16 @@ void CheckPicture(const std::string& commandFile, const std::string& picture) {
         const AxisRead& axis = second ? ReadAxis(svg, "axis:second", true) : y;
         const auto rows = Table(file);
         ASSERT_FALSE(rows.empty());
-        for (std::size_t column = 1; column < rows[0].size(); ++column, ++curve) {
+        // In an eye each trace goes on with the one after it.
+        const std::size_t intervals = commandFile.ends_with(".pce") ? 2 : 1;
+        const double period = rows.back()[0] + rows[intervals - 1][0];  // from 0
+        for (std::size_t column = 1; column + intervals <= rows[0].size(); ++column, ++curve) {
             std::vector<DataPoint> data;
-            for (const auto& row : rows)
-                data.push_back({x.Pixel(row[0]), axis.Pixel(row.at(column))});
+            for (std::size_t k = 0; k < intervals; ++k) {
+                for (const auto& row : rows)
+                    data.push_back(
+                        {x.Pixel(row[0] + double(k) * period), axis.Pixel(row.at(column + k))});
+            }
             std::vector<Point> vertices;
             for (const SvgElement& element : svg) {
                 if (element.mark != "curve:" + std::to_string(curve)) continue;
@@ -179,9 +186,9 @@ class Pictures : public ExampleRun {};
 TEST_F(Pictures, OfAllExamplesShowTheirData) {
     for (const char* command :
          {"run first-bits", "run patterns", "run nrz-link", "run gaussian", "run cross-phase",
-          "run add-drop", "run wdm8", "run save-signal", "run load-signal", "run soliton",
-          "run recirculating-loop", "scan mach-zehnder", "scan ber-power", "scan ber-power-length",
-          "scan statistical", "scan sweep-pattern"}) {
+          "run add-drop", "run wdm8", "run osa-wdm8", "run eye-10g", "run save-signal",
+          "run load-signal", "run soliton", "run recirculating-loop", "scan mach-zehnder",
+          "scan ber-power", "scan ber-power-length", "scan statistical", "scan sweep-pattern"}) {
         Run(std::string(command) + ".top");
     }
     std::vector<std::string> plots;
