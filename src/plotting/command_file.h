@@ -17,7 +17,7 @@ struct AxisWindow {
 
 enum class CurveSymbols {
     None,
-    Points,  // on curves of a single point
+    Points,  // levels by themselves, which no line joins
     All,
 };
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 
 #include "base/text.h"
 #include "drawing/number_text.h"
@@ -215,25 +216,27 @@ class Painting {
         const Curve& curve = plot_.curves[i];
         const Pen pen = PenOf(i);
         drawing_.Add(GroupBegin{Concat("curve:", i), curve.name});
-        Symbols symbols{{}, CurveMarker(curve.place), symbolSize, pen.role, pen.opacity};
+        const std::optional<std::vector<Point>> signs = Signs(i);
+        const bool joined = !signs || plot_.spec.symbols == CurveSymbols::All;
+        Symbols symbols{signs.value_or(std::vector<Point>{}), CurveMarker(curve.place), symbolSize,
+                        pen.role, pen.opacity};
         const bool clipped = plot_.kind != PlotKind::Eye;
         if (clipped) drawing_.Add(ClipBegin{layout_.pane});
         for (const auto& part : parts_[i]) {
-            if (part.size() > 1) drawing_.Add(Polyline{part, pen});
+            if (part.size() > 1 && joined) drawing_.Add(Polyline{part, pen});
             if (part.size() == 1 && layout_.pane.Contains(part[0]))
                 symbols.points.push_back(part[0]);
         }
         if (clipped) drawing_.Add(ClipEnd{});
-        AddMarkers(i, symbols);
         if (!symbols.points.empty()) drawing_.Add(std::move(symbols));
         AddZeros(i, pen);
         drawing_.Add(GroupEnd{});
         MarkCurve(i);
     }
 
-    /// Signs at the points, where the plot asks for them and there is room.
-    void AddMarkers(std::size_t i, Symbols& symbols) const {
-        if (plot_.spec.symbols != CurveSymbols::All) return;
+    /// Signs at the points of lines, if the plot asks for them and there is room.
+    std::optional<std::vector<Point>> Signs(std::size_t i) const {
+        if (plot_.spec.symbols == CurveSymbols::None) return std::nullopt;
         constexpr double room = 12.0;  // pixels between neighbors
         std::vector<Point> inside;
         for (const auto& part : parts_[i]) {
@@ -242,8 +245,8 @@ class Painting {
                     inside.push_back(p);
             }
         }
-        if (static_cast<double>(inside.size()) * room > layout_.pane.width) return;
-        symbols.points.insert(symbols.points.end(), inside.begin(), inside.end());
+        if (static_cast<double>(inside.size()) * room > layout_.pane.width) return std::nullopt;
+        return inside;
     }
 
     /// What a logarithm cannot show, 0 and below, points downward at the lower edge.

@@ -292,6 +292,25 @@ TEST(DrawPlot, SaysWhenItLeavesCurvesOut) {
     EXPECT_EQ(DumpText(DrawPlot(plot, view).drawing).find("the first"), std::string::npos);
 }
 
+/// Carriers are no curve: signs without a line, none either between two of them. Where signs would
+/// cover one another, the line serves.
+TEST(DrawPlot, JoinsNoLevelsThatStandByThemselves) {
+    Plot plot = TwoCurves("lasers.pcf");
+    plot.spec.symbols = CurveSymbols::Points;
+    plot.curves = {MakeCurve("l", {1, 2, 3, 4}, {1, 2, 1, 2})};
+    std::string dump = DumpText(DrawPlot(plot, PlotView(plot)).drawing);
+    EXPECT_TRUE(Holds(dump, "symbols curve-1 "));
+    EXPECT_EQ(dump.find("polyline"), std::string::npos) << dump;
+    plot.spec.x = {2.2, 2.8};
+    dump = DumpText(DrawPlot(plot, PlotView(plot)).drawing);
+    EXPECT_EQ(dump.find("polyline"), std::string::npos) << dump;
+    std::vector<double> x, y;
+    for (int k = 0; k < 500; ++k) x.push_back(k), y.push_back(k % 7);
+    plot.spec.x = {};
+    plot.curves = {MakeCurve("l", x, y)};
+    EXPECT_TRUE(Holds(DumpText(DrawPlot(plot, PlotView(plot)).drawing), "polyline"));
+}
+
 TEST(DrawPlot, ZerosPointDownOnALogarithmicAxis) {
     Plot plot = TwoCurves("r.pcb");
     plot.spec.logarithmic = true;
