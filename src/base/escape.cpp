@@ -1,5 +1,5 @@
 // The stack of escape levels and the three ways by which a failure leaves a trace. The stack is one
-// for the process: one run at a time.
+// for each thread: the window goes on beside a run.
 #include "base/escape.h"
 
 #include <array>
@@ -18,7 +18,7 @@ struct EscapeStack {
     std::array<bool, maxEscapeLevels> armed{};  // level 0 stays false
     int current = 0;
 };
-EscapeStack stack;
+thread_local EscapeStack stack;
 
 /// The longest part of at most `limit` bytes that does not split a UTF-8 character.
 std::string_view CutAtCharacter(std::string_view text, std::size_t limit) {

@@ -121,14 +121,18 @@ void WriteComponent(const Component& c, std::string& out) {
     out += "ENDCOMPONENT\n";
 }
 
-/// Evaluates each component before it is written: the port numbers of In and Out blocks come from
-/// there. An error ends the writing.
-Status WriteComponents(Workspace& workspace, std::string& out) {
-    Status status = Status::Success;
+std::vector<Component*> ComponentsToSave(const Workspace& workspace) {
     std::vector<Component*> components;
     for (const auto& component : workspace.components) components.push_back(component.get());
     PutOldestFirst(components);
-    for (Component* component : components) {
+    return components;
+}
+
+/// Evaluates each component: the port numbers of In and Out blocks come from there. An error ends
+/// the saving.
+Status EvaluateComponents(Workspace& workspace) {
+    Status status = Status::Success;
+    for (Component* component : ComponentsToSave(workspace)) {
         std::string report;
         const Status evaluated = EvalComponentParams(*component, &workspace, report);
         MergeStatus(status, evaluated);
@@ -137,7 +141,6 @@ Status WriteComponents(Workspace& workspace, std::string& out) {
                                           "' of type '", component->type, "': ", report);
             return status;
         }
-        WriteComponent(*component, out);
     }
     return status;
 }
@@ -161,20 +164,25 @@ SuperBlockPorts FindSuperBlockPorts(const Workspace& workspace) {
     return {PortBlocks(workspace, "InBlock"), PortBlocks(workspace, "OutBlock")};
 }
 
-Status TopologySaveText(Workspace& workspace, std::string& text) {
+void TopologyText(const Workspace& workspace, std::string& text) {
     WriteHeader(workspace, text);
     WriteVariables(workspace, text);
     WriteOptions(*workspace.options, text);
     WriteNodeLists(workspace, text);
     for (const auto& [number, node] : workspace.nodes) WriteNode(*node, text);
+    for (const Component* component : ComponentsToSave(workspace)) WriteComponent(*component, text);
+}
+
+Status TopologySaveText(Workspace& workspace, std::string& text) {
     // More variables than the table holds are written all the same, evaluated without it.
     std::string report;
     Status status = Status::Success;
     if (workspace.variables.size() <= static_cast<std::size_t>(symbolTableCapacity)) {
         status = BuildSymbolTable(workspace, report);
     }
-    MergeStatus(status, WriteComponents(workspace, text));
+    MergeStatus(status, EvaluateComponents(workspace));
     FreeSymbolTable(workspace);
+    TopologyText(workspace, text);
     return status;
 }
 

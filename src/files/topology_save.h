@@ -12,7 +12,9 @@ namespace photrak {
 /// error, also one in a parameter, leaves the target as it was; its reason is added to the
 /// workspace's errorText.
 Status TopologySave(const std::string& fileName, Workspace* workspace, const Catalogue& catalogue);
-/// What TopologySave would write.
+/// The text of a topology with its parameters as typed: nothing is evaluated.
+void TopologyText(const Workspace& workspace, std::string& text);
+/// What TopologySave would write: the same, after each component has been evaluated.
 Status TopologySaveText(Workspace& workspace, std::string& text);
 
 }  // namespace photrak

@@ -8,6 +8,7 @@
 #include "kernel/graph.h"
 #include "kernel/loops.h"
 #include "kernel/parameters.h"
+#include "kernel/run_record.h"
 #include "kernel/signal_check.h"
 #include "platform/host.h"
 
@@ -35,11 +36,34 @@ void AnnounceComponent(const Workspace& workspace, const Component& component) {
     CurrentHost().messages->ShowStatusText(line);
 }
 
+/// The command files that a block writes in this run, each once: a window opens them from its icon.
+class PlotNote {
+  public:
+    explicit PlotNote(Component& component)
+        : component_(component), before_(CurrentRun().written.Names().size()) {}
+    ~PlotNote() {
+        const std::vector<std::string>& names = CurrentRun().written.Names();
+        for (std::size_t i = before_; i < names.size(); ++i) {
+            const std::size_t dot = names[i].rfind('.');
+            if (dot != std::string::npos && names[i].compare(dot, 3, ".pc") == 0) {
+                component_.plots.push_back(names[i]);
+            }
+        }
+    }
+    PlotNote(const PlotNote&) = delete;
+    PlotNote& operator=(const PlotNote&) = delete;
+
+  private:
+    Component& component_;
+    std::size_t before_;
+};
+
 Status RunBlock(RunState& run, Step& step) {
     if (run.status == Status::Error) return Status::Success;  // nothing more is called
     Component& component = *step.component;
     if (component.type == loopBeginType) return BeginLoop(run, step);
     if (component.type == loopEndType) return EndLoop(run, step);
+    const PlotNote note(component);
     return DispatchModel(run.models, {{component.name, run.errorText, run.workspace.name},
                                       run.workspace,
                                       component,

@@ -16,7 +16,7 @@ struct ParamCursor {
     const Parameter* list = nullptr;
     Parameter* next = nullptr;  // after the last match
 };
-ParamCursor cursor;
+thread_local ParamCursor cursor;
 
 /// Searches from `begin` up to `end`, which is not looked at.
 Parameter* Search(Parameter* begin, const Parameter* end, std::string_view name) {

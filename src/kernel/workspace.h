@@ -98,6 +98,7 @@ struct Component {
     std::size_t place = 0;             // index in the list being walked, if it stands there
     std::shared_ptr<void> modelState;  // private state between runs of a pass list
     std::shared_ptr<void> transfer;    // a signal on its way into or out of a nested run
+    std::vector<std::string> plots;    // command files of the last run, in order, each once
 
     Component() = default;
     ~Component();

@@ -183,7 +183,7 @@ Host SystemHost() {
 }
 
 Host& CurrentHost() {
-    static Host host = SystemHost();
+    thread_local Host host = SystemHost();
     return host;
 }
 

@@ -1,0 +1,178 @@
+// Commands that change several blocks at once. Only Cut and Delete make the snapshot of Undo; every
+// change is a step of the history.
+#include "workbench/edit_commands.h"
+
+#include "base/escape.h"
+#include "base/text.h"
+#include "workbench/clipboard.h"
+#include "workbench/mouse.h"
+#include "workbench/recovery.h"
+
+namespace photrak {
+namespace {
+
+/// The view in front if its diagram may be edited, its drag dropped.
+DiagramView* Editable(Workbench& workbench) {
+    DiagramView* view = workbench.Active();
+    if (!view) return nullptr;
+    view->DropDrag();
+    return view->running ? nullptr : view;
+}
+
+bool SaveUndo(Workbench& workbench, DiagramView& view, std::string_view command) {
+    const EscapeLevel level(/*armed=*/true);
+    view.undo.valid = false;
+    std::string text;
+    DiagramState state;
+    try {
+        const Status status =
+            TakeState(*view.workspace, view.history.Empty() ? nullptr : &view.history.Present(),
+                      view.ids, state, text);
+        if (status == Status::Error) {
+            workbench.ErrorBox(text);
+            return false;
+        }
+    } catch (const Escape& escape) {
+        workbench.ErrorBox(escape.message);
+        return false;
+    }
+    view.undo.state = std::move(state);
+    view.undo.command = command;
+    view.undo.blocks = view.selection.size();
+    view.undo.modified = view.undo.valid = true;
+    return true;
+}
+
+bool CopySelection(Workbench& workbench, DiagramView& view) {
+    std::string text;
+    const Status status = CopySelectionToClipboard(view.selection, *workbench.clipboard, text);
+    view.workspace->dirty = static_cast<std::int16_t>(status);
+    if (status == Status::Error) workbench.ErrorBox(text);
+    return status != Status::Error;
+}
+
+void RemoveSelection(Workbench& workbench, DiagramView& view, std::string_view name) {
+    const std::vector<Component*> gone = view.selection;
+    view.ClearSelection();
+    DeleteComponents(gone, *view.workspace);
+    view.undo.textAfter = TextOf(*view.workspace);
+    EndChange(workbench, view, name);
+}
+
+/// Adds the clipboard's blocks and selects them; a negative corner leaves them where they were.
+void PasteBlocks(Workbench& workbench, DiagramView& view, const CanvasPoint* corner,
+                 std::string_view name) {
+    view.ClearSelection();
+    std::vector<Component*> pasted;
+    std::string text;
+    const Status status =
+        PasteIntoWorkspace(view.workspace.get(), workbench.clipboard.get(), &pasted, text);
+    view.selection = pasted;
+    if (corner) MoveGroupTo(pasted, *corner);
+    if (status == Status::Error) workbench.ErrorBox(text);
+    EndChange(workbench, view, name);
+}
+
+std::string UndoneText(const UndoRecord& undo, bool later) {
+    return Concat("Undone: ", undo.command, " of ", undo.blocks,
+                  undo.blocks == 1 ? " block" : " blocks",
+                  later ? " and all later changes (Alt+Left brings them back)" : "");
+}
+
+void GoTo(Workbench& workbench, const DiagramState* (History::*step)(),
+          const DiagramState* (History::*back)()) {
+    DiagramView* view = Editable(workbench);
+    if (!view) return;
+    const DiagramState* state = (view->history.*step)();
+    if (!state) return;
+    std::string text;
+    view->ClearSelection();
+    if (RestoreState(*state, *view->workspace, view->ids, text) == Status::Error) {
+        (view->history.*back)();
+        workbench.ErrorBox(text);
+        return;
+    }
+    view->undo.valid = false;
+    view->undo.modified = true;
+    NoteForRecovery(workbench, *view);
+}
+
+}  // namespace
+
+void EditUndo(Workbench& workbench) {
+    DiagramView* view = Editable(workbench);
+    if (!view || !view->undo.valid) return;
+    const bool later = TextOf(*view->workspace) != view->undo.textAfter;
+    std::string text;
+    view->ClearSelection();
+    if (RestoreState(view->undo.state, *view->workspace, view->ids, text) == Status::Error) {
+        workbench.ErrorBox(text);
+        return;
+    }
+    view->undo.valid = false;
+    EndChange(workbench, *view, "Undo");
+    workbench.pane = UndoneText(view->undo, later);
+}
+
+void EditCut(Workbench& workbench) {
+    DiagramView* view = Editable(workbench);
+    if (!view || view->selection.empty()) return;
+    if (!SaveUndo(workbench, *view, "Cut")) return;
+    if (!CopySelection(workbench, *view)) {
+        view->undo.valid = false;
+        return;
+    }
+    RemoveSelection(workbench, *view, "Cut");
+}
+
+void EditCopy(Workbench& workbench) {
+    DiagramView* view = workbench.Active();
+    if (!view) return;
+    view->DropDrag();
+    if (!view->selection.empty()) CopySelection(workbench, *view);
+}
+
+void EditPaste(Workbench& workbench) {
+    DiagramView* view = Editable(workbench);
+    if (!view || workbench.clipboard->components.empty()) return;
+    PasteBlocks(workbench, *view, &view->lastClick, "Paste");
+}
+
+void EditDelete(Workbench& workbench) {
+    DiagramView* view = Editable(workbench);
+    if (!view || view->selection.empty()) return;
+    if (SaveUndo(workbench, *view, "Delete")) RemoveSelection(workbench, *view, "Delete");
+}
+
+void EditDuplicate(Workbench& workbench) {
+    DiagramView* view = Editable(workbench);
+    if (!view || view->selection.empty() || !CopySelection(workbench, *view)) return;
+    PasteBlocks(workbench, *view, nullptr, "Duplicate");
+}
+
+void EditSelectAll(Workbench& workbench) {
+    DiagramView* view = workbench.Active();
+    if (!view) return;
+    view->DropDrag();
+    view->ClearSelection();
+    for (const auto& component : view->workspace->components) view->Select(component.get());
+}
+
+void StepBack(Workbench& workbench) {
+    GoTo(workbench, &History::Back, &History::Forward);
+}
+
+void StepForward(Workbench& workbench) {
+    GoTo(workbench, &History::Forward, &History::Back);
+}
+
+void Nudge(Workbench& workbench, std::int32_t columns, std::int32_t rows) {
+    DiagramView* view = workbench.Active();
+    if (!view || view->selection.empty()) return;
+    view->DropDrag();
+    if (!MoveSelection(*view, {columns * gridUnits, rows * gridUnits})) return;
+    view->undo.modified = true;
+    EndChange(workbench, *view, "Move");
+}
+
+}  // namespace photrak

@@ -1,0 +1,107 @@
+// What was allowed is remembered in the state folder as the text itself, so that any change of a
+// command line or of a library's block asks anew.
+#include "workbench/run_consent.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <map>
+#include <optional>
+
+#include "base/text.h"
+#include "kernel/graph.h"
+#include "kernel/parameters.h"
+#include "platform/file_system.h"
+#include "platform/host.h"
+
+namespace photrak {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::optional<std::string> ConsentFile() {
+    Environment& environment = *CurrentHost().environment;
+    const auto state = environment.Get("XDG_STATE_HOME");
+    if (state && !state->empty()) return *state + "/photrak/allowed.txt";
+    const auto home = environment.Get("HOME");
+    if (!home || home->empty()) return std::nullopt;
+    return *home + "/.local/state/photrak/allowed.txt";
+}
+
+/// One line, whatever the text holds.
+std::string OneLine(std::string text) {
+    std::ranges::replace_if(
+        text, [](unsigned char c) { return c < ' ' || c == 127; }, ' ');
+    return text;
+}
+
+/// The programs and libraries that a run of the diagram would start, a line each, sorted.
+std::string ForeignContent(const Workbench& workbench, const DiagramView& view) {
+    std::map<std::string, int> lines;
+    for (const auto& component : view.workspace->components) {
+        if (workbench.userModels.Knows(component->type)) {
+            ++lines[OneLine(Concat("user library of model ", component->type))];
+        }
+        const Parameter* command = FindParameter("CommandLine", component->parameters);
+        if (command && command->value && *command->value) {
+            ++lines[OneLine(Concat("command line of ", component->name, ": ", command->value))];
+        }
+    }
+    std::string text;
+    for (const auto& [line, count] : lines) text += line + "\n";
+    return text;
+}
+
+bool IsAllowed(const std::string& allowed, const std::string& line) {
+    return ("\n" + allowed).find("\n" + line + "\n") != std::string::npos;
+}
+
+}  // namespace
+
+std::string AllowedContents() {
+    const auto file = ConsentFile();
+    std::string text, reason;
+    return file && ReadWholeFile(*file, text, reason) ? text : std::string();
+}
+
+void RevokeConsents() {
+    std::error_code error;
+    if (const auto file = ConsentFile()) fs::remove(*file, error);
+}
+
+bool HasRunConsent(Workbench& workbench, const DiagramView& view) {
+    const std::string content = ForeignContent(workbench, view), allowed = AllowedContents();
+    std::string missing;
+    for (std::size_t at = 0; at < content.size();) {
+        const std::size_t end = content.find('\n', at);
+        const std::string line = Concat(view.fileName, ": ", content.substr(at, end - at));
+        if (!IsAllowed(allowed, line)) missing += line + "\n";
+        at = end + 1;
+    }
+    if (missing.empty()) return true;
+    const std::string question =
+        Concat("This diagram starts programs or loads libraries:\n", missing, "Run it?");
+    if (workbench.desktop.Query(queryTitle, question) != Answer::Yes) return false;
+    const auto file = ConsentFile();
+    if (!file) return true;
+    std::error_code error;
+    fs::create_directories(fs::path(*file).parent_path(), error);
+    // If it cannot be remembered the question comes again.
+    [[maybe_unused]] const bool kept = ReplaceFile(*file, allowed + missing);
+    return true;
+}
+
+std::string RepeatedNamesText(const Workspace& workspace) {
+    std::string text;
+    const ComponentList& all = workspace.components;
+    for (std::size_t i = 0; i < all.size();) {
+        std::size_t end = i + 1;
+        while (end < all.size() && all[end]->name == all[i]->name) ++end;
+        if (end - i > 1) {
+            text += Concat("WARNING: ", end - i, " components are named '", all[i]->name, "'\n");
+        }
+        i = end;
+    }
+    return text;
+}
+
+}  // namespace photrak

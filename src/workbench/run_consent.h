@@ -1,0 +1,22 @@
+// Before the first run of a diagram that starts programs or loads libraries, its user is asked once
+// for that content; and names that several blocks share are told.
+#pragma once
+
+#include <string>
+
+#include "workbench/workbench.h"
+
+namespace photrak {
+
+/// Whether the diagram may run: it holds no command lines or libraries of users, these were allowed
+/// before, or the user says yes now.
+bool HasRunConsent(Workbench& workbench, const DiagramView& view);
+
+/// What was allowed, a line each, and taking all of it back.
+std::string AllowedContents();
+void RevokeConsents();
+
+/// "WARNING: N components are named '%s'" for each such name, a line each.
+std::string RepeatedNamesText(const Workspace& workspace);
+
+}  // namespace photrak

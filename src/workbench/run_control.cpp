@@ -1,0 +1,215 @@
+// The worker takes a working directory of its own before it enters the diagram's, so that opening
+// and saving beside a run go on undisturbed. What the run tells goes through RunNotes.
+#include "workbench/run_control.h"
+
+#include <sched.h>
+
+#include "base/log.h"
+#include "base/text.h"
+#include "hierarchy/nested_run.h"
+#include "kernel/driver.h"
+#include "kernel/run_record.h"
+#include "platform/file_system.h"
+#include "platform/host.h"
+#include "workbench/run_consent.h"
+#include "workbench/workbench.h"
+
+namespace photrak {
+namespace {
+
+/// Boxes and status texts of the run, from its thread.
+struct RunMessages : Messages {
+    explicit RunMessages(RunNotes& target) : notes(target) {}
+    void ShowStatusText(std::string_view text) override {
+        notes.Add({RunNote::Kind::Status, {}, std::string(text)});
+    }
+    void ErrorBox(std::string_view text, std::string_view title) override {
+        notes.Add({RunNote::Kind::Error, std::string(title), std::string(text)});
+    }
+    void InfoBox(std::string_view text, std::string_view title) override {
+        notes.Add({RunNote::Kind::Information, std::string(title), std::string(text)});
+    }
+    /// A run asks nothing: the answer is no.
+    bool QueryBox(std::string_view, std::string_view) override { return false; }
+
+    RunNotes& notes;
+};
+
+void ClearResultsOf(DiagramView& view) {
+    for (const auto& component : view.workspace->components) component->plots.clear();
+    for (const auto& [number, node] : view.workspace->nodes) node->summaries.clear();
+}
+
+bool HasSweep(const std::string& variable, const std::string& start, const std::string& step,
+              const std::string& stop) {
+    return !variable.empty() && !start.empty() && !step.empty() && !stop.empty();
+}
+
+void SetScanMode(SimOptions& options) {
+    const bool inner = HasSweep(options.INNERSWEEPVARIABLE, options.INNERSWEEPSTARTVAL,
+                                options.INNERSWEEPSTEPVAL, options.INNERSWEEPSTOPVAL);
+    const bool outer = HasSweep(options.OUTERSWEEPVARIABLE, options.OUTERSWEEPSTARTVAL,
+                                options.OUTERSWEEPSTEPVAL, options.OUTERSWEEPSTOPVAL);
+    if (options.NUMRUNSTODO < 1) options.NUMRUNSTODO = 0;
+    options.innerCount = inner ? 1 : 0;
+    options.outerCount = outer ? 1 : 0;
+    const auto set = [&](std::int16_t flag, bool on) {
+        options.mode = static_cast<std::int16_t>(on ? options.mode | flag : options.mode & ~flag);
+    };
+    set(simMode::innerSweep, inner);
+    set(simMode::outerSweep, outer);
+    set(simMode::statistical, options.NUMRUNSTODO > 0);
+}
+
+void SetGoMode(SimOptions& options) {
+    options.mode = 0;
+    options.innerCount = options.outerCount = 0;
+}
+
+/// The run from its directory; the stop word was cleared by whoever started it.
+void RunInDirectory(Workbench& workbench, DiagramView& view) {
+    Host host = CurrentHost();
+    RunMessages messages(workbench.run.notes);
+    host.messages = &messages;
+    const HostScope scope(host);
+    const WorkingDirectory there(view.directory);
+    Workspace& workspace = *view.workspace;
+    std::string text;
+    ResetRunRecord();
+    const SuperBlockRuns nested(workbench.catalogue);
+    const ModelTable models{workbench.services.builtInModels, &workbench.userModels, &nested};
+    workbench.run.status = Simulate(&workspace, models, text);
+    workspace.errorText = text;
+    LogText(workbench.run.completion + "\n");
+}
+
+void WorkerMain(Workbench& workbench, DiagramView& view) {
+    // Without a directory of its own the worker would take the interface's along.
+    if (::unshare(CLONE_FS) != 0) {
+        workbench.run.notes.Add({RunNote::Kind::Error, errorTitle,
+                                 "The system gives the run no working directory of its own."});
+        workbench.run.status = Status::Error;
+    } else {
+        RunInDirectory(workbench, view);
+    }
+    workbench.run.ended = true;
+}
+
+void ShowNotes(Workbench& workbench) {
+    for (const RunNote& note : workbench.run.notes.Take()) {
+        if (note.kind == RunNote::Kind::Status) {
+            workbench.pane = note.text;
+        } else {
+            workbench.desktop.Box(
+                note.kind == RunNote::Kind::Error ? BoxKind::Error : BoxKind::Information,
+                note.title, note.text);
+        }
+    }
+}
+
+std::string EndText(const RunControl& run) {
+    if (run.status == Status::Error) return run.what + " failed";
+    return run.stopAsked ? run.what + " stopped" : run.completion;
+}
+
+void EndRun(Workbench& workbench) {
+    RunControl& run = workbench.run;
+    DiagramView& view = *run.view;
+    view.running = 0;
+    run.active = false;
+    run.view = nullptr;
+    ShowNotes(workbench);
+    workbench.pane = EndText(run);
+    if (run.status == Status::Warning) {
+        workbench.InfoBox(
+            "Warnings occured during simulation.\n"
+            "Please view log file for further information.");
+    }
+}
+
+void Launch(Workbench& workbench) {
+    RunControl& run = workbench.run;
+    DiagramView& view = *run.view;
+    run.launched = true;
+    run.worker = std::thread([&workbench, &view] { WorkerMain(workbench, view); });
+}
+
+}  // namespace
+
+void RunNotes::Add(RunNote note) {
+    const std::lock_guard guard(lock_);
+    notes_.push_back(std::move(note));
+}
+
+std::vector<RunNote> RunNotes::Take() {
+    const std::lock_guard guard(lock_);
+    return std::exchange(notes_, {});
+}
+
+void StartRun(Workbench& workbench, DiagramView& view, bool scan) {
+    RunControl& run = workbench.run;
+    if (run.active) {
+        workbench.ErrorBox("Simulation already in progress.");
+        return;
+    }
+    if (!HasRunConsent(workbench, view)) return;
+    view.DropDrag();
+    SimOptions& options = *view.workspace->options;
+    {
+        const WorkingDirectory there(view.directory);
+        LogText(scan ? "Starting Parameter Scan\n" : "Starting Simulation\n");
+        LogText(RepeatedNamesText(*view.workspace));
+    }
+    scan ? SetScanMode(options) : SetGoMode(options);
+    view.workspace->fileName = view.fileName;
+    ClearResultsOf(view);
+    run.view = &view;
+    run.what = scan ? "Parameter Scan" : "Simulation";
+    run.completion = run.what + " Completed";
+    run.status = Status::Success;
+    run.stopAsked = run.launched = false;
+    run.ended = false;
+    options.stop = 0;
+    run.active = true;
+    view.running = 1;
+    if (!workbench.multiThread) {
+        RunInDirectory(workbench, view);
+        EndRun(workbench);
+    } else if (!run.holds) {
+        Launch(workbench);
+    }
+}
+
+void StopRun(Workbench& workbench) {
+    RunControl& run = workbench.run;
+    if (!run.active) return;
+    const DiagramView& view = *run.view;
+    if (workbench.desktop.Query(view.fileName, "Stop simulation in process") != Answer::Yes) return;
+    if (!run.active || run.ended) return;
+    run.stopAsked = true;
+    view.workspace->options->stop = 1;
+}
+
+void FinishRun(Workbench& workbench) {
+    RunControl& run = workbench.run;
+    if (!run.active) return;
+    if (!run.launched) Launch(workbench);
+    run.worker.join();
+    EndRun(workbench);
+}
+
+void PollRun(Workbench& workbench) {
+    if (!workbench.run.active) return;
+    if (workbench.run.launched && workbench.run.ended) {
+        FinishRun(workbench);
+    } else {
+        ShowNotes(workbench);
+    }
+}
+
+std::string RunStateText(const Workbench& workbench) {
+    if (!workbench.run.active) return {};
+    return workbench.run.stopAsked ? "Stopping" : "Running";
+}
+
+}  // namespace photrak

@@ -1,0 +1,104 @@
+// Start-up, modes, and the end of every change.
+#include "workbench/workbench.h"
+
+#include <algorithm>
+
+#include "base/text.h"
+#include "files/catalogue.h"
+#include "kernel/graph.h"
+#include "platform/host.h"
+#include "workbench/recovery.h"
+
+namespace photrak {
+
+void Workbench::ErrorBox(std::string_view text) {
+    desktop.Box(BoxKind::Error, errorTitle, text);
+}
+
+void Workbench::InfoBox(std::string_view text) {
+    desktop.Box(BoxKind::Information, informationTitle, text);
+}
+
+void Workbench::Open(std::unique_ptr<Form> form) {
+    if (DiagramView* view = Active()) view->DropDrag();
+    forms.push_back(std::move(form));
+}
+
+bool Workbench::Push(std::string_view label) {
+    if (forms.empty()) return false;
+    Form* front = forms.back().get();
+    FormResult result = FormResult::Stays;
+    if (!front->Press(label, result)) return false;
+    if (result == FormResult::Stays) return true;
+    const auto place = std::ranges::find(forms, front, &std::unique_ptr<Form>::get);
+    const std::unique_ptr<Form> closing = std::move(*place);
+    forms.erase(place);
+    closing->Closed();
+    return true;
+}
+
+bool StartWorkbench(Workbench& workbench) {
+    workbench.clipboard = CreateWorkspace();
+    std::string text;
+    if (InitializeModels(workbench.installDirectory, workbench.catalogue, text) == Status::Error) {
+        workbench.ErrorBox(catalogueFailureText);
+        return false;
+    }
+    text.clear();
+    workbench.userModels.LoadUserModels(workbench.catalogue, text);
+    bool fits = true;
+    for (const UserModelEntry& entry : workbench.userModels.Entries()) {
+        const bool isComment = entry.type == "*";
+        fits = workbench.palette.AddUserModel(isComment ? "" : entry.type, entry.bitmap) && fits;
+    }
+    if (!fits) text += "user.lis: the palette holds 17 user models; the rest is left out\n";
+    if (!text.empty()) workbench.InfoBox(text);
+    workbench.multiThread = CurrentHost().profile->ReadInt("PHOTRAK", "MultiThread", 1) != 0;
+    return true;
+}
+
+std::string ModeText(const Workbench& workbench, const DiagramView& view) {
+    switch (view.mode) {
+        case Mode::Select:
+            return "Select Mode";
+        case Mode::Zoom:
+            return "Zoom Mode";
+        case Mode::Connect:
+            return "Connect Mode";
+        case Mode::Icon:
+            break;
+    }
+    return Concat("Icon Mode: ", workbench.palette.Row(view.modelIndex).tip);
+}
+
+void SetMode(Workbench& workbench, Mode mode, std::int32_t modelIndex) {
+    DiagramView* view = workbench.Active();
+    if (!view) return;
+    view->DropDrag();
+    view->current = nullptr;
+    view->mode = mode;
+    view->modelIndex = mode == Mode::Icon ? modelIndex : 0;
+    view->ghost = {};
+    view->ghost.exists = view->modelIndex != 0;
+    if (mode != Mode::Select) view->ClearSelection();
+    workbench.pane = ModeText(workbench, *view);
+}
+
+void Activate(Workbench& workbench, DiagramView& view) {
+    std::erase(workbench.recent, &view);
+    workbench.recent.push_back(&view);
+    workbench.pane = ModeText(workbench, view);
+}
+
+void EndChange(Workbench& workbench, DiagramView& view, std::string_view name) {
+    std::string text;
+    DiagramState state;
+    const DiagramState* former = view.history.Empty() ? nullptr : &view.history.Present();
+    if (TakeState(*view.workspace, former, view.ids, state, text) == Status::Error) {
+        workbench.pane = "Out of memory: this change is no step of the history";
+        return;
+    }
+    if (view.history.Commit(std::move(state), name)) NoteForRecovery(workbench, view);
+}
+
+}  // namespace photrak
