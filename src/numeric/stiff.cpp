@@ -137,12 +137,12 @@ Status odeint(const StiffSystem& system, double* y, double x1, double x2, const 
         if (x >= x2 || (isLast && x == aim)) return Status::Success;
         if (h <= limits.leastStep) {
             LogText("Step size too small in odeint\n");
-            errorText += Concat("Step size too small in odeint: ", FormatExponent(h), "\n");
+            errorText += Concat("Step size too small in odeint: ", FormatExponent(h));
             return Status::Error;
         }
     }
     LogText("Too many steps in routine odeint\n");
-    errorText += Concat("Too many steps in routine odeint: ", mostSteps, "\n");
+    errorText += Concat("Too many steps in routine odeint: ", mostSteps);
     return Status::Error;
 }
 

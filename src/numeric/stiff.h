@@ -1,6 +1,7 @@
 // Integration of a few stiff differential equations: a fourth-order Rosenbrock method with an
 // error estimate, and the driver that adapts its step.
-// Source: P. Kaps and P. Rentrop, Numer. Math. 33, 55 (1979).
+// Source: P. Kaps and P. Rentrop, Numer. Math. 33, 55 (1979), with the constants of L. F. Shampine,
+// ACM Trans. Math. Softw. 8, 93 (1982).
 #pragma once
 
 #include <string>

@@ -56,22 +56,25 @@ TEST(DirectLaser, StaticCurveIsTheSteadyStateOfTheEquations) {
         biased.Io = Steady(params, S).I;
         LaserState state;
         std::string text;
-        ASSERT_EQ(FindBias(biased, goOn, state, {"laser", text}), Status::Success) << text;
+        bool lifted = false;
+        ASSERT_EQ(FindBias(biased, goOn, state, lifted, {"laser", text}), Status::Success) << text;
         EXPECT_NEAR(biased.Po, Po, 1e-6 * Po);
         EXPECT_NEAR(state.N, Steady(params, S).N, 1e-6 * state.N);
 
         // The search finds the current to 0.1 mA.
         LaserParams searched = params;
         searched.Po = Po;
-        ASSERT_EQ(FindBias(searched, goOn, state, {"laser", text}), Status::Success) << text;
+        ASSERT_EQ(FindBias(searched, goOn, state, lifted, {"laser", text}), Status::Success)
+            << text;
         EXPECT_NEAR(searched.Io, biased.Io, 1e-4);
     }
 }
 
 struct Modulated : Outcome {
-    Modulated(const LaserParams& params, const ElecSig* drive) : Outcome(OpSigType) {
+    Modulated(const LaserParams& params, const ElecSig* drive, const OdeLimits& limits = {})
+        : Outcome(OpSigType) {
         const Nodelist input{nullptr, ElecSigType, const_cast<ElecSig*>(drive)};
-        status = LaserDirectMod(params, &input, &output, goOn, {"laser", text});
+        status = LaserDirectMod(params, &input, &output, goOn, {"laser", text}, limits);
     }
     const OpSig& Channel() const { return *Made<OpSignal>().channels; }
 };
@@ -170,6 +173,31 @@ TEST(DirectLaser, ChirpFollowsThePowerAndItsSlope) {
     EXPECT_LT(deviation, 0.02 * peak);
 }
 
+TEST(DirectLaser, HalfTheToleranceChangesTheFieldBelowIt) {
+    LaserParams params = Bare();
+    params.Io = 0.03;
+    OdeLimits finer;
+    finer.eps *= 0.5;
+    constexpr std::int32_t n = 1024;
+    const struct {
+        double (*volts)(int i);
+        double most;
+    } rows[] = {{[](int i) { return 2e-3 * (1.0 - std::cos(twoPi * 4.0 * i / n)); }, 1e-5},
+                {[](int i) { return i / 128 % 2 == 0 ? 0.0 : 1e-2; }, 1e-4}};
+    for (const auto& row : rows) {
+        const Owned<ElecSig> drive = Drive(n, 2e-12, row.volts);
+        const Modulated coarse(params, drive.get()), fine(params, drive.get(), finer);
+        double most = 0.0, peak = 0.0;
+        for (std::int32_t i = 1; i <= n; ++i) {
+            const Complex difference =
+                coarse.Channel().Ex_samples[i] - fine.Channel().Ex_samples[i];
+            most = std::max(most, Magnitude(difference));
+            peak = std::max(peak, Magnitude(fine.Channel().Ex_samples[i]));
+        }
+        EXPECT_LT(most, row.most * peak);
+    }
+}
+
 TEST(DirectLaser, RefusesByName) {
     const auto refusal = [](void (*change)(LaserParams&), std::int32_t n = 64) {
         LaserParams params = Bare();
@@ -182,6 +210,10 @@ TEST(DirectLaser, RefusesByName) {
     const auto keep = [](LaserParams&) {};
     EXPECT_NE(refusal(keep, 12).find("12 samples"), std::string::npos);
     EXPECT_NE(refusal(keep, 4).find("4 samples"), std::string::npos);
+    const double broken = std::numeric_limits<double>::quiet_NaN();
+    const Modulated laser(Bare(),
+                          Drive(64, 1e-11, [=](int i) { return i == 9 ? broken : 0.0; }).get());
+    EXPECT_EQ(laser.text, "ERROR: component 'laser': the drive is not a finite number\n");
     const struct {
         void (*change)(LaserParams&);
         const char* name;

@@ -33,6 +33,7 @@ Status MakeField(const LaserParams& params, const ElecSig& drive, Owned<OpSignal
     }
     signal->channels->wavelength = params.wavelength;
     signal->channels->RIN = params.RIN;
+    signal->channels->domain = TimeDomain;
     return Status::Success;
 }
 
@@ -53,11 +54,11 @@ Status MakeDrive(const ElecSig& filtered, LaserDrive& drive, const ModelReport& 
     }
     double peak = 0.0, lowest = 0.0;
     for (std::int32_t i = 1; i <= n; ++i) {
-        drive.data.get()[i] = Magnitude(filtered.elecSamples[i]);
-        peak = std::max(peak, drive.data.get()[i]);
+        const double current = drive.data.get()[i] = Magnitude(filtered.elecSamples[i]);
+        if (!std::isfinite(current)) return report.Refuse("the drive is not a finite number");
+        peak = std::max(peak, current);
         lowest = std::min(lowest, filtered.elecSamples[i].re);
     }
-    if (!std::isfinite(peak)) return report.Refuse("the drive is not a finite number");
     drive.folded = lowest < -1e-9 * peak;
     if (Derivative(drive.slope.get(), drive.data.get(), filtered.tStep, n) != 0) {
         ReportNoMemory(report.errorText, "LDDirectMod() - deriv");
@@ -69,18 +70,17 @@ Status MakeDrive(const ElecSig& filtered, LaserDrive& drive, const ModelReport& 
 /// Steps the equations through all samples. The phase is taken against the steady state's frequency
 /// at the bias, f0.
 Status FillField(const LaserParams& params, const LaserDrive& drive, LaserState state,
-                 OpSig& channel, const std::atomic<std::int16_t>& stop, const ModelReport& report,
-                 OdeCount* count) {
+                 OpSig& channel, const std::atomic<std::int16_t>& stop, bool& lifted,
+                 const ModelReport& report, const OdeLimits& limits, OdeCount* count) {
     constexpr double overFourPi = 0.07957747154594767;
     const double f0 = params.a / params.taup * state.S * params.e * overFourPi;
     LaserRates rates(params);
-    bool lifted = false;
     double t = 0.0;
     for (std::int32_t i = 1; i <= channel.noPoints; ++i, t += channel.tStep) {
         if (stop.load(std::memory_order_relaxed) != 0) return Status::Warning;
         rates.SetDrive(drive.data.get()[i] + params.Io, drive.slope.get()[i]);
         const Status status = Integrate(rates, params, state, t, channel.tStep, lifted,
-                                        report.errorText, OdeLimits{}, count);
+                                        report.errorText, limits, count);
         if (status != Status::Success) return status;
         const double field = std::sqrt(state.S * params.conv);
         const double phase = state.phi - i * channel.tStep * f0 * twoPi;
@@ -89,15 +89,27 @@ Status FillField(const LaserParams& params, const LaserDrive& drive, LaserState 
             return report.Refuse("the light is not a finite number from sample ", i, " on");
         }
     }
-    if (lifted) LogText("Start carrier density smaller than -Ns\n");
     return Status::Success;
 }
+
+/// Tells once, at the end of an execution, that carriers had to be lifted above the gain's offset.
+class LiftNote {
+  public:
+    LiftNote() = default;
+    ~LiftNote() {
+        if (lifted) LogText("Start carrier density smaller than -Ns\n");
+    }
+    LiftNote(const LiftNote&) = delete;
+    LiftNote& operator=(const LiftNote&) = delete;
+
+    bool lifted = false;
+};
 
 }  // namespace
 
 Status LaserDirectMod(LaserParams params, const Nodelist* input, Nodelist* output,
                       const std::atomic<std::int16_t>& stop, const ModelReport& report,
-                      OdeCount* count) {
+                      const OdeLimits& limits, OdeCount* count) {
     Status status = CheckInput(input, report);
     if (status != Status::Success || !input->sig) return status;
     if (!output) return report.Refuse("no output port");
@@ -118,11 +130,12 @@ Status LaserDirectMod(LaserParams params, const Nodelist* input, Nodelist* outpu
     ApplyPackage(params, *filtered);
     LaserDrive current;
     LaserState bias;
+    LiftNote note;
     status = MakeDrive(*filtered, current, report);
-    if (status == Status::Success) status = FindBias(params, stop, bias, report);
+    if (status == Status::Success) status = FindBias(params, stop, bias, note.lifted, report);
     if (status != Status::Success) return status;
-    status =
-        FillField(params, current, {bias.N, bias.S, 0.0}, *signal->channels, stop, report, count);
+    status = FillField(params, current, {bias.N, bias.S, 0.0}, *signal->channels, stop, note.lifted,
+                       report, limits, count);
     output->sig = signal.release();
     output->sigType = OpSigType;
     if (status == Status::Success && current.folded) {

@@ -13,7 +13,7 @@ namespace photrak {
 /// the drive went below 0 and is folded. Error: a text; what was filled stays.
 Status LaserDirectMod(LaserParams params, const Nodelist* input, Nodelist* output,
                       const std::atomic<std::int16_t>& stop, const ModelReport& report,
-                      OdeCount* count = nullptr);
+                      const OdeLimits& limits = {}, OdeCount* count = nullptr);
 
 /// The model.
 Status RunDirectLaser(const ModelCall& call);

@@ -4,7 +4,6 @@
 #include <cmath>
 #include <limits>
 
-#include "base/log.h"
 #include "base/text.h"
 
 namespace photrak {
@@ -17,14 +16,9 @@ constexpr std::string_view endingWord = " iterations\n";
 /// One trial current after another, each from the dark.
 class Search {
   public:
-    Search(const LaserParams& params, const std::atomic<std::int16_t>& stop,
+    Search(const LaserParams& params, const std::atomic<std::int16_t>& stop, bool& lifted,
            const ModelReport& report)
-        : params_(params), stop_(stop), report_(report) {}
-    ~Search() {
-        if (lifted_) LogText("Start carrier density smaller than -Ns\n");
-    }
-    Search(const Search&) = delete;
-    Search& operator=(const Search&) = delete;
+        : params_(params), stop_(stop), lifted_(lifted), report_(report) {}
 
     /// f = power - Po; false when the integrator gave up or the run is to stop.
     bool Try(double current, double& f) {
@@ -53,8 +47,8 @@ class Search {
   private:
     const LaserParams& params_;
     const std::atomic<std::int16_t>& stop_;
+    bool& lifted_;
     const ModelReport& report_;
-    bool lifted_ = false;
 };
 
 struct Bracket {
@@ -102,8 +96,8 @@ Status Settle(const LaserParams& params, double current, LaserState& state, bool
 }
 
 Status FindBias(LaserParams& params, const std::atomic<std::int16_t>& stop, LaserState& state,
-                const ModelReport& report) {
-    Search search(params, stop, report);
+                bool& lifted, const ModelReport& report) {
+    Search search(params, stop, lifted, report);
     double current = params.Io, f = 0.0;
     if (params.Io != 0.0) {
         if (!search.Try(params.Io, f)) return search.status;

@@ -50,8 +50,11 @@ Status WalkCurve(const LaserParams& params, double step, LaserCurve& curve,
     bool lifted = false;
     for (int k = 1; k <= points; ++k) {
         curve.Icw[k] = k * step;
-        const Status status = Settle(params, curve.Icw[k], state, lifted, report.errorText);
-        if (status != Status::Success) return status;
+        const std::size_t before = report.errorText.size();
+        if (Settle(params, curve.Icw[k], state, lifted, report.errorText) != Status::Success) {
+            if (report.errorText.size() > before) return Status::Error;
+            return report.Refuse("the equations do not settle at ", curve.Icw[k], " A");
+        }
         curve.Lcw[k] = state.S * params.conv;
     }
     if (Derivative(curve.slope.data(), curve.Lcw.data(), step, points) == 0) return Status::Success;
@@ -147,7 +150,8 @@ Status ReadBias(const LaserCurve& curve, LaserParams params, LaserFigures& figur
     double onCurve = 0.0;
     if (params.Io == 0.0 && Along(curve.Lcw, curve.Icw, params.Po, onCurve)) params.Io = onCurve;
     const std::atomic<std::int16_t> goOn{0};
-    const Status status = FindBias(params, goOn, state, report);
+    bool lifted = false;
+    const Status status = FindBias(params, goOn, state, lifted, report);
     figures.Io = params.Io;
     figures.Po = params.Po;
     return status;
@@ -166,7 +170,11 @@ Status LDDirectModTest(const BlockTestCall& call) {
     LaserCurve curve;
     LaserFigures figures;
     LaserState bias;
-    status = WalkCurve(params, CurrentStep(params, EstimateThreshold(params)), curve, call);
+    const double step = CurrentStep(params, EstimateThreshold(params));
+    if (!(step > 0.0 && std::isfinite(step))) {
+        return call.Refuse("the curve has a current step of ", step, " A");
+    }
+    status = WalkCurve(params, step, curve, call);
     if (status == Status::Success) status = ReadBias(curve, params, figures, bias, call);
     if (status != Status::Success) return status;
     figures.power = *std::max_element(curve.slope.begin() + 1, curve.slope.end());
