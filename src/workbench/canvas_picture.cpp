@@ -10,19 +10,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-WireRole RoleOf(std::int32_t sigType) {
-    switch (sigType) {
-        case OpSigType:
-            return WireRole::Optical;
-        case ElecSigType:
-            return WireRole::Electrical;
-        case BinSigType:
-            return WireRole::Binary;
-        default:
-            return WireRole::Other;
-    }
-}
-
 void AddTicks(const Component& component, const Scale& scale, CanvasPicture& picture) {
     for (const Side side : {Side::Input, Side::Output}) {
         const std::int32_t count = ShownPorts(component, side);
@@ -46,6 +33,19 @@ void AddDrag(const Workbench& workbench, const DiagramView& view, CanvasPicture&
 }
 
 }  // namespace
+
+WireRole WireRoleOf(std::int32_t sigType) {
+    switch (sigType) {
+        case OpSigType:
+            return WireRole::Optical;
+        case ElecSigType:
+            return WireRole::Electrical;
+        case BinSigType:
+            return WireRole::Binary;
+        default:
+            return WireRole::Other;
+    }
+}
 
 std::string IconFileOf(const Workbench& workbench, const DiagramView& view,
                        const Component& component) {
@@ -73,7 +73,7 @@ CanvasPicture PictureOf(const Workbench& workbench, const DiagramView& view) {
         AddTicks(*component, scale, picture);
     }
     for (const Wire& wire : Wires(*view.workspace, scale)) {
-        picture.wires.push_back({wire, RoleOf(wire.node->type)});
+        picture.wires.push_back({wire, WireRoleOf(wire.node->type)});
     }
     for (const Component* component : view.selection) {
         const CanvasPoint at = IconAt(*component, scale);

@@ -42,6 +42,9 @@ struct CanvasPicture {
     std::vector<PictureRubber> rubber;
 };
 
+/// The color class of a wire or port by its signal type.
+WireRole WireRoleOf(std::int32_t sigType);
+
 CanvasPicture PictureOf(const Workbench& workbench, const DiagramView& view);
 
 /// The bare name of the bitmap file of a component.

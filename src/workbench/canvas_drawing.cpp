@@ -1,0 +1,201 @@
+// Names stand below the icons where there is room for them; a block without a picture gets a
+// frame with the letters of its type, so that it can be seen and hit.
+#include "workbench/canvas_drawing.h"
+
+#include <algorithm>
+#include <cctype>
+
+#include "base/text.h"
+#include "files/topology.h"
+#include "workbench/canvas_picture.h"
+#include "workbench/mouse.h"
+
+namespace photrak {
+namespace {
+
+constexpr double nameSize = 9.0, leastNameZoom = 0.8, wireWidth = 1.5;
+
+struct WireLook {
+    Role role;
+    Dash dash;
+    std::string_view name;
+};
+constexpr WireLook wireLooks[] = {{Role::Optical, Dash::Solid, "optical"},
+                                  {Role::Electrical, Dash::Dashed, "electrical"},
+                                  {Role::Binary, Dash::Dotted, "binary"},
+                                  {Role::Other, Dash::DashDot, "undecided"}};
+
+const WireLook& LookOf(WireRole role) {
+    return wireLooks[static_cast<std::size_t>(role)];
+}
+
+/// The capital letters of a type, at most three: "ReceiverModel" gives "RM".
+std::string Initials(const std::string& type) {
+    std::string letters;
+    for (const char c : type) {
+        if (letters.size() < 3 && std::isupper(static_cast<unsigned char>(c))) letters += c;
+    }
+    return letters.empty() ? type.substr(0, 3) : letters;
+}
+
+class CanvasPainter {
+  public:
+    CanvasPainter(const Workbench& workbench, const DiagramView& view, const CanvasLook& look)
+        : workbench_(workbench), view_(view), look_(look), picture_(PictureOf(workbench, view)) {}
+
+    /// Cuts the page to what is drawn, with a margin.
+    void CutToDiagram() {
+        const double margin = workbench_.scale.gridSize / 2;
+        std::optional<Rect> around;
+        for (const PictureIcon& icon : picture_.icons) {
+            const Rect square = SquareAt(icon.at, picture_.iconSide);
+            around = around ? United(*around, square) : square;
+        }
+        for (const PictureWire& picture : picture_.wires) {
+            for (std::int32_t i = 0; around && i < picture.wire.count; ++i) {
+                around = United(*around, SquareAt(picture.wire.points[i], 1.0));
+            }
+        }
+        const Rect page = around.value_or(Rect{}).Grown(margin);
+        origin_ = {page.x, page.y};
+        size_ = {page.width, page.height};
+    }
+
+    Drawing Draw() {
+        drawing_.size = size_;
+        for (const PictureIcon& icon : picture_.icons) AddBlock(icon);
+        for (const PictureTick& tick : picture_.ticks) AddTick(tick);
+        for (const PictureWire& wire : picture_.wires) AddWire(wire);
+        AddOverlay();
+        return std::move(drawing_);
+    }
+
+  private:
+    Rect SquareAt(CanvasPoint at, double side) const {
+        return {at.x - origin_.x, at.y - origin_.y, side, side};
+    }
+    Point CenterOf(CanvasPoint at) const {
+        return {at.x - origin_.x + 0.5, at.y - origin_.y + 0.5};
+    }
+
+    bool IsSeen(const Rect& area) const { return !look_.seen || look_.seen->Overlaps(area); }
+
+    void AddBlock(const PictureIcon& icon) {
+        const double side = picture_.iconSide;
+        const Rect square = SquareAt(icon.at, side);
+        if (!IsSeen(square.Grown(side))) return;
+        drawing_.Add(GroupBegin{Concat("block:", icon.component->name), icon.component->type});
+        AddIcon(icon.file, icon.component->type, square, drawing_.items);
+        if (workbench_.scale.zoom >= leastNameZoom) AddName(icon.component->name, square);
+        drawing_.Add(GroupEnd{});
+        drawing_.marks.push_back({Concat("block:", icon.component->name), square,
+                                  DrawableText(icon.component->name), icon.component->type});
+    }
+
+    void AddIcon(const std::string&, const std::string& type, const Rect& square,
+                 std::vector<DrawItem>& items) const {
+        items.emplace_back(
+            Box{.rect = square, .filled = true, .fill = Role::Paper, .pen = {Role::Ink}});
+        TextItem letters;
+        letters.size = 0.36 * square.width;
+        letters.at = {square.Center().x, square.Center().y + 0.36 * letters.size};
+        letters.text = DrawableText(Initials(type));
+        letters.anchor = Anchor::Middle;
+        items.emplace_back(std::move(letters));
+    }
+
+    void AddName(const std::string& name, const Rect& square) {
+        TextItem text;
+        text.size = nameSize;
+        text.role = Role::Dim;
+        text.anchor = Anchor::Middle;
+        text.at = {square.Center().x, square.Bottom() + 2.0 + nameSize};
+        const double room = workbench_.scale.gridSize - 3.0;
+        text.text = Elided(DrawableText(name), room, nameSize, *look_.measure);
+        drawing_.Add(std::move(text));
+    }
+
+    void AddTick(const PictureTick& tick) {
+        const Rect square = SquareAt(tick.at, picture_.tickSide);
+        if (!IsSeen(square.Grown(picture_.iconSide))) return;
+        const Port& port =
+            PortsOf(*tick.component, tick.side)[static_cast<std::size_t>(tick.port) - 1];
+        const WireLook& look = LookOf(WireRoleOf(port.sigType));
+        drawing_.Add(
+            Box{.rect = square, .filled = true, .fill = look.role, .outlined = false, .pen = {}});
+        const bool isInput = tick.side == Side::Input;
+        const std::string name = Concat(isInput ? "input " : "output ", tick.port, " of ",
+                                        DrawableText(tick.component->name));
+        drawing_.marks.push_back(
+            {Concat("port:", tick.component->name, isInput ? ":in" : ":out", tick.port),
+             square.Grown(3.0), name, std::string(look.name)});
+    }
+
+    void AddWire(const PictureWire& picture) {
+        const Wire& wire = picture.wire;
+        Polyline line;
+        Rect around = SquareAt(wire.points[0], 0.0);
+        for (std::int32_t i = 0; i < wire.count; ++i) {
+            line.points.push_back(CenterOf(wire.points[i]));
+            around = United(around, SquareAt(wire.points[i], 1.0));
+        }
+        if (!IsSeen(around.Grown(wireWidth))) return;
+        const WireLook& look = LookOf(picture.role);
+        line.pen = {look.role, wireWidth, look_.linePatterns ? look.dash : Dash::Solid};
+        drawing_.Add(std::move(line));
+    }
+
+    void AddOverlay() {
+        for (const PictureIcon& selected : picture_.selected) {
+            const Rect square = SquareAt(selected.at, picture_.selectedSide).Grown(-0.5);
+            drawing_.AddOver(Box{.rect = square, .pen = {Role::Selected, 2.0}});
+        }
+        for (const CanvasPoint cell : LandingCells(workbench_, view_)) {
+            const Rect square = SquareAt(workbench_.scale.ToPixel(cell), picture_.iconSide);
+            drawing_.AddOver(Box{.rect = square, .pen = {Role::Selected, 1.0, Dash::Dashed}});
+        }
+        for (const PictureIcon& ghost : picture_.ghost) {
+            const std::string& type = view_.drag.kind == DragKind::Move && view_.current
+                                          ? view_.current->type
+                                          : workbench_.palette.Row(view_.modelIndex).name;
+            AddIcon(ghost.file, type, SquareAt(ghost.at, picture_.iconSide), drawing_.overlay);
+        }
+        for (const PictureRubber& rubber : picture_.rubber) {
+            const Role role = rubber.connects ? Role::Electrical : Role::Ink;
+            drawing_.AddOver(Segments{{CenterOf(rubber.from), CenterOf(rubber.to)}, {role, 1.5}});
+        }
+    }
+
+    const Workbench& workbench_;
+    const DiagramView& view_;
+    const CanvasLook& look_;
+    CanvasPicture picture_;
+    Point origin_;
+    PageSize size_{static_cast<double>(picture_.size.x), static_cast<double>(picture_.size.y)};
+    Drawing drawing_;
+};
+
+}  // namespace
+
+Drawing DrawCanvas(const Workbench& workbench, const DiagramView& view, const CanvasLook& look) {
+    return CanvasPainter(workbench, view, look).Draw();
+}
+
+Drawing DrawDiagram(const Workbench& workbench, const DiagramView& view, const CanvasLook& look) {
+    CanvasPainter painter(workbench, view, look);
+    painter.CutToDiagram();
+    return painter.Draw();
+}
+
+std::optional<Drawing> DrawTopologyFile(const Workbench& workbench, const std::string& path,
+                                        const CanvasLook& look, std::string& errorText) {
+    DiagramView view;
+    const std::size_t slash = path.rfind('/');
+    view.directory = slash == std::string::npos ? "." : path.substr(0, slash);
+    const Status loaded = TopologyLoad(path, view.workspace, workbench.catalogue);
+    if (view.workspace) errorText = std::move(view.workspace->errorText);
+    if (loaded == Status::Error || !view.workspace) return std::nullopt;
+    return DrawDiagram(workbench, view, look);
+}
+
+}  // namespace photrak
