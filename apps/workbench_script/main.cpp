@@ -47,7 +47,7 @@ std::vector<std::string> Lines(const std::string& text) {
 }
 
 bool IsExpectation(const std::string& line) {
-    return line.starts_with("| ") || line == "|";
+    return line.starts_with('|');
 }
 
 /// A script with its expectations; what it gave is kept for --update.

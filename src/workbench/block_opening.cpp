@@ -4,12 +4,12 @@
 #include <filesystem>
 
 #include "base/text.h"
-#include "files/topology.h"
 #include "kernel/result_names.h"
 #include "platform/file_system.h"
 #include "results/signal_summary_file.h"
 #include "workbench/file_commands.h"
 #include "workbench/plot_choice_form.h"
+#include "workbench/superblock_paths.h"
 
 namespace photrak {
 namespace {
@@ -47,14 +47,12 @@ void OpenSummary(Workbench& workbench, const DiagramView& view, const Hit& hit) 
 /// The topology of the block, found from the diagram's directory.
 void OpenInside(Workbench& workbench, const DiagramView& view, const Component& block) {
     const std::string file = block.superBlockFile + ".top";
-    std::error_code error;
-    for (const fs::path& path : {fs::path(view.directory) / file,
-                                 fs::path(workbench.catalogue.superBlockDirectory) / file}) {
-        if (!fs::is_regular_file(path, error)) continue;
-        OpenDiagram(workbench, path.string(), OpenAgain::BringToFront);
-        return;
+    const auto path = FindFromDiagram(file, view.directory, workbench.catalogue);
+    if (path) {
+        OpenDiagram(workbench, *path, OpenAgain::BringToFront);
+    } else {
+        workbench.ErrorBox(Concat("Cannot open '", file, "'"));
     }
-    workbench.ErrorBox(Concat("Cannot open '", file, "'"));
 }
 
 }  // namespace

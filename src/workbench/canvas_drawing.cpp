@@ -92,7 +92,7 @@ class CanvasPainter {
                                   DrawableText(icon.component->name), icon.component->type});
     }
 
-    void AddIcon(const std::string&, const std::string& type, const Rect& square,
+    void AddIcon(std::string_view, const std::string& type, const Rect& square,
                  std::vector<DrawItem>& items) const {
         items.emplace_back(
             Box{.rect = square, .filled = true, .fill = Role::Paper, .pen = {Role::Ink}});

@@ -1,14 +1,12 @@
 // The order of a paint is the order of the lists.
 #include "workbench/canvas_picture.h"
 
-#include <filesystem>
+#include <unordered_map>
 
-#include "base/text.h"
+#include "workbench/superblock_paths.h"
 
 namespace photrak {
 namespace {
-
-namespace fs = std::filesystem;
 
 void AddTicks(const Component& component, const Scale& scale, CanvasPicture& picture) {
     for (const Side side : {Side::Input, Side::Output}) {
@@ -19,13 +17,54 @@ void AddTicks(const Component& component, const Scale& scale, CanvasPicture& pic
     }
 }
 
-void AddDrag(const Workbench& workbench, const DiagramView& view, CanvasPicture& picture) {
+/// The pictures that components call for. A file or a type is looked up once for all of them.
+class IconFiles {
+  public:
+    IconFiles(const Workbench& workbench, const DiagramView& view,
+              std::vector<std::string>& ownFiles)
+        : workbench_(workbench), view_(view), ownFiles_(ownFiles) {}
+
+    PictureIcon Of(const Component& component) {
+        const std::string_view name = component.ICON;
+        if (name.find('.') != std::string_view::npos) {
+            const auto [place, isNew] = own_.try_emplace(name, -1);
+            if (isNew) place->second = Find(component.ICON);
+            if (place->second >= 0) {
+                return {&component, name.substr(name.rfind('/') + 1), place->second, {}};
+            }
+        }
+        const auto [file, isNew] = byType_.try_emplace(component.type);
+        if (isNew) {
+            const PaletteModels& palette = workbench_.palette;
+            file->second = palette.Row(palette.IndexOf(component.type)).bitmap;
+        }
+        return {&component, file->second, -1, {}};
+    }
+
+  private:
+    std::int32_t Find(const std::string& name) {
+        auto path = FindFromDiagram(name, view_.directory, workbench_.catalogue);
+        if (!path) return -1;
+        ownFiles_.push_back(std::move(*path));
+        return static_cast<std::int32_t>(ownFiles_.size()) - 1;
+    }
+
+    const Workbench& workbench_;
+    const DiagramView& view_;
+    std::vector<std::string>& ownFiles_;
+    std::unordered_map<std::string_view, std::int32_t> own_;
+    std::unordered_map<std::string_view, std::string_view> byType_;
+};
+
+void AddDrag(const Workbench& workbench, const DiagramView& view, IconFiles& files,
+             CanvasPicture& picture) {
     const Drag& drag = view.drag;
     if (view.ghost.shown) {
-        const std::string file = drag.kind == DragKind::Move && view.current
-                                     ? IconFileOf(workbench, view, *view.current)
-                                     : workbench.palette.Row(view.modelIndex).bitmap;
-        picture.ghost.push_back({nullptr, file, view.ghost.at});
+        PictureIcon ghost{nullptr, workbench.palette.Row(view.modelIndex).bitmap, -1, {}};
+        if (drag.kind == DragKind::Move && view.current) ghost = files.Of(*view.current);
+        const std::int32_t half = workbench.scale.iconSize / 2;
+        ghost.at = {view.ghost.pointer.x - half, view.ghost.pointer.y - half};
+        picture.ghost.push_back(ghost);
     }
     if (drag.kind == DragKind::Connect || drag.kind == DragKind::Disconnect) {
         picture.rubber.push_back({drag.kind == DragKind::Connect, drag.start, drag.last});
@@ -47,19 +86,6 @@ WireRole WireRoleOf(std::int32_t sigType) {
     }
 }
 
-std::string IconFileOf(const Workbench& workbench, const DiagramView& view,
-                       const Component& component) {
-    const std::string& own = component.ICON;
-    if (own.find('.') != std::string::npos) {
-        std::error_code error;
-        for (const fs::path& path : {fs::path(view.directory) / own,
-                                     fs::path(workbench.catalogue.superBlockDirectory) / own}) {
-            if (fs::is_regular_file(path, error)) return fs::path(own).filename().string();
-        }
-    }
-    return workbench.palette.Row(workbench.palette.IndexOf(component.type)).bitmap;
-}
-
 CanvasPicture PictureOf(const Workbench& workbench, const DiagramView& view) {
     const Scale& scale = workbench.scale;
     CanvasPicture picture;
@@ -67,9 +93,11 @@ CanvasPicture PictureOf(const Workbench& workbench, const DiagramView& view) {
     picture.iconSide = scale.iconSize;
     picture.tickSide = scale.portTick;
     picture.selectedSide = scale.iconSize + 5;
+    IconFiles files(workbench, view, picture.ownFiles);
+    picture.icons.reserve(view.workspace->components.size());
     for (const auto& component : view.workspace->components) {
-        picture.icons.push_back(
-            {component.get(), IconFileOf(workbench, view, *component), IconAt(*component, scale)});
+        picture.icons.push_back(files.Of(*component));
+        picture.icons.back().at = IconAt(*component, scale);
         AddTicks(*component, scale, picture);
     }
     for (const Wire& wire : Wires(*view.workspace, scale)) {
@@ -77,9 +105,9 @@ CanvasPicture PictureOf(const Workbench& workbench, const DiagramView& view) {
     }
     for (const Component* component : view.selection) {
         const CanvasPoint at = IconAt(*component, scale);
-        picture.selected.push_back({component, {}, {at.x - 2, at.y - 2}});
+        picture.selected.push_back({component, {}, -1, {at.x - 2, at.y - 2}});
     }
-    AddDrag(workbench, view, picture);
+    AddDrag(workbench, view, files, picture);
     return picture;
 }
 

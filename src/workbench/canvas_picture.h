@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "workbench/workbench.h"
@@ -13,7 +14,9 @@ enum class WireRole { Optical, Electrical, Binary, Other };
 
 struct PictureIcon {
     const Component* component = nullptr;
-    std::string file;  // bare name of the bitmap that its type, or its own icon file, calls for
+    std::string_view
+        file;  // bare name of the bitmap that its type, or its own icon file, calls for
+    std::int32_t own = -1;  // its own icon file: a place in CanvasPicture::ownFiles
     CanvasPoint at;
 };
 struct PictureTick {
@@ -31,6 +34,7 @@ struct PictureRubber {
     CanvasPoint from, to;
 };
 
+/// Borrows names from the diagram and the palette: good until either changes.
 struct CanvasPicture {
     CanvasPoint size;
     std::int32_t iconSide = 0, tickSide = 0, selectedSide = 0;
@@ -40,15 +44,12 @@ struct CanvasPicture {
     std::vector<PictureIcon> selected;
     std::vector<PictureIcon> ghost;  // none or one
     std::vector<PictureRubber> rubber;
+    std::vector<std::string> ownFiles;  // paths, each once
 };
 
 /// The color class of a wire or port by its signal type.
 WireRole WireRoleOf(std::int32_t sigType);
 
 CanvasPicture PictureOf(const Workbench& workbench, const DiagramView& view);
-
-/// The bare name of the bitmap file of a component.
-std::string IconFileOf(const Workbench& workbench, const DiagramView& view,
-                       const Component& component);
 
 }  // namespace photrak

@@ -10,6 +10,7 @@
 
 #include "kernel/graph.h"
 #include "kernel/parameters.h"
+#include "kernel/port_types.h"
 #include "workbench/block_copy.h"
 
 namespace photrak {
@@ -19,21 +20,6 @@ constexpr const char* outOfMemoryText = "Out of Memory during Paste operation\n"
 
 using Copies = std::unordered_map<const Component*, Component*>;
 
-/// Ground for ports without a signal, a node of its own for any other.
-void GiveFreshNodes(Component& component, Workspace& workspace) {
-    const auto number = [&](const Port& port) {
-        return port.sigType == NoSigType ? 0 : NewNodeNumber(workspace);
-    };
-    std::int32_t position = 0;
-    for (const Port& port : component.inputs) {
-        AttachInput(component, ++position, number(port), workspace);
-    }
-    position = 0;
-    for (const Port& port : component.outputs) {
-        AttachOutput(component, ++position, number(port), workspace);
-    }
-}
-
 std::int32_t OutputOn(const Component& component, const Node& node) {
     const auto port = std::ranges::find(component.outputs, &node, &Port::node);
     return port == component.outputs.end()
@@ -41,13 +27,15 @@ std::int32_t OutputOn(const Component& component, const Node& node) {
                : static_cast<std::int32_t>(port - component.outputs.begin()) + 1;
 }
 
-/// The first driver, in list order, of a node other than the ground.
-const Component* FirstDriver(const Node& node, const Copies& all) {
+/// The first driver of the node, in list order, among those that are copied; equal names stand
+/// newest first, in the list as on the node.
+const Component* FirstDriver(const Node& node, const Copies& copies) {
     const Component* first = nullptr;
     for (const Component* driver : node.drivers) {
+        if (!copies.contains(driver)) continue;
         if (!first || driver->name < first->name) first = driver;
     }
-    return first && all.contains(first) ? first : nullptr;
+    return first;
 }
 
 Status WireCopies(const std::vector<Component*>& selection, const Copies& copies,
@@ -106,14 +94,14 @@ void AttachShifted(const Component& source, Component& copy, std::int32_t offset
 /// Ports of a node that lost its other end go back to what their models say.
 void ReleaseNode(Node& node) {
     const bool readersOnly = node.drivers.empty(), driversOnly = node.readers.empty();
-    if (node.number == 0 || (!readersOnly && !driversOnly)) return;
+    if (node.number == 0 || readersOnly == driversOnly) return;
     std::int32_t type = UnknownSigType;
     const auto meet = [&](const std::list<Component*>& components, Side side) {
         for (Component* component : components) {
             for (Port& port : PortsOf(*component, side)) {
                 if (port.node != &node) continue;
                 port.sigType = port.modelType;
-                if (type == UnknownSigType || type == OpOrElecSigType) type = port.modelType;
+                if (IsMoreParticular(port.modelType, type)) type = port.modelType;
             }
         }
     };
@@ -123,6 +111,20 @@ void ReleaseNode(Node& node) {
 }
 
 }  // namespace
+
+void GiveFreshNodes(Component& component, Workspace& workspace) {
+    const auto number = [&](const Port& port) {
+        return port.sigType == NoSigType ? 0 : NewNodeNumber(workspace);
+    };
+    std::int32_t position = 0;
+    for (const Port& port : component.inputs) {
+        AttachInput(component, ++position, number(port), workspace);
+    }
+    position = 0;
+    for (const Port& port : component.outputs) {
+        AttachOutput(component, ++position, number(port), workspace);
+    }
+}
 
 Status CopySelectionToClipboard(const std::vector<Component*>& selection, Workspace& clipboard,
                                 std::string& errorText) {

@@ -10,6 +10,9 @@
 
 namespace photrak {
 
+/// A port without a signal goes to ground, any other to a node of its own; inputs first.
+void GiveFreshNodes(Component& component, Workspace& workspace);
+
 /// Empties the clipboard and fills it with copies of the selection, in its order, each on fresh
 /// nodes, wired among themselves as the originals are. An error leaves it empty.
 Status CopySelectionToClipboard(const std::vector<Component*>& selection, Workspace& clipboard,

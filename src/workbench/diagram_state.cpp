@@ -49,8 +49,8 @@ std::shared_ptr<const HeaderState> TakeHeader(const Workspace& workspace,
                        *workspace.options};
     if (former) {
         const HeaderState& old = *former->header;
-        if (old.NOTE == header.NOTE && old.LOCKED == header.LOCKED && old.dirty == header.dirty &&
-            old.begin == header.begin && old.end == header.end && old.options == header.options &&
+        if (old.NOTE == header.NOTE && old.LOCKED == header.LOCKED && old.begin == header.begin &&
+            old.end == header.end && old.options == header.options &&
             SameVariables(old.variables, header.variables)) {
             return former->header;
         }

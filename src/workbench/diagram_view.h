@@ -25,12 +25,14 @@ struct Drag {
     CanvasPoint last;   // where the pointer is
     Component* component = nullptr;  // of a wire's start
     std::int32_t port = 0;
+
+    bool IsUnderWay() const { return kind != DragKind::None && kind != DragKind::Press; }
 };
 
 /// The picture that follows the pointer: of the model to place or of the block that moves.
 struct Ghost {
     bool exists = false, shown = false;
-    CanvasPoint at;  // pixels, its left top
+    CanvasPoint pointer;  // its middle, pixels
 };
 
 /// What Edit Undo brings back: the diagram before the latest Cut or Delete.

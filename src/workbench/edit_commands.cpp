@@ -7,6 +7,7 @@
 #include "workbench/clipboard.h"
 #include "workbench/mouse.h"
 #include "workbench/recovery.h"
+#include "workbench/superblock_paths.h"
 
 namespace photrak {
 namespace {
@@ -48,7 +49,22 @@ bool CopySelection(Workbench& workbench, DiagramView& view) {
     const Status status = CopySelectionToClipboard(view.selection, *workbench.clipboard, text);
     view.workspace->dirty = static_cast<std::int16_t>(status);
     if (status == Status::Error) workbench.ErrorBox(text);
+    workbench.clipboardDirectory = view.directory;
     return status != Status::Error;
+}
+
+/// A SuperBlock that comes from another directory must find its own file from this one.
+void KeepSuperBlocks(const Workbench& workbench, const DiagramView& view,
+                     const std::vector<Component*>& pasted) {
+    if (view.directory == workbench.clipboardDirectory) return;
+    for (Component* block : pasted) {
+        if (block->type != "SuperBlock") continue;
+        const auto definition = FindFromDiagram(block->superBlockFile + ".dts",
+                                                workbench.clipboardDirectory, workbench.catalogue);
+        if (!definition) continue;
+        const std::string name = SuperBlockNameOf(*definition, view.directory, workbench.catalogue);
+        if (IsSuperBlockName(name)) block->superBlockFile = name;
+    }
 }
 
 void RemoveSelection(Workbench& workbench, DiagramView& view, std::string_view name) {
@@ -69,6 +85,7 @@ void PasteBlocks(Workbench& workbench, DiagramView& view, const CanvasPoint* cor
         PasteIntoWorkspace(view.workspace.get(), workbench.clipboard.get(), &pasted, text);
     view.selection = pasted;
     if (corner) MoveGroupTo(pasted, *corner);
+    KeepSuperBlocks(workbench, view, pasted);
     if (status == Status::Error) workbench.ErrorBox(text);
     EndChange(workbench, view, name);
 }
@@ -117,9 +134,11 @@ void EditUndo(Workbench& workbench) {
 void EditCut(Workbench& workbench) {
     DiagramView* view = Editable(workbench);
     if (!view || view->selection.empty()) return;
+    const bool wasModified = view->undo.modified;
     if (!SaveUndo(workbench, *view, "Cut")) return;
     if (!CopySelection(workbench, *view)) {
         view->undo.valid = false;
+        view->undo.modified = wasModified;
         return;
     }
     RemoveSelection(workbench, *view, "Cut");

@@ -66,9 +66,9 @@ constexpr BuiltInRow builtInRows[] = {
 };
 static_assert(std::size(builtInRows) == lastBuiltInModel + 1);
 
-/// The canvas picture of a user model: the part from the last full stop on gives way to "u.bmp".
+/// The canvas picture of a user model: the part from the first full stop on gives way to "u.bmp".
 std::string CanvasBitmap(std::string_view file) {
-    return Concat(file.substr(0, file.rfind('.')), "u.bmp");
+    return Concat(file.substr(0, file.find('.')), "u.bmp");
 }
 
 }  // namespace

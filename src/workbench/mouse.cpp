@@ -2,7 +2,9 @@
 // at the release.
 #include "workbench/mouse.h"
 
+#include <algorithm>
 #include <cstdlib>
+#include <list>
 
 #include "base/text.h"
 #include "kernel/graph.h"
@@ -105,21 +107,61 @@ void PressRight(Workbench& workbench, DiagramView& view, const PressEvent& event
 }
 
 /// A port of a signal's type that a file put on the ground gets a node of its own, so that it can
-/// be wired.
-void LeaveGround(Component& component, Side side, std::int32_t position, Workspace& workspace) {
-    Port& port = PortsOf(component, side)[static_cast<std::size_t>(position) - 1];
-    if (!port.node || port.node->number != 0 || port.modelType == NoSigType) return;
-    auto& list = side == Side::Input ? port.node->readers : port.node->drivers;
-    const auto entry = std::find(list.begin(), list.end(), &component);
-    if (entry != list.end()) list.erase(entry);
-    port.node->settledType = NoSettledType;
-    port.node = nullptr;
-    port.sigType = port.modelType;
-    if (side == Side::Input) {
-        AttachInput(component, position, NewNodeNumber(workspace), workspace);
-    } else {
-        AttachOutput(component, position, NewNodeNumber(workspace), workspace);
+/// be wired. Goes back to the ground, in its old place, unless the wire is made.
+class GroundLeave {
+  public:
+    GroundLeave(Component& component, Side side, std::int32_t position, Workspace& workspace)
+        : workspace_(workspace),
+          port_(PortsOf(component, side)[static_cast<std::size_t>(position) - 1]),
+          readers_(side == Side::Input) {
+        if (!port_.node || port_.node->number != 0 || port_.modelType == NoSigType) return;
+        auto& list = ListOf(*port_.node);
+        const auto entry = std::find(list.begin(), list.end(), &component);
+        if (entry == list.end()) return;
+        ground_ = port_.node;
+        formerType_ = port_.sigType;
+        next_ = std::next(entry);
+        kept_.splice(kept_.begin(), list, entry);
+        port_.node = nullptr;
+        port_.sigType = port_.modelType;
+        number_ = NewNodeNumber(workspace);
+        readers_ ? AttachInput(component, position, number_, workspace)
+                 : AttachOutput(component, position, number_, workspace);
+        ground_->settledType = NoSettledType;
     }
+    void Undo() {
+        if (!ground_) return;
+        ListOf(*ground_).splice(next_, kept_);
+        ground_->settledType = NoSettledType;
+        port_.node = ground_;
+        port_.sigType = formerType_;
+        workspace_.nodes.erase(number_);
+    }
+
+  private:
+    std::list<Component*>& ListOf(Node& node) const {
+        return readers_ ? node.readers : node.drivers;
+    }
+
+    Workspace& workspace_;
+    Port& port_;
+    bool readers_;
+    Node* ground_ = nullptr;
+    std::int32_t formerType_ = NoSigType, number_ = 0;
+    std::list<Component*> kept_;  // the entry of the ground's list
+    std::list<Component*>::iterator next_;
+};
+
+Status MakeWire(Workspace& workspace, const Drag& drag, const Hit& hit) {
+    GroundLeave output(*drag.component, Side::Output, drag.port, workspace);
+    GroundLeave input(*hit.component, Side::Input, hit.port, workspace);
+    const Status status = ConnectComponents(workspace, *drag.component, drag.port, *hit.component,
+                                            hit.port, workspace.errorText);
+    if (status != Status::Success) {
+        input.Undo();
+        output.Undo();
+    }
+    return status;
 }
 
 /// The reason without the words around it.
@@ -135,21 +177,16 @@ void EndWire(Workbench& workbench, DiagramView& view, const Drag& drag, CanvasPo
     Workspace& workspace = *view.workspace;
     workspace.errorText.clear();
     const bool connects = drag.kind == DragKind::Connect;
-    Status status = Status::Success;
-    if (connects) {
-        LeaveGround(*drag.component, Side::Output, drag.port, workspace);
-        LeaveGround(*hit.component, Side::Input, hit.port, workspace);
-        status = ConnectComponents(workspace, *drag.component, drag.port, *hit.component, hit.port,
-                                   workspace.errorText);
+    const Status status = connects
+                              ? MakeWire(workspace, drag, hit)
+                              : DisconnectComponents(workspace, *drag.component, drag.port,
+                                                     *hit.component, hit.port, workspace.errorText);
+    if (status == Status::Success) {
+        view.undo.modified = true;
     } else {
-        status = DisconnectComponents(workspace, *drag.component, drag.port, *hit.component,
-                                      hit.port, workspace.errorText);
-    }
-    if (status != Status::Success) {
         workbench.pane = Reason(workspace.errorText);
-        return;
     }
-    view.undo.modified = true;
+    // A refused wire may have narrowed the types of its ends, which a save would write.
     EndChange(workbench, view, connects ? "Connect" : "Disconnect");
 }
 
@@ -163,21 +200,14 @@ void EndMove(Workbench& workbench, DiagramView& view, CanvasPoint at) {
     EndChange(workbench, view, "Move");
 }
 
-/// Within half an icon of the left or top edge the picture would leave the canvas: it hides.
-void ShowGhost(const Workbench& workbench, DiagramView& view, CanvasPoint at) {
-    const std::int32_t half = workbench.scale.iconSize / 2;
-    view.ghost.shown = at.x >= half && at.y >= half;
-    view.ghost.at = {at.x - half, at.y - half};
-}
-
 }  // namespace
 
 void MousePress(Workbench& workbench, DiagramView& view, const PressEvent& event) {
-    if (event.right && view.drag.kind != DragKind::None) {
-        view.DropDrag();
+    if (view.drag.IsUnderWay()) {
+        if (event.right) view.DropDrag();
         return;
     }
-    if (view.drag.kind != DragKind::None) return;
+    view.drag = {};  // a press that never became a drag
     event.right ? PressRight(workbench, view, event) : PressLeft(workbench, view, event);
 }
 
@@ -190,7 +220,11 @@ void MouseMove(Workbench& workbench, DiagramView& view, CanvasPoint at) {
         drag.kind = DragKind::Move;
         view.ghost.exists = true;
     }
-    if (view.ghost.exists) ShowGhost(workbench, view, at);
+    if (!view.ghost.exists) return;
+    // Within half an icon of the left or top edge the picture would leave the canvas: it hides.
+    const std::int32_t half = workbench.scale.iconSize / 2;
+    view.ghost.shown = at.x >= half && at.y >= half;
+    view.ghost.pointer = at;
 }
 
 void MouseRelease(Workbench& workbench, DiagramView& view, CanvasPoint at, bool right) {

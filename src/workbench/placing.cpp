@@ -7,9 +7,9 @@
 #include "base/text.h"
 #include "files/catalogue.h"
 #include "files/model_definition.h"
-#include "files/topology.h"
 #include "kernel/graph.h"
-#include "platform/file_system.h"
+#include "workbench/clipboard.h"
+#include "workbench/superblock_paths.h"
 
 namespace photrak {
 namespace {
@@ -36,25 +36,6 @@ Component* AddModel(Workbench& workbench, DiagramView& view) {
                         outputs, workbench.catalogue);
 }
 
-/// What the component keeps of the chosen file: its stem if the path rule finds the very file by
-/// it, else the path without extension, relative to the diagram where it lies below it.
-std::string SuperBlockName(const Workbench& workbench, const DiagramView& view,
-                           const fs::path& definition) {
-    std::error_code error;
-    const std::string stem = definition.stem().string();
-    const std::string file = definition.filename().string();
-    for (const fs::path& folder :
-         {fs::path(view.directory), fs::path(workbench.catalogue.superBlockDirectory)}) {
-        const fs::path found = folder / file;
-        if (!fs::exists(found, error)) continue;
-        if (fs::equivalent(found, definition, error)) return stem;
-        break;
-    }
-    const fs::path whole = fs::path(definition).replace_extension();
-    const fs::path relative = whole.lexically_relative(view.directory);
-    return relative.empty() || *relative.begin() == ".." ? whole.string() : relative.string();
-}
-
 /// The definition of what was chosen: NAME.top stands for NAME.dts beside it.
 fs::path DefinitionOf(const fs::path& chosen) {
     return chosen.extension() == ".top" ? fs::path(chosen).replace_extension(".dts") : chosen;
@@ -75,19 +56,28 @@ std::unique_ptr<Component> ReadSuperBlock(Workbench& workbench, const fs::path& 
 
 Component* AddSuperBlock(const Component& prototype, Workspace& workspace) {
     Component* made = CreateComponentFrom(prototype, "SuperBlock", 0, 0, workspace.components);
-    if (!made) return nullptr;
-    const auto number = [&](const Port& port) {
-        return port.sigType == NoSigType ? 0 : NewNodeNumber(workspace);
-    };
-    std::int32_t position = 0;
-    for (const Port& port : made->inputs) {
-        AttachInput(*made, ++position, number(port), workspace);
-    }
-    position = 0;
-    for (const Port& port : made->outputs) {
-        AttachOutput(*made, ++position, number(port), workspace);
-    }
+    if (made) GiveFreshNodes(*made, workspace);
     return made;
+}
+
+/// The chosen definition, if a topology can refer to it; a box tells why not.
+std::optional<std::string> ChosenName(Workbench& workbench, const DiagramView& view,
+                                      const std::string& chosen, const fs::path& definition) {
+    std::error_code error;
+    if (definition != chosen && !fs::exists(definition, error)) {
+        workbench.ErrorBox(Concat("'", chosen, "' has no In or Out block: it is no SuperBlock"));
+        return std::nullopt;
+    }
+    if (definition.extension() != ".dts") {
+        workbench.ErrorBox(Concat("'", chosen, "' is no SuperBlock: its name must end in .dts"));
+        return std::nullopt;
+    }
+    const std::string name =
+        SuperBlockNameOf(definition.string(), view.directory, workbench.catalogue);
+    if (IsSuperBlockName(name)) return name;
+    workbench.ErrorBox(
+        Concat("'", name, "': a SuperBlock's file has no blank or colon in its path"));
+    return std::nullopt;
 }
 
 }  // namespace
@@ -114,20 +104,11 @@ Component* ChooseSuperBlock(Workbench& workbench, DiagramView& view) {
     const auto chosen = workbench.desktop.ChooseFile(
         {false, "Choose SuperBlock", {definitions, topologies, all}, start});
     if (!chosen) return nullptr;
-    const fs::path file = fs::path(view.directory) / *chosen, definition = DefinitionOf(file);
-    std::error_code error;
-    if (definition != file && !fs::exists(definition, error)) {
-        workbench.ErrorBox(Concat("'", *chosen, "' has no In or Out block: it is no SuperBlock"));
-        return nullptr;
-    }
-    const std::string name = SuperBlockName(workbench, view, definition);
-    if (name.find_first_of(" \t:") != std::string::npos) {
-        workbench.ErrorBox(Concat("'", name,
-                                  "': a SuperBlock's file has no blank or colon in its "
-                                  "path"));
-        return nullptr;
-    }
-    const std::unique_ptr<Component> prototype = ReadSuperBlock(workbench, definition, name);
+    const std::string file = (fs::path(view.directory) / *chosen).string();
+    const fs::path definition = DefinitionOf(file);
+    const auto name = ChosenName(workbench, view, file, definition);
+    if (!name) return nullptr;
+    const std::unique_ptr<Component> prototype = ReadSuperBlock(workbench, definition, *name);
     if (!prototype) return nullptr;
     workbench.superBlockDirectory = definition.parent_path().string();
     return AddSuperBlock(*prototype, *view.workspace);

@@ -24,8 +24,23 @@ bool ReadPoint(const std::vector<std::string>& words, CanvasPoint& point, std::s
     return false;
 }
 
-bool HasWord(const std::vector<std::string>& words, std::string_view wanted) {
-    return std::find(words.begin() + 2, words.end(), wanted) != words.end();
+struct Flag {
+    std::string_view word;
+    bool* value;
+};
+
+/// The words behind a point: each is one of the flags.
+bool ReadFlags(const std::vector<std::string>& words, std::initializer_list<Flag> flags,
+               std::string& reason) {
+    for (std::size_t i = 2; i < words.size(); ++i) {
+        const auto* flag = std::ranges::find(flags, words[i], &Flag::word);
+        if (flag == flags.end()) {
+            reason = Concat("unknown word '", words[i], "'");
+            return false;
+        }
+        *flag->value = true;
+    }
+    return true;
 }
 
 }  // namespace
@@ -42,8 +57,8 @@ const ScriptPlayer::Event ScriptPlayer::events_[] = {
     {"release", 2, 3, false, &ScriptPlayer::Release},
     {"key", 1, 1, false, &ScriptPlayer::Key},
     {"menu", 1, 1, false, &ScriptPlayer::Menu},
-    {"palette", 1, 1, false, &ScriptPlayer::Button},
-    {"toolbar", 1, 1, false, &ScriptPlayer::Button},
+    {"palette", 1, 1, false, &ScriptPlayer::PushPalette},
+    {"toolbar", 1, 1, false, &ScriptPlayer::PushToolBar},
     {"highlight", 0, 1, false, &ScriptPlayer::HighlightEntry},
     {"answer", 1, 1, true, &ScriptPlayer::AnswerNext},
     {"file", 0, 1, true, &ScriptPlayer::FileNext},
@@ -161,10 +176,10 @@ bool ScriptPlayer::SelectMode(const Words& words, std::string& reason) {
 bool ScriptPlayer::Press(const Words& words, std::string& reason) {
     DiagramView* view = Front(reason);
     PressEvent event;
-    if (!view || !ReadPoint(words, event.at, reason)) return false;
-    event.right = HasWord(words, "right");
-    event.shift = HasWord(words, "shift");
-    event.isDouble = HasWord(words, "double");
+    const bool isRead = ReadFlags(
+        words, {{"right", &event.right}, {"shift", &event.shift}, {"double", &event.isDouble}},
+        reason);
+    if (!isRead || !view || !ReadPoint(words, event.at, reason)) return false;
     MousePress(workbench_, *view, event);
     return true;
 }
@@ -180,8 +195,10 @@ bool ScriptPlayer::Move(const Words& words, std::string& reason) {
 bool ScriptPlayer::Release(const Words& words, std::string& reason) {
     DiagramView* view = Front(reason);
     CanvasPoint at;
+    bool right = false;
     if (!view || !ReadPoint(words, at, reason)) return false;
-    MouseRelease(workbench_, *view, at, HasWord(words, "right"));
+    if (!ReadFlags(words, {{"right", &right}}, reason)) return false;
+    MouseRelease(workbench_, *view, at, right);
     return true;
 }
 
@@ -201,15 +218,23 @@ bool ScriptPlayer::Menu(const Words& words, std::string& reason) {
     return true;
 }
 
-bool ScriptPlayer::Button(const Words& words, std::string& reason) {
-    for (const auto& buttons : {Palette(workbench_), ToolBar(workbench_)}) {
-        const auto button = std::ranges::find(buttons, words[0], &BarButton::tooltip);
-        if (button == buttons.end()) continue;
-        PushBarButton(workbench_, *button);
-        return true;
+bool ScriptPlayer::PushButtonOf(const std::vector<BarButton>& buttons, const Words& words,
+                                std::string& reason) {
+    const auto button = std::ranges::find(buttons, words[0], &BarButton::tooltip);
+    if (button == buttons.end()) {
+        reason = "no such button";
+        return false;
     }
-    reason = "no such button";
-    return false;
+    PushBarButton(workbench_, *button);
+    return true;
+}
+
+bool ScriptPlayer::PushPalette(const Words& words, std::string& reason) {
+    return PushButtonOf(Palette(workbench_), words, reason);
+}
+
+bool ScriptPlayer::PushToolBar(const Words& words, std::string& reason) {
+    return PushButtonOf(ToolBar(workbench_), words, reason);
 }
 
 bool ScriptPlayer::HighlightEntry(const Words& words, std::string& reason) {
@@ -279,6 +304,13 @@ bool ScriptPlayer::Wait(const Words&, std::string&) {
 }
 
 bool ScriptPlayer::Print(const Words& words, std::string& reason) {
+    CanvasPoint at;
+    const bool isHit = words[0] == "hit";
+    if (words.size() != (isHit ? 3 : 1)) {
+        reason = isHit ? "'print hit' wants a point" : "one thing is printed at a time";
+        return false;
+    }
+    if (isHit && !ReadPoint({words[1], words[2]}, at, reason)) return false;
     const std::optional<std::string> text = PrintedText(workbench_, desktop_, words);
     if (!text) {
         reason = "nothing of that name can be printed";

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "workbench/commands.h"
 #include "workbench/desktop.h"
 #include "workbench/workbench.h"
 
@@ -70,7 +71,10 @@ class ScriptPlayer {
     bool Release(const Words& words, std::string& reason);
     bool Key(const Words& words, std::string& reason);
     bool Menu(const Words& words, std::string& reason);
-    bool Button(const Words& words, std::string& reason);
+    bool PushButtonOf(const std::vector<BarButton>& buttons, const Words& words,
+                      std::string& reason);
+    bool PushPalette(const Words& words, std::string& reason);
+    bool PushToolBar(const Words& words, std::string& reason);
     bool HighlightEntry(const Words& words, std::string& reason);
     bool AnswerNext(const Words& words, std::string& reason);
     bool FileNext(const Words& words, std::string& reason);

@@ -32,12 +32,9 @@ std::string Number(double value) {
 
 /// The name in quotes; behind the second of its name in the list stands #2, and so on.
 std::string BlockName(const ComponentList& list, const Component& block) {
-    int place = 0;
-    for (const auto& component : list) {
-        if (component->name != block.name) continue;
-        ++place;
-        if (component.get() == &block) break;
-    }
+    auto twin = std::ranges::lower_bound(list, block.name, {}, &Component::name);
+    int place = 1;
+    while (twin != list.end() && twin->get() != &block) ++place, ++twin;
     return place > 1 ? Concat(Quoted(block.name), "#", place) : Quoted(block.name);
 }
 
@@ -185,9 +182,8 @@ std::string PrintDrawing(const Printing& p) {
 }
 
 std::string PrintHit(const Printing& p) {
-    CanvasPoint at;
-    if (p.words.size() != 3 || !p.View()) return "hit nothing\n";
-    at = {ReadInt(p.words[1]), ReadInt(p.words[2])};
+    const CanvasPoint at{ReadInt(p.words[1]), ReadInt(p.words[2])};
+    if (!p.View()) return "hit nothing\n";
     const Hit hit = HitTest(*p.View()->workspace, at, p.workbench.scale);
     if (!hit.component) return "hit nothing\n";
     const std::string name = NameIn(p, *hit.component);

@@ -1,10 +1,13 @@
 // One set of escapes for both ways.
 #include "workbench/script_words.h"
 
+#include <algorithm>
 #include <charconv>
 
 namespace photrak {
 namespace {
+
+constexpr std::string_view blanks = " \t\r";
 
 /// The character after a backslash, taken off the front; nothing for an unknown one.
 std::optional<char> TakeEscape(std::string_view& rest) {
@@ -37,7 +40,7 @@ bool TakeQuoted(std::string_view& rest, std::string& word) {
     while (!rest.empty()) {
         const char c = rest.front();
         rest.remove_prefix(1);
-        if (c == '"') return rest.empty() || rest.front() == ' ';
+        if (c == '"') return rest.empty() || blanks.find(rest.front()) != blanks.npos;
         if (c != '\\') {
             word += c;
             continue;
@@ -54,14 +57,14 @@ bool TakeQuoted(std::string_view& rest, std::string& word) {
 std::optional<std::vector<std::string>> SplitWords(std::string_view rest) {
     std::vector<std::string> words;
     while (true) {
-        const std::size_t begin = rest.find_first_not_of(' ');
+        const std::size_t begin = rest.find_first_not_of(blanks);
         if (begin == std::string_view::npos) return words;
         rest.remove_prefix(begin);
         std::string word;
         if (rest.front() == '"') {
             if (!TakeQuoted(rest, word)) return std::nullopt;
         } else {
-            const std::size_t end = std::min(rest.find(' '), rest.size());
+            const std::size_t end = std::min(rest.find_first_of(blanks), rest.size());
             word = rest.substr(0, end);
             rest.remove_prefix(end);
         }

@@ -85,6 +85,7 @@ void SetMode(Workbench& workbench, Mode mode, std::int32_t modelIndex) {
 }
 
 void Activate(Workbench& workbench, DiagramView& view) {
+    if (DiagramView* former = workbench.Active()) former->DropDrag();
     std::erase(workbench.recent, &view);
     workbench.recent.push_back(&view);
     workbench.pane = ModeText(workbench, view);

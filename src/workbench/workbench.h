@@ -36,6 +36,7 @@ struct Workbench {
     PaletteModels palette = {};
     Scale scale = {};
     std::unique_ptr<Workspace> clipboard = {};
+    std::string clipboardDirectory = {};  // of the diagram that it was copied from
     std::int32_t unnamedCounter = 0;
     bool multiThread = true;
     std::vector<std::unique_ptr<DiagramView>> views = {};  // in order of opening
