@@ -143,8 +143,8 @@ void EyeDensity(benchmark::State& state) {
         curve.y = std::make_shared<const Column>(std::move(y));
         plot.curves.push_back(std::move(curve));
     }
-    const PixelMap map{Scale(ScaleKind::Linear, x->Limits()),
-                       Scale(ScaleKind::Linear, {-0.2, 1.3}),
+    const PixelMap map{AxisScale(ScaleKind::Linear, x->Limits()),
+                       AxisScale(ScaleKind::Linear, {-0.2, 1.3}),
                        {0, 0, 800, 500}};
     for (auto _ : state) benchmark::DoNotOptimize(MakeDensity(plot, map).levels.data());
     state.SetItemsProcessed(state.iterations() * state.range(0) * (samples - 1));

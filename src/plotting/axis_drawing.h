@@ -14,7 +14,7 @@ inline constexpr double labelSize = 11.0, axisTitleSize = 12.0;
 
 struct AxisPicture {
     AxisId id = AxisId::X;
-    Scale scale;
+    AxisScale scale;
     int exponent = 0;
     std::string title;
     std::vector<Tick> ticks;

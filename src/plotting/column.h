@@ -10,7 +10,7 @@
 namespace photrak {
 
 /// A range of values; empty while least > greatest.
-struct Extent {
+struct ValueRange {
     double least = std::numeric_limits<double>::infinity();
     double greatest = -std::numeric_limits<double>::infinity();
 
@@ -21,12 +21,12 @@ struct Extent {
         if (value < least) least = value;
         if (value > greatest) greatest = value;
     }
-    void Include(const Extent& other) {
+    void Include(const ValueRange& other) {
         if (other.IsEmpty()) return;
         Include(other.least);
         Include(other.greatest);
     }
-    bool operator==(const Extent&) const = default;
+    bool operator==(const ValueRange&) const = default;
 };
 
 class Column {
@@ -38,9 +38,9 @@ class Column {
     std::size_t Size() const { return values_.size(); }
     double operator[](std::size_t i) const { return values_[i]; }
 
-    const Extent& Limits() const { return limits_; }
+    const ValueRange& Limits() const { return limits_; }
     /// Of the values above 0: what a logarithmic axis can show.
-    const Extent& PositiveLimits() const { return positive_; }
+    const ValueRange& PositiveLimits() const { return positive_; }
     bool HasGaps() const { return gaps_; }
     /// No gaps and never falling: points can be found by bisection.
     bool IsAscending() const { return ascending_; }
@@ -64,7 +64,7 @@ class Column {
 
     std::vector<double> values_;
     std::vector<Block> blocks_;
-    Extent limits_, positive_;
+    ValueRange limits_, positive_;
     bool gaps_ = false, ascending_ = true;
 };
 

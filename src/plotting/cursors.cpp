@@ -176,7 +176,7 @@ void StepCursor(const Plot& plot, const PlotView& view, Cursors& cursors, Cursor
     const Curve* curve = FirstVisible(plot, view);
     if (!cursor || !curve) return;
     if (!cursors.snaps) {
-        const Scale scale = view.ScaleOf(AxisId::X);
+        const AxisScale scale = view.ScaleOf(AxisId::X);
         cursor = scale.Value(scale.Place(*cursor) + 0.01 * steps);
         return;
     }

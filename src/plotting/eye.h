@@ -32,6 +32,7 @@ std::string EyeText(const EyeMeasures& measures, std::string_view timeUnit,
 
 /// Shares of the traces in `bins` equal steps of level over `range`, at a time: the slice of an
 /// eye.
-std::vector<double> EyeSlice(const Plot& plot, double time, const Extent& range, std::size_t bins);
+std::vector<double> EyeSlice(const Plot& plot, double time, const ValueRange& range,
+                             std::size_t bins);
 
 }  // namespace photrak

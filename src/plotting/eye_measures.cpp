@@ -12,7 +12,7 @@ namespace {
 
 /// The level that parts the values into two groups of the largest variance between them. Source: N.
 /// Otsu, IEEE Trans. SMC 9 (1979) 62.
-double PartingLevel(const Plot& plot, const Extent& range) {
+double PartingLevel(const Plot& plot, const ValueRange& range) {
     constexpr std::size_t bins = 256;
     std::array<double, bins> counts{};
     double total = 0.0, sum = 0.0;
@@ -186,7 +186,7 @@ bool IsMeasurable(const Plot& plot, std::size_t rows) {
 std::optional<EyeMeasures> MeasureEye(const Plot& plot) {
     if (plot.curves.empty()) return {};
     const std::size_t rows = plot.curves[0].x->Size();
-    Extent range;
+    ValueRange range;
     for (const Curve& curve : plot.curves) range.Include(curve.y->Limits());
     if (range.IsEmpty() || !(range.Span() > 0.0) || !std::isfinite(range.Span()) ||
         !IsMeasurable(plot, rows))

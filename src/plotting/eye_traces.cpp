@@ -73,7 +73,8 @@ void ContinueEye(Plot& plot) {
     plot.eyePeriod = period;
 }
 
-std::vector<double> EyeSlice(const Plot& plot, double time, const Extent& range, std::size_t bins) {
+std::vector<double> EyeSlice(const Plot& plot, double time, const ValueRange& range,
+                             std::size_t bins) {
     std::vector<double> shares(bins, 0.0);
     if (bins == 0 || !(range.Span() > 0.0) || plot.curves.empty()) return shares;
     for (const Curve& curve : plot.curves) {

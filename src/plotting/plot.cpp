@@ -103,7 +103,7 @@ bool IsDecibel(std::string_view label) {
 
 /// Least value without marks of darkness: what is the least and a hundred decibels under all
 /// others.
-double LeastLit(const Plot& plot, bool second, const Extent& all) {
+double LeastLit(const Plot& plot, bool second, const ValueRange& all) {
     constexpr double darkness = 99.9;  // dB
     double next = all.greatest;
     for (const Curve& curve : plot.curves) {
@@ -116,7 +116,7 @@ double LeastLit(const Plot& plot, bool second, const Extent& all) {
 }
 
 /// Room above and below; a quantity that is nowhere negative and comes near 0 starts there.
-Extent WithRoom(Extent range) {
+ValueRange WithRoom(ValueRange range) {
     range = Roomy(range);
     const double room = 0.05 * range.Span();
     const bool fromZero = range.least >= 0.0 && range.least < 0.3 * range.greatest;
@@ -124,7 +124,7 @@ Extent WithRoom(Extent range) {
 }
 
 /// Whole decades around the data, at least two.
-Extent Decades(const Extent& positive) {
+ValueRange Decades(const ValueRange& positive) {
     if (positive.IsEmpty()) return {0.1, 1.0};
     constexpr double hair = 1e-9;
     double low = std::floor(std::log10(positive.least) + hair);
@@ -137,19 +137,19 @@ Extent Decades(const Extent& positive) {
 }
 
 /// The limits of a column without the marks of what was never set, as eye lids have them.
-Extent SetLimits(const Column& column) {
+ValueRange SetLimits(const Column& column) {
     constexpr double neverSet = 1e30;
-    const Extent& all = column.Limits();
+    const ValueRange& all = column.Limits();
     if (all.IsEmpty() || (all.greatest < neverSet && all.least > -neverSet)) return all;
-    Extent range;
+    ValueRange range;
     for (const double value : column.Values()) {
         if (std::fabs(value) < neverSet) range.Include(value);
     }
     return range.IsEmpty() ? all : range;
 }
 
-Extent DataRange(const Plot& plot, AxisId axis, bool positive) {
-    Extent range;
+ValueRange DataRange(const Plot& plot, AxisId axis, bool positive) {
+    ValueRange range;
     for (const Curve& curve : plot.curves) {
         if (axis != AxisId::X && curve.second != (axis == AxisId::Second)) continue;
         const Column& column = axis == AxisId::X ? *curve.x : *curve.y;
@@ -221,10 +221,10 @@ ScaleKind AskedScale(const Plot& plot, AxisId axis) {
     return axis == AxisId::Y && plot.spec.logarithmic ? ScaleKind::Logarithmic : ScaleKind::Linear;
 }
 
-Extent FullRange(const Plot& plot, AxisId axis, ScaleKind kind) {
+ValueRange FullRange(const Plot& plot, AxisId axis, ScaleKind kind) {
     const bool linear = kind == ScaleKind::Linear;
     const PlotSpec& spec = plot.spec;
-    Extent range = DataRange(plot, axis, !linear);
+    ValueRange range = DataRange(plot, axis, !linear);
     if (axis != AxisId::X && linear && !range.IsEmpty() &&
         IsDecibel(axis == AxisId::Y ? spec.yLabel : spec.secondLabel)) {
         range.least = LeastLit(plot, axis == AxisId::Second, range);
@@ -242,10 +242,10 @@ Extent FullRange(const Plot& plot, AxisId axis, ScaleKind kind) {
     const AxisWindow& window = axis == AxisId::X   ? spec.x
                                : axis == AxisId::Y ? spec.y
                                                    : spec.second;
-    Extent asked = range;
+    ValueRange asked = range;
     if (window.least && (linear || *window.least > 0.0)) asked.least = *window.least;
     if (window.greatest && (linear || *window.greatest > 0.0)) asked.greatest = *window.greatest;
-    return Scale(kind, asked.IsEmpty() ? range : asked).Range();
+    return AxisScale(kind, asked.IsEmpty() ? range : asked).Range();
 }
 
 }  // namespace photrak

@@ -71,6 +71,6 @@ ScaleKind AskedScale(const Plot& plot, AxisId axis);
 /// The range of an axis that shows all of it: the window of the command file, elsewhere the data
 /// with some room above and below. Levels in dB that stand a hundred below all others mark
 /// darkness, values of 1e30 and more what was never set (eye lids): neither counts.
-Extent FullRange(const Plot& plot, AxisId axis, ScaleKind kind);
+ValueRange FullRange(const Plot& plot, AxisId axis, ScaleKind kind);
 
 }  // namespace photrak

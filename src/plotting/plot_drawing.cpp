@@ -51,7 +51,7 @@ class Painting {
         axis.id = id;
         axis.scale = view_.ScaleOf(id);
         const AxisLabel parts = SplitLabel(label);
-        const Extent& range = axis.scale.Range();
+        const ValueRange& range = axis.scale.Range();
         if (axis.scale.Kind() == ScaleKind::Linear) {
             axis.exponent = ChooseExponent(
                 parts.unit, std::max(std::fabs(range.least), std::fabs(range.greatest)),

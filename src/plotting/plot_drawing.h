@@ -27,8 +27,8 @@ struct PlotOptions {
 /// What gestures and cursors need to know of a drawn plot.
 struct PlotLayout {
     Rect pane;
-    std::array<Scale, 3> scales;     // by AxisId
-    std::array<int, 3> exponents{};  // labels show value / 10^exponent
+    std::array<AxisScale, 3> scales;  // by AxisId
+    std::array<int, 3> exponents{};   // labels show value / 10^exponent
 
     PixelMap Map(bool second) const { return {scales[0], scales[second ? 2 : 1], pane}; }
     /// A point of the page as parts of the pane, for PlotView.

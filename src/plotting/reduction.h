@@ -14,7 +14,7 @@ namespace photrak {
 
 /// Where values lie on a page.
 struct PixelMap {
-    Scale x, y;
+    AxisScale x, y;
     Rect pane;
 
     Point At(double xValue, double yValue) const {

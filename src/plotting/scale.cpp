@@ -41,7 +41,7 @@ double RateOfQ(double Q) {
     return Q >= 0.0 ? std::exp(LogRate(Q)) : 1.0 - std::exp(LogRate(-Q));
 }
 
-Extent Roomy(Extent range) {
+ValueRange Roomy(ValueRange range) {
     if (range.IsEmpty() || !std::isfinite(range.least) || !std::isfinite(range.greatest))
         return {0.0, 1.0};
     const double size = std::max(std::fabs(range.least), std::fabs(range.greatest));
@@ -51,7 +51,7 @@ Extent Roomy(Extent range) {
     return {range.least - 0.5 * size, range.greatest + 0.5 * size};
 }
 
-Scale::Scale(ScaleKind kind, Extent range) : kind_(kind), range_(range) {
+AxisScale::AxisScale(ScaleKind kind, ValueRange range) : kind_(kind), range_(range) {
     if (kind == ScaleKind::Linear) {
         constexpr double most = 1e300;
         range_ = Roomy({std::max(range.least, -most), std::min(range.greatest, most)});
@@ -69,7 +69,7 @@ Scale::Scale(ScaleKind kind, Extent range) : kind_(kind), range_(range) {
     span_ = Even(range_.greatest) - start_;
 }
 
-double Scale::Even(double value) const {
+double AxisScale::Even(double value) const {
     switch (kind_) {
         case ScaleKind::Logarithmic:
             return std::log10(value);
@@ -81,16 +81,16 @@ double Scale::Even(double value) const {
     return value;
 }
 
-bool Scale::Shows(double value) const {
+bool AxisScale::Shows(double value) const {
     return kind_ == ScaleKind::Linear || value > 0.0;
 }
 
-double Scale::Place(double value) const {
+double AxisScale::Place(double value) const {
     if (!Shows(value)) return belowAxis;
     return (Even(value) - start_) / span_;
 }
 
-double Scale::Value(double place) const {
+double AxisScale::Value(double place) const {
     const double even = start_ + place * span_;
     switch (kind_) {
         case ScaleKind::Logarithmic:

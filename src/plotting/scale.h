@@ -14,15 +14,15 @@ double QOfRate(double rate);
 /// The rate of a Q at least 0; below the range of a double it is 0.
 double RateOfQ(double Q);
 
-class Scale {
+class AxisScale {
   public:
-    Scale() = default;
+    AxisScale() = default;
     /// The range runs from 0 to 1. A range that the kind cannot show (flat, not finite, not above
     /// 0) is widened to one it can.
-    Scale(ScaleKind kind, Extent range);
+    AxisScale(ScaleKind kind, ValueRange range);
 
     ScaleKind Kind() const { return kind_; }
-    const Extent& Range() const { return range_; }
+    const ValueRange& Range() const { return range_; }
     /// Place of a value: 0 at the least, 1 at the greatest. What a logarithmic or probability axis
     /// cannot show (0 and below, a rate of a half and above) lies below 0 or above 1.
     double Place(double value) const;
@@ -33,11 +33,11 @@ class Scale {
   private:
     double Even(double value) const;  // in the measure in which the axis is even
     ScaleKind kind_ = ScaleKind::Linear;
-    Extent range_{0.0, 1.0};
+    ValueRange range_{0.0, 1.0};
     double start_ = 0.0, span_ = 1.0;
 };
 
 /// `range` with room: flat ranges widened by half their value (to -1 and 1 around 0).
-Extent Roomy(Extent range);
+ValueRange Roomy(ValueRange range);
 
 }  // namespace photrak

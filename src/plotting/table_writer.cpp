@@ -42,7 +42,7 @@ std::vector<ColumnGroup> Groups(const Plot& plot, const PlotView& view) {
         if (group == groups.end()) group = groups.insert(group, {curve.x.get(), {}, {}});
         group->curves.push_back(&curve);
     }
-    const Extent range = view.ScaleOf(AxisId::X).Range();
+    const ValueRange range = view.ScaleOf(AxisId::X).Range();
     for (ColumnGroup& group : groups) {
         for (std::size_t i = 0; i < group.x->Size(); ++i) {
             if (range.Contains((*group.x)[i])) group.rows.push_back(i);

@@ -15,8 +15,8 @@ double PowerTimes(double value, int exponent) {
     return exponent >= 0 ? value * PowerOfTen(exponent) : value / PowerOfTen(-exponent);
 }
 
-std::vector<Tick> LinearTicks(const Scale& scale, double pixels, double spacing, int exponent) {
-    const Extent& range = scale.Range();
+std::vector<Tick> LinearTicks(const AxisScale& scale, double pixels, double spacing, int exponent) {
+    const ValueRange& range = scale.Range();
     const double count = std::max(1.0, std::floor(pixels / spacing + hair));
     const TickStep step = StepAtLeast(range.Span() / count * (1.0 - hair));
     const double size = step.Value();
@@ -50,7 +50,7 @@ int DecadeStep(double pixelsPerDecade, double spacing) {
 }
 
 /// The multiples 2 to 9 of a decade, or bare decades where labels skip some.
-void AddMinors(std::vector<Tick>& ticks, const Extent& range, int decade, int step,
+void AddMinors(std::vector<Tick>& ticks, const ValueRange& range, int decade, int step,
                double pixelsPerDecade, bool label25) {
     constexpr double roomForMultiples = 25.0, roomForDecades = 4.0;
     if (step > 1) {
@@ -69,8 +69,8 @@ void AddMinors(std::vector<Tick>& ticks, const Extent& range, int decade, int st
 }
 
 /// Under one decade: linear steps, thinned where the logarithm crowds them.
-std::vector<Tick> ShortLogTicks(const Scale& scale, double pixels, double spacing) {
-    const Scale even(ScaleKind::Linear, scale.Range());
+std::vector<Tick> ShortLogTicks(const AxisScale& scale, double pixels, double spacing) {
+    const AxisScale even(ScaleKind::Linear, scale.Range());
     std::vector<Tick> kept;
     double before = -1e300;
     for (Tick& tick : LinearTicks(even, pixels, spacing, 0)) {
@@ -89,8 +89,8 @@ std::vector<Tick> ShortLogTicks(const Scale& scale, double pixels, double spacin
     return kept;
 }
 
-std::vector<Tick> LogTicks(const Scale& scale, double pixels, double spacing) {
-    const Extent& range = scale.Range();
+std::vector<Tick> LogTicks(const AxisScale& scale, double pixels, double spacing) {
+    const ValueRange& range = scale.Range();
     const double low = std::log10(range.least), high = std::log10(range.greatest);
     if (high - low < 1.0) return ShortLogTicks(scale, pixels, spacing);
     const double pixelsPerDecade = pixels / (high - low);
@@ -108,8 +108,8 @@ std::vector<Tick> LogTicks(const Scale& scale, double pixels, double spacing) {
 
 /// Decades of the rate from the top, each where its label has room below the one before; under two
 /// of them the multiples 2 and 5 too.
-std::vector<Tick> ProbabilityTicks(const Scale& scale, double pixels, double spacing) {
-    const Extent& range = scale.Range();
+std::vector<Tick> ProbabilityTicks(const AxisScale& scale, double pixels, double spacing) {
+    const ValueRange& range = scale.Range();
     const bool few = range.least > 0.01 * range.greatest;
     std::vector<Tick> ticks;
     double before = 1e300;
@@ -153,7 +153,7 @@ TickStep StepAtLeast(double least) {
     return step;
 }
 
-std::vector<Tick> MakeTicks(const Scale& scale, double pixels, double spacing, int exponent) {
+std::vector<Tick> MakeTicks(const AxisScale& scale, double pixels, double spacing, int exponent) {
     switch (scale.Kind()) {
         case ScaleKind::Logarithmic:
             return LogTicks(scale, pixels, spacing);

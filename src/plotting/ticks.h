@@ -19,7 +19,7 @@ struct Tick {
 /// \param pixels   length of the axis
 /// \param spacing  least distance of two labels, pixels
 /// \param exponent the labels are value / 10^exponent (linear axes)
-std::vector<Tick> MakeTicks(const Scale& scale, double pixels, double spacing, int exponent);
+std::vector<Tick> MakeTicks(const AxisScale& scale, double pixels, double spacing, int exponent);
 
 /// A 1-2-5 step: mantissa 10^exponent.
 struct TickStep {

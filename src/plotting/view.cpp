@@ -13,7 +13,7 @@ std::size_t Index(AxisId axis) {
 }
 
 /// A range so narrow that doubles cannot tell its pixels apart shows nothing.
-bool IsUsable(const Extent& range, ScaleKind kind) {
+bool IsUsable(const ValueRange& range, ScaleKind kind) {
     if (range.IsEmpty() || !std::isfinite(range.least) || !std::isfinite(range.greatest))
         return false;
     if (kind != ScaleKind::Linear)
@@ -37,7 +37,7 @@ ViewState PlotView::FullOf(const Plot& plot, ScaleKind kind) const {
     return state;
 }
 
-Scale PlotView::ScaleOf(AxisId axis) const {
+AxisScale PlotView::ScaleOf(AxisId axis) const {
     return {axis == AxisId::Y ? now_.yKind : ScaleKind::Linear, now_.ranges[Index(axis)]};
 }
 
@@ -51,10 +51,10 @@ void PlotView::Remember(Step step) {
 
 void PlotView::SetAxis(AxisId axis, double from, double to) {
     if (IsLocked(axis)) return;
-    const Scale scale = ScaleOf(axis);
-    const Extent range{scale.Value(from), scale.Value(to)};
+    const AxisScale scale = ScaleOf(axis);
+    const ValueRange range{scale.Value(from), scale.Value(to)};
     if (IsUsable(range, scale.Kind()))
-        now_.ranges[Index(axis)] = Scale(scale.Kind(), range).Range();
+        now_.ranges[Index(axis)] = AxisScale(scale.Kind(), range).Range();
 }
 
 void PlotView::ZoomAt(Point place, double factor, AxisChoice axes, Step step) {
@@ -88,11 +88,11 @@ void PlotView::Pan(Point by, Step step) {
     SetAxis(AxisId::Second, -by.y, 1.0 - by.y);
 }
 
-void PlotView::SetRange(AxisId axis, Extent range) {
+void PlotView::SetRange(AxisId axis, ValueRange range) {
     const ScaleKind kind = ScaleOf(axis).Kind();
     if (!IsUsable(range, kind)) return;
     Remember(Step::New);
-    now_.ranges[Index(axis)] = Scale(kind, range).Range();
+    now_.ranges[Index(axis)] = AxisScale(kind, range).Range();
 }
 
 void PlotView::Fit() {
@@ -143,7 +143,7 @@ void PlotView::Follow(const Plot& plot) {
     const ViewState before = full_;
     full_ = FullOf(plot, now_.yKind);
     for (const AxisId axis : allAxes) {
-        Extent& range = now_.ranges[Index(axis)];
+        ValueRange& range = now_.ranges[Index(axis)];
         if (range == before.ranges[Index(axis)] && !IsLocked(axis))
             range = full_.ranges[Index(axis)];
     }

@@ -13,7 +13,7 @@
 namespace photrak {
 
 struct ViewState {
-    std::array<Extent, 3> ranges;  // by AxisId
+    std::array<ValueRange, 3> ranges;  // by AxisId
     ScaleKind yKind = ScaleKind::Linear;
     bool operator==(const ViewState&) const = default;
 };
@@ -30,7 +30,7 @@ class PlotView {
     explicit PlotView(const Plot& plot);
 
     const ViewState& Now() const { return now_; }
-    Scale ScaleOf(AxisId axis) const;
+    AxisScale ScaleOf(AxisId axis) const;
     bool ShowsAll() const { return now_ == full_; }
 
     // Places are parts of the pane: 0 at the left or lower edge, 1 at the other. A step is
@@ -42,7 +42,7 @@ class PlotView {
     void ZoomTo(Point one, Point other, AxisChoice axes = {});
     /// Moves what is shown by parts of the pane: what lay at the place p lies at p + by.
     void Pan(Point by, Step step = Step::New);
-    void SetRange(AxisId axis, Extent range);
+    void SetRange(AxisId axis, ValueRange range);
     /// Shows all of the plot again; locked axes stay.
     void Fit();
     bool Back();

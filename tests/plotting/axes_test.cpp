@@ -29,7 +29,7 @@ TEST(QOfRate, AgreesWithTablesAndTurnsBack) {
 struct RangeRow {
     const char* what;
     ScaleKind kind;
-    Extent range;
+    ValueRange range;
 };
 
 constexpr double infinity = std::numeric_limits<double>::infinity();
@@ -62,7 +62,7 @@ TEST(MakeTicks, AnyRangeGetsAFewLabelsThatFit) {
     for (const RangeRow& row : rangeRows) {
         for (const double pixels : {60.0, 400.0, 720.0, 3000.0}) {
             SCOPED_TRACE(std::string(row.what) + " " + std::to_string(pixels));
-            const Scale scale(row.kind, row.range);
+            const AxisScale scale(row.kind, row.range);
             EXPECT_LT(scale.Range().least, scale.Range().greatest);
             EXPECT_NEAR(scale.Place(scale.Range().least), 0.0, 1e-9);
             EXPECT_NEAR(scale.Place(scale.Value(0.3)), 0.3, 1e-6);
@@ -94,7 +94,7 @@ TEST(MakeTicks, DoNotJumpWhileAPlotIsPanned) {
     for (int k = 0; k < 400; ++k) {
         const double start = -5e-9 + k * 2.3e-11;
         const auto ticks =
-            MakeTicks(Scale(ScaleKind::Linear, {start, start + span}), pixels, 70.0, -9);
+            MakeTicks(AxisScale(ScaleKind::Linear, {start, start + span}), pixels, 70.0, -9);
         double first = NAN, second = NAN;
         for (const Tick& tick : ticks) {
             if (!tick.major) continue;
@@ -106,7 +106,7 @@ TEST(MakeTicks, DoNotJumpWhileAPlotIsPanned) {
     }
     EXPECT_EQ(steps.size(), 1u);
     // The label of a tick is its index times the step, without the dirt of adding up.
-    const auto ticks = MakeTicks(Scale(ScaleKind::Linear, {0.0, 1.0}), 500.0, 50.0, 0);
+    const auto ticks = MakeTicks(AxisScale(ScaleKind::Linear, {0.0, 1.0}), 500.0, 50.0, 0);
     EXPECT_EQ(ticks[3 * 5].label, "0.3");
     EXPECT_EQ(ticks[3 * 5].value, 0.3);
 }

@@ -66,7 +66,7 @@ TEST(ColumnExtremes, EqualAPlainScan) {
     for (int tries = 0; tries < 500; ++tries) {
         std::size_t from = random() % values.size(), to = random() % values.size();
         if (from > to) std::swap(from, to);
-        Extent expected;
+        ValueRange expected;
         bool gaps = false;
         for (std::size_t i = from; i < to; ++i) {
             gaps |= std::isnan(values[i]);
@@ -119,9 +119,10 @@ TEST(ReduceCurve, CoversThePixelsThatAllPointsCover) {
             ys.push_back(gaps && random() % 300 == 0 ? gap : 1.0 + std::sin(i * 0.004) * noise);
         }
         const ScaleKind kind = variant >= 8 ? ScaleKind::Logarithmic : ScaleKind::Linear;
-        const Extent range = variant % 2 ? Extent{0.3 * x, 0.9 * x} : Extent{0.0, x};
-        const PixelMap map{
-            Scale(ScaleKind::Linear, range), Scale(kind, {0.1, 2.2}), {50.0, 20.0, 200.0, 100.0}};
+        const ValueRange range = variant % 2 ? ValueRange{0.3 * x, 0.9 * x} : ValueRange{0.0, x};
+        const PixelMap map{AxisScale(ScaleKind::Linear, range),
+                           AxisScale(kind, {0.1, 2.2}),
+                           {50.0, 20.0, 200.0, 100.0}};
         const Column xColumn(xs), yColumn(ys);
         std::vector<std::vector<Point>> full(1);
         for (std::size_t i = 0; i < xs.size(); ++i) {
@@ -151,8 +152,8 @@ TEST(ReduceCurve, CoversThePixelsThatAllPointsCover) {
 }
 
 TEST(ReduceCurve, CutsFarPointsAndKeepsLonePoints) {
-    const PixelMap map{Scale(ScaleKind::Linear, {0.0, 3.0}),
-                       Scale(ScaleKind::Linear, {0.0, 1.0}),
+    const PixelMap map{AxisScale(ScaleKind::Linear, {0.0, 3.0}),
+                       AxisScale(ScaleKind::Linear, {0.0, 1.0}),
                        {0.0, 0.0, 300.0, 100.0}};
     const auto parts = ReduceCurve(Column({0, 1, 2, 3}), Column({0.5, 1e12, -1e12, 0.5}), map);
     for (const auto& part : parts) {
@@ -168,8 +169,8 @@ TEST(ReduceCurve, CutsFarPointsAndKeepsLonePoints) {
         xs.push_back(i), ys.push_back(std::sin(i * 0.7) * std::sin(i * 0.001));
     const Column x(xs), y(ys);
     const auto at = [&](double start) {
-        PixelMap view{Scale(ScaleKind::Linear, {start, start + 10000.0}),
-                      Scale(ScaleKind::Linear, {-1.0, 1.0}),
+        PixelMap view{AxisScale(ScaleKind::Linear, {start, start + 10000.0}),
+                      AxisScale(ScaleKind::Linear, {-1.0, 1.0}),
                       {0.0, 0.0, 100.0, 80.0}};
         std::set<double> heights;
         const auto reduced = ReduceCurve(x, y, view);

@@ -109,8 +109,8 @@ TEST(EyeMeasures, NothingIsClaimedWhereThereIsNoEye) {
 
 TEST(EyeDensity, EachTraceGivesOneToEachColumn) {
     const Plot plot = LoadEye("0 0 1 0.5\n1 1 0 0.5\n2 0 1 0.5\n", "Decision Time Offset (s)");
-    const PixelMap map{Scale(ScaleKind::Linear, {0.0, 2.0}),
-                       Scale(ScaleKind::Linear, {-1.0, 2.0}),
+    const PixelMap map{AxisScale(ScaleKind::Linear, {0.0, 2.0}),
+                       AxisScale(ScaleKind::Linear, {-1.0, 2.0}),
                        {10, 10, 90, 60}};
     const DensityImage image = MakeDensity(plot, map);
     ASSERT_EQ(image.columns, 90);

@@ -77,7 +77,7 @@ TEST(PlotView, LocksBoundsAndBoxes) {
     const Plot plot = TwoCurves();
     PlotView view(plot);
     view.Lock(AxisId::Y, true);
-    const Extent y = view.ScaleOf(AxisId::Y).Range();
+    const ValueRange y = view.ScaleOf(AxisId::Y).Range();
     view.ZoomTo({0.75, 0.9}, {0.25, 0.1});
     EXPECT_EQ(view.ScaleOf(AxisId::Y).Range(), y);
     EXPECT_NEAR(view.ScaleOf(AxisId::X).Range().least, 2.5e-9, 1e-18);
@@ -92,7 +92,7 @@ TEST(PlotView, LocksBoundsAndBoxes) {
     view.SetRange(AxisId::X, {2.0, 1.0});
     EXPECT_EQ(view.Now(), now);
     view.SetYScale(plot, ScaleKind::Logarithmic);
-    EXPECT_EQ(view.ScaleOf(AxisId::Y).Range(), (Extent{1e-3, 1e-2}));
+    EXPECT_EQ(view.ScaleOf(AxisId::Y).Range(), (ValueRange{1e-3, 1e-2}));
     EXPECT_TRUE(view.Back());
     EXPECT_EQ(view.Now().yKind, ScaleKind::Linear);
 }
