@@ -63,12 +63,14 @@ endfunction()
 # The program finds models/ and superblocks/ beside its own file. The executables land in build/bin.
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
 function(photrak_copy_catalogue)
-  file(GLOB_RECURSE files CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/catalogue/*)
+  file(GLOB_RECURSE files CONFIGURE_DEPENDS 
+    ${PROJECT_SOURCE_DIR}/catalogue/* ${PROJECT_SOURCE_DIR}/examples/*)
   set(stamp ${PROJECT_BINARY_DIR}/catalogue.stamp)
   add_custom_command(OUTPUT ${stamp}
     COMMAND ${CMAKE_COMMAND} -E make_directory ${PROJECT_BINARY_DIR}/bin
     COMMAND ${CMAKE_COMMAND} -E copy_directory ${PROJECT_SOURCE_DIR}/catalogue/models ${PROJECT_BINARY_DIR}/bin/models
     COMMAND ${CMAKE_COMMAND} -E copy_directory ${PROJECT_SOURCE_DIR}/catalogue/superblocks ${PROJECT_BINARY_DIR}/bin/superblocks
+    COMMAND ${CMAKE_COMMAND} -E copy_directory ${PROJECT_SOURCE_DIR}/examples ${PROJECT_BINARY_DIR}/bin/examples
     COMMAND ${CMAKE_COMMAND} -E touch ${stamp}
     DEPENDS ${files} VERBATIM)
   add_custom_target(photrak_catalogue ALL DEPENDS ${stamp})

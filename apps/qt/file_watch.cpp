@@ -13,7 +13,7 @@ FileWatch::FileWatch(QObject* parent) : QObject(parent) {
     connect(&poll_, &QTimer::timeout, this, [this] {
         Arm();
         const QStringList names = paths_.keys();
-        for (const QString& name : names) emit Changed(name);
+        for (const QString& name : names) Q_EMIT Changed(name);
     });
 }
 
@@ -56,7 +56,7 @@ void FileWatch::OnPath(const QString& path) {
         };
         if (std::any_of(entry->cbegin(), entry->cend(), concerns)) names.append(entry.key());
     }
-    for (const QString& name : names) emit Changed(name);
+    for (const QString& name : names) Q_EMIT Changed(name);
 }
 
 }  // namespace photrak

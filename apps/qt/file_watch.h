@@ -23,7 +23,7 @@ class FileWatch : public QObject {
     void Watch(const QString& name, const QStringList& paths);
     void Forget(const QString& name) { Watch(name, {}); }
 
-  signals:
+  Q_SIGNALS:
     /// Something may have changed for this name: look at the files.
     void Changed(const QString& name);
 

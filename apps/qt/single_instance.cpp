@@ -140,7 +140,7 @@ void SingleInstance::Receive() {
                 socket->write(accepted);
                 socket->flush();
                 socket->disconnectFromServer();
-                emit Requested(request);
+                Q_EMIT Requested(request);
             }
         };
         connect(socket, &QLocalSocket::readyRead, this, read);

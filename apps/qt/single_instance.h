@@ -34,7 +34,7 @@ class SingleInstance : public QObject {
     /// "/run/user/1000/photrak/vistrax-0.sock"; empty if there is no safe folder.
     static QString SocketPath(const QString& application);
 
-  signals:
+  Q_SIGNALS:
     void Requested(const InstanceRequest& request);
 
   private:

@@ -1,0 +1,451 @@
+// Menus, keys and bars come from the tables of the workbench. What a window alone can do (tiling,
+// printing, leaving) is a small table of its own here.
+#include "workbench/frame_window.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QDockWidget>
+#include <QInputDialog>
+#include <QLabel>
+#include <QMdiArea>
+#include <QMdiSubWindow>
+#include <QMenuBar>
+#include <QMimeData>
+#include <QScreen>
+#include <QStackedWidget>
+#include <QStatusBar>
+#include <QToolBar>
+#include <algorithm>
+
+#include "base/log.h"
+#include "base/text.h"
+#include "platform/host.h"
+#include "qt/text_measure_qt.h"
+#include "workbench/diagram_window.h"
+#include "workbench/docks.h"
+#include "workbench/file_commands.h"
+#include "workbench/look.h"
+#include "workbench/printing.h"
+#include "workbench/recovery.h"
+#include "workbench/start_page.h"
+
+namespace photrak {
+namespace {
+
+constexpr const char* profileSection = "PHOTRAK";
+constexpr int paletteWidth = 122, pollInterval = 100, keepInterval = 2000;  // ms
+
+std::string NameOf(const Command& command) {
+    return Concat(command.menu, " ", command.entry);
+}
+
+bool IsTopology(const QUrl& url) {
+    return url.isLocalFile() && url.toLocalFile().endsWith(QStringLiteral(".top"));
+}
+
+}  // namespace
+
+FrameWindow::FrameWindow(Workbench& workbench, WindowDesktop& desktop)
+    : workbench_(workbench), desktop_(desktop) {
+    setObjectName(QStringLiteral("Frame"));
+    setWindowTitle(QStringLiteral("Photrak"));
+    setAcceptDrops(true);
+    area_ = new QMdiArea(this);
+    area_->setAccessibleName(QStringLiteral("Diagrams"));
+    area_->setBackground(palette().brush(QPalette::Dark));
+    start_ = new StartPage(workbench, {[this](std::string_view name) { RunCommand(name); },
+                                       [this](const QString& file) { OpenFiles({file}); },
+                                       [this](const QString& file) { OpenCopy(file); }});
+    pages_ = new QStackedWidget(this);
+    pages_->addWidget(start_);
+    pages_->addWidget(area_);
+    setCentralWidget(pages_);
+    BuildMenus();
+    BuildBars();
+    BuildDocks();
+    BuildStatus();
+    PlaceFrame();
+    connect(area_, &QMdiArea::subWindowActivated, this, &FrameWindow::Activated);
+    connect(&poll_, &QTimer::timeout, this, &FrameWindow::Poll);
+    connect(&keep_, &QTimer::timeout, this, [this] { KeepPendingCopies(workbench_); });
+    poll_.start(pollInterval);
+    keep_.start(keepInterval);
+    Sync();
+}
+
+FrameWindow::~FrameWindow() {
+    for (auto& [view, child] : children_) child.canvas->Detach();
+    for (Dialog& dialog : dialogs_) dialog.window->Detach();
+}
+
+QAction* FrameWindow::AddCommand(QMenu& menu, const Command& command) {
+    const std::string name = NameOf(command);
+    QAction* action = menu.addAction(ToQString(command.entry));
+    action->setObjectName(QString::fromStdString(name));
+    QList<QKeySequence> keys;
+    for (const std::string_view key : command.keys) keys << QKeySequence(ToQString(key));
+    action->setShortcuts(keys);
+    action->setToolTip(ToQString(InterpretPercent(command.status)));
+    connect(action, &QAction::triggered, this, [this, name] { RunCommand(name); });
+    connect(action, &QAction::hovered, this, [this, name] {
+        Highlight(workbench_, name);
+        SyncStatus();
+    });
+    return action;
+}
+
+void FrameWindow::BuildMenus() {
+    std::map<std::string_view, QMenu*> menus;
+    for (const Command& command : Commands()) {
+        QMenu*& menu = menus[command.menu];
+        if (!menu) {
+            menu = menuBar()->addMenu(QStringLiteral("&") + ToQString(command.menu));
+            menu->setToolTipsVisible(false);
+            connect(menu, &QMenu::aboutToHide, this, [this] {
+                Highlight(workbench_, {});
+                SyncStatus();
+            });
+        }
+        if (command.entry.empty()) {
+            menu->addSeparator();
+        } else {
+            AddCommand(*menu, command);
+        }
+    }
+}
+
+void FrameWindow::BuildBars() {
+    const auto pushed = [this](const BarButton& button) {
+        Act([&] {
+            if (button.command.empty() || !DoInWindow(button.command)) {
+                PushBarButton(workbench_, button);
+            }
+        });
+        if (DiagramWindow* front = FrontWindow(); front && button.latches) front->setFocus();
+    };
+    const auto icon = [this](const BarButton& button) { return ButtonIcon(workbench_, button); };
+    tools_ = new ButtonBar(
+        QStringLiteral("Tool bar"), [this] { return ToolBar(workbench_); }, icon, pushed);
+    QToolBar* top = addToolBar(QStringLiteral("Tools"));
+    top->setObjectName(QStringLiteral("Tools"));
+    top->setMovable(false);
+    top->addWidget(tools_);
+    palette_ = new ButtonBar(
+        QStringLiteral("Palette"), [this] { return Palette(workbench_); }, icon, pushed);
+    palette_->setMinimumWidth(paletteWidth);
+    auto* left = new QToolBar(QStringLiteral("Palette"));
+    left->setObjectName(QStringLiteral("PaletteBar"));
+    left->setMovable(false);
+    left->addWidget(palette_);
+    addToolBar(Qt::LeftToolBarArea, left);
+}
+
+void FrameWindow::BuildDocks() {
+    const auto add = [this](QDockWidget* dock, Qt::DockWidgetArea place) {
+        addDockWidget(place, dock);
+        menuBar()->findChild<QMenu*>(QStringLiteral("Docks"))->addAction(dock->toggleViewAction());
+    };
+    QMenu* menu = nullptr;
+    for (QAction* entry : menuBar()->actions()) {
+        if (entry->menu() && entry->text() == QStringLiteral("&Window")) menu = entry->menu();
+    }
+    if (!menu) menu = menuBar()->addMenu(QStringLiteral("&Window"));
+    menu->addSeparator();
+    QMenu* docks = menu->addMenu(QStringLiteral("Docks"));
+    docks->setObjectName(QStringLiteral("Docks"));
+    docks->setParent(menuBar(), docks->windowFlags());
+    results_ = new ResultsDock(workbench_, this);
+    log_ = new LogDock(this);
+    log_->SetSelect(
+        [this](const std::string& name) { Act([&] { SelectByName(workbench_, name); }); });
+    history_ = new HistoryDock(this);
+    history_->SetGoTo([this](std::size_t step) { Act([&] { GoToStep(workbench_, step); }); });
+    add(results_, Qt::RightDockWidgetArea);
+    add(log_, Qt::BottomDockWidgetArea);
+    add(history_, Qt::RightDockWidgetArea);
+    tabifyDockWidget(results_, history_);
+    results_->raise();
+    log_->hide();
+}
+
+void FrameWindow::BuildStatus() {
+    const auto label = [this](const QString& name, int width) {
+        auto* made = new QLabel(this);
+        made->setTextFormat(Qt::PlainText);
+        made->setAccessibleName(name);
+        made->setMinimumWidth(width);
+        return made;
+    };
+    message_ = label(QStringLiteral("Message"), 0);
+    cell_ = label(QStringLiteral("Cell"), 90);
+    zoom_ = label(QStringLiteral("Zoom"), 90);
+    run_ = label(QStringLiteral("Run"), 90);
+    statusBar()->addWidget(message_, 1);
+    for (QLabel* pane : {cell_, zoom_, run_}) statusBar()->addPermanentWidget(pane);
+}
+
+void FrameWindow::PlaceFrame() {
+    Profile& profile = *CurrentHost().profile;
+    const auto read = [&](const char* key, int fallback) {
+        return profile.ReadInt(profileSection, key, fallback);
+    };
+    const QRect asked(read("FrameXPos", 2), read("FrameYPos", 1), read("FrameXSize", 1100),
+                      read("FrameYSize", 760));
+    const QScreen* screen = QGuiApplication::screenAt(asked.center());
+    if (!screen) screen = QGuiApplication::primaryScreen();
+    const QRect seen = screen->availableGeometry();
+    const QSize size = asked.size().expandedTo({400, 300}).boundedTo(seen.size());
+    resize(size);
+    move(std::clamp(asked.x(), seen.left(), std::max(seen.left(), seen.right() - size.width())),
+         std::clamp(asked.y(), seen.top(), std::max(seen.top(), seen.bottom() - size.height())));
+}
+
+void FrameWindow::KeepFrame() {
+    const QRect frame = isMaximized() ? normalGeometry() : geometry();
+    if (frame.x() < 0 || frame.x() > 2000) return;
+    Profile& profile = *CurrentHost().profile;
+    if (QGuiApplication::platformName() != QStringLiteral("wayland")) {
+        profile.WriteInt(profileSection, "FrameXPos", frame.x());
+        profile.WriteInt(profileSection, "FrameYPos", frame.y());
+    }
+    profile.WriteInt(profileSection, "FrameXSize", frame.width());
+    profile.WriteInt(profileSection, "FrameYSize", frame.height());
+}
+
+void FrameWindow::Act(const std::function<void()>& action) {
+    action();
+    Sync();
+}
+
+bool FrameWindow::DoInWindow(std::string_view name) {
+    struct Row {
+        std::string_view name;
+        void (*act)(FrameWindow& window);
+    };
+    static constexpr Row rows[] = {
+        {"File Exit", [](FrameWindow& window) { window.close(); }},
+        {"File Print",
+         [](FrameWindow& window) {
+             if (DiagramView* view = window.workbench_.Active()) {
+                 PrintDiagram(window.workbench_, *view, window);
+             }
+         }},
+        {"File Printer Setup", [](FrameWindow& window) { SetUpPrinter(window); }},
+        {"Window Tile", [](FrameWindow& window) { window.area_->tileSubWindows(); }},
+        {"Window Cascade", [](FrameWindow& window) { window.area_->cascadeSubWindows(); }},
+        {"Window Arrange Icons", [](FrameWindow& window) { window.area_->cascadeSubWindows(); }},
+    };
+    const auto row = std::ranges::find(rows, name, &Row::name);
+    if (row == std::end(rows)) return false;
+    if (DiagramView* view = workbench_.Active()) view->DropDrag();
+    row->act(*this);
+    return true;
+}
+
+void FrameWindow::RunCommand(std::string_view name) {
+    Highlight(workbench_, {});
+    Act([&] {
+        if (DoInWindow(name)) return;
+        if (const Command* command = FindCommand(name)) command->run(workbench_);
+        if (name != "View Full") return;
+        Sync();
+        if (DiagramWindow* front = FrontWindow()) front->ScrollToStart();
+    });
+}
+
+void FrameWindow::OpenFiles(const QStringList& files) {
+    Act([&] {
+        for (const QString& file : files)
+            OpenDiagram(workbench_, file.toStdString(), OpenAgain::NewView);
+    });
+}
+
+void FrameWindow::OpenCopy(const QString& example) {
+    Act([&] { OpenExample(workbench_, example.toStdString()); });
+}
+
+DiagramWindow* FrameWindow::AddWindow(DiagramView& view) {
+    DiagramWindow::Calls calls;
+    calls.changed = [this] { Sync(); };
+    calls.pointedAt = [this](const QString& text) { cell_->setText(text); };
+    calls.typed = [this](const QString& letter) { return PickModel(letter); };
+    auto* canvas = new DiagramWindow(workbench_, view, calls);
+    auto* child = area_->addSubWindow(canvas);
+    child->setAttribute(Qt::WA_DeleteOnClose, false);
+    child->installEventFilter(this);
+    child->resize(640, 460);
+    children_[&view] = {child, canvas};
+    const bool alone = children_.size() == 1;
+    alone ? child->showMaximized() : child->show();
+    return canvas;
+}
+
+void FrameWindow::SyncViews() {
+    for (auto it = children_.begin(); it != children_.end();) {
+        const bool lives = std::ranges::any_of(
+            workbench_.views, [&](const auto& view) { return view.get() == it->first; });
+        if (lives) {
+            ++it;
+            continue;
+        }
+        it->second.canvas->Detach();
+        area_->removeSubWindow(it->second.canvas);
+        it->second.canvas->deleteLater();
+        it->second.frame->deleteLater();
+        it = children_.erase(it);
+    }
+    for (const auto& view : workbench_.views) {
+        if (!children_.contains(view.get())) AddWindow(*view);
+    }
+    pages_->setCurrentWidget(children_.empty() ? static_cast<QWidget*>(start_) : area_);
+}
+
+void FrameWindow::SyncFront() {
+    for (auto& [view, child] : children_) {
+        const QString title =
+            ToQString(view->title) + (view->Differs() ? QStringLiteral(" *") : QString());
+        if (child.frame->windowTitle() != title) child.frame->setWindowTitle(title);
+        child.canvas->Refresh();
+    }
+    DiagramView* front = workbench_.Active();
+    if (!front) return;
+    QMdiSubWindow* window = children_.at(front).frame;
+    if (area_->activeSubWindow() != window) area_->setActiveSubWindow(window);
+}
+
+void FrameWindow::SyncForms() {
+    const auto isOpen = [this](const Dialog& dialog) {
+        return std::ranges::any_of(workbench_.forms,
+                                   [&](const auto& form) { return form.get() == dialog.form; });
+    };
+    for (Dialog& dialog : dialogs_) {
+        if (isOpen(dialog)) continue;
+        dialog.window->Detach();
+        dialog.window->hide();
+        dialog.window->deleteLater();
+        dialog.window = nullptr;
+    }
+    std::erase_if(dialogs_, [](const Dialog& dialog) { return !dialog.window; });
+    for (const auto& form : workbench_.forms) {
+        const auto known = std::ranges::find(dialogs_, form.get(), &Dialog::form);
+        if (known != dialogs_.end()) {
+            known->window->Refresh();
+            continue;
+        }
+        QWidget* over = dialogs_.empty() ? static_cast<QWidget*>(this) : dialogs_.back().window;
+        const auto push = [this](const std::string& label) {
+            Act([&] { workbench_.Push(label); });
+        };
+        auto* window = new FormDialog(*form, push, over);
+        dialogs_.push_back({form.get(), window});
+        window->open();
+    }
+}
+
+void FrameWindow::SyncStatus() {
+    const bool highlights = !workbench_.highlighted.empty();
+    message_->setText(ToQString(highlights ? workbench_.highlighted : workbench_.pane));
+    for (QLabel* pane : {cell_, zoom_, run_}) pane->setVisible(!highlights);
+    zoom_->setText(QStringLiteral("zoom %1%").arg(qRound(100.0 * workbench_.scale.zoom)));
+    run_->setText(ToQString(RunStateText(workbench_)));
+}
+
+void FrameWindow::Sync() {
+    if (syncing_) return;
+    syncing_ = true;
+    SyncViews();
+    SyncFront();
+    SyncForms();
+    SyncStatus();
+    tools_->Refresh();
+    palette_->Refresh();
+    const DiagramView* front = workbench_.Active();
+    history_->Show(front ? &front->history : nullptr);
+    log_->Follow(front ? front->directory : std::string());
+    results_->Show(front);
+    syncing_ = false;
+}
+
+void FrameWindow::Poll() {
+    if (desktop_.Asks()) return;
+    const bool running = workbench_.run.active;
+    if (running) PollRun(workbench_);
+    if (running || wasRunning_) Sync();
+    if (wasRunning_ && !workbench_.run.active) results_->RunEnded();
+    wasRunning_ = workbench_.run.active;
+}
+
+DiagramWindow* FrameWindow::FrontWindow() const {
+    const auto found = children_.find(workbench_.Active());
+    return found == children_.end() ? nullptr : found->second.canvas;
+}
+
+void FrameWindow::Activated(QMdiSubWindow* window) {
+    if (syncing_ || !window) return;
+    for (auto& [view, child] : children_) {
+        if (child.frame != window || view == workbench_.Active()) continue;
+        Act([&, front = view] { Activate(workbench_, *front); });
+        return;
+    }
+}
+
+void FrameWindow::CloseView(DiagramView& view) {
+    Act([&] {
+        Activate(workbench_, view);
+        CloseDiagram(workbench_, view);
+    });
+}
+
+bool FrameWindow::PickModel(const QString& letter) {
+    QStringList names;
+    std::map<QString, BarButton> buttons;
+    for (const BarButton& button : Palette(workbench_)) {
+        const QString name = QString::fromStdString(button.tooltip);
+        if (button.modelIndex == 0 || !button.isOn) continue;
+        names << name;
+        buttons[name] = button;
+    }
+    names.sort(Qt::CaseInsensitive);
+    const auto first = std::ranges::find_if(
+        names, [&](const QString& name) { return name.startsWith(letter, Qt::CaseInsensitive); });
+    const int start = first == names.end() ? 0 : static_cast<int>(first - names.begin());
+    bool chosen = false;
+    const QString name =
+        QInputDialog::getItem(this, QStringLiteral("Place a Block"), QStringLiteral("Model:"),
+                              names, start, false, &chosen);
+    if (chosen) Act([&] { PushBarButton(workbench_, buttons.at(name)); });
+    return true;
+}
+
+void FrameWindow::closeEvent(QCloseEvent* event) {
+    const bool closed = CloseAll(workbench_);
+    Sync();
+    if (!closed) {
+        event->ignore();
+        return;
+    }
+    KeepFrame();
+    event->accept();
+}
+
+void FrameWindow::dragEnterEvent(QDragEnterEvent* event) {
+    const QList<QUrl> urls = event->mimeData()->urls();
+    if (std::ranges::any_of(urls, IsTopology)) event->acceptProposedAction();
+}
+
+void FrameWindow::dropEvent(QDropEvent* event) {
+    QStringList files;
+    for (const QUrl& url : event->mimeData()->urls()) {
+        if (IsTopology(url)) files << url.toLocalFile();
+    }
+    OpenFiles(files);
+}
+
+void FrameWindow::changeEvent(QEvent* event) {
+    QMainWindow::changeEvent(event);
+    if (event->type() != QEvent::PaletteChange || !tools_) return;
+    tools_->RefreshIcons();
+    palette_->RefreshIcons();
+}
+
+}  // namespace photrak
