@@ -66,6 +66,7 @@ class CanvasPainter {
         for (const PictureIcon& icon : picture_.icons) AddBlock(icon);
         for (const PictureTick& tick : picture_.ticks) AddTick(tick);
         for (const PictureWire& wire : picture_.wires) AddWire(wire);
+        if (workbench_.scale.zoom >= leastNameZoom) AddNames();
         AddOverlay();
         return std::move(drawing_);
     }
@@ -86,7 +87,6 @@ class CanvasPainter {
         if (!IsSeen(square.Grown(side))) return;
         drawing_.Add(GroupBegin{Concat("block:", icon.component->name), icon.component->type});
         AddIcon(icon.file, icon.component->type, square, drawing_.items);
-        if (workbench_.scale.zoom >= leastNameZoom) AddName(icon.component->name, square);
         drawing_.Add(GroupEnd{});
         drawing_.marks.push_back({Concat("block:", icon.component->name), square,
                                   DrawableText(icon.component->name), icon.component->type});
@@ -104,15 +104,25 @@ class CanvasPainter {
         items.emplace_back(std::move(letters));
     }
 
-    void AddName(const std::string& name, const Rect& square) {
-        TextItem text;
-        text.size = nameSize;
-        text.role = Role::Dim;
-        text.anchor = Anchor::Middle;
-        text.at = {square.Center().x, square.Bottom() + 2.0 + nameSize};
+    /// On paper of their own: a wire may run through the gap below an icon.
+    void AddNames() {
         const double room = workbench_.scale.gridSize - 3.0;
-        text.text = Elided(DrawableText(name), room, nameSize, *look_.measure);
-        drawing_.Add(std::move(text));
+        for (const PictureIcon& icon : picture_.icons) {
+            const Rect square = SquareAt(icon.at, picture_.iconSide);
+            if (!IsSeen(square.Grown(square.width))) continue;
+            TextItem text;
+            text.size = nameSize;
+            text.role = Role::Dim;
+            text.anchor = Anchor::Middle;
+            text.at = {square.Center().x, square.Bottom() + 2.0 + nameSize};
+            text.text = Elided(DrawableText(icon.component->name), room, nameSize, *look_.measure);
+            drawing_.Add(Box{.rect = TextBox(text, *look_.measure).Grown(0.5),
+                             .filled = true,
+                             .opacity = 0.85,
+                             .outlined = false,
+                             .pen = {}});
+            drawing_.Add(std::move(text));
+        }
     }
 
     void AddTick(const PictureTick& tick) {
