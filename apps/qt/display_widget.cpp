@@ -65,7 +65,15 @@ DisplayWidget::DisplayWidget(DisplaySource& source, QWidget* parent)
 
 void DisplayWidget::Redraw(Layer layer) {
     drawing_ = nullptr;
-    if (layer == Layer::Base) base_ = QPixmap();
+    if (layer == Layer::Base) fresh_ = false;
+    update();
+    AnnounceMarks(*this);
+}
+
+void DisplayWidget::SetBase(const QPixmap& base) {
+    base_ = base;
+    fresh_ = true;
+    drawing_ = nullptr;
     update();
     AnnounceMarks(*this);
 }
@@ -100,20 +108,25 @@ void DisplayWidget::ClickMark(const Mark& mark) {
 void DisplayWidget::PaintBase() {
     const double ratio = devicePixelRatioF();
     const QSize wanted = size() * ratio;
-    if (!base_.isNull() && base_.size() == wanted && base_.devicePixelRatio() == ratio) return;
-    if (base_.size() != wanted) drawing_ = nullptr;
+    const bool fits = base_.size() == wanted && base_.devicePixelRatio() == ratio;
+    if (fresh_ && fits) return;
+    if (!fits) drawing_ = nullptr;
+    const Drawing& drawing = Ask();
+    if (source_.IsBusy()) return;
     base_ = QPixmap(wanted);
     base_.setDevicePixelRatio(ratio);
     base_.fill(ColorFor(Role::Paper, theme_));
     QPainter painter(&base_);
-    PaintItems(painter, Ask().items, theme_);
+    PaintItems(painter, drawing.items, theme_);
+    fresh_ = true;
 }
 
 void DisplayWidget::paintEvent(QPaintEvent*) {
     PaintBase();
     QPainter painter(this);
+    if (source_.IsBusy()) painter.fillRect(rect(), ColorFor(Role::Paper, theme_));
     painter.drawPixmap(0, 0, base_);
-    PaintItems(painter, Ask().overlay, theme_);
+    if (!source_.IsBusy()) PaintItems(painter, Ask().overlay, theme_);
     if (hasFocus() && window()->property("keyboardFocus").toBool()) {
         painter.setPen(QPen(ColorFor(Role::Selected, theme_), 1.0, Qt::DotLine));
         painter.drawRect(rect().adjusted(1, 1, -2, -2));

@@ -22,6 +22,8 @@ class DisplaySource {
     /// The drawing for a page of this size. Asked for when the size changed or after Redraw; the
     /// reference holds until the next call of this source.
     virtual const Drawing& Picture(PageSize size, const TextMeasure& measure) = 0;
+    /// True while a picture is made elsewhere: what was painted last stays until SetBase.
+    virtual bool IsBusy() const { return false; }
     virtual void Pointer(const PointerInput&) {}
     virtual void Wheel(const WheelInput&) {}
     /// A key as "Ctrl+Left". False lets the window have it.
@@ -40,6 +42,8 @@ class DisplayWidget : public QWidget {
     /// Asks the source for a new picture. With Overlay the painted base layer is kept.
     enum class Layer { Base, Overlay };
     void Redraw(Layer layer = Layer::Base);
+    /// The base layer of the source's picture, painted by it.
+    void SetBase(const QPixmap& base);
     void SetTheme(Theme theme);
     /// Marks of what is shown.
     const Marks& ShownMarks();
@@ -71,7 +75,8 @@ class DisplayWidget : public QWidget {
     Theme theme_ = Theme::Light;
     QtTextMeasure measure_;
     const Drawing* drawing_ = nullptr;  // the source's; null asks for it again
-    QPixmap base_;                      // its base layer, painted; null paints it again
+    QPixmap base_;                      // its base layer, painted
+    bool fresh_ = false;                // it is of this picture
 };
 
 }  // namespace photrak

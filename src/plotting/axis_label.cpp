@@ -9,8 +9,8 @@
 namespace photrak {
 namespace {
 
-constexpr std::string_view units[] = {"s",    "m",  "Hz",  "W",      "V",   "A",
-                                      "W/Hz", "dB", "dBm", "dBm/Hz", "rad", "Hz/s"};
+constexpr std::string_view units[] = {"s",  "m",   "Hz",     "W",   "V",    "A",   "W/Hz",
+                                      "dB", "dBm", "dBm/Hz", "rad", "Hz/s", "dBV", "dBA"};
 
 /// Wavelengths stay below a micrometer's prefix: 1550 nm and not 1.55 um.
 double LeastLabel(std::string_view unit) {

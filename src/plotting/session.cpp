@@ -5,6 +5,7 @@
 #include "base/text.h"
 #include "drawing/text_measure.h"
 #include "plotting/axis_label.h"
+#include "plotting/decibels.h"
 
 namespace photrak {
 namespace {
@@ -70,18 +71,38 @@ bool Overlay(Plot& plot, const Plot& other, std::string& error) {
 }
 
 std::size_t PlotSession::Open(const std::string& path, Plot plot, FileStamp stamp) {
-    for (std::size_t i = 0; i < plots_.size(); ++i) {
-        if (plots_[i]->path != path) continue;
-        Loaded(i, std::move(plot), stamp);
-        return i;
+    if (const auto found = Find(path)) {
+        Loaded(*found, std::move(plot), stamp);
+        return *found;
     }
     auto open = std::make_unique<OpenPlot>();
     open->path = path;
     open->view = PlotView(plot);
     open->plot = std::move(plot);
+    open->wasRead = true;
     open->drawn = open->seen = stamp;
     plots_.push_back(std::move(open));
     return plots_.size() - 1;
+}
+
+std::size_t PlotSession::OpenFailed(const std::string& path, std::string error, FileStamp stamp) {
+    const auto found = Find(path);
+    const std::size_t index = found ? *found : Open(path, {}, stamp);
+    OpenPlot& open = At(index);
+    if (!found) {
+        open.wasRead = false;
+        open.plot.path = path;
+        open.plot.name = DrawableText(path.substr(path.rfind('/') + 1));
+    }
+    LoadFailed(index, std::move(error), stamp);
+    return index;
+}
+
+std::optional<std::size_t> PlotSession::Find(const std::string& path) const {
+    for (std::size_t i = 0; i < plots_.size(); ++i) {
+        if (plots_[i]->path == path) return i;
+    }
+    return std::nullopt;
 }
 
 void PlotSession::Close(std::size_t index) {
@@ -119,7 +140,12 @@ void PlotSession::Loaded(std::size_t index, Plot plot, FileStamp stamp) {
         return;
     }
     open.plot = std::move(plot);
-    open.view.Follow(Shown(index));
+    if (open.wasRead) {
+        open.view.Follow(Shown(index));
+    } else {
+        open.view = PlotView(Shown(index));
+    }
+    open.wasRead = true;
     open.state = ReloadState::Current;
     open.message.clear();
 }
@@ -141,6 +167,23 @@ void PlotSession::Hold(std::size_t index, const std::string& name) {
         kept.key = Concat("held/", open.held.size(), "/", curve.key);
         open.held.push_back(std::move(kept));
     }
+}
+
+void PlotSession::DropHeld(std::size_t index) {
+    At(index).held.clear();
+    At(index).view.Follow(Shown(index));
+}
+
+void PlotSession::SetDecibels(std::size_t index, bool on) {
+    OpenPlot& open = At(index);
+    if (open.decibels == on) return;
+    open.decibels = on;
+    open.cursors.y = {};
+    const Plot shown = Shown(index);
+    open.view.Follow(shown);
+    open.view.SetYScale(shown, ScaleKind::Linear);  // decibels have no logarithm
+    open.view.SetRange(AxisId::Y, FullRange(shown, AxisId::Y, ScaleKind::Linear));
+    open.view.SetRange(AxisId::Second, FullRange(shown, AxisId::Second, ScaleKind::Linear));
 }
 
 bool PlotSession::ToggleOverlay(std::size_t index, std::size_t other, std::string& error) {
@@ -172,6 +215,7 @@ Plot PlotSession::Shown(std::size_t index) const {
         if (other != plots_.end() && !Overlay(shown, (*other)->plot, reason))
             shown.notes.push_back(reason);
     }
+    if (open.decibels) TurnDecibels(shown);
     return shown;
 }
 

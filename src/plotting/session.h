@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -36,7 +37,9 @@ enum class ReloadState {
 /// One open plot.
 struct OpenPlot {
     std::string path;
-    Plot plot;  // as read, without what is laid over it
+    Plot plot;              // as read, without what is laid over it
+    bool wasRead = false;   // false as long as no try to read it has succeeded
+    bool decibels = false;  // levels turned to decibels, or decibels to levels
     PlotView view;
     Cursors cursors;
     ReloadState state = ReloadState::Current;
@@ -56,7 +59,12 @@ class PlotSession {
 
     /// Adds a plot that was read, or replaces the open one of the same path. Gives its index.
     std::size_t Open(const std::string& path, Plot plot, FileStamp stamp);
+    /// The same for a plot that could not be read: it has an entry with the message, and is read
+    /// when its files change.
+    std::size_t OpenFailed(const std::string& path, std::string error, FileStamp stamp);
     void Close(std::size_t index);
+    /// Index of the plot of this path.
+    std::optional<std::size_t> Find(const std::string& path) const;
 
     std::size_t Count() const { return plots_.size(); }
     OpenPlot& At(std::size_t index) { return *plots_[index]; }
@@ -73,7 +81,9 @@ class PlotSession {
 
     /// Keeps the present curves, faint and named after `name`, under those of later runs.
     void Hold(std::size_t index, const std::string& name);
-    void DropHeld(std::size_t index) { At(index).held.clear(); }
+    void DropHeld(std::size_t index);
+    /// Shows levels in decibels, or as they are in the files. The y axes show all afterwards.
+    void SetDecibels(std::size_t index, bool on);
     /// Lays another open plot over this one, or takes it off again. False with a reason.
     [[nodiscard]] bool ToggleOverlay(std::size_t index, std::size_t other, std::string& error);
 

@@ -57,16 +57,23 @@ void PlotView::SetAxis(AxisId axis, double from, double to) {
         now_.ranges[Index(axis)] = AxisScale(scale.Kind(), range).Range();
 }
 
-void PlotView::ZoomAt(Point place, double factor, AxisChoice axes, Step step) {
+void PlotView::StretchAxis(AxisId axis, double place, double factor, Step step) {
     if (!(factor > 0.0) || !std::isfinite(factor)) return;
     Remember(step);
-    const auto zoom = [&](AxisId axis, double at) {
-        SetAxis(axis, at - factor * at, at + factor * (1.0 - at));
-    };
-    if (axes.x) zoom(AxisId::X, place.x);
+    SetAxis(axis, place - factor * place, place + factor * (1.0 - place));
+}
+
+void PlotView::ShiftAxis(AxisId axis, double by, Step step) {
+    Remember(step);
+    SetAxis(axis, -by, 1.0 - by);
+}
+
+void PlotView::ZoomAt(Point place, double factor, AxisChoice axes, Step step) {
+    Remember(step);
+    if (axes.x) StretchAxis(AxisId::X, place.x, factor, Step::Same);
     if (!axes.y) return;
-    zoom(AxisId::Y, place.y);
-    zoom(AxisId::Second, place.y);
+    StretchAxis(AxisId::Y, place.y, factor, Step::Same);
+    StretchAxis(AxisId::Second, place.y, factor, Step::Same);
 }
 
 void PlotView::ZoomTo(Point one, Point other, AxisChoice axes) {

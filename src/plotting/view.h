@@ -43,6 +43,9 @@ class PlotView {
     /// Moves what is shown by parts of the pane: what lay at the place p lies at p + by.
     void Pan(Point by, Step step = Step::New);
     void SetRange(AxisId axis, ValueRange range);
+    /// The same for one axis alone.
+    void StretchAxis(AxisId axis, double place, double factor, Step step = Step::New);
+    void ShiftAxis(AxisId axis, double by, Step step = Step::New);
     /// Shows all of the plot again; locked axes stay.
     void Fit();
     bool Back();

@@ -1,0 +1,101 @@
+#include "vistrax/readout_view.h"
+
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QScrollArea>
+
+#include "plotting/axis_label.h"
+#include "plotting/measures.h"
+#include "qt/text_measure_qt.h"
+
+namespace photrak {
+namespace {
+
+constexpr int mostRows = 200;
+
+QString Quantity(std::string_view label, const char* otherwise) {
+    const std::string quantity = SplitLabel(label).quantity;
+    return quantity.empty() ? QString::fromLatin1(otherwise) : ToQString(quantity);
+}
+
+}  // namespace
+
+ReadoutView::ReadoutView(QWidget* parent) : QWidget(parent) {
+    auto* layout = new QHBoxLayout(this);
+    layout->setContentsMargins(8, 0, 8, 8);
+    layout->setSpacing(8);
+    table_.setColumnCount(5);
+    table_.setHorizontalHeaderLabels(
+        {tr("Cursor"), tr("A"), tr("B"), tr("B \u2212 A"), tr("1 / (B \u2212 A), slope")});
+    table_.verticalHeader()->hide();
+    table_.verticalHeader()->setDefaultSectionSize(20);
+    table_.horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
+    table_.horizontalHeader()->setHighlightSections(false);
+    table_.setEditTriggers(QAbstractItemView::NoEditTriggers);
+    table_.setSelectionBehavior(QAbstractItemView::SelectRows);
+    table_.setShowGrid(false);
+    table_.setAlternatingRowColors(true);
+    table_.setAccessibleName(tr("Cursors and values"));
+    table_.setTabKeyNavigation(false);
+    layout->addWidget(&table_, 3);
+    measures_.setTextFormat(Qt::PlainText);
+    measures_.setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    measures_.setAlignment(Qt::AlignLeft | Qt::AlignTop);
+    measures_.setMargin(6);
+    measures_.setAccessibleName(tr("Measures"));
+    auto* area = new QScrollArea;
+    area->setWidget(&measures_);
+    area->setWidgetResizable(true);
+    area->setBackgroundRole(QPalette::Base);
+    area->setAccessibleName(tr("Measures"));
+    layout->addWidget(area, 2);
+    setFixedHeight(sizeHint().height());
+}
+
+void ReadoutView::SetRow(int row, const QStringList& cells) {
+    for (int column = 0; column < static_cast<int>(cells.size()); ++column) {
+        QTableWidgetItem* item = table_.item(row, column);
+        if (!item) {
+            item = new QTableWidgetItem;
+            const auto side = column == 0 ? Qt::AlignLeft : Qt::AlignRight;
+            item->setTextAlignment(side | Qt::AlignVCenter);
+            table_.setItem(row, column, item);
+        }
+        item->setText(cells[column]);
+    }
+}
+
+void ReadoutView::ShowCursors(const Plot& plot, const PlotView& view, const Cursors& cursors) {
+    const Readout readout = MakeReadout(plot, view, cursors);
+    QList<QStringList> rows;
+    const auto add = [&](const QString& name, std::initializer_list<std::string_view> texts) {
+        QStringList row{name};
+        for (const std::string_view text : texts) row.append(ToQString(text));
+        rows.append(row);
+    };
+    add(Quantity(plot.spec.xLabel, "x"),
+        {readout.xA, readout.xB, readout.xDifference, readout.xInverse});
+    if (!readout.yA.empty() || !readout.yB.empty())
+        add(Quantity(plot.spec.yLabel, "y"), {readout.yA, readout.yB, readout.yDifference, ""});
+    for (const ReadoutRow& row : readout.rows) {
+        if (rows.size() == mostRows) break;
+        add(ToQString(row.name), {row.a, row.b, row.difference, row.slope});
+    }
+    table_.setRowCount(static_cast<int>(rows.size()));
+    for (int i = 0; i < static_cast<int>(rows.size()); ++i) SetRow(i, rows[i]);
+}
+
+void ReadoutView::ShowMeasures(const Plot& plot, const PlotView& view) {
+    QStringList lines;
+    for (const std::string& line : MeasureLines(plot, view)) lines.append(ToQString(line));
+    if (lines.isEmpty())
+        lines.append(tr("Click puts cursor A, Ctrl+click cursor B; Esc takes them off."));
+    measures_.setText(lines.join(QLatin1Char('\n')));
+}
+
+void ReadoutView::Clear() {
+    table_.setRowCount(0);
+    measures_.clear();
+}
+
+}  // namespace photrak

@@ -1,0 +1,225 @@
+#include "vistrax/viewer_window.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QDir>
+#include <QDragEnterEvent>
+#include <QFileInfo>
+#include <QLabel>
+#include <QMenu>
+#include <QMenuBar>
+#include <QMimeData>
+#include <QStatusBar>
+#include <QTabBar>
+
+#include "qt/text_measure_qt.h"
+#include "vistrax/viewer_commands.h"
+
+namespace photrak {
+namespace {
+
+constexpr int mostRecent = 12;
+const char recentKey[] = "recent", geometryKey[] = "geometry", themeKey[] = "theme";
+
+}  // namespace
+
+ViewerWindow::ViewerWindow(ThemeChoice choice, QWidget* parent)
+    : QMainWindow(parent),
+      settings_(QSettings::IniFormat, QSettings::UserScope, QStringLiteral("photrak"),
+                QStringLiteral("vistrax")),
+      choice_(choice),
+      directory_(QDir::currentPath()) {
+    splitter_ = new QSplitter;
+    splitter_->setChildrenCollapsible(false);
+    setCentralWidget(splitter_);
+    for (QTabWidget*& group : groups_) group = MakeGroup();
+    groups_[1]->hide();
+    actions_.Make(*this, *splitter_, ViewerActionRows(), [this](std::string_view id) { Do(id); });
+    setAcceptDrops(true);
+    resize(1000, 720);
+    restoreGeometry(settings_.value(QLatin1String(geometryKey)).toByteArray());
+    if (choice == ThemeChoice::System)
+        choice = static_cast<ThemeChoice>(
+            std::clamp(settings_.value(QLatin1String(themeKey)).toInt(), 0, 2));
+    statusBar()->setSizeGripEnabled(true);
+    connect(&loader_, &Loader::Done, this, &ViewerWindow::TakeLoaded);
+    connect(&watch_, &FileWatch::Changed, this, &ViewerWindow::Check);
+    settle_.setInterval(50);
+    connect(&settle_, &QTimer::timeout, this, &ViewerWindow::CheckSettling);
+    ApplyChoice(choice);
+    FillRecent();
+    Retitle();
+}
+
+ViewerWindow::~ViewerWindow() {
+    // The widgets borrow from the session.
+    for (QTabWidget* group : groups_) delete group;
+}
+
+QTabWidget* ViewerWindow::MakeGroup() {
+    auto* group = new QTabWidget;
+    group->setTabsClosable(true);
+    group->setMovable(true);
+    group->setDocumentMode(true);
+    group->setElideMode(Qt::ElideMiddle);
+    group->tabBar()->setExpanding(false);
+    group->setAccessibleName(tr("Open plots"));
+    connect(group, &QTabWidget::tabCloseRequested, this,
+            [this, group](int index) { CloseTab(group, index); });
+    connect(group, &QTabWidget::currentChanged, this, [this, group](int index) {
+        if (auto* widget = static_cast<PlotWidget*>(group->widget(index))) {
+            current_ = widget;
+            widget->Display().setFocus();
+        }
+        Retitle();
+    });
+    splitter_->addWidget(group);
+    return group;
+}
+
+PlotWidget* ViewerWindow::Current() const {
+    return current_;
+}
+
+PlotWidget* ViewerWindow::Find(const QString& path) const {
+    for (const QTabWidget* group : groups_) {
+        for (int i = 0; i < group->count(); ++i) {
+            auto* widget = static_cast<PlotWidget*>(group->widget(i));
+            if (ToQString(widget->Open().path) == path) return widget;
+        }
+    }
+    return nullptr;
+}
+
+QTabWidget* ViewerWindow::GroupOf(PlotWidget* widget) const {
+    return groups_[1]->indexOf(widget) >= 0 ? groups_[1] : groups_[0];
+}
+
+void ViewerWindow::Activate(PlotWidget* widget) {
+    GroupOf(widget)->setCurrentWidget(widget);
+    current_ = widget;
+    widget->Display().setFocus();
+    Retitle();
+}
+
+void ViewerWindow::OpenFiles(const QStringList& files, const QString& directory) {
+    for (const QString& file : files)
+        OpenOne(QDir::cleanPath(QDir(directory).absoluteFilePath(file)));
+}
+
+void ViewerWindow::Welcome(const QStringList& files, const QString& directory) {
+    OpenFiles(files, directory);
+    if (isMinimized()) showNormal();
+    show();
+    raise();
+    activateWindow();
+}
+
+void ViewerWindow::OpenOne(const QString& path) {
+    const std::string name = path.toStdString();
+    if (PlotWidget* open = Find(path)) {
+        Activate(open);
+        Check(path);
+        return;
+    }
+    const std::size_t index = session_.OpenFailed(name, "reading " + name, {});
+    auto* widget = new PlotWidget(session_.At(index), theme_);
+    connect(widget, &PlotWidget::Changed, this, [this, widget] {
+        if (widget == current_) UpdateActions();
+    });
+    connect(widget, &PlotWidget::ContextMenuWanted, this,
+            [this](const QPoint& at) { actions_.Menu("&View").popup(at); });
+    QTabWidget* group = current_ ? GroupOf(current_) : groups_[0];
+    const int tab = group->addTab(
+        widget, QFileInfo(path).fileName().replace(QLatin1Char('&'), QStringLiteral("&&")));
+    group->setTabToolTip(tab, path.toHtmlEscaped());
+    directory_ = QFileInfo(path).absolutePath();
+    Activate(widget);
+    Remember(path);
+    loading_.insert(name);
+    loader_.Load(name, {});
+}
+
+void ViewerWindow::CloseTab(QTabWidget* group, int index) {
+    auto* widget = static_cast<PlotWidget*>(group->widget(index));
+    if (!widget) return;
+    const std::string path = widget->Open().path;
+    if (current_ == widget) current_ = nullptr;
+    group->removeTab(index);
+    delete widget;
+    watch_.Forget(ToQString(path));
+    files_.erase(path);
+    std::set<std::string> below;
+    for (std::size_t i = 0; i < session_.Count(); ++i) {
+        const auto& overlaid = session_.At(i).overlaid;
+        if (std::find(overlaid.begin(), overlaid.end(), path) != overlaid.end())
+            below.insert(session_.At(i).path);
+    }
+    if (const auto found = session_.Find(path)) session_.Close(*found);
+    for (const std::string& shown : below) ShowAgain(shown);
+    if (groups_[1]->count() == 0) groups_[1]->hide();
+    if (!current_) {
+        QTabWidget* other = group->count() > 0 ? group : groups_[0];
+        current_ = static_cast<PlotWidget*>(other->currentWidget());
+    }
+    Retitle();
+}
+
+void ViewerWindow::Retitle() {
+    const QString name = current_ ? ToQString(current_->Name()) : QString();
+    setWindowTitle(name.isEmpty() ? QStringLiteral("vistrax")
+                                  : name + QStringLiteral(" \u2013 vistrax"));
+    UpdateActions();
+}
+
+void ViewerWindow::Remember(const QString& path) {
+    QStringList recent = settings_.value(QLatin1String(recentKey)).toStringList();
+    recent.removeAll(path);
+    recent.prepend(path);
+    settings_.setValue(QLatin1String(recentKey), QStringList(recent.mid(0, mostRecent)));
+    FillRecent();
+}
+
+void ViewerWindow::FillRecent() {
+    QMenu& menu = actions_.Menu("&Recent");
+    menu.clear();
+    const QStringList recent = settings_.value(QLatin1String(recentKey)).toStringList();
+    for (const QString& path : recent) {
+        QString text = path;
+        QAction* action = menu.addAction(text.replace(QLatin1Char('&'), QStringLiteral("&&")));
+        connect(action, &QAction::triggered, this, [this, path] { OpenFiles({path}, {}); });
+    }
+    menu.setEnabled(!recent.isEmpty());
+}
+
+void ViewerWindow::ApplyChoice(ThemeChoice choice) {
+    choice_ = choice;
+    theme_ = ApplyTheme(*qApp, choice);
+    for (const QTabWidget* group : groups_) {
+        for (int i = 0; i < group->count(); ++i)
+            static_cast<PlotWidget*>(group->widget(i))->SetTheme(theme_);
+    }
+    settings_.setValue(QLatin1String(themeKey), static_cast<int>(choice));
+    UpdateActions();
+}
+
+void ViewerWindow::dragEnterEvent(QDragEnterEvent* event) {
+    if (event->mimeData()->hasUrls()) event->acceptProposedAction();
+}
+
+void ViewerWindow::dropEvent(QDropEvent* event) {
+    QStringList files;
+    const QList<QUrl> urls = event->mimeData()->urls();
+    for (const QUrl& url : urls) {
+        if (url.isLocalFile()) files.append(url.toLocalFile());
+    }
+    OpenFiles(files, {});
+    event->acceptProposedAction();
+}
+
+void ViewerWindow::closeEvent(QCloseEvent* event) {
+    settings_.setValue(QLatin1String(geometryKey), saveGeometry());
+    event->accept();
+}
+
+}  // namespace photrak
