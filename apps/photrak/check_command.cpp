@@ -37,10 +37,12 @@ int CheckCommand(const CommandOptions& options) {
     Status status = TopologyCheck(session.fileName, session.workspace, session.catalogue);
     if (!session.workspace) return exitStatus::failed;
     session.workspace->fileName = session.fileName;
-    MergeStatus(status, CheckSuperBlocks(*session.workspace, session.catalogue,
-                                         session.workspace->errorText));
     Report(status == Status::Error ? "error" : "warning", session.workspace->errorText);
     CheckWithOptions(session, options, status);
+    // Last, so that values of the command line are handed down too.
+    std::string inside;
+    MergeStatus(status, CheckSuperBlocks(*session.workspace, session.catalogue, inside));
+    Report(status == Status::Error ? "error" : "warning", inside);
     if (status == Status::Error) return exitStatus::failed;
     if (!options.quiet) {
         WriteOut(Concat(options.file, ": ", session.workspace->components.size(), " components, ",

@@ -52,8 +52,9 @@ constexpr Command commandTable[] = {
      {},
      "the command file of a plot",
      PlotCommand},
-    {"models", "photrak models [TYPE]", "list the models, or the ports and parameters of one",
-     commandBit::models, fileOnly, nullptr, ModelsCommand},
+    {"models", "photrak models [TYPE|SuperBlock:NAME]",
+     "list the models, or the ports and parameters of one", commandBit::models, fileOnly, nullptr,
+     ModelsCommand},
 };
 
 std::string Help() {

@@ -2,6 +2,8 @@
 
 #include "base/text.h"
 #include "files/catalogue.h"
+#include "files/catalogue_listing.h"
+#include "hierarchy/superblock_listing.h"
 #include "photrak/commands.h"
 #include "photrak/console.h"
 #include "photrak/session.h"
@@ -12,8 +14,17 @@ int ModelsCommand(const CommandOptions& options) {
     Session session;
     if (!OpenCatalogue(session)) return exitStatus::failed;
     if (options.file.empty()) {
-        WriteOut(ListModels(session.catalogue));
+        WriteOut(ListModels(session.catalogue) + ListSuperBlocks(session.catalogue));
         return exitStatus::success;
+    }
+    constexpr std::string_view nested = "SuperBlock:";
+    if (options.file.starts_with(nested)) {
+        std::string text;
+        const auto description =
+            DescribeSuperBlock(options.file.substr(nested.size()), session.catalogue, text);
+        Report(description ? "warning" : "error", text);
+        if (description) WriteOut(*description);
+        return description ? exitStatus::success : exitStatus::failed;
     }
     const Component* model = FindModel(session.catalogue, options.file);
     if (!model) {

@@ -8,6 +8,7 @@
 
 #include "files/array_values.h"
 #include "kernel/parameters.h"
+#include "kernel/symbols.h"
 #include "platform/file_system.h"
 
 namespace photrak {
@@ -197,11 +198,20 @@ constexpr struct {
 
 void ReadFirstLine(Component& prototype, LineReader& reader) {
     const bool any = reader.Next();
-    if (prototype.type != "SuperBlock") return;
+    if (prototype.type != superBlockType) return;
     prototype.superBlockFile = "SuperBlock";
     if (!any) return;
     static_cast<void>(reader.Word());
     if (const std::string_view stem = reader.Word(); !stem.empty()) prototype.superBlockFile = stem;
+}
+
+/// What is no number may name variables that only the topology of the SuperBlock has.
+void NoteInnerTexts(Component& prototype) {
+    for (const Parameter& parameter : Items(prototype.parameters)) {
+        const std::string_view text = parameter.value ? parameter.value : "";
+        if (!HasValue(TypeOf(parameter.type)) || text.empty() || IsNumber(text)) continue;
+        prototype.innerTexts[parameter.name] = text;
+    }
 }
 
 bool StorePosition(void** place, std::int16_t value) {
@@ -225,6 +235,7 @@ Status ReadModelDefinition(Component& prototype, LineReader& reader, std::string
             }
         }
     }
+    if (prototype.type == superBlockType) NoteInnerTexts(prototype);
     errorText += definition.faults;
     return definition.result;
 }

@@ -58,13 +58,19 @@ std::string InputTypes(const std::vector<Component*>& ins) {
     return line + "\n";
 }
 
+/// The node that the Out block takes its signal from, as far as its type has a word; or null.
+const Node* NodeOf(const Component& outBlock) {
+    const Node* node = outBlock.inputs.empty() ? nullptr : outBlock.inputs.front().node;
+    return node && node->type >= OpSigType && node->type <= NoSigType ? node : nullptr;
+}
+
 std::string OutputTypes(const std::vector<Component*>& outs) {
     if (outs.empty()) return "OUTSIGTYPES NoSigType\n";
     std::string line = "OUTSIGTYPES ";
     for (const Component* block : outs) {
-        const Node* node = block->inputs.empty() ? nullptr : block->inputs.front().node;
-        if (!node || node->type < OpSigType || node->type > NoSigType) continue;
-        line += Concat(WordOf(sigTypeWords, node->type, ""), " ");
+        if (const Node* node = NodeOf(*block)) {
+            line += Concat(WordOf(sigTypeWords, node->type, ""), " ");
+        }
     }
     return line + "\n";
 }
@@ -135,6 +141,26 @@ Status WriteSuperBlockFile(const std::string& fileName, const SuperBlockPorts& p
         return Status::Success;
     errorText += Concat("ERROR saving SuperBlock: cannot write '", names.definition, "'\n");
     return Status::Error;
+}
+
+bool HasPortsOf(const Component& definition, const SuperBlockPorts& ports) {
+    std::vector<std::int32_t> ins, outs;
+    for (const Component* block : ports.ins) {
+        const std::string_view word = GetParamText(block->parameters, "signalType", "");
+        ins.push_back(CodeOf(sigTypeWords, word).value_or(UnknownSigType));
+    }
+    for (const Component* block : ports.outs) {
+        if (const Node* node = NodeOf(*block)) outs.push_back(node->type);
+    }
+    if (ports.ins.empty()) ins = {NoSigType};
+    if (ports.outs.empty()) outs = {NoSigType};
+    const auto type = [](const Port& port) { return port.sigType; };
+    const auto count = [](const std::vector<Component*>& blocks) {
+        return static_cast<std::int32_t>(std::max<std::size_t>(blocks.size(), 1));
+    };
+    return definition.NUMINPUTS == count(ports.ins) && definition.NUMOUTPUTS == count(ports.outs) &&
+           std::ranges::equal(definition.inputs, ins, {}, type) &&
+           std::ranges::equal(definition.outputs, outs, {}, type);
 }
 
 std::optional<std::string> FindSuperBlockFile(const std::string& name, const Catalogue& catalogue,

@@ -18,6 +18,8 @@ struct SuperBlockPorts {
 SuperBlockPorts FindSuperBlockPorts(const Workspace& workspace);
 /// Whether other topologies can name the file: its stem holds no blank, colon or quote.
 bool CanNameASuperBlock(const std::string& topologyFile);
+/// True if a definition has the counts and types of ports that a save would give it now.
+bool HasPortsOf(const Component& definition, const SuperBlockPorts& ports);
 /// The definition: one parameter for each variable, the first of those with one name.
 std::string SuperBlockText(const std::string& stem, const SuperBlockPorts& ports,
                            const std::vector<Variable>& variables);

@@ -70,7 +70,7 @@ void CheckParameters(Component& component, Workspace& workspace, Findings& findi
     const Status evaluated = EvalComponentParams(component, &workspace, report);
     findings.Add(evaluated, report == prefix ? std::string() : report);
     report.clear();
-    const Status checked = CheckPorts(component, report);
+    const Status checked = CheckPorts(component, report, workspace.name);
     findings.Add(checked, report);
 }
 

@@ -107,7 +107,7 @@ std::string PortLine(std::string_view keyword, const std::vector<Port>& ports) {
 
 void WriteComponent(const Component& c, std::string& out) {
     out += Concat("\nCOMPONENT ", CleanName(c.name), " ", CleanWord(c.type), " ",
-                  c.type == "SuperBlock" ? CleanWord(c.superBlockFile) : "", "\n");
+                  c.type == superBlockType ? CleanWord(c.superBlockFile) : "", "\n");
     out += Concat("NOTE ", CleanLine(c.NOTE), "\n");
     out += Concat("ICON ", CleanWord(c.ICON), " ", c.x, " ", c.y, "\n");
     out += Concat("NUMINPUTS ", c.NUMINPUTS, "\nNUMOUTPUTS ", c.NUMOUTPUTS, "\n");

@@ -1,52 +1,40 @@
 // Values come from the evaluated parameters, texts from them too: "%g", "%d", or the text as typed.
 #include "hierarchy/nested_parameters.h"
 
-#include <filesystem>
-#include <optional>
-
 #include "base/text.h"
-#include "files/model_definition.h"
-#include "kernel/graph.h"
 #include "kernel/parameters.h"
-#include "kernel/symbols.h"
 
 namespace photrak {
 namespace {
 
-/// The variable that a parameter becomes.
+template <class T>
+const T& ValueOf(const Parameter& parameter) {
+    return *static_cast<const T*>(parameter.valactual);
+}
+
+/// The variable that a parameter becomes. What it names out here is unknown inside, so its text is
+/// made from the value wherever there is one.
 Variable VariableOf(const Parameter& parameter) {
+    constexpr int exactDigits = 17;
     Variable variable;
     variable.name = parameter.name;
     variable.type = parameter.type;
     variable.value = parameter.value ? parameter.value : "";
     if (!parameter.valactual) return variable;
     if (parameter.type == DoubleType) {
-        variable.exact = *static_cast<const double*>(parameter.valactual);
+        variable.exact = ValueOf<double>(parameter);
         variable.value = FormatDefault(*variable.exact);
     } else if (parameter.type == IntType) {
-        const std::int32_t value = *static_cast<const std::int32_t*>(parameter.valactual);
-        variable.exact = value;
-        variable.value = Concat(value);
+        variable.exact = ValueOf<std::int32_t>(parameter);
+        variable.value = Concat(ValueOf<std::int32_t>(parameter));
+    } else if (parameter.type == ComplexType) {
+        const auto& value = ValueOf<Complex>(parameter);
+        variable.value = Concat(FormatSignificant(value.re, exactDigits), " ",
+                                FormatSignificant(value.im, exactDigits));
+    } else if (parameter.type == CharType) {
+        variable.value = std::string(1, ValueOf<char>(parameter));
     }
     return variable;
-}
-
-/// The definition as it is on disk now; without one every parameter is handed down.
-std::unique_ptr<Component> DefinitionBeside(const std::string& topologyFile) {
-    auto definition = std::make_unique<Component>();
-    definition->name = definition->type = superBlockType;
-    const auto path = std::filesystem::path(topologyFile).replace_extension(".dts");
-    std::string ignored;
-    if (ReadModelDefinition(*definition, path.string(), ignored) == Status::Error) return nullptr;
-    return definition;
-}
-
-bool KeepsInnerExpression(const Parameter& parameter, const Component* definition) {
-    const std::string_view text = parameter.value ? parameter.value : "";
-    if (!definition || IsNumber(text)) return false;
-    if (parameter.type != DoubleType && parameter.type != IntType) return false;
-    const Parameter* standard = FindParameter(parameter.name, definition->parameters);
-    return standard && standard->value && text == standard->value;
 }
 
 const Parameter* FirstDeviation(const Component& component) {
@@ -62,30 +50,23 @@ const Parameter* FirstDeviation(const Component& component) {
 
 }  // namespace
 
-Status PassParameters(const ModelCall& call, const std::string& file, Workspace& inner) {
-    const std::unique_ptr<Component> definition = DefinitionBeside(file);
+void PassParameters(const Component& block, Workspace& inner) {
     std::vector<Variable> passed;
-    for (const Parameter& parameter : Items(call.component.parameters)) {
-        if (IsArrayType(parameter.type)) continue;
-        if (!KeepsInnerExpression(parameter, definition.get())) {
-            passed.push_back(VariableOf(parameter));
-        }
+    for (const Parameter& parameter : Items(block.parameters)) {
+        if (IsArrayType(parameter.type) || IsEvaluatedInside(block, parameter)) continue;
+        passed.push_back(VariableOf(parameter));
     }
     inner.variables.insert(inner.variables.begin(), std::make_move_iterator(passed.begin()),
                            std::make_move_iterator(passed.end()));
-    return Status::Success;
 }
 
-Status WarnOfDeviations(const ModelCall& call, const Workspace& inner) {
-    if (!(call.options.mode & simMode::statistical)) return Status::Success;
+std::string DeviationInside(const Workspace& inner) {
     for (const auto& component : inner.components) {
         const Parameter* parameter = FirstDeviation(*component);
         if (!parameter) continue;
-        return call.Warn("WARNING: the deviation of parameter '", parameter->name, "' of '",
-                         inner.name, component->name,
-                         "' does not draw: it is inside a SuperBlock\n");
+        return Concat("parameter '", parameter->name, "' of '", inner.name, component->name, "'");
     }
-    return Status::Success;
+    return {};
 }
 
 }  // namespace photrak

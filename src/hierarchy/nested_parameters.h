@@ -4,17 +4,17 @@
 
 #include <string>
 
-#include "kernel/driver.h"
+#include "kernel/workspace.h"
 
 namespace photrak {
 
 /// Hands the evaluated parameters of the block down to the inner workspace, with their exact
-/// values. One that still has the default of the definition, and no number, is left out: there the
-/// inner expression stands and follows the others. `file` is the inner topology's.
-Status PassParameters(const ModelCall& call, const std::string& file, Workspace& inner);
+/// values. What is evaluated inside is left out: there the inner expression stands and follows the
+/// others.
+void PassParameters(const Component& block, Workspace& inner);
 
-/// Deviations of inner parameters do not draw in a statistical run of the outer topology: a warning
-/// names the first of them by path.
-Status WarnOfDeviations(const ModelCall& call, const Workspace& inner);
+/// The first parameter of the inner workspace with a deviation, by its path, as words for a
+/// message; empty if there is none.
+std::string DeviationInside(const Workspace& inner);
 
 }  // namespace photrak

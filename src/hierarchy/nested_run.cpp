@@ -96,6 +96,7 @@ void SetOptions(const SimOptions& outer, std::string_view name, SimOptions& inne
     settings.outerIndex = outer.outerIndex;
     settings.runIndex = outer.runIndex;
     settings.binIndex = outer.binIndex;
+    settings.loopIndex = outer.loopIndex;
     settings.loopSuffix = outer.loopSuffix;
     settings.OUTPUTPREFIX = NestedPrefix(outer, name);
     static_cast<RunSettings&>(inner) = settings;
@@ -142,28 +143,43 @@ std::string NestedPrefix(const SimOptions& outer, std::string_view name) {
     return Concat(nested, name, ResultTags(outer), "_");
 }
 
-std::string NestedTopology(const Component& block, const Workspace& workspace,
-                           const Catalogue& catalogue) {
+std::string NestedFile(const Component& block, std::string_view extension,
+                       const Workspace& workspace, const Catalogue& catalogue) {
     const std::string folder = fs::path(workspace.fileName).parent_path().string();
-    return FindSuperBlockFile(block.superBlockFile + ".top", catalogue, folder).value_or("");
+    return FindSuperBlockFile(Concat(block.superBlockFile, extension), catalogue, folder)
+        .value_or("");
 }
 
 Status SuperBlockRuns::Run(const ModelCall& call, const ModelTable& models) const {
-    const std::string found = NestedTopology(call.component, call.workspace, catalogue_);
+    const std::string found = NestedFile(call.component, ".top", call.workspace, catalogue_);
     const std::string file = found.empty() ? call.component.superBlockFile + ".top" : found;
-    if (open_.empty() && !call.workspace.fileName.empty()) {
-        const OpenFile outermost(open_, Canonical(call.workspace.fileName));
-        return RunFile(call, models, file);
+    if (!stack_.open.empty()) return RunFile(call, models, file);
+    if (stack_.outermost != &call.workspace || stack_.set != call.options.set) {
+        stack_ = {{}, &call.workspace, call.options.set};
+        stack_.draws = (call.options.mode & simMode::statistical) != 0;
     }
+    const OpenFile outermost(stack_.open, Canonical(call.workspace.fileName));
     return RunFile(call, models, file);
+}
+
+/// Once in a run for each parameter; the draws were made for the outermost topology alone.
+Status SuperBlockRuns::WarnOfDeviation(const ModelCall& call, const Workspace& inner) const {
+    if (!stack_.draws) return Status::Success;
+    const std::string undrawn = DeviationInside(inner);
+    if (undrawn.empty() || !stack_.undrawn.insert(undrawn).second) return Status::Success;
+    return call.Warn("WARNING: the deviation of ", undrawn,
+                     " does not draw: it is inside a SuperBlock\n");
 }
 
 Status SuperBlockRuns::RunFile(const ModelCall& call, const ModelTable& models,
                                const std::string& file) const {
     const std::string canonical = Canonical(file);
-    const std::string chain = ChainTo(open_, canonical);
+    const std::string chain = ChainTo(stack_.open, canonical);
     if (!chain.empty()) return call.Refuse("a SuperBlock contains itself: ", chain);
-    const OpenFile open(open_, canonical);
+    if (stack_.open.size() > deepestNesting) {
+        return call.Refuse("SuperBlocks are nested more than ", deepestNesting, " deep");
+    }
+    const OpenFile open(stack_.open, canonical);
 
     std::unique_ptr<Workspace> inner;
     Status status = TopologyLoad(file, inner, catalogue_);
@@ -179,8 +195,8 @@ Status SuperBlockRuns::RunFile(const ModelCall& call, const ModelTable& models,
     const SuperBlockPorts ports = FindSuperBlockPorts(*inner);
     if (HandIn(call, ports.ins) == Status::Error) return Status::Error;
     SetOptions(call.options, call.component.name, *inner->options);
-    MergeStatus(status, PassParameters(call, file, *inner));
-    MergeStatus(status, WarnOfDeviations(call, *inner));
+    PassParameters(call.component, *inner);
+    MergeStatus(status, WarnOfDeviation(call, *inner));
     MergeStatus(status, SimulateNested(*inner, models, call.errorText));
     if (status != Status::Error) HandOut(call, ports.outs);
     DestroyWorkspace(inner);

@@ -2,6 +2,7 @@
 // of which it is a block, and what its Out blocks hold becomes the outputs.
 #pragma once
 
+#include <set>
 #include <string>
 #include <vector>
 
@@ -18,11 +19,24 @@ class SuperBlockRuns : public NestedRuns {
     Status Run(const ModelCall& call, const ModelTable& models) const override;
 
   private:
+    /// What the runs under way share.
+    struct Stack {
+        std::vector<std::string> open;  // files, outermost first
+        const Workspace* outermost = nullptr;
+        std::int32_t set = 0;             // which run of it
+        bool draws = false;               // it is a statistical one
+        std::set<std::string> undrawn{};  // deviations inside that were reported in this run
+    };
+
     Status RunFile(const ModelCall& call, const ModelTable& models, const std::string& file) const;
+    Status WarnOfDeviation(const ModelCall& call, const Workspace& inner) const;
 
     const Catalogue& catalogue_;
-    mutable std::vector<std::string> open_;  // files of the runs under way, outermost first
+    mutable Stack stack_;
 };
+
+/// Levels of SuperBlocks below the outermost topology; each takes an escape level.
+inline constexpr std::size_t deepestNesting = 12;
 
 /// The models InBlock, which hands the signal of its port on, and OutBlock, which takes it up.
 std::vector<ParamSpec> InBlockParamSpecs();
@@ -34,8 +48,9 @@ Status RunOutBlock(const ModelCall& call);
 /// tags of the loops that run outside, each followed by an underscore.
 std::string NestedPrefix(const SimOptions& outer, std::string_view name);
 
-/// The topology of a SuperBlock that a workspace holds, by the path rule; empty if it is nowhere.
-std::string NestedTopology(const Component& block, const Workspace& workspace,
-                           const Catalogue& catalogue);
+/// A file (".top", ".dts") of a SuperBlock that a workspace holds, by the path rule; empty if it is
+/// nowhere.
+std::string NestedFile(const Component& block, std::string_view extension,
+                       const Workspace& workspace, const Catalogue& catalogue);
 
 }  // namespace photrak

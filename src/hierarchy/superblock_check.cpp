@@ -10,6 +10,8 @@
 #include "base/text.h"
 #include "files/model_definition.h"
 #include "files/topology.h"
+#include "files/topology_check.h"
+#include "hierarchy/nested_parameters.h"
 #include "hierarchy/nested_run.h"
 #include "kernel/expression.h"
 #include "kernel/graph.h"
@@ -21,8 +23,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr int mostBlocks = 2000;     // looked into; a file can ask for any number of copies
-constexpr std::size_t deepest = 16;  // levels that a run bears
+constexpr int mostBlocks = 2000;  // looked into; a file can ask for any number of copies
 
 void Warn(std::string& text, Status& status, const std::string& warning) {
     text += "WARNING: " + warning + "\n";
@@ -72,8 +73,13 @@ class Walk {
   private:
     void Block(const Component& block, const Workspace& workspace) {
         const std::string path = workspace.name + block.name;
-        if (++blocks_ > mostBlocks || open_.size() >= deepest) return;
-        const std::string file = NestedTopology(block, workspace, catalogue_);
+        if (++blocks_ > mostBlocks) return;
+        if (open_.size() > deepestNesting) {
+            Fault(Concat("ERROR: component '", path, "': SuperBlocks are nested more than ",
+                         deepestNesting, " deep\n"));
+            return;
+        }
+        const std::string file = NestedFile(block, ".top", workspace, catalogue_);
         if (file.empty()) {
             Fault(Concat("ERROR: component '", path, "': the topology '", block.superBlockFile,
                          ".top' is nowhere to be found\n"));
@@ -84,10 +90,11 @@ class Walk {
                          "': a SuperBlock contains itself: ", Chain(Canonical(file)), "\n"));
             return;
         }
-        Inside(block, path, file);
+        Inside(block, workspace, path, file);
     }
 
-    void Inside(const Component& block, const std::string& path, const std::string& file) {
+    void Inside(const Component& block, const Workspace& workspace, const std::string& path,
+                const std::string& file) {
         std::unique_ptr<Workspace> inner;
         std::string own;
         const Status loaded = TopologyCheckNamed(file, path + ":", inner, catalogue_);
@@ -98,42 +105,46 @@ class Walk {
         const Status ports = CheckAsSuperBlock(*inner, own);
         MergeStatus(status_, ports);
         text_ += Prefixed(path, own);
-        CheckDefinition(block, path, file, *inner);
+        CheckDefinition(block, workspace, path, *inner);
+        CheckWithValues(block, path, *inner);
         MergeStatus(status_, Into(*inner));
         DestroyWorkspace(inner);
     }
 
+    /// Again with the values that the block hands down; what is known is not told twice.
+    void CheckWithValues(const Component& block, const std::string& path, Workspace& inner) {
+        PassParameters(block, inner);
+        const std::size_t known = inner.errorText.size();
+        MergeStatus(status_, CheckTopologyGraph(inner, inner.errorText));
+        text_ += Prefixed(path, inner.errorText.substr(known));
+    }
+
     /// The definition is older than the topology when their ports or names differ.
-    void CheckDefinition(const Component& block, const std::string& path, const std::string& file,
-                         const Workspace& inner) {
-        const SuperBlockPorts ports = FindSuperBlockPorts(inner);
-        const auto differs = [](std::int32_t count, std::size_t blocks) {
-            return static_cast<std::size_t>(std::max(count, 0)) != std::max<std::size_t>(blocks, 1);
-        };
-        if (differs(block.NUMINPUTS, ports.ins.size()) ||
-            differs(block.NUMOUTPUTS, ports.outs.size())) {
-            Warn(text_, status_,
-                 Concat("component '", path, "' has ", block.NUMINPUTS, " inputs and ",
-                        block.NUMOUTPUTS, " outputs, its topology '", file, "' ", ports.ins.size(),
-                        " In and ", ports.outs.size(), " Out blocks: write its .dts anew"));
+    void CheckDefinition(const Component& block, const Workspace& workspace,
+                         const std::string& path, const Workspace& inner) {
+        const std::string stale = Concat("component '", path, "': '", inner.fileName,
+                                         "' has changed since its definition was written: ");
+        const std::string remedy = " ('photrak superblock' writes it anew)";
+        Component definition;
+        definition.name = definition.type = superBlockType;
+        std::string ignored;  // the topology around the block did load it
+        static_cast<void>(ReadModelDefinition(
+            definition, NestedFile(block, ".dts", workspace, catalogue_), ignored));
+        if (!HasPortsOf(definition, FindSuperBlockPorts(inner))) {
+            Warn(text_, status_, Concat(stale, "its ports differ", remedy));
         }
+        std::set<std::string_view> names;
         for (const Variable& variable : inner.variables) {
-            if (!FindParameter(variable.name, block.parameters)) {
-                Warn(text_, status_,
-                     Concat("component '", path, "' lacks the parameter '", variable.name,
-                            "' of its topology '", file, "': write its .dts anew"));
-            }
+            if (!names.insert(variable.name).second) continue;
+            if (FindParameter(variable.name, block.parameters)) continue;
+            Warn(text_, status_,
+                 Concat(stale, "it lacks the parameter '", variable.name, "'", remedy));
         }
         for (const Parameter& parameter : Items(block.parameters)) {
-            const auto same = [&](const Variable& variable) {
-                return variable.name == parameter.name;
-            };
-            if (std::ranges::none_of(inner.variables, same)) {
-                Warn(text_, status_,
-                     Concat("component '", path, "' has the parameter '", parameter.name,
-                            "', which is no variable of its topology '", file,
-                            "': write its .dts anew"));
-            }
+            if (names.contains(parameter.name)) continue;
+            Warn(text_, status_,
+                 Concat(stale, "no variable has the name of its parameter '", parameter.name, "'",
+                        remedy));
         }
     }
 

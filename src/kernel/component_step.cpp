@@ -77,6 +77,8 @@ void LogAndMerge(RunState& run, Status model) {
     if (run.status == Status::Success && model == Status::Success) return;
     MergeStatus(run.status, model);
     if (run.errorText.empty()) return;
+    // The text of an error inside a SuperBlock goes on to the run outside, which logs it.
+    if (model == Status::Error && !run.workspace.name.empty()) return;
     LogText(run.errorText + "\n");
     if (run.status == Status::Warning) run.errorText.clear();
 }
@@ -148,12 +150,12 @@ Status GatherPorts(const Component& component, InputCells& inputs, Owned<Nodelis
     return complete ? Status::Success : OutOfCells(component, errorText);
 }
 
-Status StoreOutputs(Component& component, const SimOptions& options, Owned<Nodelist> outputs,
+Status StoreOutputs(Component& component, const Workspace& workspace, Owned<Nodelist> outputs,
                     std::string& errorText) {
     Status status = Status::Success;
     const auto refuse = [&](const char* why) {
-        AppendPiece(errorText,
-                    Concat("ERROR: component '", component.name, "' left an output ", why));
+        AppendPiece(errorText, Concat("ERROR: component '", workspace.name, component.name,
+                                      "' left an output ", why));
         status = Status::Error;
     };
     Nodelist* cell = outputs.get();
@@ -165,7 +167,7 @@ Status StoreOutputs(Component& component, const SimOptions& options, Owned<Nodel
             } else if (!HasFiniteValues(cell->sig, cell->sigType)) {
                 refuse("with a value that is not finite, or too large to be squared\n");
             } else {
-                MergeStatus(status, PutOnNode(*cell, *port.node, options, errorText));
+                MergeStatus(status, PutOnNode(*cell, *port.node, *workspace.options, errorText));
             }
         }
         if (cell) cell = cell->next;
@@ -185,7 +187,7 @@ void StepComponent(RunState& run) {
     step.component = (*run.list)[run.place];
     Component& reached = *step.component;
     MergeStatus(run.status, EvalComponentParams(reached, &run.workspace, run.errorText));
-    MergeStatus(run.status, CheckPorts(reached, run.errorText));
+    MergeStatus(run.status, CheckPorts(reached, run.errorText, run.workspace.name));
     MergeStatus(run.status, GatherPorts(reached, step.inputs, step.outputs, run.errorText));
     AnnounceComponent(run.workspace, reached);
     LogAndMerge(run, RunBlock(run, step));
@@ -194,7 +196,7 @@ void StepComponent(RunState& run) {
     if (run.status != Status::Error) component.runFlags |= runFlag::hasRun;
     step.inputs.reset();
     const Status stored =
-        StoreOutputs(component, *run.workspace.options, std::move(step.outputs), run.errorText);
+        StoreOutputs(component, run.workspace, std::move(step.outputs), run.errorText);
     if (stored != Status::Success) LogAndMerge(run, stored);
     ReclaimInputs(component, run);
 }

@@ -50,7 +50,7 @@ void StepComponent(RunState& run);
 Status GatherPorts(const Component& component, InputCells& inputs, Owned<Nodelist>& outputs,
                    std::string& errorText);
 /// Moves the cells' signals onto the output nodes; what stood there is deleted.
-Status StoreOutputs(Component& component, const SimOptions& options, Owned<Nodelist> outputs,
+Status StoreOutputs(Component& component, const Workspace& workspace, Owned<Nodelist> outputs,
                     std::string& errorText);
 /// Frees the signals on the component's input nodes that nothing in this run will read again.
 void ReclaimInputs(const Component& component, const RunState& run);

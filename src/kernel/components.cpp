@@ -36,6 +36,7 @@ void CopyDescription(const Component& prototype, Component& component) {
     component.NOTE = prototype.NOTE;
     component.ICON = prototype.ICON;
     component.superBlockFile = prototype.superBlockFile;
+    component.innerTexts = prototype.innerTexts;
     component.MININPUTS = prototype.MININPUTS;
     component.MINOUTPUTS = prototype.MINOUTPUTS;
     component.MAXINPUTS = prototype.MAXINPUTS;
@@ -143,21 +144,22 @@ void RemoveComponent(Component*& component, Workspace& workspace) {
     if (place != workspace.components.cend()) workspace.components.erase(place);
 }
 
-Status CheckPorts(Component& component, std::string& errorText) {
+Status CheckPorts(Component& component, std::string& errorText, std::string_view path) {
     Status status = Status::Success;
     for (const CountTest& test : countTests) {
         if (!test.fails(component)) continue;
-        AppendPiece(errorText, Concat("ERROR: '", component.name, test.complaint));
+        AppendPiece(errorText, Concat("ERROR: '", path, component.name, test.complaint));
         status = Status::Error;
     }
     const bool handsDown = component.type == superBlockType;
     for (Parameter& parameter : Items(component.parameters)) {
+        if (IsEvaluatedInside(component, parameter)) continue;
         // A block of a topology only hands it down, and its limits never bite.
         if (handsDown && parameter.type == ComplexType) continue;
         const std::size_t before = errorText.size();
         MergeStatus(status, ClampParam(parameter, errorText));
         if (errorText.size() > before) {
-            AppendPiece(errorText, Concat("in component ", component.name, "\n"));
+            AppendPiece(errorText, Concat("in component ", path, component.name, "\n"));
         }
     }
     return status;

@@ -22,8 +22,9 @@ Component* AddComponent(Workspace& workspace, std::string_view type, std::string
                         std::int32_t inputs, std::int32_t outputs, const Catalogue& catalogue);
 /// Unlinks it from all nodes, frees it and empties the reference.
 void RemoveComponent(Component*& component, Workspace& workspace);
-/// Port counts against their limits, then every parameter through ClampParam.
-Status CheckPorts(Component& component, std::string& errorText);
+/// Port counts against their limits, then every parameter through ClampParam. `path` is that of the
+/// SuperBlocks around the component, for the messages.
+Status CheckPorts(Component& component, std::string& errorText, std::string_view path = {});
 /// The first of its name in a list, or null; among prototypes the name is the type.
 Component* FindComponent(std::string_view name, const ComponentList& list);
 

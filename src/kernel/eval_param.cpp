@@ -185,10 +185,19 @@ Status EvalParam(Parameter* parameter, Workspace* workspace, std::string& errorT
     return Status::Success;
 }
 
+bool IsEvaluatedInside(const Component& component, const Parameter& parameter) {
+    if (component.innerTexts.empty()) return false;
+    // What draws is drawn out here.
+    if (parameter.PROBDIST != NoProbDist || parameter.IPROBDIST != NoProbDist) return false;
+    const auto own = component.innerTexts.find(TextOf(parameter.name));
+    return own != component.innerTexts.end() && own->second == TextOf(parameter.value);
+}
+
 Status EvalComponentParams(Component& component, Workspace* workspace, std::string& errorText) {
     Status result = Status::Success;
     Status status = Status::Success;  // a parameter that is not evaluated keeps the one before it
     for (Parameter* parameter = component.parameters; parameter; parameter = parameter->next) {
+        if (IsEvaluatedInside(component, *parameter)) continue;
         if (HasValue(TypeOf(parameter->type))) status = EvalParam(parameter, workspace, errorText);
         MergeStatus(result, status);
         if (status != Status::Error && parameter->drawCursor) ApplyDraw(*parameter);

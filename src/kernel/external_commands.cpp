@@ -2,6 +2,7 @@
 // environment may hold shell words; a file name, which may come from a topology, never gets there.
 #include "kernel/external_commands.h"
 
+#include <algorithm>
 #include <optional>
 
 #include "platform/host.h"
@@ -65,6 +66,18 @@ int StartOnFile(const char* variable, std::vector<std::string> program, const st
     return StartProgram(program, wait);
 }
 
+/// The words of a text, split at blanks.
+std::vector<std::string> Words(std::string_view text) {
+    std::vector<std::string> words;
+    constexpr std::string_view blanks = " \t\r\n";
+    for (std::size_t at = text.find_first_not_of(blanks); at != text.npos;) {
+        const std::size_t end = std::min(text.find_first_of(blanks, at), text.size());
+        words.emplace_back(text.substr(at, end - at));
+        at = text.find_first_not_of(blanks, end);
+    }
+    return words;
+}
+
 /// Editors take a leading '-' or '+' for an option, some of which run commands.
 std::string NoOption(const std::string& file) {
     const bool optionLike = !file.empty() && (file[0] == '-' || file[0] == '+');
@@ -102,7 +115,10 @@ int RunEditor(const std::string& file, Wait wait) {
 }
 
 int RunIconEditor(const std::string& file, Wait wait) {
-    return StartOnFile("PHOTRAK_ICON_EDITOR", {"xdg-open"}, NoOption(file), wait);
+    std::vector<std::string> program = Words(Setting("PHOTRAK_ICON_EDITOR").value_or(""));
+    if (program.empty()) program = {"xdg-open"};
+    program.push_back(NoOption(file));
+    return StartProgram(program, wait);
 }
 
 void LaunchPlot(const std::string& file, Wait wait) {

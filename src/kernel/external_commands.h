@@ -30,7 +30,8 @@ int RunCommandLine(std::string_view command);
 int RunPlotCommand(const std::string& file, Wait wait);
 /// Starts the editor on FILE: EDITOR if set, else "notepad".
 int RunEditor(const std::string& file, Wait wait);
-/// Starts a program to draw an icon in on FILE: PHOTRAK_ICON_EDITOR if set, else "xdg-open".
+/// Starts a program to draw an icon in on FILE: the words of PHOTRAK_ICON_EDITOR if set, else
+/// "xdg-open". No shell reads them.
 int RunIconEditor(const std::string& file, Wait wait);
 /// Starts the viewer of a plot block on "@FILE": PLOTCMD if set, else "vistrax". No result is
 /// taken.

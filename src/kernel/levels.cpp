@@ -43,7 +43,7 @@ Status AssignLevels(Workspace& workspace, std::string& errorText) {
         queue.pop_front();
         const std::int32_t level = component.level + LoopStep(component);
         if (level > greatestLevel) {
-            AppendPiece(errorText, Concat("ERROR: component '", component.name,
+            AppendPiece(errorText, Concat("ERROR: component '", workspace.name, component.name,
                                           "' is wired in a cycle that opens a repetition loop "
                                           "without closing it\n"));
             return Status::Error;

@@ -24,8 +24,8 @@ std::int32_t PreparedCount(Component& block, Workspace& workspace) {
     const auto* least = static_cast<const std::int32_t*>(parameter->min);
     const auto* greatest = static_cast<const std::int32_t*>(parameter->max);
     if ((!least || count >= *least) && (!greatest || count <= *greatest)) return count;
-    LogText(Concat("\nWARNING: number of loop repetitions for component '", block.name,
-                   "' outside limits.\n"));
+    LogText(Concat("\nWARNING: number of loop repetitions for component '", workspace.name,
+                   block.name, "' outside limits.\n"));
     return 1;
 }
 
@@ -43,7 +43,7 @@ void SetLoopCoordinates(RunState& run) {
 
 Status FailCopy(const RunState& run, const Component& component) {
     AppendPiece(run.errorText, Concat("ERROR: out of memory copying the signals of component '",
-                                      component.name, "'\n"));
+                                      run.workspace.name, component.name, "'\n"));
     return Status::Error;
 }
 
@@ -117,8 +117,7 @@ Status GoRound(RunState& run, Step& step) {
     }
     if (status == Status::Success) status = MoveSignals(run, step, outputs.get());
     if (status != Status::Success) return status;
-    status = StoreOutputs(*step.component, *run.workspace.options, std::move(step.outputs),
-                          run.errorText);
+    status = StoreOutputs(*step.component, run.workspace, std::move(step.outputs), run.errorText);
     for (std::size_t place = frame.place; place <= run.place; ++place) {
         (*run.list)[place]->runFlags &= static_cast<std::uint16_t>(~runFlag::hasRun);
     }

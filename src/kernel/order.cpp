@@ -9,12 +9,12 @@
 namespace photrak {
 namespace {
 
-Status CheckNodes(const Component& component, const std::vector<Port>& ports, const char* kind,
+Status CheckNodes(const std::string& path, const std::vector<Port>& ports, const char* kind,
                   std::string& errorText) {
     for (std::size_t i = 0; i < ports.size(); ++i) {
         if (ports[i].node) continue;
-        AppendPiece(errorText, Concat("ERROR: ", kind, " ", i + 1, " of component '",
-                                      component.name, "' stands on no node\n"));
+        AppendPiece(errorText, Concat("ERROR: ", kind, " ", i + 1, " of component '", path,
+                                      "' stands on no node\n"));
         return Status::Error;
     }
     return Status::Success;
@@ -73,12 +73,12 @@ class OrderWalk {
     Status Open(Visit& visit, Component& driver) {
         if (driver.runFlags & (runFlag::ordered | runFlag::independent)) return Status::Success;
         if (driver.runFlags & runFlag::open) {
-            AppendPiece(errorText_, Concat("ERROR: component '", driver.name,
+            AppendPiece(errorText_, Concat("ERROR: component '", workspace_.name, driver.name,
                                            "' is wired in a cycle; a signal goes round only "
                                            "between a LoopBeginBlock and a LoopEndBlock\n"));
             return Status::Error;
         }
-        if (CheckPortNodes(driver, errorText_) == Status::Error) return Status::Error;
+        if (CheckPortNodes(workspace_, driver, errorText_) == Status::Error) return Status::Error;
         // By design: an ordinary driver goes on with the adjustment of the loop block that
         // was queued before it on this node.
         if (const std::int32_t step = LoopStep(driver); step != 0) visit.adjust = -step;
@@ -122,7 +122,8 @@ class OrderWalk {
                 !(reader->runFlags & runFlag::ordered) && !reader->outputs.empty() &&
                 reader->outputs.front().sigType == NoSigType && reader->NUMINPUTS == 1;
             if (!isPlot) continue;
-            if (CheckPortNodes(*reader, errorText_) == Status::Error) return Status::Error;
+            if (CheckPortNodes(workspace_, *reader, errorText_) == Status::Error)
+                return Status::Error;
             Append(*reader);
         }
         return Status::Success;
@@ -138,10 +139,12 @@ class OrderWalk {
 
 }  // namespace
 
-Status CheckPortNodes(const Component& component, std::string& errorText) {
-    const Status inputs = CheckNodes(component, component.inputs, "input", errorText);
+Status CheckPortNodes(const Workspace& workspace, const Component& component,
+                      std::string& errorText) {
+    const std::string path = workspace.name + component.name;
+    const Status inputs = CheckNodes(path, component.inputs, "input", errorText);
     if (inputs != Status::Success) return inputs;
-    return CheckNodes(component, component.outputs, "output", errorText);
+    return CheckNodes(path, component.outputs, "output", errorText);
 }
 
 Status OrderFromNode(Node& node, std::int32_t depth, Workspace& workspace, RunOrder& order,
@@ -153,7 +156,7 @@ Status OrderWorkspace(Workspace& workspace, RunOrder& order, NodeSet& nodes,
                       std::string& errorText) {
     for (const auto& component : workspace.components) component->runFlags = 0;
     for (const auto& component : workspace.components) {
-        if (CheckPortNodes(*component, errorText) == Status::Error) return Status::Error;
+        if (CheckPortNodes(workspace, *component, errorText) == Status::Error) return Status::Error;
     }
     if (AssignLevels(workspace, errorText) == Status::Error) return Status::Error;
     for (Node* node : workspace.ENDNODES) {

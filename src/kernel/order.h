@@ -13,10 +13,10 @@ using RunOrder = std::vector<Component*>;       // borrowed from the workspace
 using NodeSet = std::map<std::int32_t, Node*>;  // ascending, no duplicates
 
 inline constexpr std::string_view loopBeginType = "LoopBeginBlock", loopEndType = "LoopEndBlock";
-inline constexpr std::string_view superBlockType = "SuperBlock";
 
 /// Error with a text that names the component when one of its ports stands on no node.
-Status CheckPortNodes(const Component& component, std::string& errorText);
+Status CheckPortNodes(const Workspace& workspace, const Component& component,
+                      std::string& errorText);
 
 /// Post-order walk from `node` against the wires; appends to the order and the node set. Iterative:
 /// a chain of any length is fine. Error with a text that names the component on a wired cycle, and

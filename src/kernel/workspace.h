@@ -80,11 +80,16 @@ inline constexpr std::uint16_t open = 0x80;         // its inputs are being orde
 
 inline constexpr std::int32_t levelNotReached = -1000;
 
+inline constexpr std::string_view superBlockType = "SuperBlock";
+
 /// A block of the topology, or a prototype of the catalogue (name and type both the model type).
 struct Component {
     std::string name, type, NOTE, ICON;
     std::string superBlockFile;  // stem of the SuperBlock's topology, for type SuperBlock
-    std::int32_t x = 0, y = 0;   // icon position
+    /// Of a SuperBlock: the defaults of its definition that are no numbers, by parameter. What
+    /// still has its own is evaluated inside, among the variables that it names.
+    std::map<std::string, std::string, std::less<>> innerTexts;
+    std::int32_t x = 0, y = 0;  // icon position
     std::int32_t NUMINPUTS = 0, NUMOUTPUTS = 0;
     std::int32_t MININPUTS = 0, MINOUTPUTS = 0, MAXINPUTS = 0, MAXOUTPUTS = 0;
     std::int16_t NUMINEQNUMOUTNODES = 0;  // non-zero: input and output counts must be equal

@@ -65,6 +65,7 @@ Status CopyComponent(const Component* source, std::unique_ptr<Component>& result
         copy->NOTE = source->NOTE;
         copy->ICON = source->ICON;
         copy->superBlockFile = source->superBlockFile;
+        copy->innerTexts = source->innerTexts;
         copy->x = source->x;
         copy->y = source->y;
         copy->NUMINPUTS = source->NUMINPUTS;

@@ -37,6 +37,10 @@ TEST_F(ExternalCommands, ProgramsAndTheirArguments) {
          launch,
          {"/bin/dash", "-c", "view \"$@\"", "/bin/dash", "@a b.pcs"}},
         {{}, [] { RunEditor("+!x", Wait::No); }, {"notepad", "./+!x"}},
+        {{}, [] { RunIconEditor("-x.bmp", Wait::No); }, {"xdg-open", "./-x.bmp"}},
+        {{{"PHOTRAK_ICON_EDITOR", " /opt/paint  -n; $HOME"}},
+         [] { RunIconEditor("x y.bmp", Wait::No); },
+         {"/opt/paint", "-n;", "$HOME", "x y.bmp"}},
     };
     for (const auto& row : rows) {
         host.commands.clear();

@@ -166,20 +166,150 @@ TEST_F(SuperBlocks, FaultsInsideAreNamedByTheirPath) {
     }
 }
 
-TEST_F(SuperBlocks, DefaultsThatAreExpressionsFollowWhatIsHandedDown) {
-    WriteText("span.top",
-              Topology(Variables("twice DoubleType 2*length\nlength DoubleType 1e3\n"),
-                       {{"In", "InBlock", "0", "1", Port()},
-                        {"Delay", "FiberDelay", "1", "2", Number("delay", "twice*1e-15")},
-                        {"Out", "OutBlock", "2", "0", ""}}));
+TEST_F(SuperBlocks, ParametersOfEveryTypeGoDownExactlyAndDefaultsFollowThem) {
+    const std::string types =
+        "a DoubleType 2*d\nch CharType q\nd DoubleType 1e3\nn IntType 4\ns StringType x\n"
+        "w EnumType red\nz ComplexType 1 2\n";
+    WriteText("span.top", Topology(Variables(types), {{"In", "InBlock", "0", "1", Port()},
+                                                      {"Delay", "FiberDelay", "1", "2",
+                                                       Number("delay", "(a+n)*1e-15")},
+                                                      {"Out", "OutBlock", "2", "0", ""}}));
     Define("span.top");
+    // "a" keeps its default, which names a variable that only the inner topology has.
+    const std::string set =
+        Number("d", "k/3") +
+        "PARAM n IntType\nVALUE 7.9\nENDPARAM\nPARAM s StringType\nVALUE %s%n\n" +
+        "ENDPARAM\nPARAM z ComplexType\nVALUE zz\nENDPARAM\nPARAM ch CharType\nVALUE "
+        "cc\nENDPARAM\n";
+    WriteText("middle.top",
+              Topology(Variables("cc CharType y\nk DoubleType 1\nzz ComplexType 0.1 -2\n"),
+                       {{"In", "InBlock", "0", "1", Port()},
+                        {"Span", "SuperBlock span", "1", "2", set},
+                        {"Out", "OutBlock", "2", "0", ""}}));
+    Define("middle.top");
     WriteText("out.top", Topology("", {{"Laser", "CWLaserModel", "0", "1", ""},
-                                       {"Line", "SuperBlock span", "1", "2",
-                                        Number("length", "4e3") + Number("twice", "2*length")},
+                                       {"Line", "SuperBlock middle", "1", "2", Number("k", "1e4")},
                                        {"Keep", "SaveSigBlock", "2", "0", ""}}));
-    const ProgramResult result = Photrak("run --quiet out.top");
+    const ProgramResult result = Photrak("run --quiet --strict out.top");
     ASSERT_EQ(result.status, 0) << result.error;
-    EXPECT_NE(FileText("Keep.sgd").find("8e-12"), std::string::npos) << FileText("Keep.sgd");
+    // 2e4/3 + 7 fs, all 16 digits of it: "%g" would have left 6.67367e-12.
+    const std::string signal = FileText("Keep.sgd");
+    const std::string word = "startTime ";
+    const std::size_t at = signal.find(word);
+    ASSERT_NE(at, std::string::npos) << signal;
+    EXPECT_NEAR(std::stod(signal.substr(at + word.size())), (2e4 / 3 + 7) * 1e-15, 1e-26);
+}
+
+TEST_F(SuperBlocks, CheckTellsWhatADefinitionNoLongerFits) {
+    const std::string span = FileText("span.top");
+    const auto warnings = [&](const std::string& from, const std::string& to) {
+        std::string changed = span;
+        changed.replace(changed.find(from), from.size(), to);
+        WriteText("span.top", changed);
+        const ProgramResult check = Photrak("check --strict nested.top");
+        EXPECT_EQ(check.status, 2) << check.error;
+        return check.error;
+    };
+    const struct {
+        std::string from, to, told;
+    } rows[] = {
+        {"VALUE OpSigType", "VALUE BinSigType", "its ports differ"},
+        {"length DoubleType 1\n", "length DoubleType 1\nlonger DoubleType 2\n",
+         "lacks the parameter 'longer'"},
+        {"length DoubleType 1\n", "lengths DoubleType 1\nlength1 DoubleType 1\n",
+         "no variable has the name of its parameter 'length'"},
+        {"length DoubleType 1\n", "length DoubleType 1\nlength DoubleType 3\n",
+         "variable 'length' is declared twice"},
+        {"length DoubleType 1\n", "length DoubleType 1\npi DoubleType 3\n",
+         "variable 'pi' is hidden by the built-in value"},
+        {"portNumber IntType\nVALUE 1", "portNumber IntType\nVALUE 2", "input port 1 is left out"},
+    };
+    for (const auto& row : rows) {
+        const std::string text = warnings(row.from, row.to);
+        EXPECT_NE(text.find(row.told), std::string::npos) << text;
+        EXPECT_NE(text.find("'Line:Span'"), std::string::npos) << text;
+    }
+    // The inner blocks are looked at with the values that the outer ones hand down.
+    WriteText("span.top", span);
+    EXPECT_EQ(Photrak("check --strict nested.top").status, 0);
+    const ProgramResult set = Photrak("check --strict --set length=1e12 nested.top");
+    EXPECT_EQ(set.status, 2) << set.error;
+    EXPECT_NE(set.error.find("Line:Span:Fiber"), std::string::npos) << set.error;
+}
+
+TEST_F(SuperBlocks, TestersInsideAreListedByTheirPathInStatisticalRunsToo) {
+    std::vector<BlockText> inside;
+    for (const BlockText& block : Link({})) {
+        const bool ends = block.name == "Receiver" || block.name == "Tester";
+        if (ends) inside.push_back(block);
+    }
+    inside.push_back({"Light", "InBlock", "0", "6", Port()});
+    inside.push_back({"Sent", "InBlock", "0", "1",
+                      "PARAM portNumber IntType\nVALUE 2\nENDPARAM\nPARAM signalType EnumType\n"
+                      "VALUE BinSigType\nENDPARAM\n"});
+    inside[0].parameters = Number("fe_tZ", "500", "STDDEV 3\nPROBDIST GausProbDist\n");
+    WriteText("end.top", Topology("", inside));
+    Define("end.top");
+    std::vector<BlockText> outer = Link(Span("4", "5", "6", "Fiber", "Amplifier"));
+    std::erase_if(outer, [](const BlockText& b) { return b.name == "Receiver"; });
+    outer[4] = {"End", "SuperBlock end", "6 1", "0", ""};
+    WriteText("ends.top", Topology(Variables("length DoubleType 1e4\n") + options_, outer));
+    ASSERT_EQ(outer[4].name, "End");
+    const ProgramResult result = Photrak("scan --quiet --runs 3 ends.top");
+    ASSERT_EQ(result.status, 0) << result.error;
+    EXPECT_NE(result.out.find("BER End:Tester: "), std::string::npos) << result.out;
+    for (const char* name : {"phtmp_End_r1_out.bdt", "phtmp_End_r3_out.bdt"}) {
+        EXPECT_NE(result.out.find(name), std::string::npos) << result.out;
+    }
+    const std::string log = FileText("log.txt");
+    const std::size_t told = log.find("'End:Receiver' does not draw");
+    ASSERT_NE(told, std::string::npos) << log;
+    EXPECT_EQ(log.find("does not draw", told + 40), std::string::npos) << "once, not for each draw";
+}
+
+TEST_F(SuperBlocks, HostileLevelsEndWithAnError) {
+    // Deeper than any run may nest, each level a file of its own.
+    for (int level = 0; level < 14; ++level) {
+        const std::string file = "deep" + std::to_string(level) + ".top";
+        const std::string next = level == 0 ? "span" : "deep" + std::to_string(level - 1);
+        WriteText(file, Topology("", {{"In", "InBlock", "0", "1", Port()},
+                                      {"A", "SuperBlock " + next, "1", "2", ""},
+                                      {"Out", "OutBlock", "2", "0", ""}}));
+        Define(file);
+    }
+    WriteText("out.top", Topology("", {{"Laser", "CWLaserModel", "0", "1", ""},
+                                       {"Line", "SuperBlock deep13", "1", "2", ""},
+                                       {"Keep", "SaveSigBlock", "2", "0", ""}}));
+    for (const char* command : {"check out.top", "run --quiet out.top"}) {
+        const ProgramResult deep = Photrak(command);
+        EXPECT_EQ(deep.status, 1) << command;
+        EXPECT_NE(deep.error.find("nested more than 12 deep"), std::string::npos) << deep.error;
+    }
+    // The topology went away after its definition was written.
+    std::filesystem::remove("span.top");
+    for (const char* command : {"check nested.top", "run --quiet nested.top"}) {
+        const ProgramResult gone = Photrak(command);
+        EXPECT_EQ(gone.status, 1) << command;
+        EXPECT_NE(gone.error.find("Line:Span"), std::string::npos) << gone.error;
+    }
+}
+
+TEST_F(SuperBlocks, AnInBlockThatStandsAloneNamesItsPort) {
+    EXPECT_EQ(Photrak("run --quiet --strict span.top").status, 2);
+    const std::string log = FileText("log.txt");
+    EXPECT_NE(log.find("component 'In': nothing stands at input port 1; "), std::string::npos)
+        << log;
+}
+
+TEST_F(SuperBlocks, ModelsShowsTheBlocksInsideByTheirPath) {
+    const std::string list = Photrak("models").out;
+    EXPECT_NE(list.find("SuperBlock:AmplifiedSpan"), std::string::npos) << list;
+    const std::string text = Photrak("models SuperBlock:middle").out;
+    for (const char* line : {"inputs:  1: optical", "  length", "middle:Span  SuperBlock:span\n",
+                             "middle:Span:Fiber  NonlinearFiberModel\n"}) {
+        EXPECT_NE(text.find(line), std::string::npos) << text;
+    }
+    EXPECT_EQ(Photrak("models SuperBlock:nowhere").status, 1);
 }
 
 TEST_F(SuperBlocks, ATopologyWithoutPortsIsNone) {
@@ -242,14 +372,7 @@ TEST_F(SuperBlocks, ParametersOfEveryTypePassAndTheFirstOfANameCounts) {
     EXPECT_NE(delayOf(values).find("4e-12"), std::string::npos) << FileText("Keep.sgd");
 }
 
-TEST_F(SuperBlocks, CheckTellsWhatTheDefinitionAndTheTopologyDoNotShare) {
-    std::string span = FileText("span.top");
-    span.replace(span.find("length DoubleType"), 17, "distance DoubleType");
-    WriteText("span.top", span);
-    const std::string old = Photrak("check nested.top").error;
-    EXPECT_NE(old.find("lacks the parameter 'distance'"), std::string::npos) << old;
-    EXPECT_NE(old.find("has the parameter 'length'"), std::string::npos) << old;
-    // A topology that is to be a block is looked at itself, too.
+TEST_F(SuperBlocks, CheckLooksAtATopologyThatIsToBeABlock) {
     WriteText("own.top",
               Topology(Variables("c DoubleType 1\n"), {{"In", "InBlock", "0", "1", Port()},
                                                        {"More", "InBlock", "0", "2", Port()}}));
