@@ -104,9 +104,27 @@ std::unique_ptr<Component> TakeOut(const Component& component, ComponentList& li
     return taken;
 }
 
+void SwapSettings(Component& a, Component& b) {
+    a.name.swap(b.name);
+    a.type.swap(b.type);
+    a.NOTE.swap(b.NOTE);
+    a.ICON.swap(b.ICON);
+    a.superBlockFile.swap(b.superBlockFile);
+    a.inputs.swap(b.inputs);
+    a.outputs.swap(b.outputs);
+    std::swap(a.parameters, b.parameters);
+    for (const auto field :
+         {&Component::NUMINPUTS, &Component::NUMOUTPUTS, &Component::MININPUTS,
+          &Component::MINOUTPUTS, &Component::MAXINPUTS, &Component::MAXOUTPUTS}) {
+        std::swap(a.*field, b.*field);
+    }
+    std::swap(a.NUMINEQNUMOUTNODES, b.NUMINEQNUMOUTNODES);
+    std::swap(a.testOutput, b.testOutput);
+}
+
 bool SameSettings(const Component& a, const Component& b) {
-    if (a.name != b.name || a.type != b.type || a.x != b.x || a.y != b.y || a.NOTE != b.NOTE ||
-        a.ICON != b.ICON || a.superBlockFile != b.superBlockFile || a.NUMINPUTS != b.NUMINPUTS ||
+    if (a.name != b.name || a.type != b.type || a.NOTE != b.NOTE || a.ICON != b.ICON ||
+        a.superBlockFile != b.superBlockFile || a.NUMINPUTS != b.NUMINPUTS ||
         a.NUMOUTPUTS != b.NUMOUTPUTS) {
         return false;
     }

@@ -20,7 +20,11 @@ Component* InsertByName(std::unique_ptr<Component> component, ComponentList& lis
 /// The owner of the component, taken out of the list; null if it is not there.
 std::unique_ptr<Component> TakeOut(const Component& component, ComponentList& list);
 
-/// Everything that a user can set is equal, ports and values of a run aside.
+/// Exchanges what belongs to the blocks by themselves, ports included; positions, run flags and
+/// results stay. Never fails.
+void SwapSettings(Component& a, Component& b);
+
+/// Everything that a user can set is equal; position, ports and values of a run aside.
 bool SameSettings(const Component& a, const Component& b);
 
 }  // namespace photrak

@@ -9,8 +9,6 @@
 namespace photrak {
 namespace {
 
-constexpr std::int32_t margin = 3;  // of the port zone, and around squares, pixels
-
 /// Top of the first port's square.
 std::int32_t FirstTop(std::int32_t iconTop, std::int32_t count, const Scale& scale) {
     const std::int32_t pitch = scale.portPitch;
@@ -37,42 +35,6 @@ std::int32_t NearestPort(const Component& component, Side side, std::int32_t y,
         }
     }
     return nearest;
-}
-
-Hit HitOnComponent(Component& component, CanvasPoint point, const Scale& scale) {
-    const CanvasPoint icon = IconAt(component, scale);
-    const std::int32_t size = scale.iconSize, inner = std::min(margin, size / 4);
-    const bool onBody = point.x > icon.x + inner && point.x < icon.x + size - inner &&
-                        point.y > icon.y + inner && point.y < icon.y + size - inner;
-    Hit hit{&component, Side::Input, 0, {}};
-    if (onBody) return hit;
-    if (std::abs(point.x - icon.x - size) < std::abs(point.x - icon.x)) hit.side = Side::Output;
-    hit.port = NearestPort(component, hit.side, point.y, scale);
-    if (hit.port > 0) hit.wireEnd = WireEndAt(component, hit.side, hit.port, scale);
-    return hit;
-}
-
-/// The port whose grown square holds the point, nearest in height; earlier in the list on a tie.
-Hit HitOnTick(const Workspace& workspace, CanvasPoint point, const Scale& scale) {
-    Hit best;
-    std::int32_t least = 0;
-    for (const auto& component : workspace.components) {
-        for (const Side side : {Side::Input, Side::Output}) {
-            const std::int32_t port = NearestPort(*component, side, point.y, scale);
-            if (port == 0) continue;
-            const CanvasPoint tick = TickAt(*component, side, port, scale);
-            const std::int32_t last = scale.portTick - 1 + margin;
-            if (!Within(point, {tick.x - margin, tick.y - margin}, {tick.x + last, tick.y + last}))
-                continue;
-            const CanvasPoint end = WireEndAt(*component, side, port, scale);
-            const std::int32_t distance = std::abs(point.y - end.y);
-            if (!best.component || distance < least) {
-                best = {component.get(), side, port, end};
-                least = distance;
-            }
-        }
-    }
-    return best;
 }
 
 /// An input port that stands on a node, by its reader's place in the list.
@@ -138,16 +100,37 @@ CanvasPoint WireEndAt(const Component& component, Side side, std::int32_t port,
     return end;
 }
 
-Hit HitTest(const Workspace& workspace, CanvasPoint point, const Scale& scale) {
-    const std::int32_t outer = std::min(margin, (scale.gridSize - scale.iconSize) / 2);
-    const std::int32_t reach = scale.iconSize + outer;
-    for (const auto& component : workspace.components) {
-        const CanvasPoint icon = IconAt(*component, scale);
-        if (Within(point, {icon.x - outer, icon.y - outer}, {icon.x + reach, icon.y + reach})) {
-            return HitOnComponent(*component, point, scale);
-        }
-    }
-    return HitOnTick(workspace, point, scale);
+std::int32_t OuterMargin(const Scale& scale) {
+    return std::min(portZone, (scale.gridSize - scale.iconSize) / 2);
+}
+
+bool IsOnBlock(CanvasPoint icon, CanvasPoint point, const Scale& scale) {
+    const std::int32_t outer = OuterMargin(scale), reach = scale.iconSize + outer;
+    return Within(point, {icon.x - outer, icon.y - outer}, {icon.x + reach, icon.y + reach});
+}
+
+Hit HitOnComponent(Component& component, CanvasPoint point, const Scale& scale) {
+    const CanvasPoint icon = IconAt(component, scale);
+    const std::int32_t size = scale.iconSize, inner = std::min(portZone, size / 4);
+    const bool onBody = point.x > icon.x + inner && point.x < icon.x + size - inner &&
+                        point.y > icon.y + inner && point.y < icon.y + size - inner;
+    Hit hit{&component, Side::Input, 0, {}};
+    if (onBody) return hit;
+    if (std::abs(point.x - icon.x - size) < std::abs(point.x - icon.x)) hit.side = Side::Output;
+    hit.port = NearestPort(component, hit.side, point.y, scale);
+    if (hit.port > 0) hit.wireEnd = WireEndAt(component, hit.side, hit.port, scale);
+    return hit;
+}
+
+Hit HitOnTick(Component& component, Side side, CanvasPoint point, const Scale& scale) {
+    const std::int32_t port = NearestPort(component, side, point.y, scale);
+    if (port == 0) return {};
+    const CanvasPoint tick = TickAt(component, side, port, scale);
+    const std::int32_t last = scale.portTick - 1 + portZone;
+    const bool holds =
+        Within(point, {tick.x - portZone, tick.y - portZone}, {tick.x + last, tick.y + last});
+    if (!holds) return {};
+    return {&component, side, port, WireEndAt(component, side, port, scale)};
 }
 
 std::vector<Wire> Wires(const Workspace& workspace, const Scale& scale) {
@@ -183,16 +166,10 @@ std::vector<Wire> Wires(const Workspace& workspace, const Scale& scale) {
     return wires;
 }
 
-bool HoldsCell(const Component& component, CanvasPoint corner) {
-    constexpr std::int32_t around = 3;
-    const CanvasPoint at = DrawnAt(component);
-    return Within(corner, {at.x - around, at.y - around},
-                  {at.x + iconUnits + around, at.y + iconUnits + around});
-}
-
-bool IsCellTaken(const Workspace& workspace, CanvasPoint corner) {
-    return std::ranges::any_of(
-        workspace.components, [&](const auto& component) { return HoldsCell(*component, corner); });
+bool HoldsCell(CanvasPoint drawnAt, CanvasPoint corner) {
+    constexpr std::int32_t far = iconUnits + portZoneUnits;
+    return Within(corner, {drawnAt.x - portZoneUnits, drawnAt.y - portZoneUnits},
+                  {drawnAt.x + far, drawnAt.y + far});
 }
 
 CanvasPoint Extent(const Workspace& workspace, const Scale& scale) {

@@ -39,11 +39,17 @@ CanvasPoint IconAt(const Component& component, const Scale& scale);
 CanvasPoint TickAt(const Component& component, Side side, std::int32_t port, const Scale& scale);
 CanvasPoint WireEndAt(const Component& component, Side side, std::int32_t port, const Scale& scale);
 
-/// The first component, in list order, whose rectangle holds the point. A point on the margin
-/// around the icon's border is in the port zone: the nearest port of the nearer side. Where no
-/// rectangle holds it, a port's square grown by 3 pixels does, so that long rows of ports can be
-/// reached.
-Hit HitTest(const Workspace& workspace, CanvasPoint point, const Scale& scale);
+inline constexpr std::int32_t portZone = 3;       // around an icon's border and a port, pixels
+inline constexpr std::int32_t portZoneUnits = 3;  // around an icon, model units
+
+/// How far the rectangle of a block reaches beyond its icon: less where neighbors would meet.
+std::int32_t OuterMargin(const Scale& scale);
+/// Whether the rectangle of a block with its icon there (pixels) holds the point.
+bool IsOnBlock(CanvasPoint icon, CanvasPoint point, const Scale& scale);
+/// Body or port of a block whose rectangle holds the point.
+Hit HitOnComponent(Component& component, CanvasPoint point, const Scale& scale);
+/// The port of the side nearest in height, if its grown square holds the point.
+Hit HitOnTick(Component& component, Side side, CanvasPoint point, const Scale& scale);
 
 /// One wire, from the first driver of its node to one input port.
 struct Wire {
@@ -56,9 +62,9 @@ struct Wire {
 /// All wires: by node, then reader in list order, then port.
 std::vector<Wire> Wires(const Workspace& workspace, const Scale& scale);
 
-/// A component holds a cell whose corner (model units) lies within its icon and 3 units around.
-bool HoldsCell(const Component& component, CanvasPoint corner);
-bool IsCellTaken(const Workspace& workspace, CanvasPoint corner);
+/// A component drawn there holds a cell whose corner lies within its icon and 3 units around;
+/// model units.
+bool HoldsCell(CanvasPoint drawnAt, CanvasPoint corner);
 
 /// Width and height of the diagram. By design model units are mixed with pixels: exact at zoom 1
 /// only, and View Full and printing rest on it.

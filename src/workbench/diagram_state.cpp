@@ -1,18 +1,15 @@
-// Taking a state compares each record with the former one and shares it when equal; restoring makes
-// new components and nodes and puts every port and reader back in its place.
+// Taking a state: each record is compared with the former one and shared when equal.
 #include "workbench/diagram_state.h"
 
 #include <algorithm>
 #include <new>
 
+#include "files/topology_words.h"
 #include "kernel/graph.h"
-#include "kernel/parameters.h"
 #include "workbench/block_copy.h"
 
 namespace photrak {
 namespace {
-
-constexpr const char* noMemoryText = "Out of memory keeping the diagram\n";
 
 bool SameVariables(const std::vector<Variable>& a, const std::vector<Variable>& b) {
     return std::ranges::equal(a, b, [](const Variable& x, const Variable& y) {
@@ -26,16 +23,34 @@ bool SameLines(const std::vector<NodeLine>& a, const std::vector<NodeLine>& b) {
     });
 }
 
+/// The settings without the coordinates of a run, which pass.
+RunSettings Lasting(RunSettings options) {
+    options.mode &= simMode::savedStatistical;
+    options.loopSuffix.clear();
+    options.loopReps = options.innerCount = options.outerCount = options.set = 0;
+    options.innerIndex = options.outerIndex = options.runIndex = options.loopIndex = 0;
+    return options;
+}
+
+/// What a save writes of the settings.
+RunSettings Saved(const RunSettings& options) {
+    SimOptions saved;
+    static_cast<RunSettings&>(saved) = Lasting(options);
+    for (const TextOption& option : textOptions) {
+        if (option.saved != TextOption::WithValue) (saved.*option.field).clear();
+    }
+    return saved;
+}
+
+bool SameHeader(const HeaderState& a, const HeaderState& b) {
+    return a.NOTE == b.NOTE && a.LOCKED == b.LOCKED && a.begin == b.begin && a.end == b.end &&
+           SameVariables(a.variables, b.variables);
+}
+
 std::vector<std::int32_t> Numbers(const std::vector<Node*>& nodes) {
     std::vector<std::int32_t> numbers;
     for (const Node* node : nodes) numbers.push_back(node->number);
     return numbers;
-}
-
-/// A variable's borrowed place belongs to the run that set it.
-std::vector<Variable> Unbound(std::vector<Variable> variables) {
-    for (Variable& variable : variables) variable.actual = nullptr;
-    return variables;
 }
 
 std::shared_ptr<const HeaderState> TakeHeader(const Workspace& workspace,
@@ -45,229 +60,241 @@ std::shared_ptr<const HeaderState> TakeHeader(const Workspace& workspace,
                        workspace.dirty,
                        Numbers(workspace.BEGINNODES),
                        Numbers(workspace.ENDNODES),
-                       Unbound(workspace.variables),
+                       workspace.variables,
                        *workspace.options};
-    if (former) {
-        const HeaderState& old = *former->header;
-        if (old.NOTE == header.NOTE && old.LOCKED == header.LOCKED && old.begin == header.begin &&
-            old.end == header.end && old.options == header.options &&
-            SameVariables(old.variables, header.variables)) {
-            return former->header;
-        }
+    // A variable's borrowed place belongs to the run that set it.
+    for (Variable& variable : header.variables) variable.actual = nullptr;
+    if (former && SameHeader(*former->header, header) &&
+        Lasting(former->header->options) == Lasting(header.options)) {
+        return former->header;
     }
     return std::make_shared<const HeaderState>(std::move(header));
 }
 
-std::vector<PortState> TakePorts(const std::vector<Port>& ports) {
-    std::vector<PortState> states;
-    states.reserve(ports.size());
-    for (const Port& port : ports) {
-        states.push_back({port.node ? port.node->number : -1, port.sigType});
-    }
-    return states;
+PortState StateOf(const Port& port) {
+    return {port.node ? port.node->number : -1, port.sigType};
 }
 
-bool SamePorts(const std::vector<PortState>& states, const std::vector<Port>& ports) {
-    return std::ranges::equal(states, ports, [](const PortState& state, const Port& port) {
-        return state.node == (port.node ? port.node->number : -1) && state.sigType == port.sigType;
-    });
+bool SamePorts(const PortStates& states, const Component& component) {
+    if (states.size() != component.inputs.size() + component.outputs.size()) return false;
+    auto state = states.begin();
+    const auto isSame = [&](const Port& port) { return *state++ == StateOf(port); };
+    return std::ranges::all_of(component.inputs, isSame) &&
+           std::ranges::all_of(component.outputs, isSame);
 }
 
-/// Null when memory is exhausted.
+std::shared_ptr<const PortStates> TakePorts(const Component& component) {
+    PortStates states;
+    states.reserve(component.inputs.size() + component.outputs.size());
+    for (const Port& port : component.inputs) states.push_back(StateOf(port));
+    for (const Port& port : component.outputs) states.push_back(StateOf(port));
+    return std::make_shared<const PortStates>(std::move(states));
+}
+
+/// Memory that runs out throws here.
 std::shared_ptr<const BlockState> TakeBlock(const Component& component, std::uint64_t id,
                                             const std::shared_ptr<const BlockState>* former,
-                                            std::string& errorText) {
-    if (former && SameSettings(*(*former)->settings, component) &&
-        SamePorts((*former)->inputs, component.inputs) &&
-        SamePorts((*former)->outputs, component.outputs)) {
+                                            bool movedOnly) {
+    const BlockState* old = former ? former->get() : nullptr;
+    const bool sameSettings = old && (movedOnly || SameSettings(*old->settings, component));
+    const bool samePorts = old && (movedOnly || SamePorts(*old->ports, component));
+    if (sameSettings && samePorts && old->x == component.x && old->y == component.y) {
         return *former;
     }
-    std::unique_ptr<Component> copy;
-    if (CopyComponent(&component, copy, errorText) == Status::Error) return nullptr;
     auto block = std::make_shared<BlockState>();
     block->id = id;
+    block->x = component.x;
+    block->y = component.y;
+    block->ports = samePorts ? old->ports : TakePorts(component);
+    if (sameSettings) {
+        block->settings = old->settings;
+        return block;
+    }
+    std::unique_ptr<Component> copy;
+    std::string text;
+    if (CopyComponent(&component, copy, text) == Status::Error) throw std::bad_alloc();
     block->settings = std::move(copy);
-    block->inputs = TakePorts(component.inputs);
-    block->outputs = TakePorts(component.outputs);
     return block;
+}
+
+/// Finds a block in the former state; most stand where the one before them leads to.
+class FormerBlocks {
+  public:
+    explicit FormerBlocks(const DiagramState* former) : former_(former) {}
+
+    const std::shared_ptr<const BlockState>* Find(std::uint64_t id) {
+        if (!former_) return nullptr;
+        const auto& blocks = former_->blocks;
+        if (at_ >= blocks.size() || blocks[at_]->id != id) {
+            const auto known = Places().find(id);
+            if (known == places_.end()) return nullptr;
+            at_ = known->second;
+        }
+        return &blocks[at_++];
+    }
+
+  private:
+    const std::unordered_map<std::uint64_t, std::size_t>& Places() {
+        if (!places_.empty()) return places_;
+        std::size_t place = 0;
+        for (const auto& block : former_->blocks) places_[block->id] = place++;
+        return places_;
+    }
+
+    const DiagramState* former_;
+    std::size_t at_ = 0;
+    std::unordered_map<std::uint64_t, std::size_t> places_;
+};
+
+void TakeBlocks(const Workspace& workspace, const DiagramState* former, const Touched* touched,
+                BlockIds& ids, DiagramState& state) {
+    FormerBlocks formerBlocks(former);
+    state.blocks.reserve(workspace.components.size());
+    for (const auto& component : workspace.components) {
+        const auto [known, isNew] = ids.of.try_emplace(component.get(), ids.next);
+        if (isNew) ++ids.next;
+        const auto* old = formerBlocks.Find(known->second);
+        const bool isTouched = !touched || !old || touched->Blocks().contains(component.get());
+        const bool isMoved = touched && touched->Moved().contains(component.get());
+        state.blocks.push_back(
+            isTouched || isMoved ? TakeBlock(*component, known->second, old, !isTouched) : *old);
+    }
+    if (ids.of.size() == workspace.components.size()) return;
+    std::unordered_set<const Component*> live;
+    for (const auto& component : workspace.components) live.insert(component.get());
+    std::erase_if(ids.of, [&](const auto& entry) { return !live.contains(entry.first); });
+}
+
+/// A run marks nodes as it goes; the marks are not the diagram's.
+std::uint16_t LastingFlags(const Node& node) {
+    return node.flags & (nodeFlag::begin | nodeFlag::end);
+}
+
+bool SameIds(const std::vector<std::uint64_t>& states, const std::list<Component*>& components,
+             const BlockIds& ids) {
+    return std::ranges::equal(states, components, [&](std::uint64_t id, const Component* c) {
+        return id == ids.of.at(c);
+    });
 }
 
 std::vector<std::uint64_t> IdsOf(const std::list<Component*>& components, const BlockIds& ids) {
     std::vector<std::uint64_t> result;
-    for (const Component* component : components) result.push_back(ids.at(component));
+    for (const Component* component : components) result.push_back(ids.of.at(component));
     return result;
 }
 
 std::shared_ptr<const NodeState> TakeNode(const Node& node, const BlockIds& ids,
                                           const std::shared_ptr<const NodeState>* former) {
-    NodeState state{node.number,
-                    node.type,
-                    node.SIGNALSAVEMODE,
-                    node.flags,
-                    node.lines,
-                    IdsOf(node.readers, ids),
-                    IdsOf(node.drivers, ids)};
     if (former) {
         const NodeState& old = **former;
-        if (old.type == state.type && old.saveMode == state.saveMode && old.flags == state.flags &&
-            old.readers == state.readers && old.drivers == state.drivers &&
-            SameLines(old.lines, state.lines)) {
+        if (old.type == node.type && old.saveMode == node.SIGNALSAVEMODE &&
+            old.flags == LastingFlags(node) && SameIds(old.readers, node.readers, ids) &&
+            SameIds(old.drivers, node.drivers, ids) && SameLines(old.lines, node.lines)) {
             return *former;
         }
     }
-    return std::make_shared<const NodeState>(std::move(state));
+    return std::make_shared<const NodeState>(
+        NodeState{node.number, node.type, node.SIGNALSAVEMODE, LastingFlags(node), node.lines,
+                  IdsOf(node.readers, ids), IdsOf(node.drivers, ids)});
 }
 
-/// Ids for all components, new ones above the greatest so far.
-BlockIds NextIds(const Workspace& workspace, const BlockIds& ids) {
-    std::uint64_t greatest = 0;
-    for (const auto& [component, id] : ids) greatest = std::max(greatest, id);
-    BlockIds next;
-    next.reserve(workspace.components.size());
-    for (const auto& component : workspace.components) {
-        const auto known = ids.find(component.get());
-        next[component.get()] = known != ids.end() ? known->second : ++greatest;
-    }
-    return next;
-}
-
-Status TakeBlocks(const Workspace& workspace, const DiagramState* former, const BlockIds& ids,
-                  DiagramState& state, std::string& errorText) {
-    std::unordered_map<std::uint64_t, const std::shared_ptr<const BlockState>*> known;
-    if (former) {
-        for (const auto& block : former->blocks) known[block->id] = &block;
-    }
-    for (const auto& component : workspace.components) {
-        const std::uint64_t id = ids.at(component.get());
-        const auto old = known.find(id);
-        auto block =
-            TakeBlock(*component, id, old == known.end() ? nullptr : old->second, errorText);
-        if (!block) return Status::Error;
-        state.blocks.push_back(std::move(block));
-    }
-    return Status::Success;
-}
-
-void TakeNodes(const Workspace& workspace, const DiagramState* former, const BlockIds& ids,
-               DiagramState& state) {
-    auto old = former ? former->nodes.begin() : state.nodes.end();
-    const auto end = former ? former->nodes.end() : state.nodes.end();
+void TakeAllNodes(const Workspace& workspace, const DiagramState* former, const BlockIds& ids,
+                  DiagramState& state) {
     std::vector<std::shared_ptr<const NodeState>> nodes;
+    nodes.reserve(workspace.nodes.size());
+    std::size_t at = 0;
     for (const auto& [number, node] : workspace.nodes) {
-        while (old != end && (*old)->number < number) ++old;
-        const bool same = old != end && (*old)->number == number;
-        nodes.push_back(TakeNode(*node, ids, same ? &*old : nullptr));
+        while (former && at < former->nodes.size() && former->nodes[at]->number < number) ++at;
+        const bool same =
+            former && at < former->nodes.size() && former->nodes[at]->number == number;
+        nodes.push_back(TakeNode(*node, ids, same ? &former->nodes[at] : nullptr));
     }
     state.nodes = std::move(nodes);
 }
 
-// --- Restoring ---
-
-using BlocksById = std::unordered_map<std::uint64_t, Component*>;
-
-Status RestoreBlocks(const DiagramState& state, Workspace& made, BlocksById& blocks,
-                     std::string& errorText) {
-    for (const auto& block : state.blocks) {
-        std::unique_ptr<Component> copy;
-        if (CopyComponent(block->settings.get(), copy, errorText) == Status::Error) {
-            return Status::Error;
+/// The former nodes, those of the numbers taken anew.
+void TakeNodes(const Workspace& workspace, const DiagramState& former,
+               const std::set<std::int32_t>& numbers, const BlockIds& ids, DiagramState& state) {
+    state.nodes.reserve(former.nodes.size() + numbers.size());
+    auto old = former.nodes.begin();
+    for (const std::int32_t number : numbers) {
+        const auto place = std::lower_bound(
+            old, former.nodes.end(), number,
+            [](const auto& node, std::int32_t wanted) { return node->number < wanted; });
+        state.nodes.insert(state.nodes.end(), old, place);
+        old = place;
+        const bool wasThere = old != former.nodes.end() && (*old)->number == number;
+        if (const Node* node = FindNode(number, workspace)) {
+            state.nodes.push_back(TakeNode(*node, ids, wasThere ? &*old : nullptr));
         }
-        blocks[block->id] = copy.get();
-        made.components.push_back(std::move(copy));
+        if (wasThere) ++old;
     }
-    return Status::Success;
+    state.nodes.insert(state.nodes.end(), old, former.nodes.end());
 }
 
-void RestorePorts(const std::vector<PortState>& states, std::vector<Port>& ports, Workspace& made) {
-    for (std::size_t i = 0; i < states.size(); ++i) {
-        if (states[i].node >= 0) ports[i].node = FindNode(states[i].node, made);
-        ports[i].sigType = states[i].sigType;
-    }
+bool SavesAlike(const BlockState& a, const BlockState& b) {
+    if (a.x != b.x || a.y != b.y || a.ports->size() != b.ports->size()) return false;
+    if (a.settings != b.settings && !SameSettings(*a.settings, *b.settings)) return false;
+    return a.ports == b.ports ||
+           std::ranges::equal(*a.ports, *b.ports, {}, &PortState::node, &PortState::node);
 }
 
-void RestoreNodes(const DiagramState& state, Workspace& made, const BlocksById& blocks) {
-    for (const auto& saved : state.nodes) {
-        Node& node = FindOrCreateNode(saved->number, made);
-        node.type = saved->type;
-        node.SIGNALSAVEMODE = saved->saveMode;
-        node.flags = saved->flags;
-        node.lines = saved->lines;
-        node.settledType = NoSettledType;
-        for (const std::uint64_t id : saved->readers) node.readers.push_back(blocks.at(id));
-        for (const std::uint64_t id : saved->drivers) node.drivers.push_back(blocks.at(id));
-    }
-    for (std::size_t i = 0; i < state.blocks.size(); ++i) {
-        RestorePorts(state.blocks[i]->inputs, made.components[i]->inputs, made);
-        RestorePorts(state.blocks[i]->outputs, made.components[i]->outputs, made);
-    }
+bool SavesAlike(const NodeState& a, const NodeState& b) {
+    return a.number == b.number && a.type == b.type && a.saveMode == b.saveMode &&
+           SameLines(a.lines, b.lines);
 }
 
-std::vector<Node*> NodesOf(const std::vector<std::int32_t>& numbers, const Workspace& made) {
-    std::vector<Node*> nodes;
-    for (const std::int32_t number : numbers) nodes.push_back(FindNode(number, made));
-    return nodes;
-}
-
-void RestoreHeader(const HeaderState& header, Workspace& made) {
-    made.NOTE = header.NOTE;
-    made.LOCKED = header.LOCKED;
-    made.dirty = header.dirty;
-    made.variables = header.variables;
-    made.BEGINNODES = NodesOf(header.begin, made);
-    made.ENDNODES = NodesOf(header.end, made);
-    static_cast<RunSettings&>(*made.options) = header.options;
-}
-
-/// Everything but the record itself, its number, names and messages.
-void MoveContents(Workspace& from, Workspace& to) {
-    ForgetParamCursor();
-    to.components = std::move(from.components);
-    to.nodes = std::move(from.nodes);
-    to.BEGINNODES = std::move(from.BEGINNODES);
-    to.ENDNODES = std::move(from.ENDNODES);
-    to.variables = std::move(from.variables);
-    to.NOTE = std::move(from.NOTE);
-    to.LOCKED = from.LOCKED;
-    to.dirty = from.dirty;
-    static_cast<RunSettings&>(*to.options) = *from.options;
+template <class Record>
+bool SaveAlike(const std::vector<std::shared_ptr<const Record>>& a,
+               const std::vector<std::shared_ptr<const Record>>& b) {
+    return std::ranges::equal(
+        a, b, [](const auto& x, const auto& y) { return x == y || SavesAlike(*x, *y); });
 }
 
 }  // namespace
 
-Status TakeState(const Workspace& workspace, const DiagramState* former, BlockIds& ids,
-                 DiagramState& state, std::string& errorText) {
-    try {
-        BlockIds next = NextIds(workspace, ids);
-        DiagramState taken;
-        taken.header = TakeHeader(workspace, former);
-        if (TakeBlocks(workspace, former, next, taken, errorText) == Status::Error) {
-            return Status::Error;
+bool SavesAlike(const DiagramState& a, const DiagramState& b) {
+    if (!a.header || !b.header) return a.header == b.header;
+    return (a.header == b.header || (SameHeader(*a.header, *b.header) &&
+                                     Saved(a.header->options) == Saved(b.header->options))) &&
+           SaveAlike(a.blocks, b.blocks) && SaveAlike(a.nodes, b.nodes);
+}
+
+void Touched::Add(const Component& component) {
+    blocks_.insert(&component);
+    for (const auto* ports : {&component.inputs, &component.outputs}) {
+        for (const Port& port : *ports) {
+            if (port.node) nodes_.insert(port.node->number);
         }
-        TakeNodes(workspace, former, next, taken);
-        state = std::move(taken);
-        ids = std::move(next);
-        return Status::Success;
-    } catch (const std::bad_alloc&) {
-        errorText += noMemoryText;
-        return Status::Error;
     }
 }
 
-Status RestoreState(const DiagramState& state, Workspace& workspace, BlockIds& ids,
-                    std::string& errorText) {
+void Touched::AddAround(const Component& component) {
+    Add(component);
+    for (const auto* ports : {&component.inputs, &component.outputs}) {
+        for (const Port& port : *ports) {
+            if (!port.node || port.node->number == 0) continue;
+            for (const Component* other : port.node->readers) Add(*other);
+            for (const Component* other : port.node->drivers) Add(*other);
+        }
+    }
+}
+
+Status TakeState(const Workspace& workspace, const DiagramState* former, const Touched* touched,
+                 BlockIds& ids, DiagramState& state, std::string& errorText) {
     try {
-        std::unique_ptr<Workspace> made = CreateWorkspace();
-        BlocksById blocks;
-        if (RestoreBlocks(state, *made, blocks, errorText) == Status::Error) return Status::Error;
-        RestoreNodes(state, *made, blocks);
-        RestoreHeader(*state.header, *made);
-        BlockIds next;
-        for (const auto& [id, component] : blocks) next[component] = id;
-        MoveContents(*made, workspace);
-        ids = std::move(next);
+        DiagramState taken;
+        taken.header = TakeHeader(workspace, former);
+        TakeBlocks(workspace, former, former ? touched : nullptr, ids, taken);
+        if (former && touched) {
+            TakeNodes(workspace, *former, touched->Nodes(), ids, taken);
+        } else {
+            TakeAllNodes(workspace, former, ids, taken);
+        }
+        state = std::move(taken);
         return Status::Success;
     } catch (const std::bad_alloc&) {
-        errorText += noMemoryText;
+        errorText += "Out of memory keeping the diagram\n";
         return Status::Error;
     }
 }

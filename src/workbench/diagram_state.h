@@ -1,12 +1,14 @@
 // A diagram as it stood at one moment: immutable records that later states share where nothing
-// changed, so that a long history costs little. A diagram made from a state saves byte for byte as
+// changed, so that a long history costs little. A diagram brought to a state saves byte for byte as
 // the one that it was taken from; results of runs are not part of it.
 #pragma once
 
 #include <cstdint>
 #include <memory>
+#include <set>
 #include <string>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include "base/status.h"
@@ -19,11 +21,13 @@ struct PortState {
     std::int32_t node = -1, sigType = UnknownSigType;
     friend bool operator==(const PortState&, const PortState&) = default;
 };
+using PortStates = std::vector<PortState>;  // of the inputs, then of the outputs
 
 struct BlockState {
-    std::uint64_t id = 0;                       // of the block, the same in all states of a history
-    std::unique_ptr<const Component> settings;  // on no nodes
-    std::vector<PortState> inputs, outputs;
+    std::uint64_t id = 0;  // of the block, the same in all states of a history
+    std::int32_t x = 0, y = 0;
+    std::shared_ptr<const Component> settings;  // on no nodes
+    std::shared_ptr<const PortStates> ports;
 };
 
 struct NodeState {
@@ -51,15 +55,43 @@ struct DiagramState {
     friend bool operator==(const DiagramState&, const DiagramState&) = default;
 };
 
-/// The identities of a diagram's blocks from one state to the next.
-using BlockIds = std::unordered_map<const Component*, std::uint64_t>;
+/// Whether both save as the same text, records compared one by one.
+bool SavesAlike(const DiagramState& a, const DiagramState& b);
 
-/// The state of a workspace. What equals `former` is shared with it. Ids of new blocks are added to
-/// `ids`, those of removed ones dropped. Error with a text when memory is exhausted.
-Status TakeState(const Workspace& workspace, const DiagramState* former, BlockIds& ids,
-                 DiagramState& state, std::string& errorText);
-/// Replaces components, nodes, variables and options of the workspace by those of the state; `ids`
-/// then holds the new components. On an error the workspace stays as it was.
-Status RestoreState(const DiagramState& state, Workspace& workspace, BlockIds& ids,
-                    std::string& errorText);
+/// The identities of a diagram's blocks from one state to the next.
+struct BlockIds {
+    std::unordered_map<const Component*, std::uint64_t> of;
+    std::uint64_t next = 1;
+};
+
+/// What a gesture may have changed, so that nothing else need be looked at.
+class Touched {
+  public:
+    /// Settings and place of the block, and the nodes of its ports.
+    void Add(const Component& component);
+    /// The same, and all blocks that share a node with it other than the ground.
+    void AddAround(const Component& component);
+    /// Its place alone.
+    void AddMoved(const Component& component) { moved_.insert(&component); }
+
+    const std::unordered_set<const Component*>& Blocks() const { return blocks_; }
+    const std::unordered_set<const Component*>& Moved() const { return moved_; }
+    const std::set<std::int32_t>& Nodes() const { return nodes_; }
+
+  private:
+    std::unordered_set<const Component*> blocks_, moved_;
+    std::set<std::int32_t> nodes_;
+};
+
+/// The state of a workspace. What equals `former` is shared with it; with `touched` only that is
+/// compared. `ids` then holds the components of the workspace. Error with a text when memory is
+/// exhausted.
+Status TakeState(const Workspace& workspace, const DiagramState* former, const Touched* touched,
+                 BlockIds& ids, DiagramState& state, std::string& errorText);
+
+/// Brings a workspace that stands at `present` to `state`: blocks that both have stay the same
+/// objects. Results of runs are dropped. On an error the workspace stays as it was.
+Status RestoreState(const DiagramState& state, const DiagramState& present, Workspace& workspace,
+                    BlockIds& ids, std::string& errorText);
+
 }  // namespace photrak

@@ -33,8 +33,18 @@ void DiagramView::DropDrag() {
     if (moves) ghost = {};
 }
 
+const CanvasIndex& DiagramView::Index() const {
+    if (!indexed || index.Count() != workspace->components.size()) index.Build(*workspace);
+    indexed = true;
+    return index;
+}
+
 bool DiagramView::Differs() const {
-    return workspace && TextOf(*workspace) != savedText;
+    return !history.Empty() && !SavesAlike(history.Present(), saved);
+}
+
+void DiagramView::MarkSaved() {
+    if (!history.Empty()) saved = history.Present();
 }
 
 std::string TextOf(const Workspace& workspace) {

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "workbench/canvas_geometry.h"
+#include "workbench/canvas_index.h"
 #include "workbench/diagram_state.h"
 #include "workbench/history.h"
 
@@ -41,7 +41,7 @@ struct UndoRecord {
     DiagramState state;
     std::string command;     // "Delete" or "Cut"
     std::size_t blocks = 0;  // that it removed
-    std::string textAfter;   // the save text right after it
+    DiagramState after;      // right after it
 };
 
 struct DiagramView {
@@ -62,11 +62,18 @@ struct DiagramView {
     std::int32_t width = 600, height = 400;  // of the client area, pixels
     BlockIds ids;
     History history;
-    std::string savedText;       // what a save would have written after the last load, save or New
+    DiagramState saved;          // after the last load, save or New
     std::string diskText;        // the file as it was read or written last
     std::size_t logPrinted = 0;  // bytes of log.txt that a script has printed
-    std::int32_t unkept = 0;     // gestures since the latest recovery copy
-    std::string recoveryPath;    // of the copy, once there is one
+    mutable CanvasIndex index;   // of Index
+    mutable bool indexed = false;
+    std::int32_t unkept = 0;   // gestures since the latest recovery copy
+    std::string recoveryPath;  // of the copy, once there is one
+
+    /// The blocks by their places as they stand after the latest change that was ended.
+    const CanvasIndex& Index() const;
+    /// Blocks came, went or moved.
+    void ForgetIndex() { indexed = false; }
 
     bool IsUntitled() const { return fileName.empty() || fileName == untitledName; }
     bool IsSelected(const Component* component) const;
@@ -77,6 +84,8 @@ struct DiagramView {
     void DropDrag();
     /// A save would write another text than right after the last load, save or New.
     bool Differs() const;
+    /// The diagram as it stands counts as saved.
+    void MarkSaved();
 
     static constexpr const char* untitledName = "untitled.top";
 };

@@ -25,10 +25,12 @@ bool SaveUndo(Workbench& workbench, DiagramView& view, std::string_view command)
     view.undo.valid = false;
     std::string text;
     DiagramState state;
+    const Touched nothing;  // all changes are in the history; run options may have moved on
     try {
+        const bool isKnown = !view.history.Empty();
         const Status status =
-            TakeState(*view.workspace, view.history.Empty() ? nullptr : &view.history.Present(),
-                      view.ids, state, text);
+            TakeState(*view.workspace, isKnown ? &view.history.Present() : nullptr,
+                      isKnown ? &nothing : nullptr, view.ids, state, text);
         if (status == Status::Error) {
             workbench.ErrorBox(text);
             return false;
@@ -70,9 +72,11 @@ void KeepSuperBlocks(const Workbench& workbench, const DiagramView& view,
 void RemoveSelection(Workbench& workbench, DiagramView& view, std::string_view name) {
     const std::vector<Component*> gone = view.selection;
     view.ClearSelection();
+    Touched touched;
+    for (const Component* component : gone) touched.AddAround(*component);
     DeleteComponents(gone, *view.workspace);
-    view.undo.textAfter = TextOf(*view.workspace);
-    EndChange(workbench, view, name);
+    EndChange(workbench, view, name, &touched);
+    if (!view.history.Empty()) view.undo.after = view.history.Present();
 }
 
 /// Adds the clipboard's blocks and selects them; a negative corner leaves them where they were.
@@ -87,7 +91,9 @@ void PasteBlocks(Workbench& workbench, DiagramView& view, const CanvasPoint* cor
     if (corner) MoveGroupTo(pasted, *corner);
     KeepSuperBlocks(workbench, view, pasted);
     if (status == Status::Error) workbench.ErrorBox(text);
-    EndChange(workbench, view, name);
+    Touched touched;
+    for (const Component* component : pasted) touched.Add(*component);
+    EndChange(workbench, view, name, &touched);
 }
 
 std::string UndoneText(const UndoRecord& undo, bool later) {
@@ -100,11 +106,14 @@ void GoTo(Workbench& workbench, const DiagramState* (History::*step)(),
           const DiagramState* (History::*back)()) {
     DiagramView* view = Editable(workbench);
     if (!view) return;
+    if (view->history.Empty()) return;
+    const DiagramState present = view->history.Present();
     const DiagramState* state = (view->history.*step)();
     if (!state) return;
     std::string text;
     view->ClearSelection();
-    if (RestoreState(*state, *view->workspace, view->ids, text) == Status::Error) {
+    view->ForgetIndex();
+    if (RestoreState(*state, present, *view->workspace, view->ids, text) == Status::Error) {
         (view->history.*back)();
         workbench.ErrorBox(text);
         return;
@@ -118,16 +127,19 @@ void GoTo(Workbench& workbench, const DiagramState* (History::*step)(),
 
 void EditUndo(Workbench& workbench) {
     DiagramView* view = Editable(workbench);
-    if (!view || !view->undo.valid) return;
-    const bool later = TextOf(*view->workspace) != view->undo.textAfter;
+    if (!view || !view->undo.valid || view->history.Empty()) return;
+    const DiagramState& present = view->history.Present();
+    const bool later = !SavesAlike(present, view->undo.after);
     std::string text;
     view->ClearSelection();
-    if (RestoreState(view->undo.state, *view->workspace, view->ids, text) == Status::Error) {
+    view->ForgetIndex();
+    if (RestoreState(view->undo.state, present, *view->workspace, view->ids, text) ==
+        Status::Error) {
         workbench.ErrorBox(text);
         return;
     }
     view->undo.valid = false;
-    EndChange(workbench, *view, "Undo");
+    if (view->history.Commit(view->undo.state, "Undo")) NoteForRecovery(workbench, *view);
     workbench.pane = UndoneText(view->undo, later);
 }
 
@@ -189,9 +201,10 @@ void Nudge(Workbench& workbench, std::int32_t columns, std::int32_t rows) {
     DiagramView* view = workbench.Active();
     if (!view || view->selection.empty()) return;
     view->DropDrag();
-    if (!MoveSelection(*view, {columns * gridUnits, rows * gridUnits})) return;
+    Touched touched;
+    if (!MoveSelection(*view, {columns * gridUnits, rows * gridUnits}, touched)) return;
     view->undo.modified = true;
-    EndChange(workbench, *view, "Move");
+    EndChange(workbench, *view, "Move", &touched);
 }
 
 }  // namespace photrak

@@ -39,12 +39,13 @@ DiagramView& AddView(Workbench& workbench) {
 /// A new view comes to the front in Select mode at zoom 1; its history and what counts as saved
 /// begin here.
 void BeginView(Workbench& workbench, DiagramView& view) {
+    view.ForgetIndex();
     std::string text;
     DiagramState state;
-    if (TakeState(*view.workspace, nullptr, view.ids, state, text) != Status::Error) {
+    if (TakeState(*view.workspace, nullptr, nullptr, view.ids, state, text) != Status::Error) {
         view.history.Start(std::move(state));
     }
-    view.savedText = TextOf(*view.workspace);
+    view.MarkSaved();
     workbench.scale.SetZoom(1.0);
     Activate(workbench, view);
     SetMode(workbench, Mode::Select);
@@ -124,7 +125,7 @@ bool Write(Workbench& workbench, DiagramView& view) {
 
 void Saved(Workbench& workbench, DiagramView& view) {
     view.undo.modified = view.undo.valid = false;
-    view.savedText = TextOf(*view.workspace);
+    view.MarkSaved();
     std::string reason;
     if (!ReadWholeFile(view.fileName, view.diskText, reason)) view.diskText.clear();
     ForgetRecoveryCopy(workbench, view);

@@ -1,6 +1,9 @@
 // What a step costs is counted from the records that it does not share with the one before.
 #include "workbench/history.h"
 
+#include <algorithm>
+#include <unordered_set>
+
 #include "kernel/parameters.h"
 
 namespace photrak {
@@ -8,11 +11,10 @@ namespace {
 
 constexpr std::size_t mostBytes = std::size_t{64} << 20;
 
-std::size_t BytesOf(const BlockState& block) {
-    std::size_t bytes = sizeof(BlockState) + sizeof(Component) +
-                        (block.inputs.size() + block.outputs.size()) * sizeof(PortState);
+std::size_t BytesOf(const Component& settings) {
+    std::size_t bytes = sizeof(Component);
     constexpr std::size_t perParameter = 512;  // record, name, texts and limits
-    for (const Parameter& parameter : Items(block.settings->parameters)) {
+    for (const Parameter& parameter : Items(settings.parameters)) {
         bytes += perParameter;
         if (!IsArrayType(parameter.type) || !parameter.valactual) continue;
         const auto& array = *static_cast<const ArrayRecord*>(parameter.valactual);
@@ -24,19 +26,23 @@ std::size_t BytesOf(const BlockState& block) {
 
 /// The lists themselves, and what they do not share.
 std::size_t Cost(const DiagramState& state, const DiagramState& former) {
-    constexpr std::size_t perLink = 16, perNode = 160;
+    constexpr std::size_t perLink = 16, perNode = 160, fewNodes = 4;
     std::size_t bytes = (state.blocks.size() + state.nodes.size()) * perLink;
-    std::size_t other = 0;
-    for (const auto& block : state.blocks) {
-        while (other < former.blocks.size() && former.blocks[other]->id != block->id) ++other;
-        const bool shared = other < former.blocks.size() && former.blocks[other] == block;
-        if (!shared) bytes += BytesOf(*block);
-        if (other == former.blocks.size()) other = 0;
-    }
-    const std::size_t changed = state.nodes.size() > former.nodes.size()
-                                    ? state.nodes.size() - former.nodes.size()
-                                    : std::size_t{4};
-    return bytes + changed * perNode;
+    // Equal parts at both ends need no look.
+    const auto [first, firstOld] = std::ranges::mismatch(state.blocks, former.blocks);
+    const auto [last, lastOld] =
+        std::mismatch(state.blocks.rbegin(), std::make_reverse_iterator(first),
+                      former.blocks.rbegin(), std::make_reverse_iterator(firstOld));
+    std::unordered_set<const Component*> known;
+    std::for_each(firstOld, lastOld.base(),
+                  [&](const auto& block) { known.insert(block->settings.get()); });
+    std::for_each(first, last.base(), [&](const auto& block) {
+        bytes += sizeof(BlockState) + block->ports->size() * sizeof(PortState);
+        if (!known.contains(block->settings.get())) bytes += BytesOf(*block->settings);
+    });
+    const std::size_t more =
+        state.nodes.size() > former.nodes.size() ? state.nodes.size() - former.nodes.size() : 0;
+    return bytes + std::max(more, fewNodes) * perNode;
 }
 
 }  // namespace

@@ -18,7 +18,7 @@ namespace {
 constexpr std::int32_t dragThreshold = 4;  // pixels: below it a press stays a click
 
 Hit HitAt(const Workbench& workbench, const DiagramView& view, CanvasPoint at) {
-    return HitTest(*view.workspace, at, workbench.scale);
+    return HitTest(view.Index(), at, workbench.scale);
 }
 
 /// Shift: a hit on body or port takes the block into the selection or out of it. True if it was
@@ -177,6 +177,9 @@ void EndWire(Workbench& workbench, DiagramView& view, const Drag& drag, CanvasPo
     Workspace& workspace = *view.workspace;
     workspace.errorText.clear();
     const bool connects = drag.kind == DragKind::Connect;
+    Touched touched;
+    touched.AddAround(*drag.component);
+    touched.AddAround(*hit.component);
     const Status status = connects
                               ? MakeWire(workspace, drag, hit)
                               : DisconnectComponents(workspace, *drag.component, drag.port,
@@ -186,8 +189,10 @@ void EndWire(Workbench& workbench, DiagramView& view, const Drag& drag, CanvasPo
     } else {
         workbench.pane = Reason(workspace.errorText);
     }
+    touched.AddAround(*drag.component);
+    touched.AddAround(*hit.component);
     // A refused wire may have narrowed the types of its ends, which a save would write.
-    EndChange(workbench, view, connects ? "Connect" : "Disconnect");
+    EndChange(workbench, view, connects ? "Connect" : "Disconnect", &touched);
 }
 
 void EndMove(Workbench& workbench, DiagramView& view, CanvasPoint at) {
@@ -195,9 +200,10 @@ void EndMove(Workbench& workbench, DiagramView& view, CanvasPoint at) {
     view.current = nullptr;
     if (!current) return;
     const CanvasPoint cell = workbench.scale.ToCell(at), from = DrawnAt(*current);
-    if (!MoveSelection(view, {cell.x - from.x, cell.y - from.y})) return;
+    Touched touched;
+    if (!MoveSelection(view, {cell.x - from.x, cell.y - from.y}, touched)) return;
     view.undo.modified = true;
-    EndChange(workbench, view, "Move");
+    EndChange(workbench, view, "Move", &touched);
 }
 
 }  // namespace

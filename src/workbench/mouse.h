@@ -17,8 +17,9 @@ void MouseRelease(Workbench& workbench, DiagramView& view, CanvasPoint at, bool 
 /// Escape: drops a drag.
 void DropDragOf(DiagramView& view);
 
-/// Moves the blocks of the selection that find room, as a release does. True if any moved.
-bool MoveSelection(DiagramView& view, CanvasPoint by);
+/// Moves the blocks of the selection that find room, as a release does, and notes them. True if any
+/// moved.
+bool MoveSelection(DiagramView& view, CanvasPoint by, Touched& touched);
 /// The cells where a move in progress would land, model units.
 std::vector<CanvasPoint> LandingCells(const Workbench& workbench, const DiagramView& view);
 

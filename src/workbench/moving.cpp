@@ -1,7 +1,7 @@
 // Moving a selection by whole cells: blocks whose target is taken stay, and what then stands in the
 // way of others makes these stay too.
 #include <algorithm>
-#include <unordered_map>
+#include <iterator>
 #include <unordered_set>
 
 #include "workbench/clipboard.h"
@@ -10,58 +10,45 @@
 namespace photrak {
 namespace {
 
-/// Components by the coarse cell of their corner, so that those near a point are found at once.
-class Neighborhood {
-  public:
-    explicit Neighborhood(const Workspace& workspace) {
-        for (const auto& component : workspace.components) {
-            cells_[Key(DrawnAt(*component))].push_back(component.get());
-        }
-    }
-    template <class Test>
-    bool Any(CanvasPoint corner, Test test) const {
-        for (std::int32_t dx = -1; dx <= 1; ++dx) {
-            for (std::int32_t dy = -1; dy <= 1; ++dy) {
-                const auto cell =
-                    cells_.find(Key({corner.x + dx * gridUnits, corner.y + dy * gridUnits}));
-                if (cell != cells_.end() && std::ranges::any_of(cell->second, test)) return true;
-            }
-        }
-        return false;
-    }
-
-  private:
-    static std::int64_t Key(CanvasPoint at) {
-        constexpr std::int32_t off = 4 * gridUnits;  // keeps negative neighbors apart
-        return (std::int64_t{(at.x + off) / gridUnits} << 32) + (at.y + off) / gridUnits;
-    }
-    std::unordered_map<std::int64_t, std::vector<const Component*>> cells_;
-};
-
 CanvasPoint Plus(CanvasPoint a, CanvasPoint b) {
     return {a.x + b.x, a.y + b.y};
 }
 
-/// The part of the selection that can move by this difference.
+/// All blocks whose target a block that stays may hold.
+void AddBlockedBy(const Component& staying, CanvasPoint by, const CanvasIndex& index,
+                  std::vector<const Component*>& blocked) {
+    const CanvasPoint at = DrawnAt(staying);
+    constexpr std::int32_t far = iconUnits + portZoneUnits;
+    index.Near({at.x - portZoneUnits - by.x, at.y - portZoneUnits - by.y},
+               {at.x + far - by.x, at.y + far - by.y},
+               [&](const CanvasIndex::Entry& entry) { blocked.push_back(entry.component); });
+}
+
+/// The part of the selection that can move by this difference. What stays may block others, which
+/// stand where it would have made room.
 std::vector<Component*> Movers(const DiagramView& view, CanvasPoint by) {
-    std::vector<Component*> movers = view.selection;
-    const Neighborhood near(*view.workspace);
-    for (bool changed = true; changed;) {
-        const std::unordered_set<const Component*> moving(movers.begin(), movers.end());
-        const auto blocked = [&](const Component* component) {
-            const CanvasPoint target = Plus(DrawnAt(*component), by);
-            return near.Any(target, [&](const Component* other) {
-                return !moving.contains(other) && HoldsCell(*other, target);
-            });
-        };
-        changed = std::erase_if(movers, blocked) > 0;
+    std::unordered_set<const Component*> moving(view.selection.begin(), view.selection.end());
+    std::vector<const Component*> toTest(view.selection.begin(), view.selection.end());
+    const CanvasIndex& index = view.Index();
+    while (!toTest.empty()) {
+        const Component* component = toTest.back();
+        toTest.pop_back();
+        if (!moving.contains(component)) continue;
+        const CanvasPoint target = Plus(DrawnAt(*component), by);
+        const auto stays = [&](const Component* other) { return !moving.contains(other); };
+        if (!AnyHolds(index, target, stays)) continue;
+        moving.erase(component);
+        AddBlockedBy(*component, by, index, toTest);
     }
+    std::vector<Component*> movers;
+    std::ranges::copy_if(view.selection, std::back_inserter(movers),
+                         [&](const Component* c) { return moving.contains(c); });
     return movers;
 }
 
 }  // namespace
 
-bool MoveSelection(DiagramView& view, CanvasPoint wanted) {
+bool MoveSelection(DiagramView& view, CanvasPoint wanted, Touched& touched) {
     const CanvasPoint by = LimitedMove(view.selection, wanted);
     if (by == CanvasPoint{}) return false;
     const std::vector<Component*> movers = Movers(view, by);
@@ -69,6 +56,7 @@ bool MoveSelection(DiagramView& view, CanvasPoint wanted) {
         const CanvasPoint to = Plus(DrawnAt(*component), by);
         component->x = to.x;
         component->y = to.y;
+        touched.AddMoved(*component);
     }
     return !movers.empty();
 }

@@ -16,6 +16,10 @@ namespace {
 
 namespace fs = std::filesystem;
 
+bool IsCellTaken(const DiagramView& view, CanvasPoint cell) {
+    return AnyHolds(view.Index(), cell, [](const Component*) { return true; });
+}
+
 std::string NextName(Workbench& workbench, const Workspace& workspace) {
     std::string name;
     do {
@@ -84,7 +88,7 @@ std::optional<std::string> ChosenName(Workbench& workbench, const DiagramView& v
 
 void PlaceBlock(Workbench& workbench, DiagramView& view, CanvasPoint at) {
     const CanvasPoint cell = workbench.scale.ToCell(at);
-    if (view.modelIndex == 0 || IsCellTaken(*view.workspace, cell)) return;
+    if (view.modelIndex == 0 || IsCellTaken(view, cell)) return;
     const bool isSuperBlock = workbench.palette.Row(view.modelIndex).name == "SuperBlock";
     if (isSuperBlock) ++workbench.unnamedCounter;
     Component* made = isSuperBlock ? ChooseSuperBlock(workbench, view) : AddModel(workbench, view);
@@ -92,7 +96,9 @@ void PlaceBlock(Workbench& workbench, DiagramView& view, CanvasPoint at) {
     made->x = cell.x;
     made->y = cell.y;
     view.undo.modified = true;
-    EndChange(workbench, view, "Place");
+    Touched touched;
+    touched.Add(*made);
+    EndChange(workbench, view, "Place", &touched);
 }
 
 Component* ChooseSuperBlock(Workbench& workbench, DiagramView& view) {

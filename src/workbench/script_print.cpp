@@ -184,7 +184,7 @@ std::string PrintDrawing(const Printing& p) {
 std::string PrintHit(const Printing& p) {
     const CanvasPoint at{ReadInt(p.words[1]), ReadInt(p.words[2])};
     if (!p.View()) return "hit nothing\n";
-    const Hit hit = HitTest(*p.View()->workspace, at, p.workbench.scale);
+    const Hit hit = HitTest(p.View()->Index(), at, p.workbench.scale);
     if (!hit.component) return "hit nothing\n";
     const std::string name = NameIn(p, *hit.component);
     if (hit.port == 0) return Concat("hit ", name, " body\n");

@@ -29,11 +29,19 @@ bool Workbench::Push(std::string_view label) {
     Form* front = forms.back().get();
     FormResult result = FormResult::Stays;
     if (!front->Press(label, result)) return false;
-    if (result == FormResult::Stays) return true;
+    // Whatever a dialog stored stands in the history from here on.
+    const auto sync = [this] {
+        if (DiagramView* view = Active()) EndChange(*this, *view, "Edit");
+    };
+    if (result == FormResult::Stays) {
+        sync();
+        return true;
+    }
     const auto place = std::ranges::find(forms, front, &std::unique_ptr<Form>::get);
     const std::unique_ptr<Form> closing = std::move(*place);
     forms.erase(place);
     closing->Closed();
+    sync();
     return true;
 }
 
@@ -91,11 +99,13 @@ void Activate(Workbench& workbench, DiagramView& view) {
     workbench.pane = ModeText(workbench, view);
 }
 
-void EndChange(Workbench& workbench, DiagramView& view, std::string_view name) {
+void EndChange(Workbench& workbench, DiagramView& view, std::string_view name,
+               const Touched* touched) {
+    view.ForgetIndex();
     std::string text;
     DiagramState state;
     const DiagramState* former = view.history.Empty() ? nullptr : &view.history.Present();
-    if (TakeState(*view.workspace, former, view.ids, state, text) == Status::Error) {
+    if (TakeState(*view.workspace, former, touched, view.ids, state, text) == Status::Error) {
         workbench.pane = "Out of memory: this change is no step of the history";
         return;
     }

@@ -67,7 +67,8 @@ void SetMode(Workbench& workbench, Mode mode, std::int32_t modelIndex = 0);
 void Activate(Workbench& workbench, DiagramView& view);
 
 /// Ends a gesture or a command that may have changed the diagram: adds a step of that name to the
-/// history if it did.
-void EndChange(Workbench& workbench, DiagramView& view, std::string_view name);
+/// history if it did. Nothing but what is `touched` can have changed; null: anything.
+void EndChange(Workbench& workbench, DiagramView& view, std::string_view name,
+               const Touched* touched = nullptr);
 
 }  // namespace photrak

@@ -1,0 +1,250 @@
+// The workbench on a diagram of 10,000 blocks and 20,000 wires: open, picture, hit test, gestures,
+// steps of the history. The wires of a coupler run to its right and lower neighbors.
+#include <benchmark/benchmark.h>
+#include <cstdlib>
+#include <filesystem>
+#include <memory>
+#include <string>
+
+#include "base/text.h"
+#include "files/catalogue.h"
+#include "kernel/graph.h"
+#include "models/block_tests.h"
+#include "models/dispatch.h"
+#include "platform/file_system.h"
+#include "workbench/canvas_drawing.h"
+#include "workbench/canvas_picture.h"
+#include "workbench/edit_commands.h"
+#include "workbench/file_commands.h"
+#include "workbench/mouse.h"
+#include "workbench/script_player.h"
+#include "workbench/view_commands.h"
+
+namespace photrak {
+namespace {
+
+constexpr std::int32_t columns = 112, blocks = 10000;
+
+/// A workbench without a window, its folder and its state in a scratch directory.
+class Bench {
+  public:
+    Bench() : folder_(std::filesystem::temp_directory_path() / "photrak-workbench-bench") {
+        std::filesystem::create_directories(folder_);
+        ::setenv("XDG_STATE_HOME", folder_.c_str(), 1);
+        desktop_ = std::make_unique<ScriptDesktop>(folder_.string());
+        workbench.reset(new Workbench{*desktop_,
+                                      {BuiltInModels(), HasBlockTest, TestComponent},
+                                      ExecutableDirectory(),
+                                      folder_.string()});
+        StartWorkbench(*workbench);
+        WriteLattice();
+    }
+    DiagramView& Open() { return OpenDiagram(*workbench, file, OpenAgain::NewView); }
+    /// The view that the benchmarks share, in Select mode without a selection.
+    DiagramView& View() {
+        if (!workbench->Active()) Open();
+        SetMode(*workbench, Mode::Zoom);
+        SetMode(*workbench, Mode::Select);
+        return *workbench->Active();
+    }
+    void Click(std::int32_t x, std::int32_t y) {
+        MousePress(*workbench, *workbench->Active(), {{x, y}});
+        MouseRelease(*workbench, *workbench->Active(), {x, y}, false);
+    }
+    void Drag(CanvasPoint from, CanvasPoint to) {
+        MousePress(*workbench, *workbench->Active(), {from});
+        MouseMove(*workbench, *workbench->Active(), to);
+        MouseRelease(*workbench, *workbench->Active(), to, false);
+    }
+
+    std::unique_ptr<Workbench> workbench;
+    std::string file = "lattice.top";
+
+  private:
+    void WriteLattice() {
+        DiagramView& view = NewDiagram(*workbench);
+        Workspace& workspace = *view.workspace;
+        std::vector<Component*> made;
+        for (std::int32_t i = 0; i < blocks; ++i) {
+            const std::string digits = Concat(100000 + i).substr(1);
+            Component* block = AddComponent(workspace, "OpticalCoupler", Concat("Coupler", digits),
+                                            0, 0, workbench->catalogue);
+            block->x = i % columns * gridUnits;
+            block->y = i / columns * gridUnits;
+            made.push_back(block);
+        }
+        for (std::int32_t i = 0; i < blocks; ++i) {
+            const auto next = [&](std::int32_t by) {
+                return made[static_cast<std::size_t>((i + by) % blocks)];
+            };
+            Component& from = *made[static_cast<std::size_t>(i)];
+            Wire(workspace, from, 1, *next(1));
+            Wire(workspace, from, 2, *next(columns));
+        }
+        if (!ReplaceFile((folder_ / file).string(), TextOf(workspace))) std::abort();
+        CloseAll(*workbench);
+    }
+
+    static void Wire(Workspace& workspace, Component& from, std::int32_t port, Component& to) {
+        std::string text;
+        const Status status = ConnectComponents(workspace, from, port, to, port, text);
+        if (status == Status::Error) std::abort();
+    }
+
+    std::filesystem::path folder_;
+    std::unique_ptr<ScriptDesktop> desktop_;
+};
+
+Bench& Shared() {
+    static Bench bench;
+    return bench;
+}
+
+void OpenLattice(benchmark::State& state) {
+    Bench& bench = Shared();
+    for (auto step : state) {
+        DiagramView& view = bench.Open();
+        if (view.workspace->components.size() != blocks) state.SkipWithError("not loaded");
+        state.PauseTiming();
+        CloseAll(*bench.workbench);
+        state.ResumeTiming();
+    }
+}
+
+void Picture(benchmark::State& state) {
+    const DiagramView& view = Shared().View();
+    std::size_t wires = 0;
+    for (auto step : state) wires = PictureOf(*Shared().workbench, view).wires.size();
+    state.counters["wires"] = static_cast<double>(wires);
+}
+
+void DrawingList(benchmark::State& state) {
+    const DiagramView& view = Shared().View();
+    Shared().workbench->scale.SetZoom(static_cast<double>(state.range(0)) / 100.0);
+    for (auto step : state) benchmark::DoNotOptimize(DrawCanvas(*Shared().workbench, view));
+    Shared().workbench->scale.SetZoom(1.0);
+}
+
+void Overlay(benchmark::State& state) {
+    DiagramView& view = Shared().View();
+    EditSelectAll(*Shared().workbench);
+    for (auto step : state) benchmark::DoNotOptimize(DrawCanvas(*Shared().workbench, view));
+}
+
+/// Points on bodies, ports and paper in turn.
+void HitTests(benchmark::State& state) {
+    const DiagramView& view = Shared().View();
+    std::int32_t i = 0;
+    for (auto step : state) {
+        i = (i + 7919) % (columns * 80);
+        const CanvasPoint at{i % columns * gridUnits + i % 45, i / columns * gridUnits + i % 43};
+        benchmark::DoNotOptimize(HitTest(view.Index(), at, Shared().workbench->scale));
+    }
+}
+
+void MoveOne(benchmark::State& state) {
+    const DiagramView& view = Shared().View();
+    const std::size_t steps = view.history.Steps();
+    CanvasPoint from{10, 89 * gridUnits + 10}, to{110 * gridUnits + 10, from.y};
+    for (auto step : state) {
+        Shared().Drag(from, to);
+        std::swap(from, to);
+    }
+    if (view.history.Steps() == steps) state.SkipWithError("nothing moved");
+}
+
+void NudgeAll(benchmark::State& state) {
+    Shared().View();
+    EditSelectAll(*Shared().workbench);
+    std::int32_t by = 1;
+    for (auto step : state) {
+        Nudge(*Shared().workbench, by, 0);
+        by = -by;
+    }
+}
+
+void PlaceAndDelete(benchmark::State& state) {
+    Bench& bench = Shared();
+    bench.View();
+    for (auto step : state) {
+        SetMode(*bench.workbench, Mode::Icon, 5);
+        bench.Click(118 * gridUnits, 80 * gridUnits);
+        SetMode(*bench.workbench, Mode::Select);
+        bench.Click(118 * gridUnits + 10, 80 * gridUnits + 10);
+        EditDelete(*bench.workbench);
+    }
+}
+
+void Rewire(benchmark::State& state) {
+    Bench& bench = Shared();
+    DiagramView& view = bench.View();
+    SetMode(*bench.workbench, Mode::Connect);
+    const Component& from = *view.workspace->components[0];
+    const Component& to = *view.workspace->components[1];
+    const Scale& scale = bench.workbench->scale;
+    const CanvasPoint output = WireEndAt(from, Side::Output, 1, scale);
+    const CanvasPoint input = WireEndAt(to, Side::Input, 1, scale);
+    for (auto step : state) {
+        MousePress(*bench.workbench, view, {output, true});
+        MouseRelease(*bench.workbench, view, input, true);
+        MousePress(*bench.workbench, view, {output});
+        MouseRelease(*bench.workbench, view, input, false);
+    }
+}
+
+void DuplicateHundred(benchmark::State& state) {
+    Bench& bench = Shared();
+    DiagramView& view = bench.View();
+    for (auto step : state) {
+        for (std::size_t i = 0; i < 100; ++i) {
+            view.Select(view.workspace->components[i * 90].get());
+        }
+        EditDuplicate(*bench.workbench);
+        EditDelete(*bench.workbench);
+    }
+}
+
+void HistorySteps(benchmark::State& state) {
+    Bench& bench = Shared();
+    bench.View();
+    EditSelectAll(*bench.workbench);
+    Nudge(*bench.workbench, 1, 0);
+    for (auto step : state) {
+        StepBack(*bench.workbench);
+        StepForward(*bench.workbench);
+    }
+    StepBack(*bench.workbench);
+}
+
+void SaveUndoRestore(benchmark::State& state) {
+    Bench& bench = Shared();
+    DiagramView& view = bench.View();
+    for (auto step : state) {
+        view.Select(view.workspace->components.front().get());
+        EditDelete(*bench.workbench);
+        EditUndo(*bench.workbench);
+    }
+}
+
+void Differs(benchmark::State& state) {
+    Bench& bench = Shared();
+    const DiagramView& view = bench.View();
+    for (auto step : state) benchmark::DoNotOptimize(view.Differs());
+}
+
+BENCHMARK(OpenLattice)->Unit(benchmark::kMillisecond);
+BENCHMARK(Picture)->Unit(benchmark::kMillisecond);
+BENCHMARK(DrawingList)->Arg(20)->Arg(40)->Arg(100)->Unit(benchmark::kMillisecond);
+BENCHMARK(Overlay)->Unit(benchmark::kMillisecond);
+BENCHMARK(HitTests)->Unit(benchmark::kMicrosecond);
+BENCHMARK(MoveOne)->Unit(benchmark::kMillisecond);
+BENCHMARK(NudgeAll)->Unit(benchmark::kMillisecond);
+BENCHMARK(PlaceAndDelete)->Unit(benchmark::kMillisecond);
+BENCHMARK(Rewire)->Unit(benchmark::kMillisecond);
+BENCHMARK(DuplicateHundred)->Unit(benchmark::kMillisecond);
+BENCHMARK(HistorySteps)->Unit(benchmark::kMillisecond);
+BENCHMARK(SaveUndoRestore)->Unit(benchmark::kMillisecond);
+BENCHMARK(Differs)->Unit(benchmark::kMillisecond);
+
+}  // namespace
+}  // namespace photrak
