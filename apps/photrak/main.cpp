@@ -47,7 +47,7 @@ constexpr Command commandTable[] = {
      commandBit::superblock, fileOnly, "a topology file", SuperBlockCommand},
     {"plot",
      "photrak plot [options] FILE.pc?...",
-     "draw results as pictures",
+     "show results in the viewer, or write them as pictures",
      commandBit::plot,
      {},
      "the command file of a plot",

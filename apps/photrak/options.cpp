@@ -181,7 +181,7 @@ constexpr Option optionTable[] = {
     {"--run-tag", "TEXT", commandBit::scan, SetText<&CommandOptions::runTag>,
      "likewise for the runs; an empty tag skips the plots of that loop"},
     {"-o", "OUT", commandBit::plot, SetOutput,
-     "write the picture OUT.svg; a folder takes one for each plot"},
+     "write OUT.svg, .png or .pdf (a folder takes an .svg for each plot); without it the viewer"},
     {"-o", "FILE.prm", commandBit::params, SetParamFile,
      "write FILE.prm; standard output without it"},
     {"--size", "WxH", commandBit::plot, SetSize,

@@ -1,4 +1,4 @@
-// photrak plot: results as picture files, on a machine without a display.
+// photrak plot: results as picture files, on a machine without a display, or in the viewer.
 
 #include <filesystem>
 
@@ -6,6 +6,7 @@
 #include "drawing/svg_writer.h"
 #include "photrak/commands.h"
 #include "photrak/console.h"
+#include "photrak/viewer.h"
 #include "platform/file_system.h"
 #include "plotting/plot_drawing.h"
 #include "plotting/session.h"
@@ -13,28 +14,38 @@
 namespace photrak {
 namespace {
 
-/// One picture to make: the plot, and where it goes.
+/// One picture to make: the plot, the files it is of, and where it goes.
 struct Picture {
     Plot plot;
     std::string output;
+    std::vector<std::string> files;
 };
 
-std::string PictureOf(const Plot& plot, const PlotCommandOptions& options) {
+bool WriteSvg(const Picture& made, const PlotCommandOptions& options, std::string& error) {
+    const Plot& plot = made.plot;
     PlotOptions look;
     look.size = {options.width, options.height};
     look.eye = options.eye == "traces"    ? EyeStyle::Traces
                : options.eye == "density" ? EyeStyle::Density
                                           : EyeStyle::Auto;
     const PlotPicture picture = DrawPlot(plot, PlotView(plot), look);
-    return SvgText(picture.drawing, options.dark ? Theme::Dark : Theme::Light,
-                   plot.spec.title.empty() ? plot.name : plot.spec.title);
+    const std::string text = SvgText(picture.drawing, options.dark ? Theme::Dark : Theme::Light,
+                                     plot.spec.title.empty() ? plot.name : plot.spec.title);
+    if (ReplaceFile(made.output, text)) return true;
+    error = Concat("cannot write '", made.output, "'");
+    return false;
+}
+
+bool WriteByViewer(const Picture& made, const PlotCommandOptions& options, std::string& error) {
+    return ExportByViewer(made.files, made.output, options, error);
 }
 
 struct PictureFormat {
     std::string_view suffix;
-    std::string (*write)(const Plot& plot, const PlotCommandOptions& options);
+    bool (*write)(const Picture& made, const PlotCommandOptions& options, std::string& error);
 };
-constexpr PictureFormat formats[] = {{".svg", PictureOf}};
+constexpr PictureFormat formats[] = {
+    {".svg", WriteSvg}, {".png", WriteByViewer}, {".pdf", WriteByViewer}};
 
 const PictureFormat* FormatOf(const std::string& output) {
     for (const PictureFormat& format : formats) {
@@ -56,7 +67,8 @@ std::string OutputFor(const std::string& file, const std::string& output) {
 }
 
 std::string FormatProblem(const std::string& output) {
-    return Concat("'", output, "' is no name of a picture: it must end in .svg, or be a folder");
+    return Concat("'", output,
+                  "' is no name of a picture: it must end in .svg, .png or .pdf, or be a folder");
 }
 
 bool Load(const std::string& file, Plot& plot) {
@@ -71,8 +83,9 @@ bool Load(const std::string& file, Plot& plot) {
 
 bool Write(const Picture& picture, const CommandOptions& options) {
     const PictureFormat* format = FormatOf(picture.output);
-    if (!ReplaceFile(picture.output, format->write(picture.plot, options.plot))) {
-        Report("error", Concat("cannot write '", picture.output, "'"));
+    std::string error;
+    if (!format->write(picture, options.plot, error)) {
+        if (!error.empty()) Report("error", error);
         return false;
     }
     if (!options.quiet) WriteOut(picture.output + "\n");
@@ -88,6 +101,7 @@ int Usage(std::string_view problem) {
 int PlotOverlaid(const CommandOptions& options) {
     Picture picture;
     picture.output = options.plot.output;
+    picture.files = options.files;
     if (!FormatOf(picture.output)) return Usage(FormatProblem(picture.output));
     if (!Load(options.files.front(), picture.plot)) return exitStatus::failed;
     for (std::size_t i = 1; i < options.files.size(); ++i) {
@@ -106,7 +120,10 @@ int PlotOverlaid(const CommandOptions& options) {
 
 int PlotCommand(const CommandOptions& options) {
     const PlotCommandOptions& wanted = options.plot;
-    if (wanted.output.empty()) return Usage("'plot' wants -o OUT.svg: this build has no viewer");
+    if (wanted.output.empty()) {
+        std::string error;
+        return ShowInViewer(options.files, error) ? exitStatus::success : Usage(error);
+    }
     if (wanted.overlay) return PlotOverlaid(options);
     if (options.files.size() > 1 && !IsFolder(wanted.output)) {
         return Usage(Concat("several plots want a folder for -o, or --overlay; '", wanted.output,
@@ -118,6 +135,7 @@ int PlotCommand(const CommandOptions& options) {
     for (const std::string& file : options.files) {
         Picture picture;
         picture.output = OutputFor(file, wanted.output);
+        picture.files = {file};
         if (!Load(file, picture.plot) || !Write(picture, options)) status = exitStatus::failed;
     }
     return status;

@@ -45,6 +45,12 @@ class ItemPainter {
         SetPen(item.pen);
         const std::vector<double> dashes = DashLengths(item.pen.dash, item.pen.width);
         if (surface_ == Surface::Pixels || !dashes.empty()) {
+            if (dashes.empty() && item.pen.opacity == 1.0) {
+                // Lines that overlap at a corner leave no notch; translucent ones would darken it.
+                QPen pen = painter_.pen();
+                pen.setCapStyle(Qt::SquareCap);
+                painter_.setPen(pen);
+            }
             DrawSegments(DashedSegments(item.points, dashes));
             return;
         }

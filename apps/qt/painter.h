@@ -1,6 +1,6 @@
-// Walks a display list with a QPainter. Curves are painted as separate flat-capped lines: an
-// antialiased polyline wider than a device pixel takes Qt seconds, the same lines by themselves
-// milliseconds.
+// Walks a display list with a QPainter. Curves are painted as separate lines: an antialiased
+// polyline wider than a device pixel takes Qt seconds, the same lines by themselves milliseconds.
+// Their ends are flat, or square where that closes a corner; round ends are slow again.
 #pragma once
 
 #include <vector>

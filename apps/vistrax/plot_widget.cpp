@@ -40,6 +40,12 @@ PlotWidget::PlotWidget(OpenPlot& open, Theme theme, QWidget* parent)
     layout->addWidget(&display_, 1);
     layout->addWidget(&readout_);
     pool_.setMaxThreadCount(1);
+    constexpr int restMilliseconds = 120;
+    measure_.setSingleShot(true);
+    measure_.setInterval(restMilliseconds);
+    connect(&measure_, &QTimer::timeout, this, [this] {
+        if (pane_.HasPlot()) readout_.ShowMeasures(pane_.Shown(), Open().view);
+    });
     SetTheme(theme);
     ShowMessage();
 }
@@ -78,7 +84,7 @@ void PlotWidget::Update(Change change) {
                                            : DisplayWidget::Layer::Overlay);
     if (pane_.HasPlot()) {
         readout_.ShowCursors(pane_.Shown(), Open().view, Open().cursors);
-        if (change == Change::View) readout_.ShowMeasures(pane_.Shown(), Open().view);
+        if (change == Change::View) measure_.start();
     }
     Q_EMIT Changed();
 }
@@ -142,6 +148,7 @@ void PlotWidget::TakeDrawn(const std::shared_ptr<PlotPicture>& picture, const QI
 
 void PlotWidget::Pointer(const PointerInput& input) {
     Update(pane_.Pointer(input));
+    Q_EMIT Pointed(ToQString(pane_.PlaceText(input.at)));
     if (input.action == PointerAction::Release && input.button == PointerButton::Right)
         Q_EMIT ContextMenuWanted(display_.mapToGlobal(
             QPoint(static_cast<int>(input.at.x), static_cast<int>(input.at.y))));

@@ -5,6 +5,7 @@
 #include <QImage>
 #include <QLabel>
 #include <QThreadPool>
+#include <QTimer>
 #include <QWidget>
 
 #include "plotting/plot_pane.h"
@@ -44,6 +45,7 @@ class PlotWidget : public QWidget, public DisplaySource {
 
   Q_SIGNALS:
     void Changed();  // view, cursors or curves
+    void Pointed(const QString& place);
     void ContextMenuWanted(const QPoint& global);
     void Drawn();
 
@@ -59,6 +61,7 @@ class PlotWidget : public QWidget, public DisplaySource {
     Drawing note_;  // while there is nothing to draw yet
     bool stale_ = true, busy_ = false;
     PageSize drawnSize_;
+    QTimer measure_;  // measures are taken when the view rests
     int number_ = 0;  // of the drawing under way; older ones are dropped
     QThreadPool pool_;
 };

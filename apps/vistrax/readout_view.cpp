@@ -26,10 +26,12 @@ ReadoutView::ReadoutView(QWidget* parent) : QWidget(parent) {
     layout->setSpacing(8);
     table_.setColumnCount(5);
     table_.setHorizontalHeaderLabels(
-        {tr("Cursor"), tr("A"), tr("B"), tr("B \u2212 A"), tr("1 / (B \u2212 A), slope")});
+        {tr("Cursor"), tr("A"), tr("B"), tr("B \u2212 A"), tr("1/\u0394, slope")});
     table_.verticalHeader()->hide();
     table_.verticalHeader()->setDefaultSectionSize(20);
     table_.horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
+    table_.horizontalHeader()->setMinimumSectionSize(70);
+    table_.setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);
     table_.horizontalHeader()->setHighlightSections(false);
     table_.setEditTriggers(QAbstractItemView::NoEditTriggers);
     table_.setSelectionBehavior(QAbstractItemView::SelectRows);
@@ -62,6 +64,7 @@ void ReadoutView::SetRow(int row, const QStringList& cells) {
             table_.setItem(row, column, item);
         }
         item->setText(cells[column]);
+        item->setToolTip(cells[column].toHtmlEscaped());
     }
 }
 

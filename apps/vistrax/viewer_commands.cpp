@@ -130,7 +130,10 @@ struct ViewerCommands {
     static void SetScale(Window& w) {
         if (Kind != ScaleKind::Linear && w.current_->Open().decibels) Decibels(w);
         const bool has = w.current_->Open().view.ScaleOf(AxisId::Y).Kind() == Kind;
-        w.current_->Update(w.current_->Pane().SetScale(has ? ScaleKind::Linear : Kind));
+        const ScaleKind without = Kind == ScaleKind::Logarithmic
+                                      ? ScaleKind::Linear
+                                      : AskedScale(w.current_->Pane().Shown(), AxisId::Y);
+        w.current_->Update(w.current_->Pane().SetScale(has ? without : Kind));
     }
     static void Decibels(Window& w) {
         const auto index = w.session_.Find(w.current_->Open().path);
@@ -231,7 +234,9 @@ struct ViewerCommands {
         const QString text = from->tabText(index), tip = from->tabToolTip(index);
         from->removeTab(index);
         to->show();
-        to->setTabToolTip(to->addTab(widget, text), tip);
+        const int tab = to->addTab(widget, text);
+        to->setTabToolTip(tab, tip);
+        w.AddCloseButton(*to, tab, *widget);
         if (w.groups_[1]->count() == 0) w.groups_[1]->hide();
         const int half = w.splitter_->width() / 2;
         w.splitter_->setSizes({half, half});

@@ -11,6 +11,7 @@
 #include <QMimeData>
 #include <QStatusBar>
 #include <QTabBar>
+#include <QToolButton>
 
 #include "qt/text_measure_qt.h"
 #include "vistrax/viewer_commands.h"
@@ -41,7 +42,10 @@ ViewerWindow::ViewerWindow(ThemeChoice choice, QWidget* parent)
     if (choice == ThemeChoice::System)
         choice = static_cast<ThemeChoice>(
             std::clamp(settings_.value(QLatin1String(themeKey)).toInt(), 0, 2));
-    statusBar()->setSizeGripEnabled(true);
+    place_ = new QLabel;
+    place_->setTextFormat(Qt::PlainText);
+    place_->setAccessibleName(tr("Place of the pointer"));
+    statusBar()->addPermanentWidget(place_);
     connect(&loader_, &Loader::Done, this, &ViewerWindow::TakeLoaded);
     connect(&watch_, &FileWatch::Changed, this, &ViewerWindow::Check);
     settle_.setInterval(50);
@@ -58,14 +62,11 @@ ViewerWindow::~ViewerWindow() {
 
 QTabWidget* ViewerWindow::MakeGroup() {
     auto* group = new QTabWidget;
-    group->setTabsClosable(true);
     group->setMovable(true);
     group->setDocumentMode(true);
     group->setElideMode(Qt::ElideMiddle);
     group->tabBar()->setExpanding(false);
     group->setAccessibleName(tr("Open plots"));
-    connect(group, &QTabWidget::tabCloseRequested, this,
-            [this, group](int index) { CloseTab(group, index); });
     connect(group, &QTabWidget::currentChanged, this, [this, group](int index) {
         if (auto* widget = static_cast<PlotWidget*>(group->widget(index))) {
             current_ = widget;
@@ -127,17 +128,33 @@ void ViewerWindow::OpenOne(const QString& path) {
     connect(widget, &PlotWidget::Changed, this, [this, widget] {
         if (widget == current_) UpdateActions();
     });
+    connect(widget, &PlotWidget::Pointed, place_, &QLabel::setText);
     connect(widget, &PlotWidget::ContextMenuWanted, this,
             [this](const QPoint& at) { actions_.Menu("&View").popup(at); });
     QTabWidget* group = current_ ? GroupOf(current_) : groups_[0];
     const int tab = group->addTab(
         widget, QFileInfo(path).fileName().replace(QLatin1Char('&'), QStringLiteral("&&")));
     group->setTabToolTip(tab, path.toHtmlEscaped());
+    AddCloseButton(*group, tab, *widget);
     directory_ = QFileInfo(path).absolutePath();
     Activate(widget);
     Remember(path);
     loading_.insert(name);
     loader_.Load(name, {});
+}
+
+void ViewerWindow::AddCloseButton(QTabWidget& group, int tab, PlotWidget& widget) {
+    auto* button = new QToolButton;
+    button->setText(QStringLiteral("\u00D7"));
+    button->setAutoRaise(true);
+    button->setFocusPolicy(Qt::NoFocus);
+    button->setToolTip(tr("Closes this plot (Ctrl+W)"));
+    button->setAccessibleName(tr("Close %1").arg(group.tabText(tab)));
+    connect(button, &QToolButton::clicked, this, [this, shown = &widget] {
+        QTabWidget* holder = GroupOf(shown);
+        CloseTab(holder, holder->indexOf(shown));
+    });
+    group.tabBar()->setTabButton(tab, QTabBar::RightSide, button);
 }
 
 void ViewerWindow::CloseTab(QTabWidget* group, int index) {

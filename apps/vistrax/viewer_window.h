@@ -55,6 +55,7 @@ class ViewerWindow : public QMainWindow {
 
     QTabWidget* MakeGroup();
     void OpenOne(const QString& path);
+    void AddCloseButton(QTabWidget& group, int tab, PlotWidget& widget);
     void CloseTab(QTabWidget* group, int index);
     void Retitle();
     void Remember(const QString& path);
@@ -80,6 +81,7 @@ class ViewerWindow : public QMainWindow {
     QSplitter* splitter_ = nullptr;
     QTabWidget* groups_[2] = {};
     PlotWidget* current_ = nullptr;
+    QLabel* place_ = nullptr;  // values under the pointer
     ActionSet actions_;
     QSettings settings_;
     ThemeChoice choice_;

@@ -45,13 +45,17 @@ std::string LevelText(const std::optional<double>& value, std::string_view unit)
     return value ? EngineeringText(*value, unit, 6) : std::string();
 }
 
+/// Per prefixed unit of x: dB/nm rather than dB/m.
 std::string SlopeText(double rise, double run, std::string_view yUnit, std::string_view xUnit) {
     if (run == 0.0) return {};
-    const std::string unit =
-        yUnit.empty() && xUnit.empty()
-            ? ""
-            : Concat(yUnit.empty() ? "1" : yUnit, "/", xUnit.empty() ? "1" : xUnit);
-    return ReadableText(rise / run, 5) + (unit.empty() ? "" : " " + unit);
+    const std::string_view unit = yUnit.starts_with("dB") ? "dB" : yUnit;
+    if (unit.empty() && xUnit.empty()) return ReadableText(rise / run, 5);
+    const SiPrefix prefix =
+        TakesPrefix(xUnit) ? PrefixFor(xUnit == "m" ? 0.5 * run : run) : SiPrefix{};
+    const double slope = rise / (run / PowerOfTen(prefix.exponent));
+    const std::string under = xUnit.empty() ? "1" : Concat(prefix.text, xUnit);
+    if (unit.empty()) return Concat(ReadableText(slope, 5), " /", under);
+    return Concat(EngineeringText(slope, unit, 5), "/", under);
 }
 
 /// What a difference in x is besides: the rate of a time, the frequency of a difference in

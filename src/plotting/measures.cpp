@@ -23,7 +23,7 @@ class Lines {
     std::vector<std::string> Take() {
         const AxisLabel x = SplitLabel(plot_.spec.xLabel), y = SplitLabel(plot_.spec.yLabel);
         if (plot_.kind == PlotKind::Eye) {
-            if (plot_.eye) Add(Concat("Eye: ", EyeText(*plot_.eye, x.unit, y.unit)));
+            AddEye(x.unit, y.unit);
         } else if (plot_.spec.logarithmic && y.unit.empty()) {
             AddRates(x.unit);
         } else if (x.unit == "m" || x.unit == "Hz") {
@@ -37,13 +37,26 @@ class Lines {
         if (lines_.size() < most_) lines_.push_back(std::move(line));
     }
 
+    void AddEye(const std::string& xUnit, const std::string& yUnit) {
+        if (!plot_.eye) return;
+        std::string_view text = eyeText_ = EyeText(*plot_.eye, xUnit, yUnit);
+        while (!text.empty()) {
+            const std::size_t comma = std::min(text.find(", "), text.size());
+            Add(std::string(text.substr(0, comma)));
+            text.remove_prefix(std::min(comma + 2, text.size()));
+        }
+    }
+
     void AddRates(const std::string& unit) {
         for (const double rate : usualRates) {
+            bool headed = false;
             for (const RateCrossing& crossing : CrossingsAt(plot_, rate)) {
                 const Curve& curve = plot_.curves[crossing.curve];
                 if (!crossing.x || view_.IsHidden(curve)) continue;
-                std::string line = Concat(ReadableText(rate, 2), ": ", curve.name, " at ",
-                                          EngineeringText(*crossing.x, unit, 5));
+                if (!headed) Add(Concat("Error rate of ", ReadableText(rate, 2)));
+                headed = true;
+                std::string line =
+                    Concat(inset, EngineeringText(*crossing.x, unit, 5), "  ", curve.name);
                 if (crossing.penalty && *crossing.penalty != 0.0) {
                     line += Concat(", penalty ",
                                    EngineeringText(*crossing.penalty,
@@ -56,24 +69,29 @@ class Lines {
 
     std::string PlaceText(double x, const std::string& unit) const {
         std::string text = EngineeringText(x, unit, 7);
-        if (unit == "m" && x > 0.0) text += ", " + EngineeringText(lightSpeed / x, "Hz", 7);
+        if (unit == "m" && x > 0.0) text += "  " + EngineeringText(lightSpeed / x, "Hz", 7);
         return text;
     }
     void AddPeaks(const std::string& unit) {
         const ValueRange range = view_.ScaleOf(AxisId::X).Range();
+        const std::string yUnit = SplitLabel(plot_.spec.yLabel).unit;
         for (const Curve& curve : plot_.curves) {
             if (view_.IsHidden(curve) || curve.second || curve.held) continue;
-            const std::string yUnit = SplitLabel(plot_.spec.yLabel).unit;
             const double least = yUnit.starts_with("dB") ? 3.0 : 0.1 * curve.y->Limits().Span();
-            std::vector<Peak> peaks = FindPeaks(*curve.x, *curve.y, least);
+            std::vector<Peak> peaks = FindPeaks(*curve.x, *curve.y, least, most_);
             std::erase_if(peaks, [&](const Peak& p) { return !range.Contains(p.x); });
+            std::sort(peaks.begin(), peaks.end(),
+                      [](const Peak& a, const Peak& b) { return a.x < b.x; });
+            if (!peaks.empty()) Add(Concat("Peaks of ", curve.name));
             for (const Peak& peak : peaks) {
-                Add(Concat("Peak of ", curve.name, ": ", EngineeringText(peak.y, yUnit, 5), " at ",
-                           PlaceText(peak.x, unit)));
+                Add(Concat(inset, PlaceText(peak.x, unit), "  ",
+                           EngineeringText(peak.y, yUnit, 4)));
             }
         }
     }
 
+    static constexpr std::string_view inset = "   ";
+    std::string eyeText_;
     const Plot& plot_;
     const PlotView& view_;
     std::size_t most_;

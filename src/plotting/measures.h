@@ -11,6 +11,6 @@ namespace photrak {
 
 /// Of the visible curves and the visible range of x; at most `most` lines.
 std::vector<std::string> MeasureLines(const Plot& plot, const PlotView& view,
-                                      std::size_t most = 12);
+                                      std::size_t most = 24);
 
 }  // namespace photrak

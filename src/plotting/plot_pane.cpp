@@ -5,6 +5,8 @@
 #include <cmath>
 
 #include "base/text.h"
+#include "drawing/number_text.h"
+#include "plotting/axis_label.h"
 
 namespace photrak {
 namespace {
@@ -317,6 +319,20 @@ PointerShape PlotPane::Shape(Point at) const {
             return cursor->level ? PointerShape::SizeUpDown : PointerShape::SizeAcross;
     }
     return picture_.layout.pane.Contains(at) ? PointerShape::Cross : PointerShape::Arrow;
+}
+
+std::string PlotPane::PlaceText(Point at) const {
+    if (!hasPicture_ || !plot_ || !picture_.layout.pane.Contains(at)) return {};
+    const PlotSpec& spec = plot_->spec;
+    const auto text = [](double value, const std::string& label) {
+        return EngineeringText(value, SplitLabel(label).unit, 5);
+    };
+    const PixelMap map = picture_.layout.Map(false);
+    std::string place =
+        Concat(text(map.XAt(at.x), spec.xLabel), ",  ", text(map.YAt(at.y), spec.yLabel));
+    if (HasSecondAxis(*plot_))
+        place += ",  " + text(picture_.layout.Map(true).YAt(at.y), spec.secondLabel);
+    return place;
 }
 
 Change PlotPane::Zoom(double factor) {

@@ -54,6 +54,8 @@ class PlotPane {
     Change Pointer(const PointerInput& input);
     Change Wheel(const WheelInput& input);
     PointerShape Shape(Point at) const;
+    /// The values under a point of the pane, "12.5 ps, 3.1 mW"; empty outside of it.
+    std::string PlaceText(Point at) const;
 
     // Commands, in parts of the pane where they have a size.
     Change Zoom(double factor);

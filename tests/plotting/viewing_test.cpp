@@ -129,7 +129,7 @@ TEST(Cursors, ReadTheDataAndNotThePicture) {
     EXPECT_EQ(readout.xInverse, "400 MHz");
     EXPECT_EQ(readout.rows[0].a, "2 mW");
     EXPECT_EQ(readout.rows[0].difference, "2 mW");
-    EXPECT_EQ(readout.rows[0].slope, "800000 W/s");
+    EXPECT_EQ(readout.rows[0].slope, "800 \xC2\xB5W/ns");
     EXPECT_EQ(readout.rows[1].b, "");  // a gap
     cursors.snaps = false;
     cursors.X(CursorId::A) = 1.25e-9;
