@@ -164,12 +164,37 @@ class Gestures {
         if (!workbench_.forms.empty()) return ClosePending();
         if (workbench_.views.empty()) NewDiagram(workbench_);
         const int kind = Below(100);
-        if (kind < 30) return Press();
+        if (kind < 12) return Wire();
+        if (kind < 35) return Press();
         if (kind < 45) return MouseMove(workbench_, View(), Point()), "move";
         if (kind < 65) return Release();
         if (kind < 78) return SetAMode();
         if (kind < 95) return Command();
         return Views();
+    }
+
+    /// From an output to an input: a wire is made, or taken away with the right button.
+    std::string Wire() {
+        const ComponentList& blocks = View().workspace->components;
+        const auto count = static_cast<int>(blocks.size());
+        if (count == 0) return "wire";
+        const Component& from = *blocks[static_cast<std::size_t>(Below(count))];
+        const Component* to = blocks[static_cast<std::size_t>(Below(count))].get();
+        const bool right = Below(3) == 0;
+        const std::int32_t outputs = ShownPorts(from, Side::Output);
+        if (outputs == 0) return "wire";
+        const std::int32_t output = 1 + Below(outputs);
+        const Node* node = from.outputs[static_cast<std::size_t>(output) - 1].node;
+        if (right && node && !node->readers.empty()) to = node->readers.front();
+        const std::int32_t inputs = ShownPorts(*to, Side::Input);
+        if (inputs == 0) return "wire";
+        SetMode(workbench_, Mode::Connect);
+        MousePress(workbench_, View(),
+                   {WireEndAt(from, Side::Output, output, workbench_.scale), right});
+        const CanvasPoint end = WireEndAt(*to, Side::Input, 1 + Below(inputs), workbench_.scale);
+        MouseMove(workbench_, View(), end);
+        MouseRelease(workbench_, View(), end, right);
+        return "wire";
     }
 
     std::string Press() {
