@@ -14,6 +14,10 @@ namespace photrak {
 namespace {
 
 constexpr double nameSize = 9.0, leastNameZoom = 0.8, wireWidth = 1.5;
+// Below these sides of an icon, in pixels, nobody can point at a port or a block, or read letters.
+constexpr std::int32_t leastPortMark = 20, leastBlockMark = 8;
+constexpr double leastLetters = 12.0;
+constexpr std::size_t mostSingleWires = 2000;
 
 struct WireLook {
     Role role;
@@ -43,8 +47,9 @@ class CanvasPainter {
     CanvasPainter(const Workbench& workbench, const DiagramView& view, const CanvasLook& look)
         : workbench_(workbench), view_(view), look_(look), picture_(PictureOf(workbench, view)) {}
 
-    /// Cuts the page to what is drawn, with a margin.
+    /// For a file: blocks carry their names, and the page is cut to what is drawn, with a margin.
     void CutToDiagram() {
+        named_ = true;
         const double margin = workbench_.scale.gridSize / 2;
         std::optional<Rect> around;
         for (const PictureIcon& icon : picture_.icons) {
@@ -63,9 +68,10 @@ class CanvasPainter {
 
     Drawing Draw() {
         drawing_.size = size_;
+        drawing_.items.reserve(2 * picture_.icons.size());
         for (const PictureIcon& icon : picture_.icons) AddBlock(icon);
-        for (const PictureTick& tick : picture_.ticks) AddTick(tick);
-        for (const PictureWire& wire : picture_.wires) AddWire(wire);
+        AddTicks();
+        AddWires();
         if (workbench_.scale.zoom >= leastNameZoom) AddNames();
         AddOverlay();
         return std::move(drawing_);
@@ -85,17 +91,20 @@ class CanvasPainter {
         const double side = picture_.iconSide;
         const Rect square = SquareAt(icon.at, side);
         if (!IsSeen(square.Grown(side))) return;
-        drawing_.Add(GroupBegin{Concat("block:", icon.component->name), icon.component->type});
-        AddIcon(icon.file, icon.component->type, square, drawing_.items);
-        drawing_.Add(GroupEnd{});
-        drawing_.marks.push_back({Concat("block:", icon.component->name), square,
-                                  DrawableText(icon.component->name), icon.component->type});
+        const Component& block = *icon.component;
+        if (named_) drawing_.Add(GroupBegin{Concat("block:", block.name), block.type});
+        AddIcon(icon.file, block.type, square, drawing_.items);
+        if (named_) drawing_.Add(GroupEnd{});
+        if (picture_.iconSide < leastBlockMark) return;
+        drawing_.marks.push_back(
+            {Concat("block:", block.name), square, DrawableText(block.name), block.type});
     }
 
     void AddIcon(std::string_view, const std::string& type, const Rect& square,
                  std::vector<DrawItem>& items) const {
         items.emplace_back(
             Box{.rect = square, .filled = true, .fill = Role::Paper, .pen = {Role::Ink}});
+        if (square.width < leastLetters) return;
         TextItem letters;
         letters.size = 0.36 * square.width;
         letters.at = {square.Center().x, square.Center().y + 0.36 * letters.size};
@@ -125,34 +134,73 @@ class CanvasPainter {
         }
     }
 
-    void AddTick(const PictureTick& tick) {
-        const Rect square = SquareAt(tick.at, picture_.tickSide);
-        if (!IsSeen(square.Grown(picture_.iconSide))) return;
-        const Port& port =
-            PortsOf(*tick.component, tick.side)[static_cast<std::size_t>(tick.port) - 1];
-        const WireLook& look = LookOf(WireRoleOf(port.sigType));
-        drawing_.Add(
-            Box{.rect = square, .filled = true, .fill = look.role, .outlined = false, .pen = {}});
-        const bool isInput = tick.side == Side::Input;
-        const std::string name = Concat(isInput ? "input " : "output ", tick.port, " of ",
-                                        DrawableText(tick.component->name));
-        drawing_.marks.push_back(
-            {Concat("port:", tick.component->name, isInput ? ":in" : ":out", tick.port),
-             square.Grown(3.0), name, std::string(look.name)});
+    /// Squares as short thick lines: one item for each type of signal, however many there are.
+    void AddTicks() {
+        Segments byRole[std::size(wireLooks)];
+        const double side = picture_.tickSide;
+        const bool named = picture_.iconSide >= leastPortMark;
+        for (const PictureTick& tick : picture_.ticks) {
+            const Rect square = SquareAt(tick.at, side);
+            if (!IsSeen(square.Grown(picture_.iconSide))) continue;
+            const Port& port =
+                PortsOf(*tick.component, tick.side)[static_cast<std::size_t>(tick.port) - 1];
+            const WireRole role = WireRoleOf(port.sigType);
+            std::vector<Point>& points = byRole[static_cast<std::size_t>(role)].points;
+            points.push_back({square.x, square.Center().y});
+            points.push_back({square.Right(), square.Center().y});
+            if (named) AddPortMark(tick, square, LookOf(role));
+        }
+        for (std::size_t role = 0; role < std::size(wireLooks); ++role) {
+            if (byRole[role].points.empty()) continue;
+            byRole[role].pen = {wireLooks[role].role, side};
+            drawing_.Add(std::move(byRole[role]));
+        }
     }
 
-    void AddWire(const PictureWire& picture) {
-        const Wire& wire = picture.wire;
-        Polyline line;
-        Rect around = SquareAt(wire.points[0], 0.0);
-        for (std::int32_t i = 0; i < wire.count; ++i) {
-            line.points.push_back(CenterOf(wire.points[i]));
-            around = United(around, SquareAt(wire.points[i], 1.0));
+    void AddPortMark(const PictureTick& tick, const Rect& square, const WireLook& look) {
+        const std::string& block = tick.component->name;
+        const bool isInput = tick.side == Side::Input;
+        drawing_.marks.push_back(
+            {Concat("port:", block, isInput ? ":in" : ":out", tick.port), square.Grown(portZone),
+             Concat(isInput ? "input " : "output ", tick.port, " of ", DrawableText(block)),
+             std::string(look.name)});
+    }
+
+    /// Each wire as a line of its own; very many as one item for each type of signal.
+    void AddWires() {
+        const bool batched = picture_.wires.size() > mostSingleWires;
+        Segments byRole[std::size(wireLooks)];
+        for (const PictureWire& picture : picture_.wires) {
+            const Wire& wire = picture.wire;
+            Rect around = SquareAt(wire.points[0], 0.0);
+            for (std::int32_t i = 1; i < wire.count; ++i) {
+                around = United(around, SquareAt(wire.points[i], 1.0));
+            }
+            if (!IsSeen(around.Grown(wireWidth))) continue;
+            if (batched) {
+                std::vector<Point>& points = byRole[static_cast<std::size_t>(picture.role)].points;
+                for (std::int32_t i = 1; i < wire.count; ++i) {
+                    points.push_back(CenterOf(wire.points[i - 1]));
+                    points.push_back(CenterOf(wire.points[i]));
+                }
+                continue;
+            }
+            Polyline line;
+            for (std::int32_t i = 0; i < wire.count; ++i) {
+                line.points.push_back(CenterOf(wire.points[i]));
+            }
+            line.pen = PenOf(LookOf(picture.role));
+            drawing_.Add(std::move(line));
         }
-        if (!IsSeen(around.Grown(wireWidth))) return;
-        const WireLook& look = LookOf(picture.role);
-        line.pen = {look.role, wireWidth, look_.linePatterns ? look.dash : Dash::Solid};
-        drawing_.Add(std::move(line));
+        for (std::size_t role = 0; role < std::size(wireLooks); ++role) {
+            if (byRole[role].points.empty()) continue;
+            byRole[role].pen = PenOf(wireLooks[role]);
+            drawing_.Add(std::move(byRole[role]));
+        }
+    }
+
+    Pen PenOf(const WireLook& look) const {
+        return {look.role, wireWidth, look_.linePatterns ? look.dash : Dash::Solid};
     }
 
     void AddOverlay() {
@@ -182,6 +230,7 @@ class CanvasPainter {
     CanvasPicture picture_;
     Point origin_;
     PageSize size_{static_cast<double>(picture_.size.x), static_cast<double>(picture_.size.y)};
+    bool named_ = false;
     Drawing drawing_;
 };
 

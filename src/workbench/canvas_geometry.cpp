@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <unordered_map>
 
 namespace photrak {
 namespace {
@@ -37,21 +36,84 @@ std::int32_t NearestPort(const Component& component, Side side, std::int32_t y,
     return nearest;
 }
 
-/// An input port that stands on a node, by its reader's place in the list.
-struct Reading {
-    const Node* node;
-    const Component* reader;
-    std::int32_t port;
-};
-struct Driving {
-    const Component* driver;
-    std::int32_t port;
+/// Left top of a port's square, from the icon's (pixels) and the number of ports on its side.
+CanvasPoint TickOf(CanvasPoint icon, Side side, std::size_t count, std::int32_t port,
+                   const Scale& scale) {
+    return {
+        side == Side::Input ? icon.x - scale.portTick : icon.x + scale.iconSize,
+        FirstTop(icon.y, static_cast<std::int32_t>(count), scale) + (port - 1) * scale.portPitch};
+}
+
+CanvasPoint WireEndOf(CanvasPoint tick, Side side, const Scale& scale) {
+    return {side == Side::Output ? tick.x + scale.portTick : tick.x,
+            tick.y + (scale.portTick - 1) / 2};
+}
+
+/// A port that stands on a node other than the ground, by its component's place in the list.
+struct PlacedPort {
+    const Node* node = nullptr;
+    std::int32_t number = 0;  // of the node
+    std::uint32_t place = 0;
+    std::int32_t port = 0;
 };
 
-void Route(Wire& wire, const Scale& scale) {
-    const CanvasPoint driver = IconAt(*wire.from, scale), reader = IconAt(*wire.to, scale);
-    const std::int32_t y1 = WireEndAt(*wire.from, Side::Output, wire.output, scale).y;
-    const std::int32_t y2 = WireEndAt(*wire.to, Side::Input, wire.input, scale).y;
+std::vector<PlacedPort> PlacedPorts(const Workspace& workspace, Side side) {
+    std::vector<PlacedPort> placed;
+    placed.reserve(workspace.components.size());
+    std::uint32_t place = 0;
+    for (const auto& component : workspace.components) {
+        std::int32_t number = 0;
+        for (const Port& port : PortsOf(*component, side)) {
+            ++number;
+            if (!port.node || port.node->number == 0) continue;
+            placed.push_back({port.node, port.node->number, place, number});
+        }
+        ++place;
+    }
+    return placed;
+}
+
+/// By node, those of one node in their order. Numbers that lie close together are counted out,
+/// which takes one pass over them.
+void SortByNode(std::vector<PlacedPort>& ports, std::int32_t lastNumber) {
+    constexpr std::size_t spread = 8;
+    if (static_cast<std::size_t>(lastNumber) > spread * (ports.size() + spread)) {
+        std::ranges::stable_sort(ports, {}, &PlacedPort::number);
+        return;
+    }
+    std::vector<std::uint32_t> next(static_cast<std::size_t>(lastNumber) + 2, 0);
+    for (const PlacedPort& port : ports) ++next[static_cast<std::size_t>(port.number) + 1];
+    for (std::size_t i = 1; i < next.size(); ++i) next[i] += next[i - 1];
+    std::vector<PlacedPort> sorted(ports.size());
+    for (const PlacedPort& port : ports) {
+        sorted[next[static_cast<std::size_t>(port.number)]++] = port;
+    }
+    ports = std::move(sorted);
+}
+
+/// What a wire needs to know of a block.
+struct WireBlock {
+    const Component* component = nullptr;
+    CanvasPoint icon;  // pixels
+    std::size_t inputs = 0, outputs = 0;
+};
+
+std::vector<WireBlock> WireBlocks(const Workspace& workspace, const Scale& scale) {
+    std::vector<WireBlock> blocks;
+    blocks.reserve(workspace.components.size());
+    for (const auto& component : workspace.components) {
+        blocks.push_back({component.get(), IconAt(*component, scale), component->inputs.size(),
+                          component->outputs.size()});
+    }
+    return blocks;
+}
+
+void Route(Wire& wire, const WireBlock& from, const WireBlock& to, const Scale& scale) {
+    const CanvasPoint driver = from.icon, reader = to.icon;
+    const CanvasPoint output = TickOf(driver, Side::Output, from.outputs, wire.output, scale);
+    const CanvasPoint input = TickOf(reader, Side::Input, to.inputs, wire.input, scale);
+    const std::int32_t y1 = WireEndOf(output, Side::Output, scale).y;
+    const std::int32_t y2 = WireEndOf(input, Side::Input, scale).y;
     const std::int32_t x1 = driver.x + scale.iconSize + scale.portTick;
     std::int32_t x2 = reader.x - scale.portTick;
     if (std::abs(y1 - y2) >= scale.iconSize) --x2;
@@ -86,18 +148,12 @@ CanvasPoint IconAt(const Component& component, const Scale& scale) {
 }
 
 CanvasPoint TickAt(const Component& component, Side side, std::int32_t port, const Scale& scale) {
-    const CanvasPoint icon = IconAt(component, scale);
-    const auto count = static_cast<std::int32_t>(PortsOf(component, side).size());
-    return {side == Side::Input ? icon.x - scale.portTick : icon.x + scale.iconSize,
-            FirstTop(icon.y, count, scale) + (port - 1) * scale.portPitch};
+    return TickOf(IconAt(component, scale), side, PortsOf(component, side).size(), port, scale);
 }
 
 CanvasPoint WireEndAt(const Component& component, Side side, std::int32_t port,
                       const Scale& scale) {
-    CanvasPoint end = TickAt(component, side, port, scale);
-    if (side == Side::Output) end.x += scale.portTick;
-    end.y += (scale.portTick - 1) / 2;
-    return end;
+    return WireEndOf(TickAt(component, side, port, scale), side, scale);
 }
 
 std::int32_t OuterMargin(const Scale& scale) {
@@ -134,33 +190,22 @@ Hit HitOnTick(Component& component, Side side, CanvasPoint point, const Scale& s
 }
 
 std::vector<Wire> Wires(const Workspace& workspace, const Scale& scale) {
-    std::unordered_map<const Node*, Driving> drivers;
-    std::vector<Reading> readings;
-    for (const auto& component : workspace.components) {
-        std::int32_t port = 0;
-        for (const Port& output : component->outputs) {
-            ++port;
-            if (output.node && output.node->number != 0) {
-                drivers.try_emplace(output.node, Driving{component.get(), port});
-            }
-        }
-        port = 0;
-        for (const Port& input : component->inputs) {
-            ++port;
-            if (input.node && input.node->number != 0) {
-                readings.push_back({input.node, component.get(), port});
-            }
-        }
-    }
-    std::ranges::stable_sort(readings, {}, [](const Reading& r) { return r.node->number; });
+    const std::int32_t lastNumber = workspace.nodes.empty() ? 0 : workspace.nodes.rbegin()->first;
+    std::vector<PlacedPort> drivers = PlacedPorts(workspace, Side::Output);
+    std::vector<PlacedPort> readers = PlacedPorts(workspace, Side::Input);
+    SortByNode(drivers, lastNumber);
+    SortByNode(readers, lastNumber);
+    const std::vector<WireBlock> blocks = WireBlocks(workspace, scale);
     std::vector<Wire> wires;
-    wires.reserve(readings.size());
-    for (const Reading& reading : readings) {
-        const auto driver = drivers.find(reading.node);
-        if (driver == drivers.end()) continue;
-        Wire wire{reading.node, driver->second.driver, reading.reader, driver->second.port,
-                  reading.port};
-        Route(wire, scale);
+    wires.reserve(readers.size());
+    auto driver = drivers.begin();
+    for (const PlacedPort& reader : readers) {
+        while (driver != drivers.end() && driver->number < reader.number) ++driver;
+        if (driver == drivers.end()) break;
+        if (driver->number != reader.number) continue;
+        const WireBlock &from = blocks[driver->place], &to = blocks[reader.place];
+        Wire wire{reader.node, from.component, to.component, driver->port, reader.port};
+        Route(wire, from, to, scale);
         wires.push_back(wire);
     }
     return wires;
