@@ -42,10 +42,19 @@ void TellReadings() {
     }
 }
 
+/// Once, however many plots there were to show.
+void TellOfViewer() {
+    if (!CurrentRun().viewerMissing) return;
+    Report("note",
+           "no viewer to show the plots: 'vistrax' is not on the PATH, or there is no "
+           "display; 'photrak plot FILE -o OUT.svg' draws the command files listed above");
+}
+
 int Conclude(Status status, bool warned, const Session& session, const ConsoleMessages& messages,
              const CommandOptions& options) {
     warned = ListResultFiles() != Status::Success || warned;
     TellReadings();
+    TellOfViewer();
     if (status == Status::Error) {
         const std::string& text = session.workspace->errorText;
         Report("error", text.empty() ? messages.ErrorText() : InterpretPercent(text));

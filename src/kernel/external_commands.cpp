@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <optional>
 
+#include "kernel/run_record.h"
+#include "platform/file_system.h"
 #include "platform/host.h"
 
 namespace photrak {
@@ -66,6 +68,24 @@ int StartOnFile(const char* variable, std::vector<std::string> program, const st
     return StartProgram(program, wait);
 }
 
+bool HasDisplay() {
+    for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {
+        if (Setting(name)) return true;
+    }
+    return false;
+}
+
+/// The viewer of this installation. Where its word is not on the PATH it is looked for beside the
+/// executable; without a display that would only fail again for each plot.
+int StartViewer(std::vector<std::string> program, const std::string& file, Wait wait) {
+    const int status = StartOnFile("PLOTCMD", program, file, wait);
+    if (status != -1 || Setting("PLOTCMD") || !ExternalCommandsAllowed()) return status;
+    program[0] = ExecutableDirectory() + program[0];
+    if (HasDisplay() && StartOnFile("PLOTCMD", program, file, wait) != -1) return 0;
+    CurrentRun().viewerMissing = true;
+    return -1;
+}
+
 /// The words of a text, split at blanks.
 std::vector<std::string> Words(std::string_view text) {
     std::vector<std::string> words;
@@ -107,7 +127,7 @@ int RunCommandLine(std::string_view command) {
 }
 
 int RunPlotCommand(const std::string& file, Wait wait) {
-    return StartOnFile("PLOTCMD", {"vistrax", "/v"}, "@" + file, wait);
+    return StartViewer({"vistrax", "/v"}, "@" + file, wait);
 }
 
 int RunEditor(const std::string& file, Wait wait) {
@@ -122,7 +142,7 @@ int RunIconEditor(const std::string& file, Wait wait) {
 }
 
 void LaunchPlot(const std::string& file, Wait wait) {
-    StartOnFile("PLOTCMD", {"vistrax"}, "@" + file, wait);
+    StartViewer({"vistrax"}, "@" + file, wait);
 }
 
 }  // namespace photrak

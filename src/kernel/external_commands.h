@@ -26,15 +26,17 @@ int Spawn(std::string_view command, const std::vector<std::string>& arguments, W
 /// an unknown program, 128 and the signal's number if it was killed), -1 if it could not start.
 int RunCommandLine(std::string_view command);
 
-/// Starts the plot viewer on "@FILE": PLOTCMD if set, else "vistrax /v".
+/// Starts the plot viewer on "@FILE": PLOTCMD if set, else "vistrax /v" from the PATH or, where
+/// there is a display, from beside the executable. One that does not start is noted in the run
+/// record.
 int RunPlotCommand(const std::string& file, Wait wait);
 /// Starts the editor on FILE: EDITOR if set, else "notepad".
 int RunEditor(const std::string& file, Wait wait);
 /// Starts a program to draw an icon in on FILE: the words of PHOTRAK_ICON_EDITOR if set, else
 /// "xdg-open". No shell reads them.
 int RunIconEditor(const std::string& file, Wait wait);
-/// Starts the viewer of a plot block on "@FILE": PLOTCMD if set, else "vistrax". No result is
-/// taken.
+/// Starts the viewer of a plot block on "@FILE": PLOTCMD if set, else "vistrax", likewise. No
+/// result is taken.
 void LaunchPlot(const std::string& file, Wait wait);
 
 }  // namespace photrak

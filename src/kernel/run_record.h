@@ -32,6 +32,7 @@ struct RunRecord {
     NameList written;  // result files
     NameList failed;   // those that the disk did not take: no writer has a text for that
     std::vector<BerReading> readings;  // in the order in which the testers first ran
+    bool viewerMissing = false;        // a plot was to be shown, and no viewer started
 
     /// Takes the place of the component's present reading.
     void TakeReading(std::string_view component, double BER, double Q);

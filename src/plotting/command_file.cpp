@@ -16,6 +16,7 @@ struct Reading {
     PlotSpec& spec;
     std::string where;  // "NAME:LINE"
     std::string error;
+    std::optional<AxisWindow> decades[2] = {};  // of "/ly" and "/ly2", where they stand
 
     void Note(std::string_view text) {
         if (spec.notes.size() < maxPlotNotes) spec.notes.push_back(Concat(where, ": ", text));
@@ -126,17 +127,36 @@ void SetWindowOfFirst(Reading& reading, Argument argument) {
 void SetWindowOfSecond(Reading& reading, Argument argument) {
     SetLimits(reading, argument, reading.spec.second);
 }
-/// Behind the word the decade limits of the data may stand; limits of a window come before them.
-void SetLogarithmic(Reading& reading, Argument argument) {
-    PlotSpec& spec = reading.spec;
-    spec.logarithmic = true;
-    if (Trimmed(argument).empty()) return;
+/// After the word the decade limits of the data may stand.
+AxisWindow DecadesOf(Reading& reading, Argument argument) {
     AxisWindow decades;
+    if (Trimmed(argument).empty()) return decades;
     const auto fields = Fields(argument);
     SetWindow(reading, decades, fields[0], fields.size() > 1 ? fields[1] : std::string_view());
-    if (!spec.y.least && decades.least && *decades.least > 0.0) spec.y.least = decades.least;
-    if (!spec.y.greatest && decades.greatest && *decades.greatest > 0.0)
-        spec.y.greatest = decades.greatest;
+    return decades;
+}
+void SetLogarithmic(Reading& reading, Argument argument) {
+    reading.decades[0] = DecadesOf(reading, argument);
+}
+void SetLogarithmicSecond(Reading& reading, Argument argument) {
+    reading.decades[1] = DecadesOf(reading, argument);
+}
+/// Limits of a window come before the decades.
+void TakeDecades(const std::optional<AxisWindow>& decades, bool& logarithmic, AxisWindow& window) {
+    if (!decades) return;
+    logarithmic = true;
+    if (!window.least && decades->least && *decades->least > 0.0) window.least = decades->least;
+    if (!window.greatest && decades->greatest && *decades->greatest > 0.0)
+        window.greatest = decades->greatest;
+}
+/// "/ly2" means the second y axis where some file is on it; a plot of one y axis has it on that.
+void ResolveLogarithmic(Reading& reading) {
+    PlotSpec& spec = reading.spec;
+    const bool two = std::any_of(spec.files.begin(), spec.files.end(),
+                                 [](const PlotFile& file) { return file.secondAxis; });
+    TakeDecades(reading.decades[0], spec.logarithmic, spec.y);
+    TakeDecades(reading.decades[1], two ? spec.secondLogarithmic : spec.logarithmic,
+                two ? spec.second : spec.y);
 }
 /// "/nx1", or "/nx1 /ny" and the count of y columns.
 void SetColumns(Reading& reading, Argument argument) {
@@ -170,7 +190,7 @@ constexpr OptionRow optionRows[] = {
     {"/lcm", SetColors},
     {"/lc", SetOneColor},
     {"/ls", Ignore},  // solid; dashes come only where colors run out
-    {"/ly2", SetLogarithmic},
+    {"/ly2", SetLogarithmicSecond},
     {"/ly", SetLogarithmic},
     {"/l", Ignore},  // lines, as always
     {"/st", SetSymbols},
@@ -280,6 +300,7 @@ bool ReadPlotCommands(std::string_view text, const std::string& name, PlotSpec& 
             return false;
         }
     }
+    ResolveLogarithmic(reading);
     return true;
 }
 

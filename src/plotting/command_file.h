@@ -35,7 +35,8 @@ struct PlotSpec {
     std::vector<int> colors;  // codes in the order of the curves; see ColorPlace
     bool oneColor = false;    // all curves in the first of `colors`
     CurveSymbols symbols = CurveSymbols::None;
-    bool logarithmic = false;
+    bool logarithmic = false;        // the first y axis
+    bool secondLogarithmic = false;  // the second one
     AxisWindow x, y, second;
     std::optional<int> yColumns;     // columns per x column, when the file says so
     std::vector<std::string> notes;  // "NAME:LINE: ...", about what was passed over

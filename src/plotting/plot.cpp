@@ -218,7 +218,10 @@ bool HasSecondAxis(const Plot& plot) {
 }
 
 ScaleKind AskedScale(const Plot& plot, AxisId axis) {
-    return axis == AxisId::Y && plot.spec.logarithmic ? ScaleKind::Logarithmic : ScaleKind::Linear;
+    const bool logarithmic = axis == AxisId::Y        ? plot.spec.logarithmic
+                             : axis == AxisId::Second ? plot.spec.secondLogarithmic
+                                                      : false;
+    return logarithmic ? ScaleKind::Logarithmic : ScaleKind::Linear;
 }
 
 ValueRange FullRange(const Plot& plot, AxisId axis, ScaleKind kind) {

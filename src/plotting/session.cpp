@@ -183,7 +183,8 @@ void PlotSession::SetDecibels(std::size_t index, bool on) {
     open.view.Follow(shown);
     open.view.SetYScale(shown, ScaleKind::Linear);  // decibels have no logarithm
     open.view.SetRange(AxisId::Y, FullRange(shown, AxisId::Y, ScaleKind::Linear));
-    open.view.SetRange(AxisId::Second, FullRange(shown, AxisId::Second, ScaleKind::Linear));
+    open.view.SetRange(AxisId::Second,
+                       FullRange(shown, AxisId::Second, open.view.Now().secondKind));
 }
 
 bool PlotSession::ToggleOverlay(std::size_t index, std::size_t other, std::string& error) {

@@ -30,15 +30,15 @@ PlotView::PlotView(const Plot& plot)
 ViewState PlotView::FullOf(const Plot& plot, ScaleKind kind) const {
     ViewState state;
     state.yKind = kind;
+    state.secondKind = AskedScale(plot, AxisId::Second);
     for (const AxisId axis : allAxes) {
-        state.ranges[Index(axis)] =
-            FullRange(plot, axis, axis == AxisId::Y ? kind : ScaleKind::Linear);
+        state.ranges[Index(axis)] = FullRange(plot, axis, state.KindOf(axis));
     }
     return state;
 }
 
 AxisScale PlotView::ScaleOf(AxisId axis) const {
-    return {axis == AxisId::Y ? now_.yKind : ScaleKind::Linear, now_.ranges[Index(axis)]};
+    return {now_.KindOf(axis), now_.ranges[Index(axis)]};
 }
 
 void PlotView::Remember(Step step) {

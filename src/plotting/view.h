@@ -14,7 +14,11 @@ namespace photrak {
 
 struct ViewState {
     std::array<ValueRange, 3> ranges;  // by AxisId
-    ScaleKind yKind = ScaleKind::Linear;
+    ScaleKind yKind = ScaleKind::Linear, secondKind = ScaleKind::Linear;
+
+    ScaleKind KindOf(AxisId axis) const {
+        return axis == AxisId::Y ? yKind : axis == AxisId::Second ? secondKind : ScaleKind::Linear;
+    }
     bool operator==(const ViewState&) const = default;
 };
 

@@ -3,6 +3,8 @@
 
 #include <functional>
 
+#include "kernel/run_record.h"
+#include "platform/file_system.h"
 #include "support/recording_host.h"
 #include "support/temp_dir.h"
 
@@ -50,6 +52,28 @@ TEST_F(ExternalCommands, ProgramsAndTheirArguments) {
         EXPECT_EQ(host.commands[0].arguments, row.arguments);
         EXPECT_FALSE(host.commands[0].waited);
     }
+}
+
+TEST_F(ExternalCommands, ViewerBesideTheExecutableServesWhereThePathHasNone) {
+    const auto started = [&](bool refused) {
+        host.commands.clear();
+        ResetRunRecord();
+        AllowExternalCommands(!refused);
+        host.startResult = -1;
+        LaunchPlot("a.pcs", Wait::No);
+        Words programs;
+        for (const auto& command : host.commands) programs.push_back(command.arguments[0]);
+        return programs;
+    };
+    EXPECT_EQ(started(false), (Words{"vistrax"}));  // without a display
+    EXPECT_TRUE(CurrentRun().viewerMissing);
+    EXPECT_TRUE(started(true).empty());
+    EXPECT_FALSE(CurrentRun().viewerMissing);
+    host.environment["DISPLAY"] = ":7";
+    EXPECT_EQ(started(false), (Words{"vistrax", ExecutableDirectory() + "vistrax"}));
+    host.environment["PLOTCMD"] = "mine";
+    EXPECT_EQ(started(false), (Words{"/bin/sh"}));
+    EXPECT_FALSE(CurrentRun().viewerMissing);
 }
 
 TEST_F(ExternalCommands, NothingStartsWhenRefused) {

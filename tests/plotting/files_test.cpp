@@ -49,6 +49,9 @@ TEST(PlotCommands, ReadWhatTheWritersWrite) {
     EXPECT_EQ(rates.y.least, 1e-42);  // the window comes before the decades
     EXPECT_EQ(rates.x.greatest, -18.0);
     EXPECT_EQ(Read("/ly 1e-15,0.01\nr.ber\n").y.greatest, 0.01);
+    const PlotSpec two = Read("/ly2 1e-9,1\na.sig\nr.ber /alty\n");
+    EXPECT_TRUE(two.secondLogarithmic && !two.logarithmic);
+    EXPECT_TRUE(two.second.least == 1e-9 && !two.y.least);
     EXPECT_EQ(Read("e.eye\n/nx1 /ny1020\n").yColumns, 1020);
 }
 
