@@ -52,6 +52,8 @@ constexpr Command commandTable[] = {
      {},
      "the command file of a plot",
      PlotCommand},
+    {"draw", "photrak draw [options] FILE.top", "draw a topology as an SVG picture",
+     commandBit::draw, fileOnly, "a topology file", DrawCommand},
     {"models", "photrak models [TYPE|SuperBlock:NAME]",
      "list the models, or the ports and parameters of one", commandBit::models, fileOnly, nullptr,
      ModelsCommand},

@@ -132,6 +132,16 @@ Problem SetSize(CommandOptions& options, const std::string& value) {
     return {};
 }
 
+Problem SetZoom(CommandOptions& options, const std::string& value) {
+    std::size_t used = 0;
+    options.draw.zoom = ReadDouble(value, &used);
+    if (used == 0 || used != value.size() ||
+        !(options.draw.zoom >= 0.05 && options.draw.zoom <= 20.0)) {
+        return Concat("--zoom wants a number from 0.05 to 20, not '", value, "'");
+    }
+    return {};
+}
+
 Problem SetEye(CommandOptions& options, const std::string& value) {
     if (value != "traces" && value != "density")
         return Concat("--eye wants traces or density, not '", value, "'");
@@ -155,7 +165,7 @@ constexpr unsigned simulating = commandBit::run | commandBit::scan;
 constexpr unsigned plotting = simulating | commandBit::test;
 constexpr unsigned topologyCommand = plotting | commandBit::check;
 constexpr unsigned anyCommand = topologyCommand | commandBit::models | commandBit::plot |
-                                commandBit::params | commandBit::superblock;
+                                commandBit::params | commandBit::superblock | commandBit::draw;
 
 constexpr Option optionTable[] = {
     {"--set", "NAME=EXPR", topologyCommand, SetSymbol,
@@ -186,7 +196,16 @@ constexpr Option optionTable[] = {
      "write FILE.prm; standard output without it"},
     {"--size", "WxH", commandBit::plot, SetSize,
      "size of the picture in pixels; 800x500 without it"},
-    {"--dark", nullptr, commandBit::plot, RaisePlot<&PlotCommandOptions::dark>,
+    {"-o", "OUT.svg", commandBit::draw, SetOutput, "write OUT.svg; standard output without it"},
+    {"--zoom", "Z", commandBit::draw, SetZoom,
+     "pixels for each unit of the diagram, a cell of which has 45; 1 without it"},
+    {"--line-patterns", nullptr, commandBit::draw,
+     [](CommandOptions& options, const std::string&) -> Problem {
+         options.draw.linePatterns = true;
+         return {};
+     },
+     "tell the types of wires by dashes too"},
+    {"--dark", nullptr, commandBit::plot | commandBit::draw, RaisePlot<&PlotCommandOptions::dark>,
      "light curves on dark ground"},
     {"--eye", "STYLE", commandBit::plot, SetEye,
      "draw eyes as traces or density; without it by their number"},

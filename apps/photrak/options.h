@@ -24,12 +24,19 @@ struct PlotCommandOptions {
     std::string eye;  // "traces", "density" or empty
 };
 
+/// What `draw` is asked for.
+struct DrawCommandOptions {
+    double zoom = 1.0;  // pixels for each unit of the diagram
+    bool linePatterns = false;
+};
+
 /// What the user asked for on the command line, for the commands that run or load a topology.
 struct CommandOptions {
     std::string component;           // the block of `test` and `params`
     std::string file;                // the topology, or the model type of `models`
     std::vector<std::string> files;  // the plots of `plot`
-    PlotCommandOptions plot;
+    PlotCommandOptions plot;         // `draw` takes its output and its theme too
+    DrawCommandOptions draw;
     std::string paramFile;  // -o of `params`, a full path
     // --load-params COMPONENT=FILE.prm, in order, with full paths
     std::vector<std::pair<std::string, std::string>> loadParams;
@@ -57,7 +64,7 @@ std::string OptionHelp(unsigned command, unsigned except = 0);
 /// Bits of the commands in the option table.
 namespace commandBit {
 inline constexpr unsigned run = 1, check = 2, models = 4, scan = 8, test = 16, plot = 32,
-                          params = 64, superblock = 128;
+                          params = 64, superblock = 128, draw = 256;
 }  // namespace commandBit
 
 }  // namespace photrak
