@@ -15,7 +15,7 @@ struct RoleRow {
 // The curve colors keep their hue on all grounds; on dark ground the two darkest are raised, on
 // white the two lightest lowered until a thin line of them is seen at once.
 // clang-format off
-constexpr std::array<RoleRow, 12> plainRoles{{
+constexpr std::array<RoleRow, 16> plainRoles{{
     {"paper",      0xFFFFFF, 0x15181C, 0xFFFFFF},
     {"ink",        0x1B1F24, 0xE6E9ED, 0x000000},
     {"dim",        0x5F6874, 0x9AA4B0, 0x444444},
@@ -28,6 +28,11 @@ constexpr std::array<RoleRow, 12> plainRoles{{
     {"selected",   0x2F6FDE, 0x6FA2FF, 0x2F6FDE},
     {"hover",      0x7C5CBF, 0xB79CF0, 0x7C5CBF},
     {"fault",      0xC62828, 0xFF7B72, 0xC62828},
+    // Pure hues, which those who draw links know; never the only sign, as wires may have patterns.
+    {"wire-optical",    0xFF0000, 0xFF6B6B, 0xFF0000},
+    {"wire-electrical", 0x0000FF, 0x7A9BFF, 0x0000FF},
+    {"wire-binary",     0x00FF00, 0x66F266, 0x00FF00},
+    {"wire-other",      0x000000, 0xE6E9ED, 0x000000},
 }};
 constexpr std::array<RoleRow, 7> curveRoles{{
     {"blue",       0x0072B2, 0x3E9BDA, 0x0072B2},

@@ -20,6 +20,11 @@ enum class Role : std::uint8_t {
     Selected,
     Hover,
     Fault,
+    // Wires and ports of a diagram, by the type of their signal.
+    WireOptical,
+    WireElectrical,
+    WireBinary,
+    WireOther,
     // Curves, in the order in which a plot takes them.
     Curve1,
     Curve2,

@@ -24,10 +24,10 @@ struct WireLook {
     Dash dash;
     std::string_view name;
 };
-constexpr WireLook wireLooks[] = {{Role::Optical, Dash::Solid, "optical"},
-                                  {Role::Electrical, Dash::Dashed, "electrical"},
-                                  {Role::Binary, Dash::Dotted, "binary"},
-                                  {Role::Other, Dash::DashDot, "undecided"}};
+constexpr WireLook wireLooks[] = {{Role::WireOptical, Dash::Solid, "optical"},
+                                  {Role::WireElectrical, Dash::Dashed, "electrical"},
+                                  {Role::WireBinary, Dash::Dotted, "binary"},
+                                  {Role::WireOther, Dash::DashDot, "undecided"}};
 
 const WireLook& LookOf(WireRole role) {
     return wireLooks[static_cast<std::size_t>(role)];
@@ -219,7 +219,7 @@ class CanvasPainter {
             AddIcon(ghost.file, type, SquareAt(ghost.at, picture_.iconSide), drawing_.overlay);
         }
         for (const PictureRubber& rubber : picture_.rubber) {
-            const Role role = rubber.connects ? Role::Electrical : Role::Ink;
+            const Role role = rubber.connects ? Role::WireElectrical : Role::WireOther;
             drawing_.AddOver(Segments{{CenterOf(rubber.from), CenterOf(rubber.to)}, {role, 1.5}});
         }
     }

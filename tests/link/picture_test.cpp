@@ -1,6 +1,8 @@
 // Every plot of every example as a picture, read back: the scales are taken from the labels alone,
 // and with them the vertices must lie on the numbers of the data files.
+#include <algorithm>
 #include <cmath>
+#include <set>
 
 #include "link/example_run.h"
 #include "support/svg_reader.h"
@@ -208,6 +210,37 @@ TEST_F(Pictures, OfAllExamplesShowTheirData) {
     ASSERT_EQ(Photrak("plot --dark ber-power.pcb -o dark.svg").status, 0);
     EXPECT_EQ(FileText("dark.svg").size(), FileText("again.svg").size());
     EXPECT_NE(FileText("dark.svg"), FileText("again.svg"));
+}
+
+/// Wires that a topology's text asks for: an input on a numbered node that an output stands on.
+int WiresIn(const std::string& topology) {
+    std::vector<int> inputs;
+    std::set<int> driven;
+    std::istringstream lines(topology);
+    for (std::string line; std::getline(lines, line);) {
+        std::istringstream words(line);
+        std::string keyword;
+        words >> keyword;
+        for (int node = 0; (keyword == "INPUTFROM" || keyword == "OUTPUTTO") && words >> node;) {
+            if (keyword == "OUTPUTTO") driven.insert(node);
+            if (keyword == "INPUTFROM" && node != 0) inputs.push_back(node);
+        }
+    }
+    return static_cast<int>(
+        std::ranges::count_if(inputs, [&](int node) { return driven.contains(node); }));
+}
+
+TEST_F(Pictures, OfDiagramsHoldEveryBlockAndWire) {
+    for (const auto& entry : std::filesystem::directory_iterator(".")) {
+        const std::string name = entry.path().filename().string();
+        if (entry.path().extension() != ".top") continue;
+        SCOPED_TRACE(name);
+        const ProgramResult drawn = Photrak("draw --zoom 2 " + name);
+        ASSERT_EQ(drawn.status, 0) << drawn.error;
+        const std::string topology = FileText(name);
+        EXPECT_EQ(Count(drawn.out, "data-mark=\"block:"), Count(topology, "\nCOMPONENT "));
+        EXPECT_EQ(Count(drawn.out, "<polyline"), WiresIn(topology));
+    }
 }
 
 TEST_F(Pictures, OverlaidPlotsShareTheAxesOfTheFirst) {
