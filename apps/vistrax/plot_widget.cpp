@@ -33,12 +33,14 @@ PlotWidget::PlotWidget(OpenPlot& open, Theme theme, QWidget* parent)
     layout->setSpacing(0);
     banner_.setTextFormat(Qt::PlainText);
     banner_.setWordWrap(true);
-    banner_.setMargin(8);
+    banner_.setMargin(6);
+    banner_.setAutoFillBackground(true);
+    banner_.setParent(this);
     banner_.setTextInteractionFlags(Qt::TextSelectableByMouse);
     banner_.setAccessibleName(tr("Message"));
-    layout->addWidget(&banner_);
     layout->addWidget(&display_, 1);
     layout->addWidget(&readout_);
+    banner_.raise();
     pool_.setMaxThreadCount(1);
     constexpr int restMilliseconds = 120;
     measure_.setSingleShot(true);
@@ -75,6 +77,26 @@ void PlotWidget::ShowMessage() {
     // A sign besides the color.
     banner_.setText(QStringLiteral("\u26A0  ") + ToQString(Open().message));
     banner_.setVisible(!Open().message.empty());
+    PlaceBanner();
+}
+
+/// Over the drawing, so that nothing moves when a message comes and goes while files are written:
+/// beside the file's name where there is a plot, along the upper edge where there is none.
+void PlotWidget::PlaceBanner() {
+    const QRect area = display_.geometry();
+    if (!pane_.HasPlot()) {
+        banner_.setGeometry(0, area.top(), area.width(), banner_.heightForWidth(area.width()));
+        return;
+    }
+    const int width = std::min(banner_.fontMetrics().horizontalAdvance(banner_.text()) + 16,
+                               area.width() * 3 / 5);
+    const int height = banner_.heightForWidth(width);
+    banner_.setGeometry(0, area.bottom() + 1 - height, width, height);
+}
+
+void PlotWidget::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    PlaceBanner();
 }
 
 void PlotWidget::Update(Change change) {

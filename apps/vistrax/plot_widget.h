@@ -49,15 +49,19 @@ class PlotWidget : public QWidget, public DisplaySource {
     void ContextMenuWanted(const QPoint& global);
     void Drawn();
 
+  protected:
+    void resizeEvent(QResizeEvent* event) override;
+
   private:
+    void PlaceBanner();
     void StartDrawing(PageSize size);
     void TakeDrawn(const std::shared_ptr<PlotPicture>& picture, const QImage& image, int number);
 
     PlotPane pane_;
     Theme theme_;
-    QLabel banner_;
     DisplayWidget display_;
     ReadoutView readout_;
+    QLabel banner_;
     Drawing note_;  // while there is nothing to draw yet
     bool stale_ = true, busy_ = false;
     PageSize drawnSize_;

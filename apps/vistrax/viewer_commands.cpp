@@ -230,14 +230,8 @@ struct ViewerCommands {
         QTabWidget* from = w.GroupOf(widget);
         QTabWidget* to = w.groups_[from == w.groups_[0] ? 1 : 0];
         if (from == w.groups_[0] && from->count() < 2) return;  // the left half stays in use
-        const int index = from->indexOf(widget);
-        const QString text = from->tabText(index), tip = from->tabToolTip(index);
-        from->removeTab(index);
-        to->show();
-        const int tab = to->addTab(widget, text);
-        to->setTabToolTip(tab, tip);
-        w.AddCloseButton(*to, tab, *widget);
-        if (w.groups_[1]->count() == 0) w.groups_[1]->hide();
+        w.MoveTab(widget, to);
+        w.CloseGap();
         const int half = w.splitter_->width() / 2;
         w.splitter_->setSizes({half, half});
         w.Activate(widget);

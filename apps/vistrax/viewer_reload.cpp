@@ -50,11 +50,7 @@ void ViewerWindow::TakeLoaded(const std::shared_ptr<LoadResult>& result) {
         session_.Loaded(*index, std::move(result->plot), result->stamp);
     }
     ShowAgain(result->path);
-    for (std::size_t i = 0; i < session_.Count(); ++i) {
-        const auto& overlaid = session_.At(i).overlaid;
-        if (std::find(overlaid.begin(), overlaid.end(), result->path) != overlaid.end())
-            ShowAgain(session_.At(i).path);
-    }
+    for (const std::size_t over : session_.ShownOn(result->path)) ShowAgain(session_.At(over).path);
     if (current_ && current_->Open().path == result->path) Retitle();
     Q_EMIT Loaded(path);
     Check(path);  // it may have changed while it was read

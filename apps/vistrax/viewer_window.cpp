@@ -166,20 +166,34 @@ void ViewerWindow::CloseTab(QTabWidget* group, int index) {
     delete widget;
     watch_.Forget(ToQString(path));
     files_.erase(path);
-    std::set<std::string> below;
-    for (std::size_t i = 0; i < session_.Count(); ++i) {
-        const auto& overlaid = session_.At(i).overlaid;
-        if (std::find(overlaid.begin(), overlaid.end(), path) != overlaid.end())
-            below.insert(session_.At(i).path);
-    }
+    std::vector<std::string> below;
+    for (const std::size_t over : session_.ShownOn(path)) below.push_back(session_.At(over).path);
     if (const auto found = session_.Find(path)) session_.Close(*found);
     for (const std::string& shown : below) ShowAgain(shown);
-    if (groups_[1]->count() == 0) groups_[1]->hide();
+    CloseGap();
     if (!current_) {
         QTabWidget* other = group->count() > 0 ? group : groups_[0];
         current_ = static_cast<PlotWidget*>(other->currentWidget());
     }
     Retitle();
+}
+
+void ViewerWindow::MoveTab(PlotWidget* widget, QTabWidget* to) {
+    QTabWidget* from = GroupOf(widget);
+    const int index = from->indexOf(widget);
+    const QString text = from->tabText(index), tip = from->tabToolTip(index);
+    from->removeTab(index);
+    to->show();
+    const int tab = to->addTab(widget, text);
+    to->setTabToolTip(tab, tip);
+    AddCloseButton(*to, tab, *widget);
+}
+
+/// The left half is never the empty one.
+void ViewerWindow::CloseGap() {
+    while (groups_[0]->count() == 0 && groups_[1]->count() > 0)
+        MoveTab(static_cast<PlotWidget*>(groups_[1]->widget(0)), groups_[0]);
+    if (groups_[1]->count() == 0) groups_[1]->hide();
 }
 
 void ViewerWindow::Retitle() {

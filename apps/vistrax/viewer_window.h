@@ -57,6 +57,8 @@ class ViewerWindow : public QMainWindow {
     void OpenOne(const QString& path);
     void AddCloseButton(QTabWidget& group, int tab, PlotWidget& widget);
     void CloseTab(QTabWidget* group, int index);
+    void MoveTab(PlotWidget* widget, QTabWidget* to);
+    void CloseGap();
     void Retitle();
     void Remember(const QString& path);
     void FillRecent();

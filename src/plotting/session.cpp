@@ -108,7 +108,19 @@ std::optional<std::size_t> PlotSession::Find(const std::string& path) const {
 void PlotSession::Close(std::size_t index) {
     const std::string path = plots_[index]->path;
     plots_.erase(plots_.begin() + static_cast<std::ptrdiff_t>(index));
-    for (const auto& open : plots_) std::erase(open->overlaid, path);
+    for (const std::size_t over : ShownOn(path)) {
+        std::erase(At(over).overlaid, path);
+        At(over).view.Follow(Shown(over));
+    }
+}
+
+std::vector<std::size_t> PlotSession::ShownOn(const std::string& path) const {
+    std::vector<std::size_t> found;
+    for (std::size_t i = 0; i < plots_.size(); ++i) {
+        const auto& overlaid = plots_[i]->overlaid;
+        if (std::find(overlaid.begin(), overlaid.end(), path) != overlaid.end()) found.push_back(i);
+    }
+    return found;
 }
 
 ReloadState PlotSession::Noticed(std::size_t index, FileStamp stamp, std::int64_t now) {
@@ -148,6 +160,7 @@ void PlotSession::Loaded(std::size_t index, Plot plot, FileStamp stamp) {
     open.wasRead = true;
     open.state = ReloadState::Current;
     open.message.clear();
+    for (const std::size_t over : ShownOn(open.path)) At(over).view.Follow(Shown(over));
 }
 
 void PlotSession::LoadFailed(std::size_t index, std::string error, FileStamp stamp) {

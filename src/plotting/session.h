@@ -65,6 +65,8 @@ class PlotSession {
     void Close(std::size_t index);
     /// Index of the plot of this path.
     std::optional<std::size_t> Find(const std::string& path) const;
+    /// The plots over which the curves of this path are laid.
+    std::vector<std::size_t> ShownOn(const std::string& path) const;
 
     std::size_t Count() const { return plots_.size(); }
     OpenPlot& At(std::size_t index) { return *plots_[index]; }
