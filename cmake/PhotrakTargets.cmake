@@ -69,6 +69,7 @@ function(photrak_copy_catalogue)
   add_custom_command(OUTPUT ${stamp}
     COMMAND ${CMAKE_COMMAND} -E make_directory ${PROJECT_BINARY_DIR}/bin
     COMMAND ${CMAKE_COMMAND} -E copy_directory ${PROJECT_SOURCE_DIR}/catalogue/models ${PROJECT_BINARY_DIR}/bin/models
+    COMMAND ${CMAKE_COMMAND} -E copy_directory ${PROJECT_SOURCE_DIR}/catalogue/icons ${PROJECT_BINARY_DIR}/bin/models
     COMMAND ${CMAKE_COMMAND} -E copy_directory ${PROJECT_SOURCE_DIR}/catalogue/superblocks ${PROJECT_BINARY_DIR}/bin/superblocks
     COMMAND ${CMAKE_COMMAND} -E copy_directory ${PROJECT_SOURCE_DIR}/examples ${PROJECT_BINARY_DIR}/bin/examples
     COMMAND ${CMAKE_COMMAND} -E touch ${stamp}

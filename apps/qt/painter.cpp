@@ -6,6 +6,7 @@
 #include <cmath>
 
 #include "drawing/dashes.h"
+#include "drawing/icon_picture.h"
 #include "qt/text_measure_qt.h"
 #include "qt/theme.h"
 
@@ -44,7 +45,10 @@ class ItemPainter {
         if (item.points.size() < 2) return;
         SetPen(item.pen);
         const std::vector<double> dashes = DashLengths(item.pen.dash, item.pen.width);
-        if (surface_ == Surface::Pixels || !dashes.empty()) {
+        // A short line costs nothing and has corners that close.
+        constexpr std::size_t shortLine = 64;
+        const bool isLong = surface_ == Surface::Pixels && item.points.size() > shortLine;
+        if (isLong || !dashes.empty()) {
             if (dashes.empty() && item.pen.opacity == 1.0) {
                 // Lines that overlap at a corner leave no notch; translucent ones would darken it.
                 QPen pen = painter_.pen();
@@ -138,6 +142,17 @@ class ItemPainter {
             ramp.append(qRgba(c.red, c.green, c.blue, level == 0 ? 0 : 255));
         }
         image.setColorTable(ramp);
+        painter_.drawImage(ToQt(item.rect), image);
+    }
+    void operator()(const IconItem& item) {
+        for (const DrawItem& part : ItemsOf(item)) std::visit(*this, part);
+    }
+    void operator()(const BitmapImage& item) {
+        const auto bytes =
+            3 * static_cast<std::size_t>(item.columns) * static_cast<std::size_t>(item.rows);
+        if (item.columns <= 0 || item.rows <= 0 || item.pixels.size() < bytes) return;
+        const QImage image(item.pixels.data(), item.columns, item.rows, 3 * item.columns,
+                           QImage::Format_RGB888);
         painter_.drawImage(ToQt(item.rect), image);
     }
     void operator()(const ClipBegin& item) {

@@ -5,6 +5,7 @@
 #include <QPixmap>
 #include <algorithm>
 
+#include "base/text.h"
 #include "qt/painter.h"
 #include "qt/text_measure_qt.h"
 #include "qt/theme.h"
@@ -32,20 +33,56 @@ const TextMeasure& WindowMeasure() {
     return measure;
 }
 
-QIcon ButtonIcon(const Workbench&, const BarButton& button) {
-    QPixmap pixmap(60, 60);
-    pixmap.fill(Qt::transparent);
-    QPainter painter(&pixmap);
-    painter.setPen(ColorFor(Role::Ink, ShownTheme()));
-    QString letters;
-    for (const QChar c : QString::fromStdString(button.tooltip)) {
-        if (c.isUpper() && letters.size() < 2) letters += c;
+namespace {
+
+/// The file of a button's picture: that of its model, or one named after what it does.
+std::string ButtonBitmap(const Workbench& workbench, const BarButton& button) {
+    struct Row {
+        std::string_view command, file;
+    };
+    static constexpr Row rows[] = {{"Run Go", "run-go"},
+                                   {"Run Stop Simulation", "run-stop"},
+                                   {"Run Scan Variable", "run-scan"},
+                                   {"Edit Symbols", "edit-symbols"},
+                                   {"File New", "file-new"},
+                                   {"File Open", "file-open"},
+                                   {"File Save", "file-save"},
+                                   {"Edit Undo", "edit-undo"},
+                                   {"Edit Cut", "edit-cut"},
+                                   {"Edit Copy", "edit-copy"},
+                                   {"Edit Paste", "edit-paste"},
+                                   {"Edit Duplicate", "edit-duplicate"},
+                                   {"View ReDraw", "view-redraw"},
+                                   {"Graph View", "graph-view"},
+                                   {"Help Online Help", "help"}};
+    static constexpr std::string_view modes[] = {"", "mode-select", "mode-zoom", "mode-connect"};
+    if (button.modelIndex != 0) return workbench.palette.Row(button.modelIndex).bitmap;
+    const auto row = std::ranges::find(rows, button.command, &Row::command);
+    const std::string_view stem =
+        row != std::end(rows) ? row->file : modes[static_cast<std::size_t>(button.mode)];
+    return Concat(stem, ".bmp");
+}
+
+}  // namespace
+
+QIcon ButtonIcon(const Workbench& workbench, const BarButton& button) {
+    std::vector<DrawItem> items;
+    const Rect square{0.0, 0.0, iconGrid, iconGrid};
+    if (!workbench.icons->DrawFile(
+            workbench.catalogue.modelDirectory + ButtonBitmap(workbench, button), square, items)) {
+        return {};
     }
-    QFont font = painter.font();
-    font.setPixelSize(26);
-    painter.setFont(font);
-    painter.drawText(pixmap.rect(), Qt::AlignCenter, letters);
-    return QIcon(pixmap);
+    QIcon icon;
+    for (const int side : {26, 52}) {
+        QPixmap pixmap(side, side);
+        pixmap.fill(Qt::transparent);
+        QPainter painter(&pixmap);
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.scale(side / iconGrid, side / iconGrid);
+        PaintItems(painter, items, ShownTheme());
+        icon.addPixmap(pixmap);
+    }
+    return icon;
 }
 
 QPixmap Thumbnail(const Drawing& drawing, QSize size, double ratio) {

@@ -50,6 +50,10 @@ struct Dumper {
     std::string operator()(const DensityImage& i) {
         return Concat("density ", i.columns, "x", i.rows, RectText(i.rect));
     }
+    std::string operator()(const IconItem& i) { return "icon" + RectText(i.square); }
+    std::string operator()(const BitmapImage& i) {
+        return Concat("bitmap ", i.columns, "x", i.rows, RectText(i.rect));
+    }
     std::string operator()(const ClipBegin& i) { return Concat("clip", RectText(i.rect)); }
     std::string operator()(const ClipEnd&) { return "clip end"; }
     std::string operator()(const GroupBegin& i) {

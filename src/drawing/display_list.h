@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <variant>
 #include <vector>
@@ -13,6 +14,8 @@
 #include "drawing/text_measure.h"
 
 namespace photrak {
+
+struct IconPicture;
 
 struct Pen {
     Role role = Role::Ink;
@@ -71,6 +74,18 @@ struct DensityImage {
     int columns = 0, rows = 0;
     std::vector<std::uint8_t> levels;
 };
+/// An icon stretched over a square; icon_picture.h takes it apart.
+struct IconItem {
+    std::shared_ptr<const IconPicture> icon;
+    Rect square;
+};
+/// Pixels stretched over a box, neighbors dropped rather than averaged: red, green, blue, row by
+/// row from the top.
+struct BitmapImage {
+    Rect rect;
+    int columns = 0, rows = 0;
+    std::vector<std::uint8_t> pixels;
+};
 /// All items up to the matching ClipEnd are cut to the box. Clips may be nested.
 struct ClipBegin {
     Rect rect;
@@ -84,7 +99,7 @@ struct GroupBegin {
 struct GroupEnd {};
 
 using DrawItem = std::variant<Segments, Polyline, Polygon, Box, Symbols, TextItem, DensityImage,
-                              ClipBegin, ClipEnd, GroupBegin, GroupEnd>;
+                              IconItem, BitmapImage, ClipBegin, ClipEnd, GroupBegin, GroupEnd>;
 
 /// The base layer is kept while cursors move; the overlay is drawn over it.
 struct Drawing {

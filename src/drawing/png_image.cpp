@@ -133,29 +133,48 @@ std::string Chunk(std::string_view type, std::string_view content) {
            BigEndian(Crc32(checked));
 }
 
+/// A whole file: `rows` of `stride` bytes without their filter bytes; `more` stands before the
+/// data.
+std::string PngFile(int columns, int rows, char colorType, const std::string& more,
+                    std::string_view bytes, std::size_t stride) {
+    using namespace std::string_literals;
+    std::string filtered;
+    filtered.reserve((stride + 1) * static_cast<std::size_t>(rows));
+    for (std::size_t row = 0; row < static_cast<std::size_t>(rows); ++row) {
+        filtered += '\0';  // no filter
+        filtered.append(bytes.substr(row * stride, stride));
+    }
+    const std::string header = BigEndian(static_cast<std::uint32_t>(columns)) +
+                               BigEndian(static_cast<std::uint32_t>(rows)) + "\x08"s + colorType +
+                               "\0\0\0"s;
+    return "\x89PNG\r\n\x1a\n"s + Chunk("IHDR", header) + more +
+           Chunk("IDAT",
+                 "\x78\x01"s + Deflated(filtered, stride + 1) + BigEndian(Adler32(filtered))) +
+           Chunk("IEND", "");
+}
+
+std::string_view BytesOf(const std::vector<std::uint8_t>& bytes) {
+    return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
+}
+
 }  // namespace
 
 std::string PngBytes(const DensityImage& image, Theme theme) {
     using namespace std::string_literals;
-    const auto columns = static_cast<std::size_t>(image.columns);
-    std::string palette, rows;
+    std::string palette;
     for (int level = 0; level < 256; ++level) {
         const Color color = RampColor(level, theme);
         for (const std::uint8_t part : {color.red, color.green, color.blue})
             palette += static_cast<char>(part);
     }
-    rows.reserve((columns + 1) * static_cast<std::size_t>(image.rows));
-    for (std::size_t row = 0; row < static_cast<std::size_t>(image.rows); ++row) {
-        rows += '\0';  // no filter
-        rows.append(reinterpret_cast<const char*>(image.levels.data()) + row * columns, columns);
-    }
-    const std::string header = BigEndian(static_cast<std::uint32_t>(image.columns)) +
-                               BigEndian(static_cast<std::uint32_t>(image.rows)) +
-                               "\x08\x03\0\0\0"s;
-    return "\x89PNG\r\n\x1a\n"s + Chunk("IHDR", header) + Chunk("PLTE", palette) +
-           Chunk("tRNS", "\0"s) +
-           Chunk("IDAT", "\x78\x01"s + Deflated(rows, columns + 1) + BigEndian(Adler32(rows))) +
-           Chunk("IEND", "");
+    const std::string more = Chunk("PLTE", palette) + Chunk("tRNS", "\0"s);
+    return PngFile(image.columns, image.rows, 3, more, BytesOf(image.levels),
+                   static_cast<std::size_t>(image.columns));
+}
+
+std::string PngBytes(const BitmapImage& image) {
+    return PngFile(image.columns, image.rows, 2, {}, BytesOf(image.pixels),
+                   3 * static_cast<std::size_t>(image.columns));
 }
 
 std::string Base64(std::string_view bytes) {

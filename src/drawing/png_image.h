@@ -11,11 +11,15 @@
 
 namespace photrak {
 
+struct BitmapImage;
 struct DensityImage;
 
 /// A palette image of the levels; level 0 is transparent. Source: PNG (ISO/IEC 15948), DEFLATE
 /// (RFC 1951) with the fixed codes, matches only to the byte and to the row before.
 std::string PngBytes(const DensityImage& image, Theme theme);
+
+/// The pixels as they are.
+std::string PngBytes(const BitmapImage& image);
 
 std::string Base64(std::string_view bytes);
 

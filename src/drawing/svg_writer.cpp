@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "base/text.h"
+#include "drawing/icon_picture.h"
 #include "drawing/png_image.h"
 
 namespace photrak {
@@ -95,6 +96,16 @@ class SvgWriter {
         text_ +=
             Concat("<image", RectAttributes(item.rect), Attribute("preserveAspectRatio", "none"),
                    " href=\"data:image/png;base64,", Base64(PngBytes(item, theme_)), "\"/>\n");
+    }
+    void operator()(const IconItem& item) {
+        for (const DrawItem& part : ItemsOf(item)) std::visit(*this, part);
+    }
+    void operator()(const BitmapImage& item) {
+        if (item.columns <= 0 || item.rows <= 0) return;
+        text_ +=
+            Concat("<image", RectAttributes(item.rect), Attribute("preserveAspectRatio", "none"),
+                   " style=\"image-rendering:pixelated\" href=\"data:image/png;base64,",
+                   Base64(PngBytes(item)), "\"/>\n");
     }
     void operator()(const ClipBegin& item) {
         const std::string id = Concat("clip", ++clips_);

@@ -67,6 +67,8 @@ class CanvasPainter {
     }
 
     Drawing Draw() {
+        workbench_.icons->LoadModelIcons(workbench_.palette, workbench_.catalogue.modelDirectory,
+                                         view_.directory);
         drawing_.size = size_;
         drawing_.items.reserve(2 * picture_.icons.size());
         for (const PictureIcon& icon : picture_.icons) AddBlock(icon);
@@ -93,15 +95,21 @@ class CanvasPainter {
         if (!IsSeen(square.Grown(side))) return;
         const Component& block = *icon.component;
         if (named_) drawing_.Add(GroupBegin{Concat("block:", block.name), block.type});
-        AddIcon(icon.file, block.type, square, drawing_.items);
+        AddIcon(icon, block.type, square, drawing_.items);
         if (named_) drawing_.Add(GroupEnd{});
         if (picture_.iconSide < leastBlockMark) return;
         drawing_.marks.push_back(
             {Concat("block:", block.name), square, DrawableText(block.name), block.type});
     }
 
-    void AddIcon(std::string_view, const std::string& type, const Rect& square,
+    void AddIcon(const PictureIcon& icon, const std::string& type, const Rect& square,
                  std::vector<DrawItem>& items) const {
+        IconStore& store = *workbench_.icons;
+        if (icon.own >= 0 &&
+            store.DrawFile(picture_.ownFiles[static_cast<std::size_t>(icon.own)], square, items)) {
+            return;
+        }
+        if (icon.own < 0 && store.DrawModel(icon.file, square, items)) return;
         items.emplace_back(
             Box{.rect = square, .filled = true, .fill = Role::Paper, .pen = {Role::Ink}});
         if (square.width < leastLetters) return;
@@ -216,7 +224,7 @@ class CanvasPainter {
             const std::string& type = view_.drag.kind == DragKind::Move && view_.current
                                           ? view_.current->type
                                           : workbench_.palette.Row(view_.modelIndex).name;
-            AddIcon(ghost.file, type, SquareAt(ghost.at, picture_.iconSide), drawing_.overlay);
+            AddIcon(ghost, type, SquareAt(ghost.at, picture_.iconSide), drawing_.overlay);
         }
         for (const PictureRubber& rubber : picture_.rubber) {
             const Role role = rubber.connects ? Role::WireElectrical : Role::WireOther;

@@ -13,6 +13,7 @@
 #include "workbench/desktop.h"
 #include "workbench/diagram_view.h"
 #include "workbench/form.h"
+#include "workbench/icon_store.h"
 #include "workbench/model_table.h"
 #include "workbench/run_control.h"
 
@@ -35,6 +36,7 @@ struct Workbench {
     UserModelTable userModels = {};
     PaletteModels palette = {};
     Scale scale = {};
+    std::shared_ptr<IconStore> icons = std::make_shared<IconStore>();
     std::unique_ptr<Workspace> clipboard = {};
     std::string clipboardDirectory = {};  // of the diagram that it was copied from
     std::int32_t unnamedCounter = 0;
