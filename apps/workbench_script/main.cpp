@@ -11,6 +11,7 @@
 #include "models/block_tests.h"
 #include "models/dispatch.h"
 #include "platform/file_system.h"
+#include "platform/host.h"
 #include "workbench/script_player.h"
 
 namespace photrak {
@@ -124,7 +125,11 @@ int Main(const std::vector<std::string>& words) {
     const std::string install = ExecutableDirectory();
     std::filesystem::current_path(arguments.directory);
     const std::string start = std::filesystem::current_path().string();
-    ScriptDesktop desktop(start);
+    ScriptDesktop desktop(start, install);
+    ScriptProcesses processes(desktop);
+    Host host = CurrentHost();
+    host.processes = &processes;
+    const HostScope scope(host);
     Workbench workbench{desktop, {BuiltInModels(), HasBlockTest, TestComponent}, install, start};
     workbench.run.holds = true;
     if (!StartWorkbench(workbench)) return 1;

@@ -42,7 +42,10 @@ void ProvideIcon(const SuperBlockNames& names, const Catalogue& catalogue) {
     const bool draws =
         CurrentHost().messages->QueryBox("Create a new icon for this SuperBlock?", queryTitle);
     const std::string source = catalogue.modelDirectory + (draws ? "blanku.bmp" : "sprblku.bmp");
-    const std::string target = catalogue.superBlockDirectory + names.icon;
+    // Beside the definition the path rule finds it, wherever that lies.
+    const std::string target =
+        names.definition.substr(0, names.definition.size() - (names.stem + ".dts").size()) +
+        names.icon;
     // Without an icon the block shows as nothing and works all the same.
     const bool there = FileExists(target) || CopyWholeFile(source, target);
     if (draws && there) RunIconEditor(target, Wait::No);

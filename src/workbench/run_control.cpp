@@ -71,6 +71,7 @@ void RunInDirectory(Workbench& workbench, DiagramView& view) {
     Host host = CurrentHost();
     RunMessages messages(workbench.run.notes);
     host.messages = &messages;
+    if (workbench.run.processes) host.processes = workbench.run.processes;
     const HostScope scope(host);
     const WorkingDirectory there(view.directory);
     Workspace& workspace = *view.workspace;
@@ -164,6 +165,7 @@ void StartRun(Workbench& workbench, DiagramView& view, bool scan) {
     view.workspace->fileName = view.fileName;
     ClearResultsOf(view);
     run.view = &view;
+    run.processes = CurrentHost().processes;
     run.what = scan ? "Parameter Scan" : "Simulation";
     run.completion = run.what + " Completed";
     run.status = Status::Success;

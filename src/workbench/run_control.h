@@ -13,6 +13,7 @@
 namespace photrak {
 
 struct DiagramView;
+struct Processes;
 struct Workbench;
 
 /// A box or a status text of the run, waiting for the interface thread.
@@ -42,6 +43,7 @@ struct RunControl {
     std::atomic<bool> ended{false};  // written by the worker
     Status status = Status::Success;
     RunNotes notes;
+    Processes* processes = nullptr;  // of the interface thread: starts viewers for the run
     std::thread worker;
 };
 

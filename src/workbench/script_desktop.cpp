@@ -13,12 +13,26 @@ namespace fs = std::filesystem;
 std::string ScriptDesktop::Shown(const std::string& path) const {
     if (!fs::path(path).is_absolute()) return path;
     const fs::path relative = fs::path(path).lexically_relative(start_);
-    return relative.empty() || *relative.begin() == ".." ? path : relative.string();
+    return relative.empty() || *relative.begin() == ".." ? ShownText(path) : relative.string();
+}
+
+std::string ScriptDesktop::ShownText(std::string_view text) const {
+    const auto replaced = [](std::string in, std::string_view folder, std::string_view by) {
+        if (folder.size() < 2) return in;
+        for (std::size_t at = in.find(folder); at != in.npos;
+             at = in.find(folder, at + by.size())) {
+            in.replace(at, folder.size(), by);
+        }
+        return in;
+    };
+    const std::string here = fs::path(start_).lexically_normal().string();
+    const std::string_view slash = here.ends_with('/') ? "" : "/";
+    return replaced(replaced(std::string(text), Concat(here, slash), ""), install_, "$INSTALL/");
 }
 
 void ScriptDesktop::Box(BoxKind kind, std::string_view title, std::string_view text) {
-    boxes.push_back(Concat("box ", kind == BoxKind::Error ? "error " : "info ", Quoted(title), " ",
-                           Quoted(text)));
+    boxes.push_back(Concat("box ", kind == BoxKind::Error ? "error " : "info ",
+                           Quoted(ShownText(title)), " ", Quoted(ShownText(text))));
 }
 
 Answer ScriptDesktop::Query(std::string_view title, std::string_view text) {
@@ -29,8 +43,8 @@ Answer ScriptDesktop::Query(std::string_view title, std::string_view text) {
     }
     const Answer answer = answers.front();
     answers.pop_front();
-    boxes.push_back(Concat("box query ", Quoted(title), " ", Quoted(text), " ",
-                           words[static_cast<int>(answer)]));
+    boxes.push_back(Concat("box query ", Quoted(ShownText(title)), " ", Quoted(ShownText(text)),
+                           " ", words[static_cast<int>(answer)]));
     return answer;
 }
 
@@ -63,9 +77,23 @@ bool ScriptDesktop::StartEditor(const std::string& file, const std::string& dire
 
 bool ScriptDesktop::Start(const std::vector<std::string>& arguments, const std::string& directory) {
     std::string line = "start";
-    for (const std::string& argument : arguments) line += Concat(" ", Quoted(argument));
+    for (const std::string& argument : arguments) line += Concat(" ", Quoted(Shown(argument)));
     started.push_back(Concat(line, " in ", Quoted(Shown(directory))));
     return true;
+}
+
+int ScriptProcesses::Start(const std::vector<std::string>& arguments) {
+    const std::string directory = fs::current_path().string();
+    if (arguments.size() == 2 && arguments[1].starts_with('@')) {
+        desktop_.StartViewer(arguments[1].substr(1), directory);
+    } else {
+        desktop_.Start(arguments, directory);
+    }
+    return 0;
+}
+
+int ScriptProcesses::RunAndWait(const std::vector<std::string>& arguments, WindowState) {
+    return Start(arguments);
 }
 
 void ScriptDesktop::ShowHelp(std::int32_t topic) {

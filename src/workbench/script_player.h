@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/host.h"
 #include "workbench/commands.h"
 #include "workbench/desktop.h"
 #include "workbench/workbench.h"
@@ -16,7 +17,9 @@ namespace photrak {
 /// Answers and files come from the script; what would be shown or started is noted.
 class ScriptDesktop : public Desktop {
   public:
-    explicit ScriptDesktop(std::string startDirectory) : start_(std::move(startDirectory)) {}
+    /// The start directory, and that of the executable with the last separator.
+    explicit ScriptDesktop(std::string start, std::string install = {})
+        : start_(std::move(start)), install_(std::move(install)) {}
 
     void Box(BoxKind kind, std::string_view title, std::string_view text) override;
     Answer Query(std::string_view title, std::string_view text) override;
@@ -28,6 +31,9 @@ class ScriptDesktop : public Desktop {
 
     /// A name relative to the start directory where it lies below it.
     std::string Shown(const std::string& path) const;
+    /// The same for names within a text; below the directory of the executable they begin with
+    /// $INSTALL/.
+    std::string ShownText(std::string_view text) const;
 
     std::deque<Answer> answers;
     std::deque<std::optional<std::string>> files;
@@ -35,7 +41,19 @@ class ScriptDesktop : public Desktop {
     std::string missing;                      // what a question or file dialog went without
 
   private:
-    std::string start_;
+    std::string start_, install_;
+};
+
+/// Programs that the logic below starts are listed too: a plot viewer, known by its `@FILE`, and
+/// any other by its words. All of them start, and end at once with 0.
+class ScriptProcesses : public Processes {
+  public:
+    explicit ScriptProcesses(ScriptDesktop& desktop) : desktop_(desktop) {}
+    int Start(const std::vector<std::string>& arguments) override;
+    int RunAndWait(const std::vector<std::string>& arguments, WindowState state) override;
+
+  private:
+    ScriptDesktop& desktop_;
 };
 
 class ScriptPlayer {

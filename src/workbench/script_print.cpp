@@ -95,8 +95,9 @@ std::string PrintView(const Printing& p) {
                    "\n");
     text += ScaleLine(p.workbench.scale);
     const std::string& status = p.workbench.highlighted;
-    return text + (status.empty() ? Concat("pane ", Quoted(p.workbench.pane), "\n")
-                                  : Concat("status ", Quoted(status), "\n"));
+    return text + (status.empty()
+                       ? Concat("pane ", Quoted(p.desktop.ShownText(p.workbench.pane)), "\n")
+                       : Concat("status ", Quoted(status), "\n"));
 }
 
 std::string PrintViews(const Printing& p) {

@@ -7,6 +7,7 @@
 #include "files/catalogue.h"
 #include "kernel/graph.h"
 #include "platform/host.h"
+#include "workbench/interface_messages.h"
 #include "workbench/recovery.h"
 
 namespace photrak {
@@ -47,6 +48,7 @@ bool Workbench::Push(std::string_view label) {
 
 bool StartWorkbench(Workbench& workbench) {
     workbench.clipboard = CreateWorkspace();
+    workbench.messages = TakeMessages(workbench);
     std::string text;
     if (InitializeModels(workbench.installDirectory, workbench.catalogue, text) == Status::Error) {
         workbench.ErrorBox(catalogueFailureText);

@@ -48,6 +48,7 @@ struct Workbench {
     std::string highlighted = {};                          // status text of a menu entry, or empty
     RunControl run = {};
     std::string superBlockDirectory = {};  // of the last successful choice
+    std::shared_ptr<void> messages = {};   // TakeMessages, from the start on
 
     DiagramView* Active() const { return recent.empty() ? nullptr : recent.back(); }
     void ErrorBox(std::string_view text);

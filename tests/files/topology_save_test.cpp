@@ -88,7 +88,7 @@ class SuperBlockSave : public testing::Test {
         catalogue_.superBlockDirectory = dir_.Path() + "blocks/";
         dir_.Write("models/blanku.bmp", "blank");
         dir_.Write("models/sprblku.bmp", "common");
-        dir_.Write("blocks/old.bmp", "drawn");
+        dir_.Write("old.bmp", "drawn");
     }
     Status SaveAs(const std::string& fileName, const std::string& text) {
         const Loaded loaded = Load(text);
@@ -141,20 +141,18 @@ TEST_F(SuperBlockSave, AsksForAnIconOnceAndKeepsOneThatIsThere) {
     }
     ASSERT_EQ(host_.boxes.size(), 3u) << "not for a definition that exists";
     EXPECT_EQ(host_.boxes[0].text, "Create a new icon for this SuperBlock?");
-    EXPECT_EQ(dir_.Read("blocks/new.bmp"), "blank");
-    EXPECT_EQ(dir_.Read("blocks/plain.bmp"), "common");
-    EXPECT_EQ(dir_.Read("blocks/old.bmp"), "drawn");
+    EXPECT_EQ(dir_.Read("new.bmp"), "blank");
+    EXPECT_EQ(dir_.Read("plain.bmp"), "common");
+    EXPECT_EQ(dir_.Read("old.bmp"), "drawn");
     // Yes was the answer for "new" and "old": each is opened as one argument, without waiting.
     ASSERT_EQ(host_.commands.size(), 2u);
-    EXPECT_EQ(host_.commands[0].arguments,
-              (std::vector<std::string>{"xdg-open", catalogue_.superBlockDirectory + "new.bmp"}));
+    EXPECT_EQ(host_.commands[0].arguments, (std::vector<std::string>{"xdg-open", "new.bmp"}));
     EXPECT_FALSE(host_.commands[0].waited);
     host_.answers = {true};
     host_.environment["PHOTRAK_ICON_EDITOR"] = "draw -n";
     ASSERT_EQ(SaveAs("other.top", Port("a InBlock", "1", "1")), Status::Success);
-    EXPECT_EQ(
-        host_.commands.back().arguments,
-        (std::vector<std::string>{"draw", "-n", catalogue_.superBlockDirectory + "other.bmp"}));
+    EXPECT_EQ(host_.commands.back().arguments,
+              (std::vector<std::string>{"draw", "-n", "other.bmp"}));
 }
 
 TEST_F(SuperBlockSave, RefusesAStemThatNoTopologyCanName) {
