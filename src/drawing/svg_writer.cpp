@@ -2,6 +2,7 @@
 
 #include <charconv>
 #include <cmath>
+#include <optional>
 
 #include "base/text.h"
 #include "drawing/icon_picture.h"
@@ -36,9 +37,19 @@ std::string RectAttributes(const Rect& r) {
            Attribute("height", r.height);
 }
 
+/// The colors of a theme, or names for those that the page around the picture gives.
+struct SvgPaint {
+    std::optional<Theme> theme;
+    std::string idPrefix;  // pictures of one page tell their parts apart
+
+    std::string Of(Role role) const {
+        return theme ? HexText(ColorOf(role, *theme)) : Concat("var(--", RoleName(role), ")");
+    }
+};
+
 class SvgWriter {
   public:
-    explicit SvgWriter(Theme theme) : theme_(theme) {}
+    explicit SvgWriter(SvgPaint paint) : paint_(std::move(paint)) {}
 
     void operator()(const Segments& item) {
         std::string path;
@@ -93,9 +104,9 @@ class SvgWriter {
     }
     void operator()(const DensityImage& item) {
         if (item.columns <= 0 || item.rows <= 0) return;
-        text_ +=
-            Concat("<image", RectAttributes(item.rect), Attribute("preserveAspectRatio", "none"),
-                   " href=\"data:image/png;base64,", Base64(PngBytes(item, theme_)), "\"/>\n");
+        if (paint_.theme) return AddImage(item, *paint_.theme, "");
+        AddImage(item, Theme::Light, " class=\"on-light\"");
+        AddImage(item, Theme::Dark, " class=\"on-dark\"");
     }
     void operator()(const IconItem& item) {
         for (const DrawItem& part : ItemsOf(item)) std::visit(*this, part);
@@ -108,7 +119,7 @@ class SvgWriter {
                    Base64(PngBytes(item)), "\"/>\n");
     }
     void operator()(const ClipBegin& item) {
-        const std::string id = Concat("clip", ++clips_);
+        const std::string id = Concat(paint_.idPrefix, "clip", ++clips_);
         text_ += Concat("<clipPath", Attribute("id", id), "><rect", RectAttributes(item.rect),
                         "/></clipPath>\n<g clip-path=\"url(#", id, ")\">\n");
     }
@@ -131,14 +142,18 @@ class SvgWriter {
         }
         return Attribute("points", list);
     }
+    void AddImage(const DensityImage& item, Theme theme, std::string_view classOf) {
+        text_ += Concat("<image", classOf, RectAttributes(item.rect),
+                        Attribute("preserveAspectRatio", "none"), " href=\"data:image/png;base64,",
+                        Base64(PngBytes(item, theme)), "\"/>\n");
+    }
     std::string Fill(Role role, double opacity) const {
-        return Attribute("fill", HexText(ColorOf(role, theme_))) +
+        return Attribute("fill", paint_.Of(role)) +
                (opacity < 1.0 ? Attribute("fill-opacity", opacity) : "");
     }
     std::string Stroke(const Pen& pen, bool withFill = true) const {
         std::string text = withFill ? Attribute("fill", "none") : "";
-        text += Attribute("stroke", HexText(ColorOf(pen.role, theme_))) +
-                Attribute("stroke-width", pen.width);
+        text += Attribute("stroke", paint_.Of(pen.role)) + Attribute("stroke-width", pen.width);
         if (pen.opacity < 1.0) text += Attribute("stroke-opacity", pen.opacity);
         std::string lengths;
         for (const double length : DashLengths(pen.dash, pen.width)) {
@@ -147,7 +162,7 @@ class SvgWriter {
         return lengths.empty() ? text : text + Attribute("stroke-dasharray", lengths);
     }
 
-    Theme theme_;
+    SvgPaint paint_;
     std::string text_;
     int clips_ = 0;
 };
@@ -177,8 +192,10 @@ std::string XmlEscaped(std::string_view text) {
     return out;
 }
 
-std::string SvgText(const Drawing& drawing, Theme theme, std::string_view title) {
-    SvgWriter writer(theme);
+namespace {
+
+std::string WriteSvg(const Drawing& drawing, const SvgPaint& paint, std::string_view title) {
+    SvgWriter writer(paint);
     for (const DrawItem& item : drawing.items) std::visit(writer, item);
     for (const DrawItem& item : drawing.overlay) std::visit(writer, item);
     const std::string width = Number(drawing.size.width), height = Number(drawing.size.height);
@@ -186,7 +203,26 @@ std::string SvgText(const Drawing& drawing, Theme theme, std::string_view title)
                   height, "\" viewBox=\"0 0 ", width, " ", height, "\" role=\"img\" font-family=\"",
                   fontFamily, "\" style=\"font-variant-numeric:tabular-nums\">\n<title>",
                   XmlEscaped(title), "</title>\n", "<rect width=\"100%\" height=\"100%\" fill=\"",
-                  HexText(ColorOf(Role::Paper, theme)), "\"/>\n", writer.Take(), "</svg>\n");
+                  paint.Of(Role::Paper), "\"/>\n", writer.Take(), "</svg>\n");
+}
+
+}  // namespace
+
+std::string SvgText(const Drawing& drawing, Theme theme, std::string_view title) {
+    return WriteSvg(drawing, {theme, {}}, title);
+}
+
+std::string InlineSvgText(const Drawing& drawing, std::string_view title, std::string_view id) {
+    return WriteSvg(drawing, {{}, Concat(id, "-")}, title);
+}
+
+std::string SvgPalette(Theme theme) {
+    std::string text;
+    for (int i = 0; i < roleCount; ++i) {
+        const Role role = static_cast<Role>(i);
+        text += Concat("--", RoleName(role), ":", HexText(ColorOf(role, theme)), ";");
+    }
+    return text;
 }
 
 }  // namespace photrak

@@ -12,6 +12,13 @@ namespace photrak {
 /// overlay is drawn too.
 std::string SvgText(const Drawing& drawing, Theme theme, std::string_view title);
 
+/// The same for a place in a page, whose style gives the colors: `SvgPalette` of a theme declares
+/// them, and hides the density images of class "on-light" or "on-dark" that are of the other one.
+/// `id`, a plain word, tells the pictures of a page apart.
+std::string InlineSvgText(const Drawing& drawing, std::string_view title, std::string_view id);
+/// The colors of all roles as custom properties: "--ink:#1b1f24;--paper:..."
+std::string SvgPalette(Theme theme);
+
 /// A text as it may stand in XML, between tags and in attributes.
 std::string XmlEscaped(std::string_view text);
 
