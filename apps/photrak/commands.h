@@ -18,6 +18,7 @@ int TestCommand(const CommandOptions& options);
 int ModelsCommand(const CommandOptions& options);
 int SuperBlockCommand(const CommandOptions& options);
 int PlotCommand(const CommandOptions& options);
+int ReportCommand(const CommandOptions& options);
 int DrawCommand(const CommandOptions& options);
 int ParamsCommand(const CommandOptions& options);
 

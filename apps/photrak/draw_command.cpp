@@ -5,26 +5,14 @@
 
 #include "base/text.h"
 #include "drawing/svg_writer.h"
-#include "files/catalogue.h"
 #include "photrak/commands.h"
 #include "photrak/console.h"
+#include "photrak/diagram.h"
 #include "photrak/session.h"
 #include "platform/file_system.h"
-#include "workbench/canvas_drawing.h"
 
 namespace photrak {
 namespace {
-
-/// A drawing asks for nothing and shows nothing.
-struct NoDesktop : Desktop {
-    void Box(BoxKind, std::string_view, std::string_view) override {}
-    Answer Query(std::string_view, std::string_view) override { return Answer::Cancel; }
-    std::optional<std::string> ChooseFile(const FileRequest&) override { return std::nullopt; }
-    bool StartViewer(const std::string&, const std::string&) override { return false; }
-    bool StartEditor(const std::string&, const std::string&) override { return false; }
-    bool Start(const std::vector<std::string>&, const std::string&) override { return false; }
-    void ShowHelp(std::int32_t) override {}
-};
 
 /// A name that stands as it was typed, wherever the topology lies.
 std::string FullPath(const std::string& path) {
@@ -46,19 +34,13 @@ bool Write(const std::string& output, const std::string& picture) {
 int DrawCommand(const CommandOptions& options) {
     const ConsoleMessages messages(Progress::Silent);
     const std::string output = FullPath(options.plot.output);
-    NoDesktop desktop;
-    Workbench workbench{desktop, {}, ExecutableDirectory(), "."};
-    std::string text;
-    const Status catalogue =
-        InitializeModels(workbench.installDirectory, workbench.catalogue, text);
-    Report(catalogue == Status::Error ? "error" : "warning", text);
+    DiagramReader reader;
     Session session;
-    if (catalogue == Status::Error || !EnterDirectory(session, options.file))
-        return exitStatus::failed;
-    workbench.scale.SetZoom(options.draw.zoom);
-    text.clear();
+    if (!reader.Open() || !EnterDirectory(session, options.file)) return exitStatus::failed;
+    reader.Bench().scale.SetZoom(options.draw.zoom);
+    std::string text;
     const CanvasLook look{.linePatterns = options.draw.linePatterns};
-    const auto drawing = DrawTopologyFile(workbench, session.fileName, look, text);
+    const auto drawing = DrawTopologyFile(reader.Bench(), session.fileName, look, text);
     Report(drawing ? "warning" : "error", text);
     if (!drawing) return exitStatus::failed;
     const Theme theme = options.plot.dark ? Theme::Dark : Theme::Light;

@@ -115,6 +115,11 @@ Problem SetOutput(CommandOptions& options, const std::string& value) {
     return {};
 }
 
+Problem SetTitle(CommandOptions& options, const std::string& value) {
+    options.title = value;
+    return {};
+}
+
 Problem SetSize(CommandOptions& options, const std::string& value) {
     std::size_t used = 0;
     const double width = ReadDouble(value, &used);
@@ -165,7 +170,8 @@ constexpr unsigned simulating = commandBit::run | commandBit::scan;
 constexpr unsigned plotting = simulating | commandBit::test;
 constexpr unsigned topologyCommand = plotting | commandBit::check;
 constexpr unsigned anyCommand = topologyCommand | commandBit::models | commandBit::plot |
-                                commandBit::params | commandBit::superblock | commandBit::draw;
+                                commandBit::params | commandBit::superblock | commandBit::draw |
+                                commandBit::report;
 
 constexpr Option optionTable[] = {
     {"--set", "NAME=EXPR", topologyCommand, SetSymbol,
@@ -178,6 +184,8 @@ constexpr Option optionTable[] = {
      "none, save (files only), display (start the viewer) or icon (as each block says)"},
     {"--no-commands", nullptr, plotting, Raise<&CommandOptions::noCommands>,
      "start no external program: no viewer, no command of a block"},
+    {"--report", nullptr, simulating, Raise<&CommandOptions::report>,
+     "write all results as a page at the end, FILE.html beside the topology"},
     {"--inner", "RANGE", commandBit::scan, SetSweep<&CommandOptions::inner>,
      "sweep a symbol; RANGE is NAME=START:STOP:STEP, of numbers or expressions"},
     {"--outer", "RANGE", commandBit::scan, SetSweep<&CommandOptions::outer>,
@@ -192,6 +200,9 @@ constexpr Option optionTable[] = {
      "likewise for the runs; an empty tag skips the plots of that loop"},
     {"-o", "OUT", commandBit::plot, SetOutput,
      "write OUT.svg, .png or .pdf (a folder takes an .svg for each plot); without it the viewer"},
+    {"-o", "OUT.html", commandBit::report, SetOutput,
+     "write OUT.html; without it FILE.html beside the topology, or report.html in the folder"},
+    {"--title", "TEXT", commandBit::report, SetTitle, "head of the page"},
     {"-o", "FILE.prm", commandBit::params, SetParamFile,
      "write FILE.prm; standard output without it"},
     {"--size", "WxH", commandBit::plot, SetSize,
@@ -213,7 +224,8 @@ constexpr Option optionTable[] = {
      "draw the curves of all files on the axes of the first"},
     {"--strict", nullptr, topologyCommand | commandBit::params | commandBit::superblock,
      Raise<&CommandOptions::strict>, "exit with 2 if there were warnings"},
-    {"--quiet", nullptr, topologyCommand | commandBit::plot | commandBit::params,
+    {"--quiet", nullptr,
+     topologyCommand | commandBit::plot | commandBit::params | commandBit::report,
      Raise<&CommandOptions::quiet>, "no progress on standard error, only warnings and errors"},
     {"--verbose", nullptr, simulating | commandBit::check, Raise<&CommandOptions::verbose>,
      "tell more: catalogue, symbols, sweeps, times"},

@@ -3,6 +3,7 @@
 #include "photrak/simulation.h"
 
 #include <chrono>
+#include <filesystem>
 
 #include "base/log.h"
 #include "base/text.h"
@@ -10,6 +11,8 @@
 #include "kernel/run_record.h"
 #include "photrak/commands.h"
 #include "photrak/console.h"
+#include "photrak/report.h"
+#include "photrak/report_sources.h"
 #include "photrak/session.h"
 
 namespace photrak {
@@ -50,6 +53,23 @@ void TellOfViewer() {
            "display; 'photrak plot FILE -o OUT.svg' draws the command files listed above");
 }
 
+/// A failing run has a page too: of what it wrote, and why it ended.
+bool ReportRun(const CommandOptions& options, const Session& session,
+               const ConsoleMessages& messages, std::uintmax_t logBefore, Status status) {
+    if (!options.report) return true;
+    const RunRecord& record = CurrentRun();
+    RunForReport run{session.fileName, record.written.Names(), {}, logBefore};
+    if (status == Status::Error) {
+        const std::string& text = session.workspace->errorText;
+        run.warnings.push_back(Concat(
+            "The run failed: ", text.empty() ? messages.ErrorText() : InterpretPercent(text)));
+    }
+    if (StopOnSignal::Received()) run.warnings.push_back("The run was stopped before its end.");
+    if (!record.failed.Names().empty())
+        run.warnings.push_back("Some result files could not be written.");
+    return WriteRunReport(run);
+}
+
 int Conclude(Status status, bool warned, const Session& session, const ConsoleMessages& messages,
              const CommandOptions& options) {
     warned = ListResultFiles() != Status::Success || warned;
@@ -77,6 +97,8 @@ int Conclude(Status status, bool warned, const Session& session, const ConsoleMe
 int SimulateTopology(const CommandOptions& options, const SimulationKind& kind) {
     ConsoleMessages messages(options.quiet ? Progress::Silent : Progress::Shown);
     Session session;
+    const std::uintmax_t logBefore =
+        LogSize(std::filesystem::path(options.file).parent_path().string());
     Status loaded = Status::Success;
     if (!OpenTopology(session, options, loaded)) return exitStatus::failed;
     SimOptions& simOptions = *session.workspace->options;
@@ -96,7 +118,9 @@ int SimulateTopology(const CommandOptions& options, const SimulationKind& kind) 
         const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
         WriteError(Concat("photrak: the run took ", elapsed.count(), " s\n"));
     }
-    return Conclude(status, loaded == Status::Warning, session, messages, options);
+    const int exit = Conclude(status, loaded == Status::Warning, session, messages, options);
+    const bool reported = ReportRun(options, session, messages, logBefore, status);
+    return exit == exitStatus::success && !reported ? exitStatus::failed : exit;
 }
 
 }  // namespace photrak
