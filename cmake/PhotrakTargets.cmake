@@ -64,7 +64,7 @@ endfunction()
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
 function(photrak_copy_catalogue)
   file(GLOB_RECURSE files CONFIGURE_DEPENDS 
-    ${PROJECT_SOURCE_DIR}/catalogue/* ${PROJECT_SOURCE_DIR}/examples/*)
+    ${PROJECT_SOURCE_DIR}/catalogue/* ${PROJECT_SOURCE_DIR}/examples/* ${PROJECT_SOURCE_DIR}/docs/*.md)
   set(stamp ${PROJECT_BINARY_DIR}/catalogue.stamp)
   add_custom_command(OUTPUT ${stamp}
     COMMAND ${CMAKE_COMMAND} -E make_directory ${PROJECT_BINARY_DIR}/bin
@@ -72,6 +72,9 @@ function(photrak_copy_catalogue)
     COMMAND ${CMAKE_COMMAND} -E copy_directory ${PROJECT_SOURCE_DIR}/catalogue/icons ${PROJECT_BINARY_DIR}/bin/models
     COMMAND ${CMAKE_COMMAND} -E copy_directory ${PROJECT_SOURCE_DIR}/catalogue/superblocks ${PROJECT_BINARY_DIR}/bin/superblocks
     COMMAND ${CMAKE_COMMAND} -E copy_directory ${PROJECT_SOURCE_DIR}/examples ${PROJECT_BINARY_DIR}/bin/examples
+    COMMAND ${CMAKE_COMMAND} -E copy_directory ${PROJECT_SOURCE_DIR}/docs/guide ${PROJECT_BINARY_DIR}/bin/help/guide
+    COMMAND ${CMAKE_COMMAND} -E copy_directory ${PROJECT_SOURCE_DIR}/docs/models ${PROJECT_BINARY_DIR}/bin/help/models
+    COMMAND ${CMAKE_COMMAND} -E copy_directory ${PROJECT_SOURCE_DIR}/docs/formats ${PROJECT_BINARY_DIR}/bin/help/formats
     COMMAND ${CMAKE_COMMAND} -E touch ${stamp}
     DEPENDS ${files} VERBATIM)
   add_custom_target(photrak_catalogue ALL DEPENDS ${stamp})

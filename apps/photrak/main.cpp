@@ -5,10 +5,12 @@
 #include <exception>
 #include <filesystem>
 #include <new>
+#include <unistd.h>
 
 #include "base/text.h"
 #include "photrak/commands.h"
 #include "photrak/console.h"
+#include "platform/file_system.h"
 
 namespace photrak {
 namespace {
@@ -72,7 +74,7 @@ std::string Help() {
         text += Concat(left, command.help, "\n");
     }
     text +=
-        "  photrak FILE.top                    open the workbench (this build has none)\n"
+        "  photrak FILE.top                    open the workbench, a window\n"
         "  photrak --help | --version\n\n"
         "Options of run and scan, of which check and test have some:\n";
     text += OptionHelp(commandBit::run);
@@ -109,6 +111,20 @@ int Execute(const Command& command, const std::vector<std::string>& arguments) {
     return command.run(options);
 }
 
+/// Becomes the program with the window, which lies beside this one or on the path.
+int StartWorkbenchProgram(const std::vector<std::string>& files) {
+    const std::string beside = ExecutableDirectory() + "photrak-workbench";
+    const std::string program = FileExists(beside) ? beside : "photrak-workbench";
+    std::vector<char*> words = {const_cast<char*>(program.c_str())};
+    for (const std::string& file : files) words.push_back(const_cast<char*>(file.c_str()));
+    words.push_back(nullptr);
+    ::execvp(program.c_str(), words.data());
+    Report("error",
+           "the workbench 'photrak-workbench' is not installed: it is built where Qt 6 is found "
+           "(Debian: qt6-base-dev); 'photrak run' simulates a topology without it");
+    return exitStatus::failed;
+}
+
 int Main(const std::vector<std::string>& arguments) {
     if (arguments.empty()) return BadUsage("no command given");
     const std::string& word = arguments.front();
@@ -124,8 +140,7 @@ int Main(const std::vector<std::string>& arguments) {
         if (word == command.name) return Execute(command, {arguments.begin() + 1, arguments.end()});
     }
     if (std::filesystem::path(word).extension() == ".top") {
-        Report("error", "this build has no workbench; use 'photrak run' to simulate the topology");
-        return exitStatus::failed;
+        return StartWorkbenchProgram(arguments);
     }
     return BadUsage(Concat("unknown command '", word, "'"));
 }

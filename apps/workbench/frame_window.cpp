@@ -24,6 +24,7 @@
 #include "workbench/diagram_window.h"
 #include "workbench/docks.h"
 #include "workbench/file_commands.h"
+#include "workbench/help_window.h"
 #include "workbench/look.h"
 #include "workbench/printing.h"
 #include "workbench/recovery.h"
@@ -65,6 +66,10 @@ FrameWindow::FrameWindow(Workbench& workbench, WindowDesktop& desktop)
     BuildDocks();
     BuildStatus();
     PlaceFrame();
+    desktop_.SetHelp([this](std::int32_t topic) {
+        if (!help_) help_ = new HelpWindow(ToQString(workbench_.installDirectory + "help"), this);
+        help_->ShowTopic(topic);
+    });
     connect(area_, &QMdiArea::subWindowActivated, this, &FrameWindow::Activated);
     connect(&poll_, &QTimer::timeout, this, &FrameWindow::Poll);
     connect(&keep_, &QTimer::timeout, this, [this] { KeepPendingCopies(workbench_); });

@@ -20,6 +20,7 @@ class QStackedWidget;
 namespace photrak {
 
 class DiagramWindow;
+class HelpWindow;
 class HistoryDock;
 class LogDock;
 class ResultsDock;
@@ -84,6 +85,7 @@ class FrameWindow : public QMainWindow {
     ResultsDock* results_ = nullptr;
     LogDock* log_ = nullptr;
     HistoryDock* history_ = nullptr;
+    HelpWindow* help_ = nullptr;
     QLabel *message_ = nullptr, *cell_ = nullptr, *zoom_ = nullptr, *run_ = nullptr;
     std::map<DiagramView*, Child> children_;
     std::vector<Dialog> dialogs_;

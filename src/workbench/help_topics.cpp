@@ -58,7 +58,59 @@ constexpr HelpTopic topics[] = {
     {"IdealFrequencyConverter", 79},
 };
 
+struct PageRow {
+    std::int32_t topic;
+    HelpPlace place;
+};
+constexpr PageRow pageRows[] = {
+    {0, {"guide/index", ""}},
+    {13, {"models/bit-patterns", ""}},
+    {14, {"models/electrical-generators", "ElectricalSignalGenerator"}},
+    {15, {"models/electrical-generators", "CustomSignalGenerator"}},
+    {16, {"models/direct-laser", ""}},
+    {17, {"models/lasers", "ModeLockedLaserModel"}},
+    {18, {"models/lasers", "CWLaserModel"}},
+    {20, {"models/fiber", ""}},
+    {21, {"models/amplifier", ""}},
+    {22, {"models/multiplexers", ""}},
+    {23, {"models/multiplexers", ""}},
+    {24, {"models/multiport", ""}},
+    {25, {"models/optical-filters", ""}},
+    {26, {"models/passive-blocks", "OpticalAttenuator"}},
+    {27, {"models/passive-blocks", "OpticalNormalizer"}},
+    {28, {"models/receiver", ""}},
+    {29, {"models/couplers", "CrosstalkBlock"}},
+    {30, {"models/ber-tester", ""}},
+    {31, {"models/loops-and-files", "LoopBeginBlock, LoopEndBlock"}},
+    {32, {"models/loops-and-files", "SaveSigBlock, LoadSigBlock"}},
+    {33, {"models/plots-of-signals", "SignalPlot"}},
+    {34, {"models/eye-diagram", ""}},
+    {35, {"models/spectrum", ""}},
+    {46, {"models/electrical-generators", "AnalogSineGenerator"}},
+    {47, {"models/electrical-filter", ""}},
+    {48, {"models/modulator", ""}},
+    {49, {"models/couplers", "OpticalCoupler, ControlledOpticalCoupler"}},
+    {50, {"models/multiplexers", ""}},
+    {51, {"models/multiplexers", ""}},
+    {52, {"models/multiplexers", ""}},
+    {53, {"models/multiplexers", ""}},
+    {59, {"guide/superblocks", ""}},
+    {60, {"guide/superblocks", ""}},
+    {61, {"guide/superblocks", ""}},
+    {74, {"models/plots-of-signals", "ChirpPlot"}},
+    {75, {"models/passive-blocks", "PhaseShift and FiberDelay"}},
+    {76, {"models/couplers", "OpticalCoupler, ControlledOpticalCoupler"}},
+    {77, {"models/passive-blocks", "PhaseShift and FiberDelay"}},
+    {78, {"models/passive-blocks", "PolarizationTransformer"}},
+    {79, {"models/passive-blocks", "IdealFrequencyConverter"}},
+};
+
 }  // namespace
+
+HelpPlace HelpPlaceOf(std::int32_t topic) {
+    const auto row = std::ranges::find(pageRows, topic, &PageRow::topic);
+    return row == std::end(pageRows) ? pageRows[0].place : row->place;
+}
 
 std::int32_t HelpTopicOf(std::string_view type) {
     // By design: names count as far as a symbol table holds them.

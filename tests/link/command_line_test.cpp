@@ -52,7 +52,7 @@ INSTANTIATE_TEST_SUITE_P(
                       UsageRow{"draw --zoom 21 x.top", 64, "--zoom wants a number from 0.05 to 20"},
                       UsageRow{"draw missing.top", 1, "missing.top"},
                       UsageRow{"run missing/dir/x.top", 1, "cannot enter"},
-                      UsageRow{"link.top", 1, "no workbench"},
+
                       UsageRow{"models", 0, "PseudoRandomBinarySequenceGenerator"},
                       UsageRow{"models PseudoRandomBinarySequenceGenerator", 0, "patternLength"},
                       UsageRow{"models Warp%s", 1, "no model 'Warp%s'"}));
