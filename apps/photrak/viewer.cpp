@@ -1,6 +1,7 @@
 #include "photrak/viewer.h"
 
 #include "base/text.h"
+#include "kernel/external_commands.h"
 #include "photrak/options.h"
 #include "platform/file_system.h"
 #include "platform/host.h"
@@ -19,14 +20,6 @@ std::string ViewerProgram() {
 void AddFiles(std::vector<std::string>& arguments, const std::vector<std::string>& files) {
     arguments.push_back("--");
     for (const std::string& file : files) arguments.push_back("@" + file);
-}
-
-bool HasDisplay() {
-    Environment& environment = *CurrentHost().environment;
-    for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {
-        if (!environment.Get(name).value_or("").empty()) return true;
-    }
-    return false;
 }
 
 std::string NoViewer() {

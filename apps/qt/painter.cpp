@@ -6,6 +6,7 @@
 #include <cmath>
 
 #include "drawing/dashes.h"
+#include "drawing/dense_line.h"
 #include "drawing/icon_picture.h"
 #include "qt/text_measure_qt.h"
 #include "qt/theme.h"
@@ -47,14 +48,12 @@ class ItemPainter {
         const std::vector<double> dashes = DashLengths(item.pen.dash, item.pen.width);
         // A short line costs nothing and has corners that close.
         constexpr std::size_t shortLine = 64;
-        const bool isLong = surface_ == Surface::Pixels && item.points.size() > shortLine;
-        if (isLong || !dashes.empty()) {
-            if (dashes.empty() && item.pen.opacity == 1.0) {
-                // Lines that overlap at a corner leave no notch; translucent ones would darken it.
-                QPen pen = painter_.pen();
-                pen.setCapStyle(Qt::SquareCap);
-                painter_.setPen(pen);
-            }
+        const bool pixels = surface_ == Surface::Pixels, opaque = item.pen.opacity == 1.0;
+        if (pixels && dashes.empty() && opaque && item.points.size() > shortLine) {
+            DrawSolid(item);
+            return;
+        }
+        if ((pixels && !opaque) || !dashes.empty()) {
             DrawSegments(DashedSegments(item.points, dashes));
             return;
         }
@@ -199,6 +198,21 @@ class ItemPainter {
         if (a.y == b.y) a.y = b.y = snap(a.y, offset_.y());
         if (a.x == b.x) a.x = b.x = snap(a.x, offset_.x());
         return {a, b};
+    }
+    /// Lines whose square ends overlap at corners leave no notch (translucent ones would darken
+    /// it); where points crowd they are bars.
+    void DrawSolid(const Polyline& item) {
+        const DenseLine split = SplitDense(item.points, 1.0);
+        QPen pen = painter_.pen();
+        pen.setCapStyle(Qt::SquareCap);
+        painter_.setPen(pen);
+        DrawSegments(split.segments);
+        painter_.setRenderHint(QPainter::Antialiasing, false);
+        const double half = 0.5 * item.pen.width;
+        for (const Rect& bar : split.bars)
+            painter_.fillRect(QRectF(bar.x, bar.y - half, bar.width, bar.height + 2.0 * half),
+                              pen.color());
+        painter_.setRenderHint(QPainter::Antialiasing);
     }
     static QPolygonF Outline(const std::vector<Point>& points) {
         QPolygonF outline;

@@ -68,13 +68,6 @@ int StartOnFile(const char* variable, std::vector<std::string> program, const st
     return StartProgram(program, wait);
 }
 
-bool HasDisplay() {
-    for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {
-        if (Setting(name)) return true;
-    }
-    return false;
-}
-
 /// The viewer of this installation. Where its word is not on the PATH it is looked for beside the
 /// executable; without a display that would only fail again for each plot.
 int StartViewer(std::vector<std::string> program, const std::string& file, Wait wait) {
@@ -105,6 +98,13 @@ std::string NoOption(const std::string& file) {
 }
 
 }  // namespace
+
+bool HasDisplay() {
+    for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {
+        if (Setting(name)) return true;
+    }
+    return false;
+}
 
 void AllowExternalCommands(bool allow) {
     State().allowed = allow;

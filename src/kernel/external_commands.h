@@ -26,6 +26,8 @@ int Spawn(std::string_view command, const std::vector<std::string>& arguments, W
 /// an unknown program, 128 and the signal's number if it was killed), -1 if it could not start.
 int RunCommandLine(std::string_view command);
 
+/// True when windows can be shown: a display, or a platform that the toolkit is told to use.
+bool HasDisplay();
 /// Starts the plot viewer on "@FILE": PLOTCMD if set, else "vistrax /v" from the PATH or, where
 /// there is a display, from beside the executable. One that does not start is noted in the run
 /// record.

@@ -48,15 +48,15 @@ PlotPane::Job PlotPane::MakeJob(PageSize size, const TextMeasure& measure) const
 }
 
 bool PlotPane::IsHeavy() const {
-    // About 3 microseconds for each segment that is painted, 0.1 for each that is counted.
-    constexpr std::size_t mostPainted = 20'000, mostCounted = 400'000;
-    const std::size_t columns =
-        4 * static_cast<std::size_t>(std::max(400.0, picture_.layout.pane.width));
+    // A segment that is painted takes up to 10 microseconds, one that is counted 0.1; crowded curves
+    // are painted as a bar in each column.
+    constexpr std::size_t mostPainted = 8000, mostCounted = 400'000;
+    const auto columns = static_cast<std::size_t>(std::max(400.0, picture_.layout.pane.width));
     std::size_t points = 0, painted = 0;
     for (const Curve& curve : plot_->curves) {
         if (open_.view.IsHidden(curve)) continue;
         points += curve.x->Size();
-        painted += std::min(curve.x->Size(), columns);
+        painted += curve.x->Size() > 4 * columns ? columns : curve.x->Size();
     }
     const bool density =
         plot_->kind == PlotKind::Eye && StyleOf(*plot_, eyeStyle) == EyeStyle::Density;
