@@ -48,8 +48,8 @@ PlotPane::Job PlotPane::MakeJob(PageSize size, const TextMeasure& measure) const
 }
 
 bool PlotPane::IsHeavy() const {
-    // A segment that is painted takes up to 10 microseconds, one that is counted 0.1; crowded curves
-    // are painted as a bar in each column.
+    // A segment that is painted takes up to 10 microseconds, one that is counted 0.1; crowded
+    // curves are painted as a bar in each column.
     constexpr std::size_t mostPainted = 8000, mostCounted = 400'000;
     const auto columns = static_cast<std::size_t>(std::max(400.0, picture_.layout.pane.width));
     std::size_t points = 0, painted = 0;
