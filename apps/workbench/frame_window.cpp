@@ -422,6 +422,17 @@ bool FrameWindow::PickModel(const QString& letter) {
     return true;
 }
 
+bool FrameWindow::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() != QEvent::Close) return QMainWindow::eventFilter(watched, event);
+    for (const auto& [view, child] : children_) {
+        if (child.frame != watched) continue;
+        event->ignore();  // the frame takes the window away when the diagram has closed
+        CloseView(*view);
+        return true;
+    }
+    return QMainWindow::eventFilter(watched, event);
+}
+
 void FrameWindow::closeEvent(QCloseEvent* event) {
     const bool closed = CloseAll(workbench_);
     Sync();

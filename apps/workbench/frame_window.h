@@ -44,6 +44,8 @@ class FrameWindow : public QMainWindow {
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dropEvent(QDropEvent* event) override;
     void changeEvent(QEvent* event) override;
+    /// A diagram's own close button closes the diagram.
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
   private:
     void BuildMenus();

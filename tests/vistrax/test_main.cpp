@@ -10,7 +10,8 @@ int main(int argc, char** argv) {
     std::string folder = (std::filesystem::temp_directory_path() / "photrak-qt-XXXXXX").string();
     if (!::mkdtemp(folder.data())) return 1;
     qputenv("QT_QPA_PLATFORM", "offscreen");
-    for (const char* name : {"XDG_CONFIG_HOME", "XDG_RUNTIME_DIR", "XDG_CACHE_HOME"}) {
+    for (const char* name :
+         {"HOME", "XDG_CONFIG_HOME", "XDG_RUNTIME_DIR", "XDG_CACHE_HOME", "XDG_STATE_HOME"}) {
         const std::string own = folder + "/" + name;
         ::mkdir(own.c_str(), 0700);
         qputenv(name, own.c_str());
