@@ -11,6 +11,7 @@
 
 #include "../tests/support/small_catalogue.h"
 #include "files/topology.h"
+#include "files/value_inspection.h"
 #include "fuzz_support.h"
 
 namespace {
@@ -59,5 +60,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     std::unique_ptr<Workspace> workspace;
     static_cast<void>(photrak::TopologyCheckText(text, "fuzz.top", workspace, Models()));
+    photrak::Inspection found = photrak::InspectTopologyText(text, "fuzz.top", Models());
+    photrak::InspectValues(found, {{{"x", "2*x"}}, photrak::SweepsOfFile(found)},
+                           photrak::Thoroughness::ForCheck);
     return 0;
 }

@@ -21,5 +21,6 @@ int PlotCommand(const CommandOptions& options);
 int ReportCommand(const CommandOptions& options);
 int DrawCommand(const CommandOptions& options);
 int ParamsCommand(const CommandOptions& options);
+int ExplainCommand(const CommandOptions& options);
 
 }  // namespace photrak

@@ -59,6 +59,8 @@ constexpr Command commandTable[] = {
      "a topology file or a folder of results", ReportCommand},
     {"draw", "photrak draw [options] FILE.top", "draw a topology as an SVG picture",
      commandBit::draw, fileOnly, "a topology file", DrawCommand},
+    {"explain", "photrak explain [CODE]", "tell what a code such as P1201 in a message means",
+     commandBit::explain, fileOnly, nullptr, ExplainCommand},
     {"models", "photrak models [TYPE|SuperBlock:NAME]",
      "list the models, or the ports and parameters of one", commandBit::models, fileOnly, nullptr,
      ModelsCommand},

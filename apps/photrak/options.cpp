@@ -171,7 +171,7 @@ constexpr unsigned plotting = simulating | commandBit::test;
 constexpr unsigned topologyCommand = plotting | commandBit::check;
 constexpr unsigned anyCommand = topologyCommand | commandBit::models | commandBit::plot |
                                 commandBit::params | commandBit::superblock | commandBit::draw |
-                                commandBit::report;
+                                commandBit::report | commandBit::explain;
 
 constexpr Option optionTable[] = {
     {"--set", "NAME=EXPR", topologyCommand, SetSymbol,
@@ -222,6 +222,8 @@ constexpr Option optionTable[] = {
      "draw eyes as traces or density; without it by their number"},
     {"--overlay", nullptr, commandBit::plot, RaisePlot<&PlotCommandOptions::overlay>,
      "draw the curves of all files on the axes of the first"},
+    {"--lenient", nullptr, plotting, Raise<&CommandOptions::lenient>,
+     "run even if a mistyped line, value or name would change a number"},
     {"--strict", nullptr, topologyCommand | commandBit::params | commandBit::superblock,
      Raise<&CommandOptions::strict>, "exit with 2 if there were warnings"},
     {"--quiet", nullptr,

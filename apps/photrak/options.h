@@ -48,7 +48,9 @@ struct CommandOptions {
     std::optional<std::string> innerTag, outerTag, runTag;
     std::string title;    // of the page of `report`
     bool report = false;  // a page at the end of a run
-    bool noCommands = false, strict = false, quiet = false, verbose = false, help = false;
+    bool scans = false;   // the command is `scan`
+    bool noCommands = false, strict = false, lenient = false, quiet = false, verbose = false,
+         help = false;
 };
 
 /// What the words of a command that are no options mean, in order.
@@ -66,7 +68,7 @@ std::string OptionHelp(unsigned command, unsigned except = 0);
 /// Bits of the commands in the option table.
 namespace commandBit {
 inline constexpr unsigned run = 1, check = 2, models = 4, scan = 8, test = 16, plot = 32,
-                          params = 64, superblock = 128, draw = 256, report = 512;
+                          params = 64, superblock = 128, draw = 256, report = 512, explain = 1024;
 }  // namespace commandBit
 
 }  // namespace photrak

@@ -76,7 +76,9 @@ void PrepareScan(SimOptions& simOptions, const CommandOptions& options) {
 }  // namespace
 
 int ScanCommand(const CommandOptions& options) {
-    return SimulateTopology(options, {"Parameter Scan", PrepareScan});
+    CommandOptions scanning = options;
+    scanning.scans = true;
+    return SimulateTopology(scanning, {"Parameter Scan", PrepareScan});
 }
 
 }  // namespace photrak

@@ -7,12 +7,14 @@
 #include "base/log.h"
 #include "base/text.h"
 #include "files/catalogue.h"
+#include "files/diagnostics.h"
 #include "files/param_file.h"
 #include "files/topology.h"
 #include "kernel/graph.h"
 #include "kernel/run_record.h"
 #include "models/dispatch.h"
 #include "photrak/console.h"
+#include "photrak/inspection.h"
 
 namespace photrak {
 
@@ -50,16 +52,40 @@ bool EnterDirectory(Session& session, const std::string& path) {
     return true;
 }
 
-bool OpenTopology(Session& session, const CommandOptions& options, Status& loaded) {
+namespace {
+
+/// True after a report of what a run would take otherwise than it was typed.
+bool Refuses(const Session& session, const CommandOptions& options) {
+    Inspection inspection = InspectSession(session, options, Thoroughness::ForRun);
+    std::erase_if(inspection.findings,
+                  [](const LoadFinding& finding) { return !finding.changesNumber; });
+    const int faults = ReportFindings(inspection.findings);
+    if (faults == 0) return false;
+    Report("error", Concat(options.file, ": ", faults, faults == 1 ? " fault" : " faults",
+                           ", nothing was run; 'photrak explain CODE' tells more, '--lenient' goes "
+                           "on all the same"));
+    return true;
+}
+
+}  // namespace
+
+bool OpenTopology(Session& session, const CommandOptions& options, Status& loaded, Faults faults) {
     if (!OpenCatalogue(session) || !EnterDirectory(session, options.file)) return false;
+    if (faults == Faults::Refused && Refuses(session, options)) return false;
     loaded = TopologyLoad(session.fileName, session.workspace, session.catalogue);
     if (!session.workspace) return false;
-    std::string& text = session.workspace->errorText;
+    std::string text = std::move(session.workspace->errorText);
+    session.workspace->errorText.clear();
     if (!text.empty()) LogText(Concat(text, "\n"));
+    // What the load warns of has been looked at with all symbols of the command line, and is fine.
+    if (faults == Faults::Refused && loaded == Status::Warning) {
+        loaded = Status::Success;
+        text.clear();
+    }
     Report(loaded == Status::Error ? "error" : "warning", text);
-    text.clear();
     if (loaded == Status::Error) {
-        Report("error", Concat(options.file, ": the topology did not load"));
+        Report("error",
+               Concat(options.file, ": ", diagnostic::notLoaded, ": the topology did not load"));
         return false;
     }
     session.workspace->fileName = session.fileName;

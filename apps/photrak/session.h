@@ -29,10 +29,16 @@ struct Session {
 bool OpenCatalogue(Session& session);
 /// Enters the topology's directory. False after a report.
 bool EnterDirectory(Session& session, const std::string& path);
+/// What becomes of a topology that says something that would count otherwise.
+enum class Faults { Refused, Told };
+inline Faults FaultsFor(const CommandOptions& options) {
+    return options.lenient ? Faults::Told : Faults::Refused;
+}
 /// Both of these, then loads the topology, reports its texts, in the log file too, loads the
 /// parameter files of --load-params and declares the symbols of --set. False after a report if it
 /// cannot run; `loaded` tells of warnings.
-bool OpenTopology(Session& session, const CommandOptions& options, Status& loaded);
+bool OpenTopology(Session& session, const CommandOptions& options, Status& loaded,
+                  Faults faults = Faults::Told);
 /// The component that the command names. Null after a report.
 Component* FindNamed(const Session& session, const std::string& name,
                      const CommandOptions& options);

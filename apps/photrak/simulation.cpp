@@ -100,7 +100,7 @@ int SimulateTopology(const CommandOptions& options, const SimulationKind& kind) 
     const std::uintmax_t logBefore =
         LogSize(std::filesystem::path(options.file).parent_path().string());
     Status loaded = Status::Success;
-    if (!OpenTopology(session, options, loaded)) return exitStatus::failed;
+    if (!OpenTopology(session, options, loaded, FaultsFor(options))) return exitStatus::failed;
     SimOptions& simOptions = *session.workspace->options;
     if (options.plotting) simOptions.PLOTTING = *options.plotting;
     kind.prepare(simOptions, options);

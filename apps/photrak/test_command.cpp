@@ -35,7 +35,7 @@ int TestCommand(const CommandOptions& options) {
     const ConsoleMessages messages(Progress::Silent);
     Session session;
     Status status = Status::Success;
-    if (!OpenTopology(session, options, status)) return exitStatus::failed;
+    if (!OpenTopology(session, options, status, FaultsFor(options))) return exitStatus::failed;
     Component* component = FindTestable(session, options);
     if (!component) return exitStatus::failed;
     Workspace& workspace = *session.workspace;

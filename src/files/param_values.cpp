@@ -20,14 +20,6 @@ constexpr struct {
     {"Vpk", "Vmax"},
 };
 
-Parameter* FindByNameOrAlias(std::string_view name, Parameter* list) {
-    if (Parameter* parameter = FindParameter(name, list)) return parameter;
-    for (const auto& row : parameterAliases) {
-        if (row.alias == name) return FindParameter(row.name, list);
-    }
-    return nullptr;
-}
-
 Status SkipBlock(std::string_view name, LineReader& reader, std::string& faults) {
     if (!reader.Next()) return TextEndedInside(name, reader, faults);
     return ForEachBodyLine(name, reader, faults, [](std::string_view) { return Status::Success; });
@@ -87,6 +79,14 @@ Status ReadBlock(Component& component, Status running, LineReader& reader, std::
 }
 
 }  // namespace
+
+Parameter* FindByNameOrAlias(std::string_view name, Parameter* list) {
+    if (Parameter* parameter = FindParameter(name, list)) return parameter;
+    for (const auto& row : parameterAliases) {
+        if (row.alias == name) return FindParameter(row.name, list);
+    }
+    return nullptr;
+}
 
 Status ReadParamValues(Component& component, LineReader& reader, std::string& errorText) {
     Status result = Status::Success;

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "base/line_reader.h"
 #include "base/status.h"
@@ -13,5 +14,8 @@ namespace photrak {
 /// Reads up to a line containing "ENDCOMPONENT", or to the end of the text (an error that names the
 /// component). Unknown parameters are dropped silently.
 Status ReadParamValues(Component& component, LineReader& reader, std::string& errorText);
+
+/// The parameter of that name, or the one that the name stands for as a second one; null if none.
+Parameter* FindByNameOrAlias(std::string_view name, Parameter* list);
 
 }  // namespace photrak

@@ -120,8 +120,7 @@ bool ComponentReader::ReadHead() {
                                      type_, "'\n"));
         }
     }
-    const auto row = std::ranges::find(typeAliases, type_, &TypeAlias::alias);
-    if (row != std::end(typeAliases)) type_ = row->type;
+    type_ = std::string(ModelOfWord(type_));
     return true;
 }
 
@@ -326,6 +325,11 @@ void ComponentReader::Withdraw() {
 }
 
 }  // namespace
+
+std::string_view ModelOfWord(std::string_view word) {
+    const auto row = std::ranges::find(typeAliases, word, &TypeAlias::alias);
+    return row == std::end(typeAliases) ? word : row->type;
+}
 
 Status ReadComponentBlock(TopologyContext& context) {
     return ComponentReader(context).Read();

@@ -1,6 +1,8 @@
 // The reader of a COMPONENT block.
 #pragma once
 
+#include <string_view>
+
 #include "base/status.h"
 
 namespace photrak {
@@ -9,5 +11,8 @@ struct TopologyContext;
 
 /// As the readers of topology_blocks.h.
 Status ReadComponentBlock(TopologyContext& context);
+
+/// The model that a file's word for a block stands for: most words name it themselves.
+std::string_view ModelOfWord(std::string_view word);
 
 }  // namespace photrak

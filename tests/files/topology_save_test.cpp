@@ -4,6 +4,7 @@
 
 #include "files/model_definition.h"
 #include "files/topology_support.h"
+#include "files/value_inspection.h"
 #include "kernel/parameters.h"
 #include "support/holds.h"
 #include "support/recording_host.h"
@@ -11,6 +12,15 @@
 
 namespace photrak {
 namespace {
+
+/// What the program writes itself holds nothing that is suspicious.
+TEST(TopologyInspection, FindsNothingInASavedFile) {
+    const Loaded loaded = Load(savedFile);
+    Inspection found = InspectTopologyText(Save(*loaded.workspace), "link.top", Models());
+    InspectValues(found, {}, Thoroughness::ForRun);
+    for (const LoadFinding& finding : found.findings) ADD_FAILURE() << FindingLine(finding);
+    EXPECT_EQ(found.components.size(), loaded.workspace->components.size());
+}
 
 TEST(TopologyWriter, WritesBackWhatItLoads) {
     const Loaded loaded = Load(savedFile);

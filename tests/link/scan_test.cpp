@@ -80,7 +80,7 @@ TEST_F(Scan, TakesSweepsFromTheCommandLine) {
         "--runs 2 --inner-tag .i --run-tag .r --prefix s ";
     const ProgramResult bad = Photrak(options + "first-bits.top");
     EXPECT_EQ(bad.status, 1);  // that topology has no such symbol
-    EXPECT_NE(bad.error.find("ERROR in inner sweep stop settings"), std::string::npos);
+    EXPECT_NE(bad.error.find("--inner: P1209: sweep of 'turn': 'bits'"), std::string::npos);
     const ProgramResult good = Photrak(options + "sweep-pattern.top");
     ASSERT_EQ(good.status, 0) << good.error;
     for (const char* name : {"strace.i1.r1.pcs", "strace.i2.r1.pcs", "strace.i3.r1.pcs"}) {
@@ -117,7 +117,7 @@ TEST_F(Scan, RefusesFaultySweeps) {
     EXPECT_EQ(Photrak("run --runs 1 sweep-pattern.top").status, 64);
     const ProgramResult endless = Photrak("scan --inner turn=0:1:0 sweep-pattern.top");
     EXPECT_EQ(endless.status, 1);
-    EXPECT_NE(endless.error.find("ERROR in inner sweep settings"), std::string::npos);
+    EXPECT_NE(endless.error.find("P1307: sweep of 'turn': a step of 0"), std::string::npos);
 }
 
 TEST_F(Scan, APointThatFailsLeavesThoseBeforeItAndIsNamed) {
