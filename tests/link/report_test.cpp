@@ -209,8 +209,7 @@ TEST_F(Reports, RefuseWhatTheyCannotDo) {
 }
 
 TEST_F(Reports, OfAFailedRunTellWhyItFailed) {
-    const ProgramResult result =
-        Photrak("run --no-commands --quiet --report load-signal.top");
+    const ProgramResult result = Photrak("run --no-commands --quiet --report load-signal.top");
     EXPECT_EQ(result.status, 1);  // nothing was saved that it could load
     const auto page = ReadPage("load-signal.html");
     EXPECT_TRUE(HoldsText(TextsOf(page, "li"), "The run failed"));
