@@ -98,8 +98,31 @@ class CanvasPainter {
         AddIcon(icon, block.type, square, drawing_.items);
         if (named_) drawing_.Add(GroupEnd{});
         if (picture_.iconSide < leastBlockMark) return;
+        std::string hint = block.type;
+        const auto finding = view_.findings.find(block.name);
+        if (finding != view_.findings.end()) {
+            hint += "\n" + finding->second;
+            AddFaultSign(square);
+        }
         drawing_.marks.push_back(
-            {Concat("block:", block.name), square, DrawableText(block.name), block.type});
+            {Concat("block:", block.name), square, DrawableText(block.name), std::move(hint)});
+    }
+
+    /// A frame, and a sign at its corner: color is never the only mark.
+    void AddFaultSign(const Rect& square) {
+        drawing_.AddOver(Box{.rect = square.Grown(1.5), .pen = {Role::Fault, 2.0}});
+        const double side = std::clamp(0.4 * square.width, 9.0, 18.0);
+        const Rect sign{square.Right() - 0.6 * side, square.y - 0.4 * side, side, side};
+        drawing_.AddOver(
+            Box{.rect = sign, .filled = true, .fill = Role::Fault, .outlined = false, .pen = {}});
+        TextItem text;
+        text.text = "!";
+        text.size = 0.9 * side;
+        text.role = Role::Paper;
+        text.weight = Weight::Bold;
+        text.anchor = Anchor::Middle;
+        text.at = {sign.Center().x, sign.Bottom() - 0.18 * side};
+        drawing_.AddOver(std::move(text));
     }
 
     void AddIcon(const PictureIcon& icon, const std::string& type, const Rect& square,

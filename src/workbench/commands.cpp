@@ -6,8 +6,10 @@
 #include "base/log.h"
 #include "base/text.h"
 #include "files/catalogue.h"
+#include "workbench/diagram_check.h"
 #include "workbench/edit_commands.h"
 #include "workbench/file_commands.h"
+#include "workbench/find_form.h"
 #include "workbench/help_topics.h"
 #include "workbench/mouse.h"
 #include "workbench/recovery.h"
@@ -100,6 +102,11 @@ const Command commands[] = {
     {"Edit", "Select All", "Select All Components in Topology", {}, EditSelectAll},
     {"Edit", "Step Back", "Go Back by One Change", {"Alt+Left"}, StepBack},
     {"Edit", "Step Forward", "Go Forward by One Change", {"Alt+Right"}, StepForward},
+    {"Edit",
+     "Find",
+     "Find a Component by Name, Type or Parameter",
+     {"Ctrl+F"},
+     OnActive<OpenFindForm>},
     {"View", "Normal", "View Normal (Unity Scale)", {}, ViewNormal},
     {"View", "Full", "View Full Topology", {}, ViewFull},
     {"View", "In", "Zoom In By 40%%", {}, ViewIn},
@@ -114,6 +121,7 @@ const Command commands[] = {
      {},
      OnActive<OpenScanForm>},
     {"Run", "Stop Simulation", "Stop Simulation in Process", {}, StopRun},
+    {"Run", "Check", "List Faults without a Simulation", {}, OnActive<CheckDiagram>},
     {"Graph", "View", "Display Saved Simulation Results", {}, GraphView},
     {"Utility", "Statistics", "Compute and Display Additional Link Statistics", {}, Nothing},
     {"Window", "Tile", "Arrange Windows in Tiled View", {}, ByPlatform},

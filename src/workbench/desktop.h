@@ -10,6 +10,9 @@
 
 namespace photrak {
 
+struct Component;
+struct DiagramView;
+
 enum class BoxKind { Error, Information };
 enum class Answer { Yes, No, Cancel };
 
@@ -38,6 +41,8 @@ struct Desktop {
     virtual bool Start(const std::vector<std::string>& arguments, const std::string& directory) = 0;
     /// Topic 0 is the contents.
     virtual void ShowHelp(std::int32_t topic) = 0;
+    /// Scrolls a diagram so that the block is in sight.
+    virtual void Reveal(const DiagramView&, const Component&) {}
 };
 
 }  // namespace photrak

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <atomic>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -67,8 +68,9 @@ struct DiagramView {
     std::size_t logPrinted = 0;  // bytes of log.txt that a script has printed
     mutable CanvasIndex index;   // of Index
     mutable bool indexed = false;
-    std::int32_t unkept = 0;   // gestures since the latest recovery copy
-    std::string recoveryPath;  // of the copy, once there is one
+    std::map<std::string, std::string> findings;  // of the latest check, by name of block
+    std::int32_t unkept = 0;                      // gestures since the latest recovery copy
+    std::string recoveryPath;                     // of the copy, once there is one
 
     /// The blocks by their places as they stand after the latest change that was ended.
     const CanvasIndex& Index() const;

@@ -63,7 +63,7 @@ class Form {
   public:
     virtual ~Form() = default;
 
-    std::string kind;  // properties, symbols, simulation, scan, preferences, plots, about
+    std::string kind;  // properties, symbols, simulation, scan, preferences, plots, about, find
     std::string title;
     std::vector<FormField> fields;
     std::vector<FormTable> tables;  // none or one
