@@ -34,12 +34,14 @@ AxisLabel SplitLabel(std::string_view label) {
             return {std::string(quantity), std::string(unit)};
         }
     }
+    // The writers of phases name no unit.
+    if (label == "Phase") return {std::string(label), "rad"};
     return {std::string(label), {}};
 }
 
 int ChooseExponent(std::string_view unit, double largest, std::optional<int> inUse) {
     if (!(largest > 0.0) || !std::isfinite(largest)) return inUse.value_or(0);
-    if (unit.empty()) {
+    if (unit.empty() || unit == "rad") {
         constexpr double small = 0.01, large = 1e5;
         return largest >= small && largest < large ? 0 : Fresh(unit, largest);
     }
@@ -57,8 +59,10 @@ std::string AxisText(const AxisLabel& label, int exponent) {
         return Concat(label.quantity, label.quantity.empty() ? "" : " ", "(", DecadeText(exponent),
                       ")");
     }
-    return Concat(label.quantity, label.quantity.empty() ? "(" : " (", PrefixOf(exponent).text,
-                  label.unit, ")");
+    const std::string power = exponent != 0 && !TakesPrefix(label.unit)
+                                  ? DecadeText(exponent) + " "
+                                  : std::string(PrefixOf(exponent).text);
+    return Concat(label.quantity, label.quantity.empty() ? "(" : " (", power, label.unit, ")");
 }
 
 }  // namespace photrak

@@ -5,6 +5,7 @@
 #include <set>
 
 #include "link/example_run.h"
+#include "plotting/column.h"
 #include "support/svg_reader.h"
 
 namespace photrak::test {
@@ -31,23 +32,34 @@ double LabelValue(std::string text) {
            std::pow(10.0, std::stod(exponent));
 }
 
-/// Power of the prefix in "Time (ns)"; only units that results have.
+/// What stands in the last parentheses, or nothing.
+std::string UnitText(const std::string& title) {
+    const std::size_t open = title.rfind('('), close = title.rfind(')');
+    if (open == std::string::npos || close + 1 != title.size()) return "";
+    return title.substr(open + 1, close - open - 1);
+}
+
+/// What a label's number is to be multiplied with: the power in "Time (ns)", "span (10^3)".
 double UnitOf(const std::string& title) {
     static const std::map<std::string, double> prefixes = {
         {"y", 1e-24}, {"z", 1e-21},       {"a", 1e-18}, {"f", 1e-15}, {"p", 1e-12},
-        {"n", 1e-9},  {"\xC2\xB5", 1e-6}, {"m", 1e-3},  {"", 1.0}};
-    const std::size_t open = title.rfind('('), close = title.rfind(')');
-    if (open == std::string::npos) return 1.0;
-    const std::string unit = title.substr(open + 1, close - open - 1);
-    if (unit == "dBm" || std::string_view("sWVm").find(unit.back()) == std::string::npos)
-        return 1.0;
-    const auto prefix = prefixes.find(unit.substr(0, unit.size() - 1));
-    EXPECT_NE(prefix, prefixes.end()) << title;
-    return prefix == prefixes.end() ? 1.0 : prefix->second;
+        {"n", 1e-9},  {"\xC2\xB5", 1e-6}, {"m", 1e-3},  {"", 1.0},    {"k", 1e3},
+        {"M", 1e6},   {"G", 1e9},         {"T", 1e12}};
+    const std::string text = UnitText(title);
+    if (text.starts_with("10")) return LabelValue(text.substr(0, text.find(' ')));
+    if (text.starts_with("dB")) return 1.0;
+    for (const std::string unit : {"Hz", "s", "W", "V", "m"}) {
+        if (!text.ends_with(unit)) continue;
+        const auto prefix = prefixes.find(text.substr(0, text.size() - unit.size()));
+        EXPECT_NE(prefix, prefixes.end()) << title;
+        return prefix == prefixes.end() ? 1.0 : prefix->second;
+    }
+    return 1.0;
 }
 
 struct AxisRead {
     std::vector<std::pair<double, double>> labels;  // value in SI units, pixel
+    std::string title;
     bool logarithmic = false;
 
     double Even(double value) const { return logarithmic ? std::log10(value) : value; }
@@ -65,7 +77,8 @@ AxisRead ReadAxis(const std::vector<SvgElement>& svg, const std::string& mark, b
         if (element.name == "text" && element.mark == mark) texts.push_back(&element);
     }
     EXPECT_GE(texts.size(), 4u) << mark;  // three labels and the title
-    const double unit = UnitOf(texts.back()->text);
+    axis.title = texts.back()->text;
+    const double unit = UnitOf(axis.title);
     for (const SvgElement* text : texts) {
         if (text == texts.back()) break;
         axis.logarithmic |= text->text.starts_with("10\xE2\x81\xBB");
@@ -97,8 +110,8 @@ struct DataPoint {
     double x, y;  // pixels
 };
 
-/// Data ascend in x. Each vertex inside the pane is a point of them, and the data's extremes are
-/// among the vertices.
+/// Data ascend in x. Each vertex inside the pane is a point of them, and in each column of pixels
+/// the curve reaches as high and as low as they do.
 void ExpectCurveOnData(const std::vector<Point>& vertices, const std::vector<DataPoint>& data,
                        const Rect& pane) {
     constexpr double half = 0.5;
@@ -113,16 +126,36 @@ void ExpectCurveOnData(const std::vector<Point>& vertices, const std::vector<Dat
         EXPECT_TRUE(found) << vertex.x << ", " << vertex.y;
         if (!found) return;
     }
-    const auto [top, bottom] = std::minmax_element(
-        data.begin(), data.end(), [](const DataPoint& a, const DataPoint& b) { return a.y < b.y; });
-    for (const DataPoint& extreme : {*top, *bottom}) {
-        EXPECT_TRUE(std::any_of(vertices.begin(), vertices.end(),
-                                [&](Point v) {
-                                    return std::fabs(v.x - extreme.x) <= half + 1.0 &&
-                                           std::fabs(v.y - extreme.y) <= half;
-                                }))
-            << "the extreme at " << extreme.x << ", " << extreme.y << " is missing";
+    std::map<long, ValueRange> reached;  // by column of pixels
+    for (const Point vertex : vertices) reached[std::lround(vertex.x)].Include(vertex.y);
+    for (const DataPoint& point : data) {
+        // What lies outside of the pane is cut off somewhere outside of it.
+        if (!pane.Contains({point.x, point.y})) continue;
+        ValueRange drawn;
+        for (long column = std::lround(point.x) - 1; column <= std::lround(point.x) + 1; ++column) {
+            const auto found = reached.find(column);
+            if (found != reached.end()) drawn.Include(found->second);
+        }
+        const bool within = point.y >= drawn.least - half && point.y <= drawn.greatest + half;
+        EXPECT_TRUE(within) << "the curve does not reach " << point.x << ", " << point.y;
+        if (!within) return;
     }
+}
+
+/// Times and wavelengths have their units, the first axis of a trace or a spectrum too.
+void ExpectUnits(const std::string& commandFile, const AxisRead& x, const AxisRead& y) {
+    static const std::map<char, std::pair<std::string_view, std::string_view>> ends = {
+        {'s', {"s", "W"}}, {'e', {"s", "W"}}, {'f', {"m", "dBm"}}, {'b', {"", ""}}};
+    const auto expected = ends.find(commandFile.back());
+    ASSERT_NE(expected, ends.end());
+    EXPECT_TRUE(UnitText(x.title).ends_with(expected->second.first)) << x.title;
+    const std::string unit = UnitText(y.title);
+    const bool named =
+        unit.ends_with(expected->second.second) || unit.ends_with("V") || unit.ends_with("Hz");
+    // Bits have no unit, and a real part has that of whatever it is of.
+    EXPECT_TRUE(named || y.title == "Binary Value" || y.title == "Signal (Real)" ||
+                y.title.starts_with("Signal (Real) ("))
+        << y.title;
 }
 
 /// Data files of a command file, with true for the second axis.
@@ -145,6 +178,7 @@ void CheckPicture(const std::string& commandFile, const std::string& picture) {
     const AxisRead x = ReadAxis(svg, "axis:x", false), y = ReadAxis(svg, "axis:y", true);
     ExpectRound(x);
     ExpectRound(y);
+    ExpectUnits(commandFile, x, y);
     const auto frame = std::find_if(svg.begin(), svg.end(), [](const SvgElement& e) {
         return e.name == "rect" && e.mark.empty() && e.attributes.count("fill") &&
                e.attributes.at("fill") == "none";
@@ -162,14 +196,19 @@ void CheckPicture(const std::string& commandFile, const std::string& picture) {
         const double period = rows.back()[0] + rows[intervals - 1][0];  // from 0
         for (std::size_t column = 1; column + intervals <= rows[0].size(); ++column, ++curve) {
             std::vector<DataPoint> data;
+            std::ptrdiff_t zeros = 0;
             for (std::size_t k = 0; k < intervals; ++k) {
-                for (const auto& row : rows)
-                    data.push_back(
-                        {x.Pixel(row[0] + double(k) * period), axis.Pixel(row.at(column + k))});
+                for (const auto& row : rows) {
+                    const double value = row.at(column + k);
+                    zeros += axis.logarithmic && !(value > 0.0);
+                    if (axis.logarithmic && !(value > 0.0)) continue;
+                    data.push_back({x.Pixel(row[0] + double(k) * period), axis.Pixel(value)});
+                }
             }
             std::vector<Point> vertices;
+            const std::string mark = "curve:" + std::to_string(curve);
             for (const SvgElement& element : svg) {
-                if (element.mark != "curve:" + std::to_string(curve)) continue;
+                if (element.mark != mark) continue;
                 if (element.name == "circle")
                     vertices.push_back({element.Number("cx"), element.Number("cy")});
                 if (element.name == "polyline") {
@@ -179,6 +218,14 @@ void CheckPicture(const std::string& commandFile, const std::string& picture) {
             }
             EXPECT_FALSE(vertices.empty());
             ExpectCurveOnData(vertices, data, pane);
+            // Zeros point downward at the lower edge of a logarithmic axis.
+            if (axis.logarithmic) {
+                const auto isSign = [&](const SvgElement& e) {
+                    return e.name == "polygon" && e.mark == mark &&
+                           std::fabs(e.Points()[0].y - pane.Bottom()) < 10;
+                };
+                EXPECT_EQ(std::count_if(svg.begin(), svg.end(), isSign), zeros);
+            }
         }
     }
 }
@@ -186,11 +233,27 @@ void CheckPicture(const std::string& commandFile, const std::string& picture) {
 class Pictures : public ExampleRun {};
 
 TEST_F(Pictures, OfAllExamplesShowTheirData) {
-    for (const char* command :
-         {"run first-bits", "run patterns", "run nrz-link", "run gaussian", "run cross-phase",
-          "run add-drop", "run wdm8", "run osa-wdm8", "run eye-10g", "run save-signal",
-          "run load-signal", "run soliton", "run recirculating-loop", "scan mach-zehnder",
-          "scan ber-power", "scan ber-power-length", "scan statistical", "scan sweep-pattern"}) {
+    for (const char* command : {"run first-bits",
+                                "run patterns",
+                                "run nrz-link",
+                                "run gaussian",
+                                "run cross-phase",
+                                "run add-drop",
+                                "run wdm8",
+                                "run osa-wdm8",
+                                "run eye-10g",
+                                "run save-signal",
+                                "run load-signal",
+                                "run soliton",
+                                "run recirculating-loop",
+                                "scan mach-zehnder",
+                                "scan ber-power",
+                                "scan ber-power-length",
+                                "scan statistical",
+                                "scan sweep-pattern",
+                                "run direct-laser",
+                                "run nested",
+                                "scan superblock-line"}) {
         Run(std::string(command) + ".top");
     }
     std::vector<std::string> plots;
