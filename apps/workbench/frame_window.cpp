@@ -66,6 +66,12 @@ FrameWindow::FrameWindow(Workbench& workbench, WindowDesktop& desktop)
     BuildDocks();
     BuildStatus();
     PlaceFrame();
+    desktop_.SetReveal([this](const Component& component) {
+        if (DiagramWindow* front = FrontWindow()) {
+            front->ScrollTo(component);
+            front->Refresh();
+        }
+    });
     desktop_.SetHelp([this](std::int32_t topic) {
         if (!help_) help_ = new HelpWindow(ToQString(workbench_.installDirectory + "help"), this);
         help_->ShowTopic(topic);

@@ -108,6 +108,10 @@ bool WindowDesktop::Start(const std::vector<std::string>& arguments, const std::
     return QProcess::startDetached(Text(arguments.front()), words, Text(directory));
 }
 
+void WindowDesktop::Reveal(const DiagramView&, const Component& component) {
+    if (reveal_) reveal_(component);
+}
+
 void WindowDesktop::ShowHelp(std::int32_t topic) {
     if (showHelp_) showHelp_(topic);
 }

@@ -15,6 +15,8 @@ class WindowDesktop : public Desktop {
     void SetWindow(QWidget* window) { window_ = window; }
     /// Called with a topic of the help, 0 for the contents.
     void SetHelp(std::function<void(std::int32_t)> show) { showHelp_ = std::move(show); }
+    /// Called with a block that should be in sight in the diagram in front.
+    void SetReveal(std::function<void(const Component&)> reveal) { reveal_ = std::move(reveal); }
     /// A box or a file dialog is open: whoever polls must wait.
     bool Asks() const { return open_ > 0; }
 
@@ -25,12 +27,14 @@ class WindowDesktop : public Desktop {
     bool StartEditor(const std::string& file, const std::string& directory) override;
     bool Start(const std::vector<std::string>& arguments, const std::string& directory) override;
     void ShowHelp(std::int32_t topic) override;
+    void Reveal(const DiagramView& view, const Component& component) override;
 
   private:
     QWidget* Front() const;
 
     QPointer<QWidget> window_;
     std::function<void(std::int32_t)> showHelp_;
+    std::function<void(const Component&)> reveal_;
     int open_ = 0;
 };
 
