@@ -64,12 +64,13 @@ class ReportMaker {
 
     /// A section with the topology's note and diagram; `stems` gets what its results are named
     /// after.
-    ReportSection& AddTopology(const std::string& file, ResultStems& stems) {
+    ReportSection& AddTopology(const std::string& file, ResultStems& stems, bool* loads = nullptr) {
         ReportSection& section = page.sections.emplace_back();
         section.name = StemOf(file);
         DiagramView view;
         std::string text;
         const bool loaded = reader_.Load(file, view, text);
+        if (loads) *loads = loaded;
         if (!text.empty() || !loaded)
             section.warnings.push_back(Concat(file, loaded ? ": " : ": does not load: ", text));
         if (!loaded) return section;
@@ -87,6 +88,12 @@ class ReportMaker {
         for (const std::string& name : files.tables) AddTable(section, name, tables);
         section.tables = BerReportTables(tables);
         for (const std::string& name : files.commandFiles) AddPlot(section, name);
+    }
+
+    std::size_t WarningCount() const {
+        std::size_t count = page.warnings.size();
+        for (const ReportSection& section : page.sections) count += section.warnings.size();
+        return count;
     }
 
     /// What was left out for the size of the page.
@@ -120,12 +127,10 @@ class ReportMaker {
             ++left_;
             return;
         }
+        ++plots_;
         Plot plot;
         std::string error;
-        if (!LoadPlot(name, plot, error)) {
-            section.warnings.push_back(error);
-            return;
-        }
+        if (!LoadPlot(name, plot, error)) return section.warnings.push_back(error);
         section.warnings.insert(section.warnings.end(), plot.notes.begin(), plot.notes.end());
         PlotOptions look;
         look.size = {560.0, 350.0};
@@ -133,7 +138,7 @@ class ReportMaker {
         picture.file = name;
         picture.svg = InlineSvgText(DrawPlot(plot, PlotView(plot), look).drawing,
                                     plot.spec.title.empty() ? plot.name : plot.spec.title,
-                                    Concat("p", ++plots_));
+                                    Concat("p", plots_));
         picture.remark = CrossingRemark(plot);
         picture.folded = IsLonePoint(plot);
         pictureBytes_ += picture.svg.size();
@@ -189,10 +194,15 @@ void AddFolder(ReportMaker& maker, ReportFolder folder) {
 }
 
 /// A topology alone gets the files that are named after it, all of them if it has the folder for
-/// itself.
-void AddOneTopology(ReportMaker& maker, const std::string& topology, const ReportFolder& folder) {
+/// itself. False after a report if it does not load.
+bool AddOneTopology(ReportMaker& maker, const std::string& topology, const ReportFolder& folder) {
     ResultStems stems;
-    ReportSection& section = maker.AddTopology(topology, stems);
+    bool loaded = false;
+    ReportSection& section = maker.AddTopology(topology, stems, &loaded);
+    if (!loaded) {
+        Report("error", section.warnings.front());
+        return false;
+    }
     ReportFolder own = folder;
     if (folder.topologies.size() > 1) {
         const auto foreign = [&](const std::string& name) { return stems.Match(name) == 0; };
@@ -201,6 +211,7 @@ void AddOneTopology(ReportMaker& maker, const std::string& topology, const Repor
     }
     TellOfAge(section, topology, own);
     maker.AddResults(section, own);
+    return true;
 }
 
 void AddLog(ReportPage& page, std::uintmax_t from) {
@@ -268,11 +279,13 @@ int ReportCommand(const CommandOptions& options) {
         maker.page.warnings.push_back("The folder has too many files: some are missing.");
     if (place.topology.empty()) {
         AddFolder(maker, folder);
-    } else {
-        AddOneTopology(maker, place.topology, folder);
+    } else if (!AddOneTopology(maker, place.topology, folder)) {
+        return exitStatus::failed;
     }
     AddLog(maker.page, 0);
     if (!maker.Write(place.output)) return exitStatus::failed;
+    if (const std::size_t count = maker.WarningCount(); count > 0 && !options.quiet)
+        Report("note", Concat("warnings on the page: ", count));
     if (!options.quiet)
         WriteOut(options.plot.output.empty() ? place.output + "\n" : options.plot.output + "\n");
     return exitStatus::success;

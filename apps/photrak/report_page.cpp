@@ -1,5 +1,7 @@
 #include "photrak/report_page.h"
 
+#include <algorithm>
+
 #include "base/text.h"
 #include "drawing/svg_writer.h"
 
@@ -51,6 +53,8 @@ footer{padding-top:24px;padding-bottom:40px;font-size:13px}
  section{break-before:auto}figure,table{break-inside:avoid}h2,h3{break-after:avoid}
  .plots{grid-template-columns:1fr 1fr}}
 )";
+
+constexpr std::size_t mostWarnings = 100;  // of a section
 
 std::string Element(std::string_view tag, std::string_view text, std::string_view attributes = "") {
     return Concat("<", tag, attributes, ">", XmlEscaped(text), "</", tag, ">\n");
@@ -113,7 +117,10 @@ class PageWriter {
     void Warnings(const std::vector<std::string>& warnings) {
         if (warnings.empty()) return;
         text_ += "<div class=\"warnings\">\n<h3>\xE2\x9A\xA0 Warnings</h3>\n<ul>\n";
-        for (const std::string& warning : warnings) text_ += Element("li", warning);
+        const std::size_t shown = std::min(warnings.size(), mostWarnings);
+        for (std::size_t i = 0; i < shown; ++i) text_ += Element("li", warnings[i]);
+        if (shown < warnings.size())
+            text_ += Element("li", Concat("and ", warnings.size() - shown, " more"));
         text_ += "</ul>\n</div>\n";
     }
 

@@ -85,8 +85,13 @@ const char* ReadAny(const char* p, const char* end, double& value) {
 
 class Scanner {
   public:
-    Scanner(std::string_view text, const std::string& name, DataTable& table)
-        : at_(text.data()), end_(text.data() + text.size()), name_(name), table_(table) {}
+    Scanner(std::string_view text, const std::string& name, DataTable& table,
+            std::size_t mostValues)
+        : at_(text.data()),
+          end_(text.data() + text.size()),
+          name_(name),
+          table_(table),
+          mostValues_(mostValues) {}
 
     bool Read(std::string& error) {
         while (at_ < end_) {
@@ -121,7 +126,7 @@ class Scanner {
     void Reserve(const char* start) {
         const auto rows =
             static_cast<std::size_t>((end_ - start) / std::max<std::ptrdiff_t>(at_ - start, 1));
-        const std::size_t most = maxDataValues / table_.columns.size();
+        const std::size_t most = mostValues_ / table_.columns.size();
         for (auto& column : table_.columns) column.reserve(std::min(rows + rows / 16 + 1, most));
     }
 
@@ -146,7 +151,8 @@ class Scanner {
             return Fault(
                 Concat("more columns than in the first row (", table_.columns.size(), ")"));
         }
-        if (++values_ > maxDataValues) return Fault(Concat("more than ", maxDataValues, " values"));
+        if (++values_ > mostValues_)
+            return Fault(Concat("more than ", maxDataValues, " values in a plot"));
         table_.columns[column].push_back(value);
         return true;
     }
@@ -166,6 +172,7 @@ class Scanner {
     const char* end_;
     const std::string& name_;
     DataTable& table_;
+    std::size_t mostValues_;
     std::size_t line_ = 0, values_ = 0;
     std::string problem_;
 };
@@ -173,12 +180,12 @@ class Scanner {
 }  // namespace
 
 bool ReadDataTable(std::string_view text, const std::string& name, DataTable& table,
-                   std::string& error) {
+                   std::string& error, std::size_t mostValues) {
     table = {};
     const std::size_t lastEnd = text.rfind('\n');
     const std::size_t whole = lastEnd == std::string_view::npos ? 0 : lastEnd + 1;
     table.lastRowIncomplete = text.find_first_not_of(" \t\r", whole) != std::string_view::npos;
-    return Scanner(text.substr(0, whole), name, table).Read(error);
+    return Scanner(text.substr(0, whole), name, table, mostValues).Read(error);
 }
 
 }  // namespace photrak

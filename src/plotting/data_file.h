@@ -21,7 +21,8 @@ inline constexpr std::size_t maxDataValues = 200'000'000;
 
 /// The first row says how many columns there are. False, with "NAME:LINE: ..." in `error`, for a
 /// word that is no number, for a row with more columns than the first, or for more than the limits.
+/// \param mostValues  at most maxDataValues
 [[nodiscard]] bool ReadDataTable(std::string_view text, const std::string& name, DataTable& table,
-                                 std::string& error);
+                                 std::string& error, std::size_t mostValues = maxDataValues);
 
 }  // namespace photrak

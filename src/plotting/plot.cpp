@@ -38,17 +38,28 @@ class FolderSource : public PlotSource {
     std::filesystem::path folder_;
 };
 
+/// What the files of one plot may still hold together: the same large file a thousand times must
+/// not fill the memory.
+struct ReadingRoom {
+    std::size_t bytes = std::size_t{2} << 30;
+    std::size_t values = maxDataValues;
+};
+
 /// The first column is x, made even where rounding hid the grid.
-bool ReadTable(const PlotFile& file, GridKind grid, PlotSource& source, DataTable& table,
-               std::string& error) {
+bool ReadTable(const PlotFile& file, GridKind grid, PlotSource& source, ReadingRoom& room,
+               DataTable& table, std::string& error) {
     std::string text, reason;
-    if (!source.ReadData(file.name, text, reason)) {
-        error = Concat("'", DrawableText(file.name), "': ", reason);
-        return false;
+    if (room.bytes == 0) {
+        reason = "is one file too many: those before it are too large together";
+    } else if (source.ReadData(file.name, text, reason)) {
+        room.bytes -= std::min(room.bytes, text.size());
+        if (!ReadDataTable(text, file.name, table, error, room.values)) return false;
+        room.values -= table.rows * table.columns.size();
+        if (!table.columns.empty()) RestoreGrid(table.columns[0], grid);
+        return true;
     }
-    if (!ReadDataTable(text, file.name, table, error)) return false;
-    if (!table.columns.empty()) RestoreGrid(table.columns[0], grid);
-    return true;
+    error = Concat("'", DrawableText(file.name), "': ", reason);
+    return false;
 }
 
 void AddCurves(Plot& plot, const PlotFile& file, DataTable& table) {
@@ -175,11 +186,13 @@ bool LoadPlotText(std::string_view commands, const std::string& path, PlotSource
     const GridKind grid =
         SplitLabel(plot.spec.xLabel).unit == "m" ? GridKind::EvenReciprocal : GridKind::Even;
     std::string problems;
-    std::size_t read = 0;
+    std::size_t read = 0, failed = 0;
+    ReadingRoom room;
     for (const PlotFile& file : plot.spec.files) {
         DataTable table;
         std::string problem;
-        if (!ReadTable(file, grid, source, table, problem)) {
+        if (!ReadTable(file, grid, source, room, table, problem)) {
+            if (++failed > maxPlotNotes) continue;
             plot.notes.push_back(Concat(plot.name, ":", file.line, ": ", problem));
             problems += Concat(problems.empty() ? "" : "\n", plot.notes.back());
             continue;
@@ -187,6 +200,9 @@ bool LoadPlotText(std::string_view commands, const std::string& path, PlotSource
         ++read;
         plot.incomplete |= table.lastRowIncomplete;
         AddCurves(plot, file, table);
+    }
+    if (failed > maxPlotNotes) {
+        plot.notes.push_back(Concat(plot.name, ": nor ", failed - maxPlotNotes, " more files"));
     }
     if (read == 0) {
         error = problems;

@@ -188,6 +188,7 @@ TEST_F(Reports, OfFoldersWithoutMeasureStayReadable) {
 }
 
 TEST_F(Reports, RefuseWhatTheyCannotDo) {
+    WriteText("frame.top", "COMPONENT A NoSuchModel\n");
     const struct {
         const char* arguments;
         int status;
@@ -196,6 +197,7 @@ TEST_F(Reports, RefuseWhatTheyCannotDo) {
         {"report", 64, "wants a topology file or a folder"},
         {"report frame.txt", 64, "neither a topology nor a folder"},
         {"report missing.top", 1, "No such file"},
+        {"report frame.top", 1, "does not load: "},
         {"report nrz-link.top -o nrz-link.top", 64, "must end in .html"},
         {"report nrz-link.top -o missing/x.html", 1, "/missing/x.html'"},
         {"report nrz-link.top wdm8.top", 64, "too many"},

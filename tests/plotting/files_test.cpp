@@ -123,6 +123,8 @@ TEST(DataTable, GapsAndUnfinishedRows) {
     EXPECT_EQ(table.columns[2][0], 2.0);
     ASSERT_TRUE(ReadDataTable("", "x.ber", table, error));
     EXPECT_EQ(table.rows, 0u);
+    EXPECT_FALSE(ReadDataTable("1 2\n3 4\n", "x.ber", table, error, /*mostValues=*/3));
+    EXPECT_TRUE(Holds(error, "x.ber:2: more than 200000000 values in a plot"));
 }
 
 TEST(DataTable, FaultsHaveTheirLine) {
