@@ -65,15 +65,14 @@ std::string ButtonBitmap(const Workbench& workbench, const BarButton& button) {
 
 }  // namespace
 
-QIcon ButtonIcon(const Workbench& workbench, const BarButton& button) {
+QIcon IconOfFile(const Workbench& workbench, const std::string& bitmap) {
     std::vector<DrawItem> items;
     const Rect square{0.0, 0.0, iconGrid, iconGrid};
-    if (!workbench.icons->DrawFile(
-            workbench.catalogue.modelDirectory + ButtonBitmap(workbench, button), square, items)) {
+    if (!workbench.icons->DrawFile(workbench.catalogue.modelDirectory + bitmap, square, items)) {
         return {};
     }
     QIcon icon;
-    for (const int side : {26, 52}) {
+    for (const int side : {16, 26, 52}) {
         QPixmap pixmap(side, side);
         pixmap.fill(Qt::transparent);
         QPainter painter(&pixmap);
@@ -83,6 +82,10 @@ QIcon ButtonIcon(const Workbench& workbench, const BarButton& button) {
         icon.addPixmap(pixmap);
     }
     return icon;
+}
+
+QIcon ButtonIcon(const Workbench& workbench, const BarButton& button) {
+    return IconOfFile(workbench, ButtonBitmap(workbench, button));
 }
 
 QPixmap Thumbnail(const Drawing& drawing, QSize size, double ratio) {

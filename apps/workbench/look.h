@@ -14,6 +14,8 @@ void SetShownTheme(Theme theme);
 
 const TextMeasure& WindowMeasure();
 
+/// The vector picture that stands for a bitmap of the model directory; empty if there is none.
+QIcon IconOfFile(const Workbench& workbench, const std::string& bitmap);
 /// The vector picture of a button, drawn anew at each size and theme.
 QIcon ButtonIcon(const Workbench& workbench, const BarButton& button);
 /// A drawing as a pixmap, fitted into a size.

@@ -37,6 +37,7 @@ int Main(QApplication& application) {
                         ExecutableDirectory(),
                         std::filesystem::current_path().string()};
     if (!StartWorkbench(workbench)) return 1;
+    QApplication::setWindowIcon(IconOfFile(workbench, "photrak.bmp"));
     FrameWindow frame(workbench, desktop);
     desktop.SetWindow(&frame);
     frame.show();
