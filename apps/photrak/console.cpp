@@ -125,11 +125,18 @@ void WriteError(std::string_view text) {
 }
 
 void Report(std::string_view kind, std::string_view text) {
+    // A text of several faults says of each line what it is.
+    constexpr std::pair<std::string_view, std::string_view> marks[] = {{"WARNING: ", "warning"},
+                                                                       {"ERROR: ", "error"}};
     while (!text.empty()) {
         const std::size_t end = text.find('\n');
         const std::string_view line = text.substr(0, end);
+        std::string_view own = kind;
+        for (const auto& [mark, word] : marks) {
+            if (line.starts_with(mark)) own = word;
+        }
         if (line.find_first_not_of(" \t") != std::string_view::npos) {
-            WriteError(Concat("photrak: ", kind, ": ", Printable(line), "\n"));
+            WriteError(Concat("photrak: ", own, ": ", Printable(line), "\n"));
         }
         text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
     }

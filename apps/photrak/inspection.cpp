@@ -9,6 +9,7 @@
 #include "files/diagnostics.h"
 #include "files/superblock_file.h"
 #include "files/topology_blocks.h"
+#include "kernel/parameters.h"
 #include "photrak/console.h"
 #include "platform/file_system.h"
 
@@ -46,12 +47,12 @@ class NestedFiles {
         for (const TypedComponent& block : outer.components) {
             if (block.superBlock.empty() || depth > deepest || seen_.size() > mostFiles) continue;
             const auto path = FindSuperBlockFile(block.superBlock + ".top", catalogue_, folder);
-            if (path && seen_.insert(*path).second) Inspect(*path, depth);
+            if (path && block.model && seen_.insert(*path).second) Inspect(block, *path, depth);
         }
     }
 
   private:
-    void Inspect(const std::string& path, int depth) {
+    void Inspect(const TypedComponent& block, const std::string& path, int depth) {
         std::string text, reason;
         if (!ReadWholeFile(path, text, reason, maxTopologyBytes)) return;  // the run tells
         Inspection inner = InspectTopologyText(text, path, catalogue_);
@@ -60,11 +61,15 @@ class NestedFiles {
             if (variable.type == DoubleType || variable.type == IntType)
                 variable.text.assign(1, '1');
         }
+        for (const Parameter& parameter : Items(block.model->parameters)) {
+            inner.variables.push_back({parameter.name, "1", {}, parameter.type});
+        }
         InspectValues(inner, {}, Thoroughness::ForRun);
-        const auto isOfValues = [](const LoadFinding& finding) {
-            return std::string_view(finding.code) == diagnostic::doubleVariable;
+        const auto isOfNames = [](const LoadFinding& finding) {
+            const std::string_view code = finding.code;
+            return code == diagnostic::doubleVariable || code == diagnostic::hiddenVariable;
         };
-        std::erase_if(inner.findings, isOfValues);
+        std::erase_if(inner.findings, isOfNames);
         findings_.insert(findings_.end(), inner.findings.begin(), inner.findings.end());
         Into(inner, std::filesystem::path(path).parent_path().string(), depth + 1);
     }
@@ -101,7 +106,16 @@ void SortByPlace(LoadFindings& findings) {
 Inspection InspectSession(const Session& session, const CommandOptions& options,
                           Thoroughness thoroughness) {
     std::string text, reason;
-    if (!ReadWholeFile(session.fileName, text, reason, maxTopologyBytes)) return {};
+    if (!ReadWholeFile(session.fileName, text, reason, maxTopologyBytes)) {
+        Inspection nothing;
+        nothing.findings.push_back({diagnostic::fileUnreadable,
+                                    session.fileName,
+                                    Concat("cannot be read: ", reason),
+                                    {},
+                                    {},
+                                    {}});
+        return nothing;
+    }
     Inspection inspection = InspectTopologyText(text, session.fileName, session.catalogue);
     InspectParamFiles(session, options, inspection);
     GivenSymbols given;

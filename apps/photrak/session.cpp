@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "base/line_reader.h"
 #include "base/log.h"
 #include "base/text.h"
 #include "files/catalogue.h"
@@ -36,7 +37,10 @@ bool OpenCatalogue(Session& session) {
     Report("warning", text);
     std::string libraries;
     session.userModels.LoadUserModels(session.catalogue, libraries);
-    Report("warning", libraries);
+    LineReader lines(libraries, {});
+    for (; lines.Next(); ++session.missingLibraries) {
+        Report("warning", Concat(diagnostic::noLibrary, ": ", lines.Line()));
+    }
     return true;
 }
 
@@ -89,7 +93,11 @@ bool OpenTopology(Session& session, const CommandOptions& options, Status& loade
         return false;
     }
     session.workspace->fileName = session.fileName;
-    if (!ApplyParamFiles(session, options, loaded)) return false;
+    std::string report;
+    const Status applied = ApplyParamFiles(session, options, report);
+    MergeStatus(loaded, applied);
+    Report(applied == Status::Error ? "error" : "warning", report);
+    if (applied == Status::Error) return false;
     ApplySymbols(*session.workspace, options);
     return true;
 }
@@ -101,19 +109,24 @@ Component* FindNamed(const Session& session, const std::string& name,
     return component;
 }
 
-bool ApplyParamFiles(const Session& session, const CommandOptions& options, Status& status) {
+Status ApplyParamFiles(const Session& session, const CommandOptions& options, std::string& report) {
+    Status status = Status::Success;
     for (const auto& [name, file] : options.loadParams) {
-        Component* component = FindNamed(session, name, options);
-        if (!component) return false;
+        Component* component = FindComponent(name, session.workspace->components);
+        if (!component) {
+            report += Concat(options.file, ": no component '", name, "'\n");
+            return Status::Error;
+        }
         std::string text;
         const Status loaded = LoadParamFile(*component, *session.workspace, file, text);
         MergeStatus(status, loaded);
-        if (!text.empty()) text = Concat("component '", name, "', file '", file, "': ", text);
-        if (!text.empty()) LogText(Concat(text, "\n"));
-        Report(loaded == Status::Error ? "error" : "warning", text);
-        if (loaded == Status::Error) return false;
+        if (text.empty()) continue;
+        text = Concat("component '", name, "', file '", file, "': ", text, "\n");
+        LogText(text);
+        report += text;
+        if (loaded == Status::Error) return Status::Error;
     }
-    return true;
+    return status;
 }
 
 void ApplySymbols(Workspace& workspace, const CommandOptions& options) {

@@ -16,6 +16,7 @@ namespace photrak {
 struct Session {
     Catalogue catalogue;
     UserModelTable userModels;
+    int missingLibraries = 0;  // told when the catalogue was opened
     SuperBlockRuns nestedRuns{catalogue};
     std::unique_ptr<Workspace> workspace;
     std::unique_ptr<WorkingDirectory> directory;  // the topology's, left at the end
@@ -42,8 +43,9 @@ bool OpenTopology(Session& session, const CommandOptions& options, Status& loade
 /// The component that the command names. Null after a report.
 Component* FindNamed(const Session& session, const std::string& name,
                      const CommandOptions& options);
-/// Loads the files of --load-params. False after a report; `status` tells of warnings.
-bool ApplyParamFiles(const Session& session, const CommandOptions& options, Status& status);
+/// Loads the files of --load-params, up to the first that fails; their texts go to `report` and the
+/// log.
+Status ApplyParamFiles(const Session& session, const CommandOptions& options, std::string& report);
 /// Declares the symbols of --set as variables of the workspace, over those of the file.
 void ApplySymbols(Workspace& workspace, const CommandOptions& options);
 /// Lists the result files that were written, and warns of those that could not be, as when the disk

@@ -33,9 +33,10 @@ class HeadInspector {
     /// False if the block ends with its head.
     bool Run() {
         Names();
-        const bool goesOn = HeadLines();
+        if (block_.name.empty()) return false;
+        HeadLines();
         CheckCounts();
-        return goesOn;
+        return true;
     }
     const TypedComponent& Block() const { return block_; }
 
@@ -43,7 +44,7 @@ class HeadInspector {
     void Names();
     void FindModelOf(std::string_view type);
     void FindSuperBlock();
-    bool HeadLines();
+    void HeadLines();
     bool HeadLine(std::size_t expected);
     void Take(std::size_t line);
     void CheckCounts();
@@ -124,7 +125,7 @@ void HeadInspector::FindSuperBlock() {
                   block_.superBlock);
 }
 
-bool HeadInspector::HeadLines() {
+void HeadInspector::HeadLines() {
     std::size_t expected = 0;
     while (expected < headLines && context_.Advance()) {
         if (lines_.Line().find("ENDCOMPONENT") != std::string_view::npos ||
@@ -136,13 +137,12 @@ bool HeadInspector::HeadLines() {
                           lines_.Line());
             context_.found.isCutShort = true;
             context_.lineIsUnread = true;
-            return true;  // the parameters tell of a missing end
+            return;  // the parameters tell of a missing end
         }
         lines_.Rewind();
         if (!HeadLine(expected)) context_.lineIsUnread = true;
         ++expected;
     }
-    return true;
 }
 
 /// False if the line is not the expected one but one after it.

@@ -113,6 +113,7 @@ class ValueInspector {
     SymbolTable table_;
     std::map<std::string, std::string, std::less<>> texts_;  // of all symbols, as they count
     NameSet read_;                                           // by parameters, also by way of others
+    NameSet builtInsRead_;                                   // values that hide variables
     NameSet faulty_;                                         // variables that do not evaluate
 };
 
@@ -165,7 +166,8 @@ void ValueInspector::GatherReadNames() {
     while (!open.empty()) {
         const std::string name = std::move(open.back());
         open.pop_back();
-        if (FindSymbol(PredefinedSymbols(), name) || !read_.insert(name).second) continue;
+        if (FindSymbol(PredefinedSymbols(), name)) builtInsRead_.insert(name);
+        if (builtInsRead_.contains(name) || !read_.insert(name).second) continue;
         const auto text = texts_.find(name);
         if (text == texts_.end()) continue;
         open.push_back(text->second);  // a variable of a word names another one
@@ -208,7 +210,8 @@ void ValueInspector::Variable(const TypedVariable& variable) {
     } else if (const Symbol* built = FindSymbol(PredefinedSymbols(), variable.name)) {
         Tell(variable.place, d::hiddenVariable,
              Concat("variable '", variable.name, "' has the name of a built-in value"),
-             variable.name, Concat("the built-in ", built->value, " counts"));
+             variable.name, Concat("the built-in ", built->value, " counts"), {},
+             builtInsRead_.contains(variable.name));
     }
 }
 
@@ -315,7 +318,7 @@ void ValueInspector::UnreadSymbols() {
     }
     for (const TypedVariable& variable : found_.variables) {
         const auto isSwept = [&](const TypedSweep& sweep) { return sweep.name == variable.name; };
-        if (!isThorough_ || IsFull() || !isUnread(variable.name) ||
+        if (!isThorough_ || IsFull() || variable.type < 0 || !isUnread(variable.name) ||
             FindSymbol(PredefinedSymbols(), variable.name) ||
             std::ranges::any_of(given_.sweeps, isSwept)) {
             continue;

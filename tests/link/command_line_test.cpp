@@ -90,9 +90,11 @@ TEST(CommandLine, CheckTellsEveryFaultWithItsPlace) {
     const ProgramResult result = Photrak("check f.top");
     EXPECT_EQ(result.status, 1);
     for (const char* text :
-         {"I do not understand the following keyword: FLY", "variable cannot be type ArrayType",
-          "f.top:4", "'patternLength' greater than maximum value; change to 64",
-          "component name and type missing"}) {
+         {"f.top:1: P1002: unknown keyword 'FLY'",
+          "f.top:4: P1301: variable 'v' cannot be of type 'ArrayType'",
+          "f.top:16: P1214: component 'Bits', parameter 'patternLength': 99 (power of 2) is beyond "
+          "the maximum of 64",
+          "f.top:30: P1103: COMPONENT has neither name nor model"}) {
         EXPECT_NE(result.error.find(text), std::string::npos) << text << " is missing in\n"
                                                               << result.error;
     }
@@ -138,7 +140,8 @@ TEST(CommandLine, ParameterFilesGoFromBlockToBlock) {
     const ProgramResult limited =
         check("--load-params Other=own.prm --load-params Other=large.prm");
     EXPECT_EQ(limited.status, 2) << limited.error;
-    EXPECT_NE(limited.error.find("large.prm': WARNING: parameter 'patternLength' greater"),
+    EXPECT_NE(limited.error.find(
+                  "large.prm:21: P1214: component 'Other', parameter 'patternLength': 6e+06"),
               std::string::npos)
         << limited.error;
     const ProgramResult run =

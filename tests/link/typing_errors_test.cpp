@@ -50,7 +50,7 @@ constexpr TypingError inTheFile[] = {
     {"received DoubleType -20", "received DoubleType 2o", "P1207", "", "0 counts"},
     {"received DoubleType -20", "received Double -20", "P1301", "DoubleType"},
     {"received DoubleType -20", "received DoubleType -20\nreceived DoubleType -10", "P1304", "", "'-10' counts", 1},
-    {"received DoubleType -20", "received DoubleType -20\npi DoubleType 3", "P1303", "", "3.14159 counts", 1},
+    {"received DoubleType -20", "received DoubleType -20*pi/pi\npi DoubleType 3", "P1303", "", "3.14159 counts", 1},
     // Nodes.
     {"NODEBEGIN 3 OpSigType", "NODEBEGIN 3 OpSignalType", "P1004", "OpSigType"},
     {"NODEBEGIN 3 OpSigType", "NODEBEGIN 4 OpSigType", "P1008", "", "node 4 is described twice", 4},
@@ -158,6 +158,43 @@ TEST_F(TypingErrors, OnTheCommandLineAreRefusedWithSuggestion) {
         const bool sweeps = options.find("--set") == std::string::npos;
         ExpectRefused(options, sweeps ? options.substr(0, 7) : "--set", row.code, row.suggestion,
                       row.part);
+    }
+}
+
+/// What a run would find out by itself, or never.
+TEST_F(TypingErrors, OfWiresAndFilesAreToldByACheck) {
+    const struct {
+        const char *right, *typed, *told;
+        int status;
+    } rows[] = {
+        {"OUTPUTTO 5", "OUTPUTTO 6", "P1401: node 6 is driven by output 1 of '", 1},
+        {"INPUTFROM 3 2", "INPUTFROM 2 3", "P1402: component 'Modulator': input port 1 takes OpSig",
+         1},
+        {"INPUTFROM 6", "INPUTFROM 66", "P1403: component 'Receiver': input port 1 is not wired",
+         0},
+        {"INPUTFROM 3 2", "INPUTFROM 3", "P1403: component 'Modulator': input port 2 stands on no",
+         1},
+        {"COMPONENT Receiver", "COMPONENT Power", "P1105: several components have the name", 0},
+        {"INPUTFROM 4\n", "INPUTFROM 5\n", "P1404: ", 1},
+        {"VALUE 12e-3", "VALUE -1",
+         "P1214: component 'Laser', parameter 'peakPower': -1 W is beyond", 0},
+        {"received DoubleType", "idle DoubleType 1\nreceived DoubleType", "P1308: variable 'idle'",
+         0},
+        {"PARAM patternType",
+         "PARAM filename StringType\nVALUE none%s.txt\nENDPARAM\nPARAM patternType",
+         "P1107: component 'Bits', parameter 'filename': there is no file 'none%s.txt'", 0},
+    };
+    const std::string right = FileText("ber-power.top");
+    EXPECT_EQ(Photrak("check ber-power.top").out, "ber-power.top: 8 components, no faults\n");
+    for (const auto& row : rows) {
+        SCOPED_TRACE(std::string(row.right) + " typed as " + row.typed);
+        std::string typed = right;
+        typed.replace(right.find(row.right), std::string(row.right).size(), row.typed);
+        WriteText("typed.top", typed);
+        const ProgramResult result = Photrak("check typed.top");
+        EXPECT_EQ(result.status, row.status);
+        EXPECT_NE(result.error.find(row.told), std::string::npos) << result.error;
+        EXPECT_EQ(std::filesystem::exists("ber-power.ber"), false);
     }
 }
 
