@@ -199,7 +199,7 @@ class CanvasPainter {
 
     /// Each wire as a line of its own; very many as one item for each type of signal.
     void AddWires() {
-        const bool batched = picture_.wires.size() > mostSingleWires;
+        const bool batched = !named_ && picture_.wires.size() > mostSingleWires;
         Segments byRole[std::size(wireLooks)];
         for (const PictureWire& picture : picture_.wires) {
             const Wire& wire = picture.wire;
@@ -221,7 +221,12 @@ class CanvasPainter {
                 line.points.push_back(CenterOf(wire.points[i]));
             }
             line.pen = PenOf(LookOf(picture.role));
+            if (named_) {
+                drawing_.Add(GroupBegin{Concat("wire:", wire.node->number),
+                                        Concat(wire.from->name, " to ", wire.to->name)});
+            }
             drawing_.Add(std::move(line));
+            if (named_) drawing_.Add(GroupEnd{});
         }
         for (std::size_t role = 0; role < std::size(wireLooks); ++role) {
             if (byRole[role].points.empty()) continue;

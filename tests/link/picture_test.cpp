@@ -302,7 +302,7 @@ TEST_F(Pictures, OfDiagramsHoldEveryBlockAndWire) {
         ASSERT_EQ(drawn.status, 0) << drawn.error;
         const std::string topology = FileText(name);
         EXPECT_EQ(Count(drawn.out, "data-mark=\"block:"), Count(topology, "\nCOMPONENT "));
-        EXPECT_EQ(Count(drawn.out, "<polyline"), WiresIn(topology));
+        EXPECT_EQ(Count(drawn.out, "data-mark=\"wire:"), WiresIn(topology));
     }
 }
 
