@@ -12,6 +12,7 @@
 #include "photrak/diagram.h"
 #include "photrak/report.h"
 #include "photrak/report_page.h"
+#include "photrak/report_settings.h"
 #include "photrak/report_sources.h"
 #include "photrak/report_tables.h"
 #include "platform/file_system.h"
@@ -76,6 +77,7 @@ class ReportMaker {
         if (!loaded) return section;
         section.note = view.workspace->NOTE;
         stems = StemsOf(*view.workspace);
+        section.settings = SettingTables(*view.workspace, reader_.Bench().catalogue);
         if (!view.workspace->components.empty()) {
             section.diagram = InlineSvgText(DrawDiagram(reader_.Bench(), view), section.name,
                                             Concat("d", page.sections.size()));

@@ -135,7 +135,9 @@ class PageWriter {
         if (!section.diagram.empty()) {
             text_ += Concat("<div class=\"diagram\">\n", section.diagram, "</div>\n");
         }
-        for (const ReportTable& table : section.tables) Table(table);
+        for (const auto* tables : {&section.settings, &section.tables}) {
+            for (const ReportTable& table : *tables) Table(table);
+        }
         Plots(section);
         text_ += "</section>\n";
     }

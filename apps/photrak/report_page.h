@@ -26,7 +26,7 @@ struct ReportPlot {
 struct ReportSection {
     std::string name, note;
     std::string diagram;  // of InlineSvgText, or empty
-    std::vector<ReportTable> tables;
+    std::vector<ReportTable> settings, tables;
     std::vector<ReportPlot> plots;
     std::vector<std::string> warnings;
 };
