@@ -29,8 +29,10 @@ ReadoutView::ReadoutView(QWidget* parent) : QWidget(parent) {
         {tr("Cursor"), tr("A"), tr("B"), tr("B \u2212 A"), tr("1/\u0394, slope")});
     table_.verticalHeader()->hide();
     table_.verticalHeader()->setDefaultSectionSize(20);
-    table_.horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
-    table_.horizontalHeader()->setMinimumSectionSize(70);
+    // The names take what the numbers leave.
+    table_.horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    table_.horizontalHeader()->setSectionResizeMode(0, QHeaderView::Stretch);
+    table_.horizontalHeader()->setMinimumSectionSize(64);
     table_.setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);
     table_.horizontalHeader()->setHighlightSections(false);
     table_.setEditTriggers(QAbstractItemView::NoEditTriggers);
@@ -51,7 +53,19 @@ ReadoutView::ReadoutView(QWidget* parent) : QWidget(parent) {
     area->setBackgroundRole(QPalette::Base);
     area->setAccessibleName(tr("Measures"));
     layout->addWidget(area, 2);
+    measuresArea_ = area;
     setFixedHeight(sizeHint().height());
+}
+
+void ReadoutView::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    ChooseParts();
+}
+
+void ReadoutView::ChooseParts() {
+    constexpr int narrow = 660;
+    table_.setVisible(width() >= narrow || anyCursor_);
+    measuresArea_->setVisible(width() >= narrow || !anyCursor_);
 }
 
 void ReadoutView::SetRow(int row, const QStringList& cells) {
@@ -84,6 +98,8 @@ void ReadoutView::ShowCursors(const Plot& plot, const PlotView& view, const Curs
         if (rows.size() == mostRows) break;
         add(ToQString(row.name), {row.a, row.b, row.difference, row.slope});
     }
+    anyCursor_ = cursors.x[0] || cursors.x[1] || cursors.y[0] || cursors.y[1];
+    ChooseParts();
     table_.setRowCount(static_cast<int>(rows.size()));
     for (int i = 0; i < static_cast<int>(rows.size()); ++i) SetRow(i, rows[i]);
 }

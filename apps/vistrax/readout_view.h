@@ -1,5 +1,6 @@
 // The table below a plot: cursors, differences, slopes, and lines of measures. Always there, so
-// that nothing jumps when a cursor is put.
+// that nothing jumps when a cursor is put. A narrow one shows the table only while there are
+// cursors.
 #pragma once
 
 #include <QLabel>
@@ -24,11 +25,17 @@ class ReadoutView : public QWidget {
 
     QSize sizeHint() const override { return {400, 132}; }
 
+  protected:
+    void resizeEvent(QResizeEvent* event) override;
+
   private:
+    void ChooseParts();
     void SetRow(int row, const QStringList& cells);
 
     QTableWidget table_;
     QLabel measures_;
+    QWidget* measuresArea_ = nullptr;
+    bool anyCursor_ = false;
 };
 
 }  // namespace photrak

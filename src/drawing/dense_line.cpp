@@ -6,7 +6,11 @@
 namespace photrak {
 namespace {
 
-constexpr std::size_t crowd = 3;  // points from which a column is a bar
+// A column is a bar when the line turns back in it, or comes from a bar. An edge that only passes
+// through is one line, which has its true width.
+constexpr std::size_t crowd = 3;    // points
+constexpr double turnsBack = 1.05;  // way up and down over the height
+constexpr double leastHeight = 3.0;
 
 /// Heights that neighboring bars cover together.
 struct Cover {
@@ -29,15 +33,21 @@ DenseLine SplitDense(const std::vector<Point>& line, double column) {
     std::optional<Rect> before;  // the bar of the column before, if it was one
     for (std::size_t first = 0; first < line.size();) {
         const double place = std::floor(line[first].x / column);
-        double top = line[first].y, bottom = top;
+        double top = line[first].y, bottom = top, way = 0.0;
         std::size_t next = first + 1;
         for (; next < line.size() && std::floor(line[next].x / column) == place; ++next) {
             top = std::min(top, line[next].y);
             bottom = std::max(bottom, line[next].y);
+            way += std::fabs(line[next].y - line[next - 1].y);
         }
         std::optional<Rect> bar;
-        if (next - first >= crowd) {
-            bar = Rect{place * column, top, column, bottom - top};
+        const double height = bottom - top;
+        const bool crowded = next - first >= crowd && height > leastHeight;
+        if (crowded && !before && way <= turnsBack * height) {
+            split.segments.push_back(line[first]);
+            split.segments.push_back(line[next - 1]);
+        } else if (crowded) {
+            bar = Rect{place * column, top, column, height};
             split.bars.push_back(*bar);
         } else {
             for (std::size_t i = first + 1; i < next; ++i) {

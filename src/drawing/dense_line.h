@@ -14,7 +14,8 @@ struct DenseLine {
 };
 
 /// \param column width of a column, pixels
-/// Every part of the line lies on a segment or in the columns of a bar, at its height.
+/// Every part of the line lies on a segment or a bar, or beside one at less than a column's
+/// distance.
 DenseLine SplitDense(const std::vector<Point>& line, double column);
 
 }  // namespace photrak

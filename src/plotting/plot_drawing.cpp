@@ -84,7 +84,7 @@ class Painting {
     Role RoleOfAxis(bool second) const {
         const Curve* only = nullptr;
         for (const Curve& curve : plot_.curves) {
-            if (curve.second != second) continue;
+            if (curve.second != second || curve.held) continue;
             if (only) return Role::Ink;
             only = &curve;
         }
@@ -149,18 +149,28 @@ class Painting {
             legendBox_ = *inside;
             return;
         }
-        // A few short names go above the pane, more or longer ones beside it.
-        constexpr double stripGap = 5.0, leastHeight = 100.0;
-        if (layout_.pane.height > leastHeight && MakeStrip(legend_, layout_.pane.width)) {
-            LayOut(0.0, legend_.size.height + stripGap);
-            ReduceAll();
-            const Rect& pane = layout_.pane;
-            legendBox_ = {pane.Center().x - 0.5 * legend_.size.width,
-                          pane.y - legend_.size.height - stripGap, legend_.size.width,
-                          legend_.size.height};
-            return;
+        // A few short names go above the pane, more or longer ones beside it, unless that leaves
+        // little of a narrow one.
+        constexpr double leastHeight = 100.0, leastPart = 0.6;
+        constexpr std::size_t mostAbove = 4;
+        const Rect& pane = layout_.pane;
+        const bool narrow = pane.width - legend_.size.width - legendGap < leastPart * pane.width &&
+                            legend_.size.width <= pane.width &&
+                            pane.height > 4.0 * legend_.size.height &&
+                            legend_.rows.size() <= mostAbove;
+        if (pane.height > leastHeight && (MakeStrip(legend_, pane.width) || narrow)) {
+            PlaceLegendAbove();
+        } else {
+            PlaceLegendBeside();
         }
-        PlaceLegendBeside();
+    }
+    void PlaceLegendAbove() {
+        constexpr double gap = 5.0;
+        LayOut(0.0, legend_.size.height + gap);
+        ReduceAll();
+        const Rect& pane = layout_.pane;
+        legendBox_ = {pane.Center().x - 0.5 * legend_.size.width,
+                      pane.y - legend_.size.height - gap, legend_.size.width, legend_.size.height};
     }
     void PlaceLegendBeside() {
         constexpr double leastPane = 150.0;

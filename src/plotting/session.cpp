@@ -39,6 +39,9 @@ bool Overlay(Plot& plot, const Plot& other, std::string& error) {
         return false;
     }
     const std::size_t before = plot.curves.size();
+    // Held curves have the colors of those they were.
+    int place = static_cast<int>(std::count_if(plot.curves.begin(), plot.curves.end(),
+                                               [](const Curve& c) { return !c.held; }));
     const std::string secondLabel = plot.spec.secondLabel;
     for (const Curve& source : other.curves) {
         const int axis = AxisFor(plot, source.second ? other.spec.secondLabel : other.spec.yLabel);
@@ -53,7 +56,7 @@ bool Overlay(Plot& plot, const Plot& other, std::string& error) {
         curve.name = curve.named ? Concat(other.name, ": ", source.name) : other.name;
         curve.named = true;
         curve.key = Concat(laidOver, other.name, "/", source.key);
-        curve.place = static_cast<int>(plot.curves.size() % 1'000'000);
+        curve.place = place++ % 1'000'000;
         plot.curves.push_back(std::move(curve));
     }
     // Now all need the name of their file.
