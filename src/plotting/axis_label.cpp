@@ -19,7 +19,7 @@ double LeastLabel(std::string_view unit) {
 
 int Fresh(std::string_view unit, double largest) {
     const double decades = std::log10(largest / LeastLabel(unit));
-    return std::clamp(3 * static_cast<int>(std::floor(decades / 3.0 + 1e-9)), -24, 24);
+    return std::clamp(3 * static_cast<int>(std::floor(decades / 3.0 + 1e-9)), -300, 300);
 }
 
 }  // namespace
@@ -59,9 +59,9 @@ std::string AxisText(const AxisLabel& label, int exponent) {
         return Concat(label.quantity, label.quantity.empty() ? "" : " ", "(", DecadeText(exponent),
                       ")");
     }
-    const std::string power = exponent != 0 && !TakesPrefix(label.unit)
-                                  ? DecadeText(exponent) + " "
-                                  : std::string(PrefixOf(exponent).text);
+    const std::string_view prefix = TakesPrefix(label.unit) ? PrefixOf(exponent).text : "";
+    const std::string power =
+        exponent != 0 && prefix.empty() ? DecadeText(exponent) + " " : std::string(prefix);
     return Concat(label.quantity, label.quantity.empty() ? "(" : " (", power, label.unit, ")");
 }
 

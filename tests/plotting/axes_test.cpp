@@ -129,6 +129,9 @@ TEST(AxisLabel, TakesPrefixesLateAndOnlyWhereTheyBelong) {
         {"Signal (Real)", 0.5, {}, "Signal (Real)"},
         {"Signal (Real)", 2e-6, {}, "Signal (Real) (10\xE2\x81\xBB\xE2\x81\xB6)"},
         {"Noise Power (dBm/Hz)", 150.0, {}, "Noise Power (dBm/Hz)"},
+        {"Phase", 0.8, {}, "Phase (rad)"},
+        {"Phase", 2e-6, {}, "Phase (10\xE2\x81\xBB\xE2\x81\xB6 rad)"},
+        {"Power (W)", 5e-34, {}, "Power (10\xE2\x81\xBB\xC2\xB3\xE2\x81\xB6 W)"},
         {"", 3.0, {}, ""},
         {"Time (s)", 0.0, {}, "Time (s)"},
     };
