@@ -18,6 +18,7 @@
 #include "workbench/commands.h"
 #include "workbench/look.h"
 #include "workbench/mouse.h"
+#include "workbench/view_commands.h"
 
 namespace photrak {
 namespace {
@@ -179,7 +180,12 @@ void DiagramWindow::mouseReleaseEvent(QMouseEvent* event) {
 
 void DiagramWindow::ZoomAt(QPointF point, double factor) {
     anchor_ = point;
-    workbench_.scale.SetZoom(workbench_.scale.zoom * factor);
+    // A run of turns is one change for View Last.
+    constexpr qint64 pause = 700;  // milliseconds
+    Scale& scale = workbench_.scale;
+    const bool goesOn = wheel_.isValid() && wheel_.elapsed() < pause;
+    goesOn ? scale.ContinueZoom(scale.zoom * factor) : scale.SetZoom(scale.zoom * factor);
+    wheel_.start();
     calls_.changed();
 }
 
@@ -205,6 +211,18 @@ void DiagramWindow::keyPressEvent(QKeyEvent* event) {
                                                               {QStringLiteral("Right"), "Right"},
                                                               {QStringLiteral("Up"), "Up"},
                                                               {QStringLiteral("Down"), "Down"}};
+    static const std::map<QString, void (*)(Workbench&)> zoomKeys = {
+        {QStringLiteral("Home"), ViewFit},
+        {QStringLiteral("Ctrl+0"), ViewNormal},
+        {QStringLiteral("Ctrl++"), ViewIn},
+        {QStringLiteral("Ctrl+-"), ViewOut}};
+    const auto zoom = zoomKeys.find(name);
+    if (zoom != zoomKeys.end()) {
+        zoom->second(workbench_);
+        calls_.changed();
+        if (zoom->second == ViewFit) ScrollToStart();
+        return;
+    }
     const auto key = canvasKeys.find(name);
     if (key == canvasKeys.end() || !PressKey(workbench_, key->second)) {
         event->ignore();

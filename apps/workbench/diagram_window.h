@@ -3,6 +3,7 @@
 #pragma once
 
 #include <QAbstractScrollArea>
+#include <QElapsedTimer>
 #include <functional>
 #include <optional>
 
@@ -59,6 +60,7 @@ class DiagramWindow : public QAbstractScrollArea {
     DiagramView* view_;
     Calls calls_;
     double zoom_ = 1.0;
+    QElapsedTimer wheel_;            // since its last turn
     std::optional<QPointF> anchor_;  // of the zoom under way
     std::optional<QPoint> panFrom_;  // the middle button is down
     QPoint panStart_;

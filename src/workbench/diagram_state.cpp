@@ -284,7 +284,8 @@ Status TakeState(const Workspace& workspace, const DiagramState* former, const T
                  BlockIds& ids, DiagramState& state, std::string& errorText) {
     try {
         DiagramState taken;
-        taken.header = TakeHeader(workspace, former);
+        const bool keeps = former && touched && touched->KeepsHeader();
+        taken.header = keeps ? former->header : TakeHeader(workspace, former);
         TakeBlocks(workspace, former, former ? touched : nullptr, ids, taken);
         if (former && touched) {
             TakeNodes(workspace, *former, touched->Nodes(), ids, taken);

@@ -73,14 +73,18 @@ class Touched {
     void AddAround(const Component& component);
     /// Its place alone.
     void AddMoved(const Component& component) { moved_.insert(&component); }
+    /// Options and symbols are not looked at: a run on its thread may be at them.
+    void KeepHeader() { keepsHeader_ = true; }
 
     const std::unordered_set<const Component*>& Blocks() const { return blocks_; }
     const std::unordered_set<const Component*>& Moved() const { return moved_; }
     const std::set<std::int32_t>& Nodes() const { return nodes_; }
+    bool KeepsHeader() const { return keepsHeader_; }
 
   private:
     std::unordered_set<const Component*> blocks_, moved_;
     std::set<std::int32_t> nodes_;
+    bool keepsHeader_ = false;
 };
 
 /// The state of a workspace. What equals `former` is shared with it; with `touched` only that is

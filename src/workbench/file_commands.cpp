@@ -11,6 +11,7 @@
 #include "platform/file_system.h"
 #include "platform/host.h"
 #include "workbench/recovery.h"
+#include "workbench/superblock_paths.h"
 
 namespace photrak {
 namespace {
@@ -108,7 +109,7 @@ bool MayReplace(Workbench& workbench, const DiagramView& view) {
 }
 
 /// Evaluating and writing happen in the diagram's directory, where its SuperBlocks are found.
-bool Write(Workbench& workbench, DiagramView& view) {
+bool Write(Workbench& workbench, DiagramView& view, const std::string& formerDirectory) {
     view.workspace->errorText.clear();
     Status status = Status::Error;
     {
@@ -116,6 +117,7 @@ bool Write(Workbench& workbench, DiagramView& view) {
         status = TopologySave(view.fileName, view.workspace.get(), workbench.catalogue);
     }
     std::string& text = view.workspace->errorText;
+    text += LostSuperBlocks(*view.workspace, formerDirectory, view.directory, workbench.catalogue);
     if (!text.empty()) {
         status == Status::Error ? workbench.ErrorBox(text) : workbench.InfoBox(text);
     }
@@ -134,6 +136,20 @@ void Saved(Workbench& workbench, DiagramView& view) {
 /// The dot rule looks at the whole path, so that a directory with a full stop prevents the suffix.
 std::string WithSuffix(std::string name) {
     return name.find('.') == std::string::npos ? name + ".top" : name;
+}
+
+/// `formerDirectory` is where the diagram's SuperBlocks were found so far.
+bool SaveNamed(Workbench& workbench, DiagramView& view, const std::string& formerDirectory) {
+    if (view.running) {
+        workbench.ErrorBox("Simulation already in progress.");
+        return false;
+    }
+    if (!MayReplace(workbench, view)) return false;
+    workbench.pane = Concat("Saving ", view.fileName);
+    const bool written = Write(workbench, view, formerDirectory);
+    if (written) Saved(workbench, view);
+    workbench.pane = ModeText(workbench, view);
+    return written;
 }
 
 }  // namespace
@@ -170,16 +186,7 @@ void ChooseAndOpen(Workbench& workbench) {
 
 bool SaveDiagram(Workbench& workbench, DiagramView& view) {
     if (view.IsUntitled()) return SaveDiagramAs(workbench, view);
-    if (view.running) {
-        workbench.ErrorBox("Simulation already in progress.");
-        return false;
-    }
-    if (!MayReplace(workbench, view)) return false;
-    workbench.pane = Concat("Saving ", view.fileName);
-    const bool written = Write(workbench, view);
-    if (written) Saved(workbench, view);
-    workbench.pane = ModeText(workbench, view);
-    return written;
+    return SaveNamed(workbench, view, view.directory);
 }
 
 bool SaveDiagramAs(Workbench& workbench, DiagramView& view) {
@@ -196,7 +203,7 @@ bool SaveDiagramAs(Workbench& workbench, DiagramView& view) {
     view.directory = fs::path(view.fileName).parent_path().string();
     view.title = fs::path(view.fileName).filename().string();
     view.diskText.clear();
-    if (SaveDiagram(workbench, view)) return true;
+    if (SaveNamed(workbench, view, formerDirectory)) return true;
     view.fileName = formerName;
     view.directory = formerDirectory;
     view.title = formerTitle;

@@ -68,7 +68,8 @@ void KeepRecoveryCopy(Workbench& /*workbench*/, DiagramView& view) {
 }
 
 void NoteForRecovery(Workbench& workbench, DiagramView& view) {
-    if (++view.unkept >= mostGestures) KeepRecoveryCopy(workbench, view);
+    ++view.unkept;
+    if (view.unkept >= mostGestures && !view.running) KeepRecoveryCopy(workbench, view);
 }
 
 void KeepPendingCopies(Workbench& workbench) {

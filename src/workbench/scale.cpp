@@ -15,6 +15,12 @@ void Scale::SetZoom(double newZoom) {
     SetPrintZoom(std::isnan(newZoom) ? 1.0 : std::clamp(newZoom, leastZoom, greatestZoom));
 }
 
+void Scale::ContinueZoom(double newZoom) {
+    const double former = previousZoom;
+    SetZoom(newZoom);
+    previousZoom = former;
+}
+
 void Scale::SetPrintZoom(double newZoom) {
     previousZoom = zoom;
     zoom = newZoom;

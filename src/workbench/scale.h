@@ -29,6 +29,8 @@ struct Scale {
     /// Moves the present zoom to previousZoom, equal or not, and derives the sizes. Stays within
     /// 0.05 and 20; what is no number gives 1.
     void SetZoom(double newZoom);
+    /// Goes on with a change of zoom, as a turning wheel does: previousZoom stays.
+    void ContinueZoom(double newZoom);
     /// For printing: without the limits.
     void SetPrintZoom(double newZoom);
 

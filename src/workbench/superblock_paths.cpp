@@ -3,6 +3,8 @@
 
 #include <filesystem>
 
+#include "base/text.h"
+
 namespace photrak {
 namespace {
 
@@ -32,6 +34,22 @@ std::string SuperBlockNameOf(const std::string& definition, const std::string& d
     const fs::path whole = fs::path(file).replace_extension();
     const fs::path relative = whole.lexically_relative(directory);
     return relative.empty() ? whole.string() : relative.string();
+}
+
+std::string LostSuperBlocks(const Workspace& workspace, const std::string& former,
+                            const std::string& directory, const Catalogue& catalogue) {
+    std::string text;
+    std::error_code error;
+    for (const auto& component : workspace.components) {
+        if (component->type != "SuperBlock") continue;
+        const std::string name = component->superBlockFile + definitionSuffix;
+        const auto before = FindFromDiagram(name, former, catalogue);
+        const auto now = FindFromDiagram(name, directory, catalogue);
+        if (!before || (now && fs::equivalent(*before, *now, error))) continue;
+        text += Concat("WARNING: '", component->name, "' does not find its SuperBlock '", *before,
+                       "' from here\n");
+    }
+    return text;
 }
 
 bool IsSuperBlockName(const std::string& name) {

@@ -19,6 +19,11 @@ std::optional<std::string> FindFromDiagram(const std::string& name, const std::s
 std::string SuperBlockNameOf(const std::string& definition, const std::string& directory,
                              const Catalogue& catalogue);
 
+/// A warning for each SuperBlock whose file, as seen from `former`, is not what its name finds from
+/// `directory`.
+std::string LostSuperBlocks(const Workspace& workspace, const std::string& former,
+                            const std::string& directory, const Catalogue& catalogue);
+
 /// Whether a topology can hold the name: no blank and no colon in it.
 bool IsSuperBlockName(const std::string& name);
 

@@ -34,6 +34,19 @@ void ViewFull(Workbench& workbench) {
                                  : 1.0);
 }
 
+void ViewFit(Workbench& workbench) {
+    const DiagramView* view = Front(workbench);
+    if (!view || view->workspace->components.empty()) return;
+    CanvasPoint farthest;
+    for (const auto& component : view->workspace->components) {
+        const CanvasPoint at = DrawnAt(*component);
+        farthest = {std::max(farthest.x, at.x), std::max(farthest.y, at.y)};
+    }
+    const double width = view->width, height = view->height;
+    workbench.scale.SetZoom(
+        std::min(width / (farthest.x + gridUnits), height / (farthest.y + gridUnits)));
+}
+
 void ViewIn(Workbench& workbench) {
     SetZoom(workbench, workbench.scale.zoom * std::numbers::sqrt2);
 }

@@ -7,6 +7,8 @@ namespace photrak {
 
 void ViewNormal(Workbench& workbench);
 void ViewFull(Workbench& workbench);
+/// All of the diagram in the window, exactly, unlike ViewFull.
+void ViewFit(Workbench& workbench);
 void ViewIn(Workbench& workbench);
 void ViewOut(Workbench& workbench);
 void ViewLast(Workbench& workbench);

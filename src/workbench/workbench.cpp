@@ -104,6 +104,13 @@ void Activate(Workbench& workbench, DiagramView& view) {
 void EndChange(Workbench& workbench, DiagramView& view, std::string_view name,
                const Touched* touched) {
     view.ForgetIndex();
+    if (view.running && !touched) return;  // what may change during a run says so
+    Touched beside;
+    if (view.running) {
+        beside = *touched;
+        beside.KeepHeader();
+        touched = &beside;
+    }
     std::string text;
     DiagramState state;
     const DiagramState* former = view.history.Empty() ? nullptr : &view.history.Present();
