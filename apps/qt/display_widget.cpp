@@ -127,7 +127,7 @@ void DisplayWidget::paintEvent(QPaintEvent*) {
     if (source_.IsBusy()) painter.fillRect(rect(), ColorFor(Role::Paper, theme_));
     painter.drawPixmap(0, 0, base_);
     if (!source_.IsBusy()) PaintItems(painter, Ask().overlay, theme_);
-    if (hasFocus() && window()->property("keyboardFocus").toBool()) {
+    if (hasFocus() && showsFocus_) {
         painter.setPen(QPen(ColorFor(Role::Selected, theme_), 1.0, Qt::DotLine));
         painter.drawRect(rect().adjusted(1, 1, -2, -2));
     }
@@ -151,6 +151,12 @@ void DisplayWidget::mouseReleaseEvent(QMouseEvent* event) {
 }
 void DisplayWidget::mouseDoubleClickEvent(QMouseEvent* event) {
     Send(PointerAction::DoubleClick, *event);
+}
+/// Who comes with Tab sees where the keys go.
+void DisplayWidget::focusInEvent(QFocusEvent* event) {
+    showsFocus_ =
+        event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason;
+    QWidget::focusInEvent(event);
 }
 void DisplayWidget::leaveEvent(QEvent*) {
     source_.Pointer({PointerAction::Leave, {-1.0, -1.0}, PointerButton::None, {}});

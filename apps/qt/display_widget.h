@@ -61,6 +61,7 @@ class DisplayWidget : public QWidget {
     void mouseDoubleClickEvent(QMouseEvent* event) override;
     void wheelEvent(QWheelEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
+    void focusInEvent(QFocusEvent* event) override;
     void leaveEvent(QEvent* event) override;
     void changeEvent(QEvent* event) override;
     bool event(QEvent* event) override;
@@ -76,7 +77,8 @@ class DisplayWidget : public QWidget {
     QtTextMeasure measure_;
     const Drawing* drawing_ = nullptr;  // the source's; null asks for it again
     QPixmap base_;                      // its base layer, painted
-    bool fresh_ = false;                // it is of this picture
+    bool showsFocus_ = false;
+    bool fresh_ = false;  // it is of this picture
 };
 
 }  // namespace photrak

@@ -1,15 +1,9 @@
 #include "vistrax/viewer_commands.h"
 
 #include <QApplication>
-#include <QClipboard>
-#include <QFileDialog>
-#include <QFileInfo>
 #include <QInputDialog>
 #include <QMenu>
 #include <QMessageBox>
-#include <QPainter>
-#include <QPrintDialog>
-#include <QPrinter>
 #include <QStatusBar>
 #include <QTextBrowser>
 #include <QTime>
@@ -19,9 +13,8 @@
 #include "drawing/number_text.h"
 #include "plotting/axis_label.h"
 #include "plotting/decibels.h"
-#include "qt/painter.h"
 #include "qt/text_measure_qt.h"
-#include "vistrax/picture_export.h"
+#include "vistrax/viewer_file_commands.h"
 #include "vistrax/viewer_window.h"
 
 namespace photrak {
@@ -29,71 +22,6 @@ namespace photrak {
 /// The functions behind the rows. Those on a plot are called only when there is one.
 struct ViewerCommands {
     using Window = ViewerWindow;
-
-    static void Open(Window& w) {
-        const QStringList files = QFileDialog::getOpenFileNames(
-            &w, Window::tr("Open Plot"), w.directory_,
-            QStringLiteral("All Vistr Graphs (*.p*);;All Files (*.*)"));
-        w.OpenFiles(files, {});
-    }
-    static void Reload(Window& w) {
-        const std::string& path = w.current_->Open().path;
-        if (w.loading_.insert(path).second) w.loader_.Load(path, w.files_[path]);
-    }
-    static void Export(Window& w) {
-        static constexpr std::pair<const char*, const char*> kinds[] = {
-            {"SVG picture (*.svg)", ".svg"},
-            {"PDF page (*.pdf)", ".pdf"},
-            {"PNG picture (*.png)", ".png"},
-            {"Table of what is seen (*.csv)", ".csv"}};
-        QStringList filters;
-        for (const auto& [text, suffix] : kinds) filters.append(QString::fromLatin1(text));
-        const QFileInfo plot(ToQString(w.current_->Open().path));
-        QString chosen;
-        QString path = QFileDialog::getSaveFileName(
-            &w, Window::tr("Export"),
-            plot.absolutePath() + QLatin1Char('/') + plot.baseName() + QStringLiteral(".svg"),
-            filters.join(QStringLiteral(";;")), &chosen);
-        if (path.isEmpty()) return;
-        if (QFileInfo(path).suffix().isEmpty()) {
-            const auto kind = std::max<qsizetype>(0, filters.indexOf(chosen));
-            path += QLatin1String(kinds[kind].second);
-        }
-        w.ExportTo(path);
-    }
-    static void Print(Window& w) {
-        QPrinter printer(QPrinter::HighResolution);
-        printer.setPageOrientation(QPageLayout::Landscape);
-        printer.setDocName(ToQString(w.current_->Open().plot.name));
-        QPrintDialog dialog(&printer, &w);
-        if (dialog.exec() != QDialog::Accepted) return;
-        QPainter painter(&printer);
-        const double dots = printer.logicalDpiX() / 96.0;
-        PlotPane& pane = w.current_->Pane();
-        const QRectF page = printer.pageLayout().paintRectPixels(printer.resolution());
-        const QtTextMeasure measure;
-        PlotPicture picture =
-            pane.MakeJob({page.width() / dots, page.height() / dots}, measure).Draw();
-        DrawCursors(picture, pane.Shown(), pane.Open().view, pane.Open().cursors);
-        painter.scale(dots, dots);
-        PaintDrawing(painter, picture.drawing, Theme::Print, Surface::Page);
-    }
-    static void Close(Window& w) {
-        QTabWidget* group = w.GroupOf(w.current_);
-        w.CloseTab(group, group->indexOf(w.current_));
-    }
-    static void Quit(Window& w) { w.close(); }
-
-    static void CopyValues(Window& w) {
-        const PlotPane& pane = w.current_->Pane();
-        const Readout readout = MakeReadout(pane.Shown(), pane.Open().view, pane.Open().cursors);
-        QApplication::clipboard()->setText(ToQString(ReadoutText(readout)));
-        w.statusBar()->showMessage(Window::tr("Values copied"), 3000);
-    }
-    static void CopyPicture(Window& w) {
-        QApplication::clipboard()->setPixmap(w.current_->Display().grab());
-        w.statusBar()->showMessage(Window::tr("Picture copied"), 3000);
-    }
 
     // What the pane does by itself.
     static void Fit(Window& w) {
@@ -144,6 +72,24 @@ struct ViewerCommands {
     static void ShowAll(Window& w) {
         w.current_->Open().view.ShowAllCurves();
         w.current_->Update(Change::View);
+    }
+    /// Rows of the legend for which there may be no room beside the plot.
+    static void ListCurves(Window& w) {
+        constexpr std::size_t most = 500;
+        QMenu menu;
+        const Plot& plot = w.current_->Pane().Shown();
+        for (std::size_t i = 0; i < std::min(most, plot.curves.size()); ++i) {
+            const Curve& curve = plot.curves[i];
+            QAction* action = menu.addAction(
+                ToQString(curve.name).replace(QLatin1Char('&'), QStringLiteral("&&")));
+            action->setCheckable(true);
+            action->setChecked(!w.current_->Open().view.IsHidden(curve));
+            QObject::connect(action, &QAction::triggered, &w, [&w, i] {
+                w.current_->Open().view.Toggle(w.current_->Pane().Shown().curves[i]);
+                w.current_->Update(Change::View);
+            });
+        }
+        menu.exec(w.current_->Display().mapToGlobal(QPoint(40, 40)));
     }
     static void Hold(Window& w) {
         const std::string& path = w.current_->Open().path;
@@ -272,17 +218,17 @@ struct CommandRow {
 // clang-format off
 constexpr ActionRow Line(std::string_view menu) { return {{}, menu, {}, {}, {}, false}; }
 constexpr CommandRow commands[] = {
-    {{"open", "&File", "&Open…", "Ctrl+O", "Opens plot command files", plain}, false, C::Open},
-    {{"reload", "&File", "&Reload", "F5; Ctrl+R", "Reads the files again, keeping the view", plain}, true, C::Reload},
+    {{"open", "&File", "&Open…", "Ctrl+O", "Opens plot command files", plain}, false, FileCommands::Open},
+    {{"reload", "&File", "&Reload", "F5; Ctrl+R", "Reads the files again, keeping the view", plain}, true, FileCommands::Reload},
     {Line("&File"), false, nullptr},
-    {{"export", "&File", "&Export…", "Ctrl+E; Ctrl+S", "Writes what is seen as SVG, PDF, PNG or CSV", plain}, true, C::Export},
-    {{"print", "&File", "&Print…", "Ctrl+P", "Prints what is seen on one page", plain}, true, C::Print},
+    {{"export", "&File", "&Export…", "Ctrl+E; Ctrl+S", "Writes what is seen as SVG, PDF, PNG or CSV", plain}, true, FileCommands::Export},
+    {{"print", "&File", "&Print…", "Ctrl+P", "Prints what is seen on one page", plain}, true, FileCommands::Print},
     {Line("&File"), false, nullptr},
-    {{"close", "&File", "&Close", "Ctrl+W", "Closes this plot", plain}, true, C::Close},
-    {{"quit", "&File", "&Quit", "Ctrl+Q", "Closes the window", plain}, false, C::Quit},
+    {{"close", "&File", "&Close", "Ctrl+W", "Closes this plot", plain}, true, FileCommands::Close},
+    {{"quit", "&File", "&Quit", "Ctrl+Q", "Closes the window", plain}, false, FileCommands::Quit},
     {Line("&Recent"), false, nullptr},
-    {{"copy-values", "&Edit", "Copy &Values", "Ctrl+C", "Copies the table of cursors and values", plain}, true, C::CopyValues},
-    {{"copy-picture", "&Edit", "Copy &Picture", "Ctrl+Shift+C", "Copies the plot as an image", plain}, true, C::CopyPicture},
+    {{"copy-values", "&Edit", "Copy &Values", "Ctrl+C", "Copies the table of cursors and values", plain}, true, FileCommands::CopyValues},
+    {{"copy-picture", "&Edit", "Copy &Picture", "Ctrl+Shift+C", "Copies the plot as an image", plain}, true, FileCommands::CopyPicture},
     {{"fit", "&View", "Show &All", "Home; F", "Shows all of the plot; double click does too", plain}, true, C::Fit},
     {{"fit-x", "&View", "Show All of x", "Shift+X", "Shows the whole x axis", plain}, true, C::FitAxis<AxisId::X>},
     {{"fit-y", "&View", "Show All of y", "Shift+Y", "Shows the whole y axes", plain}, true, C::FitAxis<AxisId::Y>},
@@ -305,6 +251,7 @@ constexpr CommandRow commands[] = {
     {{"q-axis", "&Axes", "&Q (Probability)", "Q", "Error rates at their Q: Gaussian noise is a straight line", checkable}, true, C::SetScale<ScaleKind::Probability>},
     {{"decibels", "&Axes", "&Decibels", "D", "Levels in dB, or dB as levels", checkable}, true, C::Decibels},
     {{"show-curves", "&Curves", "Show &All", "A", "Shows hidden curves again", plain}, true, C::ShowAll},
+    {{"curves", "&Curves", "&List…", "B", "Lists all curves to hide and show them", plain}, true, C::ListCurves},
     {{"overlay", "&Curves", "&Overlay…", "O", "Lays the curves of another open plot over these axes", plain}, true, C::Overlay},
     {{"hold", "&Curves", "&Hold", "H", "Keeps the present curves, faint, under those of later runs", plain}, true, C::Hold},
     {{"drop-held", "&Curves", "&Drop Held", "Shift+H", "Forgets the curves of earlier runs", plain}, true, C::DropHeld},
@@ -424,22 +371,6 @@ void ViewerWindow::ToggleOverlay(const QString& other) {
     } else {
         statusBar()->showMessage(ToQString(error), 8000);
     }
-}
-
-bool ViewerWindow::ExportTo(const QString& path) {
-    const PlotPane& pane = current_->Pane();
-    ExportLook look;
-    const QSize size = current_->Display().size();
-    look.size = {static_cast<double>(size.width()), static_cast<double>(size.height())};
-    look.scale = 2.0;
-    look.theme = theme_;
-    look.eye = pane.eyeStyle;
-    look.saturation = pane.saturation;
-    std::string error;
-    const bool done = ExportPlot(pane.Shown(), pane.Open().view, pane.Open().cursors, look,
-                                 path.toStdString(), error);
-    statusBar()->showMessage(done ? tr("Wrote %1").arg(path) : ToQString(error), 8000);
-    return done;
 }
 
 }  // namespace photrak

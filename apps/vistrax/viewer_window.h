@@ -51,6 +51,7 @@ class ViewerWindow : public QMainWindow {
     void closeEvent(QCloseEvent* event) override;
 
   private:
+    friend struct FileCommands;
     friend struct ViewerCommands;
 
     QTabWidget* MakeGroup();

@@ -76,7 +76,9 @@ class Lines {
         const ValueRange range = view_.ScaleOf(AxisId::X).Range();
         const std::string yUnit = SplitLabel(plot_.spec.yLabel).unit;
         for (const Curve& curve : plot_.curves) {
+            constexpr std::size_t mostSamples = 1'000'000;
             if (view_.IsHidden(curve) || curve.second || curve.held) continue;
+            if (curve.x->Size() > mostSamples) continue;
             const double least = yUnit.starts_with("dB") ? 3.0 : 0.1 * curve.y->Limits().Span();
             std::vector<Peak> peaks = FindPeaks(*curve.x, *curve.y, least, most_);
             std::erase_if(peaks, [&](const Peak& p) { return !range.Contains(p.x); });

@@ -9,7 +9,7 @@
 namespace photrak {
 namespace {
 
-constexpr double hair = 1e-9;  // of a step: a limit on a tick has the tick
+constexpr double hair = 1e-6;  // of a step: a limit on a tick has the tick
 
 double PowerTimes(double value, int exponent) {
     return exponent >= 0 ? value * PowerOfTen(exponent) : value / PowerOfTen(-exponent);

@@ -1,0 +1,20 @@
+// Actions of the viewer on files and the clipboard: open, export, print, copy. Those on a plot are
+// called only when there is one.
+#pragma once
+
+namespace photrak {
+
+class ViewerWindow;
+
+struct FileCommands {
+    static void Open(ViewerWindow& w);
+    static void Reload(ViewerWindow& w);
+    static void Export(ViewerWindow& w);
+    static void Print(ViewerWindow& w);
+    static void Close(ViewerWindow& w);
+    static void Quit(ViewerWindow& w);
+    static void CopyValues(ViewerWindow& w);
+    static void CopyPicture(ViewerWindow& w);
+};
+
+}  // namespace photrak
