@@ -119,7 +119,8 @@ void MakeAxisTicks(AxisPicture& axis, double pixels, const TextMeasure& measure)
     double spacing = UsualSpacing(pixels, IsUpright(axis));
     // Labels wider than their distance: fewer of them. Twice is enough, as digits no longer grow.
     for (int tries = 0; tries < 3; ++tries) {
-        axis.ticks = MakeTicks(axis.scale, pixels, spacing, axis.exponent);
+        axis.ticks = axis.ofQ ? MakeQTicks(axis.scale, pixels, spacing)
+                              : MakeTicks(axis.scale, pixels, spacing, axis.exponent);
         axis.labelWidth = WidestLabel(axis, measure);
         const double needed = IsUpright(axis) ? labelSize + air : axis.labelWidth + air;
         if (spacing >= needed) return;
@@ -150,7 +151,8 @@ void DrawGrid(Drawing& drawing, const AxisPicture& axis, const Rect& pane) {
 void DrawAxis(Drawing& drawing, const AxisPicture& axis, const Rect& pane,
               const TextMeasure& measure) {
     static constexpr std::string_view names[] = {"x", "y", "second"};
-    const std::string id = Concat("axis:", names[static_cast<std::size_t>(axis.id)]);
+    const std::string id =
+        axis.ofQ ? "axis:q" : Concat("axis:", names[static_cast<std::size_t>(axis.id)]);
     drawing.Add(GroupBegin{id, axis.title});
     Segments lines;
     lines.pen = {Role::Frame, 1.0, Dash::Solid, 1.0};
@@ -170,6 +172,7 @@ void DrawAxis(Drawing& drawing, const AxisPicture& axis, const Rect& pane,
     drawing.Add(std::move(lines));
     AddTitle(drawing, axis, pane, measure);
     drawing.Add(GroupEnd{});
+    if (axis.ofQ) return;  // nothing to move: it follows the rates
     drawing.marks.push_back({id, MarkArea(axis, pane), axis.title,
                              "Wheel zooms this axis, double click shows all of it"});
 }

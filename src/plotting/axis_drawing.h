@@ -20,6 +20,7 @@ struct AxisPicture {
     std::vector<Tick> ticks;
     Role role = Role::Ink;    // of the labels
     double labelWidth = 0.0;  // of the widest label
+    bool ofQ = false;         // tells the Q of the rates on `scale`, beside their own axis
 };
 
 /// Ticks for an axis of this length whose labels leave 8 pixels of air.

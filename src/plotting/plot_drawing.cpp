@@ -68,9 +68,22 @@ class Painting {
         second_ = MakeAxis(AxisId::Second, plot_.spec.secondLabel);
         hasSecond_ = HasSecondAxis(plot_);
         TellEye();
-        if (!hasSecond_) return;
+        if (!hasSecond_) return MakeQAxis();
         y_.role = RoleOfAxis(false);
         second_.role = RoleOfAxis(true);
+    }
+    /// Error rates have their Q beside them.
+    void MakeQAxis() {
+        constexpr double leastWidth = 400.0;
+        if (plot_.spec.yLabel != "BER" || y_.scale.Kind() == ScaleKind::Linear ||
+            drawing_.size.width < leastWidth)
+            return;
+        hasSecond_ = true;
+        second_ = {};
+        second_.id = AxisId::Second;
+        second_.scale = y_.scale;
+        second_.title.assign(1, 'Q');
+        second_.ofQ = true;
     }
     void TellEye() {
         if (plot_.kind != PlotKind::Eye) return;
@@ -355,7 +368,8 @@ class Painting {
     Drawing drawing_;
     PlotLayout layout_;
     AxisPicture x_, y_, second_;
-    bool hasSecond_ = false, density_ = false;
+    bool hasSecond_ = false;  // an axis at the right
+    bool density_ = false;
     std::string eyeText_;
     std::vector<Parts> parts_;
     std::size_t drawn_ = 0;  // curves before this one are drawn

@@ -153,6 +153,27 @@ TickStep StepAtLeast(double least) {
     return step;
 }
 
+std::vector<Tick> MakeQTicks(const AxisScale& rates, double pixels, double spacing) {
+    constexpr double greatestQ = 37.5;  // rates below it leave the range of doubles
+    constexpr double leastGap = 20.0;   // pixels between labels, which crowd at high rates
+    const double low = std::max(0.0, QOfRate(std::min(rates.Range().greatest, 0.5)));
+    const double high = std::min(QOfRate(rates.Range().least), greatestQ);
+    std::vector<Tick> ticks;
+    if (!(high > low)) return ticks;
+    const TickStep step =
+        StepAtLeast(std::max(0.1, (high - low) * spacing / std::max(pixels, spacing)));
+    double before = 1e300;
+    for (double index = std::ceil(low / step.Value()); index * step.Value() <= high; index += 1.0) {
+        const double Q = step.Multiple(index, 0), rate = RateOfQ(Q);
+        if (!rates.Range().Contains(rate)) continue;
+        const double place = rates.Place(rate) * pixels;
+        const bool fits = before - place >= std::max(leastGap, 0.5 * spacing);
+        if (fits) before = place;
+        ticks.push_back({rate, fits, fits ? FixedText(Q, step.Value()) : std::string()});
+    }
+    return ticks;
+}
+
 std::vector<Tick> MakeTicks(const AxisScale& scale, double pixels, double spacing, int exponent) {
     switch (scale.Kind()) {
         case ScaleKind::Logarithmic:

@@ -20,6 +20,8 @@ struct Tick {
 /// \param spacing  least distance of two labels, pixels
 /// \param exponent the labels are value / 10^exponent (linear axes)
 std::vector<Tick> MakeTicks(const AxisScale& scale, double pixels, double spacing, int exponent);
+/// Ticks at round values of Q on an axis of error rates, labeled with Q where there is room.
+std::vector<Tick> MakeQTicks(const AxisScale& rates, double pixels, double spacing);
 
 /// A 1-2-5 step: mantissa 10^exponent.
 struct TickStep {

@@ -170,6 +170,19 @@ std::vector<std::pair<std::string, bool>> DataFiles(const std::string& commands)
     return files;
 }
 
+/// Beside rates stands the Q of each: rate = erfc(Q / sqrt(2)) / 2.
+void ExpectQBeside(const std::vector<SvgElement>& svg, const AxisRead& rates) {
+    if (!rates.logarithmic || rates.title != "BER") return;
+    int labels = 0;
+    for (const SvgElement& element : svg) {
+        if (element.name != "text" || element.mark != "axis:q" || element.text == "Q") continue;
+        const double rate = 0.5 * std::erfc(std::stod(element.text) / std::sqrt(2.0));
+        EXPECT_NEAR(element.Number("y") - 0.36 * 11.0, rates.Pixel(rate), 0.5) << element.text;
+        ++labels;
+    }
+    EXPECT_GE(labels, 3);
+}
+
 void CheckPicture(const std::string& commandFile, const std::string& picture) {
     SCOPED_TRACE(commandFile);
     const auto svg = ReadSvg(FileText(picture));
@@ -179,6 +192,7 @@ void CheckPicture(const std::string& commandFile, const std::string& picture) {
     ExpectRound(x);
     ExpectRound(y);
     ExpectUnits(commandFile, x, y);
+    ExpectQBeside(svg, y);
     const auto frame = std::find_if(svg.begin(), svg.end(), [](const SvgElement& e) {
         return e.name == "rect" && e.mark.empty() && e.attributes.count("fill") &&
                e.attributes.at("fill") == "none";
