@@ -22,7 +22,7 @@
 namespace photrak {
 namespace {
 
-constexpr int rowHeight = 30, tablePane = 370, rhythm = 8;
+constexpr int rowHeight = 30, tablePane = 370, rhythm = 8;  // pixels
 
 QString Text(const std::string& text) {
     return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
@@ -79,6 +79,10 @@ FormDialog::FormDialog(Form& form, PushButton push, QWidget* parent)
     BuildButtons();
     Refresh();
     FitToContents();
+    // The first value to type, so that its hint shows; the name of a block is seldom changed.
+    if (rows_.size() > 1)
+        (rows_[1].value.line ? static_cast<QWidget*>(rows_[1].value.line) : rows_[1].value.choice)
+            ->setFocus();
 }
 
 FormDialog::Editor FormDialog::MakeEditor(FieldKind kind, const std::string& name,
@@ -190,7 +194,7 @@ void FormDialog::BuildTable() {
     table_->setSelectionMode(QAbstractItemView::NoSelection);
     table_->setFocusPolicy(Qt::NoFocus);
     table_->setShowGrid(false);
-    table_->setMinimumHeight(tablePane);
+    table_->setMinimumHeight(tablePane + table_->horizontalHeader()->sizeHint().height());
     table_->setVerticalScrollMode(QAbstractItemView::ScrollPerItem);
     table_->verticalScrollBar()->setPageStep(4);
     layout()->addWidget(table_);
