@@ -9,6 +9,9 @@
 #include <unistd.h>
 
 #include "base/text.h"
+#include "kernel/run_record.h"
+#include "kernel/sweep_settings.h"
+#include "kernel/symbols.h"
 
 namespace photrak {
 namespace {
@@ -92,6 +95,86 @@ bool ConsoleMessages::QueryBox(std::string_view text, std::string_view) {
     EndStatusLine();
     Report("note", Concat(text, " (answered with no)"));
     return false;
+}
+
+namespace {
+
+constexpr std::size_t mostWarnings = 1000;  // different ones; a scan has any number of points
+
+/// "received = -24", or the number of the point for a symbol that is gone.
+void AppendSweep(std::string& point, const Workspace& workspace, const SweepFields& fields) {
+    const SimOptions& options = *workspace.options;
+    if (!(options.mode & fields.modeBit) || options.*fields.count < 1) return;
+    Symbol symbol;
+    if (!point.empty()) point += ", ";
+    if (SymbolLookup(workspace.symbols, options.*fields.variable, &symbol)) {
+        point += Concat(options.*fields.variable, " = ", symbol.value);
+    } else {
+        point += Concat(fields.word, " sweep ", options.*fields.index);
+    }
+}
+
+}  // namespace
+
+std::string ConsoleMessages::Point() const {
+    std::string point;
+    if (!workspace_) return point;
+    const SimOptions& options = *workspace_->options;
+    AppendSweep(point, *workspace_, outerSweepFields);
+    AppendSweep(point, *workspace_, innerSweepFields);
+    if ((options.mode & simMode::statistical) && options.NUMRUNSTODO > 1) {
+        point += Concat(point.empty() ? "" : ", ", "run ", options.runIndex);
+    }
+    return point;
+}
+
+/// The line of a limit with the value, the unit and the place; any other as it stands.
+std::string ConsoleMessages::WithNote(std::string_view component, std::string_view line) const {
+    for (const ClampNote& note : CurrentRun().clamps) {
+        if (note.told != line) continue;
+        const std::string in = note.unit.empty() || note.unit == "none" ? "" : " " + note.unit;
+        std::string text = Concat("parameter '", note.parameter, "': ", note.value, in, " is ",
+                                  note.isBelow ? "below the minimum of " : "above the maximum of ",
+                                  note.limit, in, "; ", note.limit, in, " counts");
+        if (!places_) return text;
+        const auto place = places_->find({std::string(component), note.parameter});
+        if (place != places_->end()) text += Concat(" (", place->second, ")");
+        return text;
+    }
+    return std::string(line);
+}
+
+void ConsoleMessages::ShowWarnings(std::string_view component, std::string_view text) {
+    const std::string inComponent = Concat("in component ", component);
+    while (!text.empty()) {
+        const std::size_t end = text.find('\n');
+        const std::string_view line = text.substr(0, end);
+        text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
+        const bool isBare = line.find_first_not_of(" \t") == std::string_view::npos;
+        if (isBare || inComponent.ends_with(line)) continue;
+        std::string told = WithNote(component, line);
+        constexpr std::string_view mark = "WARNING: ";
+        if (told.starts_with(mark)) told.erase(0, mark.size());
+        const bool isNamed =
+            component.empty() || line.find(Concat("'", component, "'")) != std::string_view::npos;
+        if (!isNamed) told.insert(0, Concat("component '", component, "': "));
+        const auto [place, isNew] = warnings_.try_emplace(told, 0);
+        if (!isNew || warnings_.size() > mostWarnings) {
+            ++place->second;
+            continue;
+        }
+        EndStatusLine();
+        const std::string point = Point();
+        Report("warning", point.empty() ? told : Concat(told, " [", point, "]"));
+    }
+}
+
+void ConsoleMessages::TellRepeats() {
+    for (const auto& [text, times] : warnings_) {
+        if (times > 0)
+            Report("note", Concat(times, times == 1 ? " more time: " : " more times: ", text));
+    }
+    warnings_.clear();
 }
 
 StopOnSignal::StopOnSignal(SimOptions& options) {

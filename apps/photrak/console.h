@@ -2,8 +2,10 @@
 // request of the run.
 #pragma once
 
+#include <map>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "kernel/workspace.h"
 #include "platform/host.h"
@@ -23,6 +25,18 @@ class ConsoleMessages : public Messages {
     void ErrorBox(std::string_view text, std::string_view title) override;
     void InfoBox(std::string_view text, std::string_view title) override;
     bool QueryBox(std::string_view text, std::string_view title) override;
+    /// Each text once, with the point of a scan where it first came; ToldAgain() tells of the rest.
+    void ShowWarnings(std::string_view component, std::string_view text) override;
+
+    /// The run under way, borrowed, and where its parameters have their values: "FILE:LINE" by
+    /// component and parameter.
+    using Places = std::map<std::pair<std::string, std::string>, std::string>;
+    void Follow(const Workspace* workspace, const Places* places) {
+        workspace_ = workspace;
+        places_ = places;
+    }
+    /// How often warnings came again, and forgets them.
+    void TellRepeats();
 
     /// Clears the rewriting line before other output.
     void EndStatusLine();
@@ -34,7 +48,13 @@ class ConsoleMessages : public Messages {
     Progress progress_;
     bool terminal_;
     bool lineOpen_ = false;
+    std::string Point() const;
+    std::string WithNote(std::string_view component, std::string_view line) const;
+
     std::string errorText_, latestComponent_;
+    const Workspace* workspace_ = nullptr;
+    const Places* places_ = nullptr;
+    std::map<std::string, int> warnings_;  // times told
     HostScope scope_;
 };
 

@@ -7,6 +7,7 @@
 #include <new>
 #include <unistd.h>
 
+#include "base/nearest.h"
 #include "base/text.h"
 #include "photrak/commands.h"
 #include "photrak/console.h"
@@ -144,7 +145,9 @@ int Main(const std::vector<std::string>& arguments) {
     if (std::filesystem::path(word).extension() == ".top") {
         return StartWorkbenchProgram(arguments);
     }
-    return BadUsage(Concat("unknown command '", word, "'"));
+    const std::string nearest =
+        NearestOf(word, commandTable, [](const Command& command) { return command.name; });
+    return BadUsage(Concat("unknown command '", word, "'", DidYouMean(nearest)));
 }
 
 /// A listing that does not arrive is no success.

@@ -1,5 +1,6 @@
 // photrak models: what the catalogue offers, and how a block of one model is set.
 
+#include "base/nearest.h"
 #include "base/text.h"
 #include "files/catalogue.h"
 #include "files/catalogue_listing.h"
@@ -29,7 +30,9 @@ int ModelsCommand(const CommandOptions& options) {
     const Component* model = FindModel(session.catalogue, options.file);
     if (!model) {
         Report("error",
-               Concat("the catalogue has no model '", options.file, "'; see photrak models"));
+               Concat("the catalogue has no model '", options.file, "'; see photrak models",
+                      DidYouMean(NearestOf(options.file, session.catalogue.models,
+                                           [](const auto& one) { return one->type; }))));
         return exitStatus::failed;
     }
     WriteOut(DescribeModel(*model));

@@ -6,6 +6,7 @@
 #include <charconv>
 #include <filesystem>
 
+#include "base/nearest.h"
 #include "base/text.h"
 
 namespace photrak {
@@ -241,6 +242,12 @@ const Option* FindOption(std::string_view name, unsigned command) {
     return nullptr;
 }
 
+std::string NearestOption(std::string_view name, unsigned command) {
+    return NearestOf(name, optionTable, [&](const Option& option) {
+        return option.commands & command ? std::string_view(option.name) : std::string_view();
+    });
+}
+
 }  // namespace
 
 std::optional<std::string> ParseOptions(const std::vector<std::string>& arguments, unsigned command,
@@ -265,7 +272,9 @@ std::optional<std::string> ParseOptions(const std::vector<std::string>& argument
         const std::size_t equals = argument.find('=');
         const std::string name = argument.substr(0, equals);
         const Option* option = FindOption(name == "-h" ? "--help" : name, command);
-        if (!option) return Concat("unknown option '", name, "'");
+        if (!option) {
+            return Concat("unknown option '", name, "'", DidYouMean(NearestOption(name, command)));
+        }
         std::string value;
         if (option->value) {
             if (equals != std::string::npos) {

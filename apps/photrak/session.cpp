@@ -6,6 +6,7 @@
 
 #include "base/line_reader.h"
 #include "base/log.h"
+#include "base/nearest.h"
 #include "base/text.h"
 #include "files/catalogue.h"
 #include "files/diagnostics.h"
@@ -59,8 +60,13 @@ bool EnterDirectory(Session& session, const std::string& path) {
 namespace {
 
 /// True after a report of what a run would take otherwise than it was typed.
-bool Refuses(const Session& session, const CommandOptions& options) {
+bool Refuses(Session& session, const CommandOptions& options) {
     Inspection inspection = InspectSession(session, options, Thoroughness::ForRun);
+    for (const TypedValue& value : inspection.values) {
+        if (value.keyword != "VALUE") continue;
+        session.places[{value.component, value.definition->name}] = value.place;
+    }
+    if (options.lenient) return false;
     std::erase_if(inspection.findings,
                   [](const LoadFinding& finding) { return !finding.changesNumber; });
     const int faults = ReportFindings(inspection.findings);
@@ -75,7 +81,7 @@ bool Refuses(const Session& session, const CommandOptions& options) {
 
 bool OpenTopology(Session& session, const CommandOptions& options, Status& loaded, Faults faults) {
     if (!OpenCatalogue(session) || !EnterDirectory(session, options.file)) return false;
-    if (faults == Faults::Refused && Refuses(session, options)) return false;
+    if (faults != Faults::Told && Refuses(session, options)) return false;
     loaded = TopologyLoad(session.fileName, session.workspace, session.catalogue);
     if (!session.workspace) return false;
     std::string text = std::move(session.workspace->errorText);
@@ -102,10 +108,21 @@ bool OpenTopology(Session& session, const CommandOptions& options, Status& loade
     return true;
 }
 
+namespace {
+
+std::string NoComponent(const Session& session, const std::string& name,
+                        const CommandOptions& options) {
+    return Concat(options.file, ": no component '", name, "'",
+                  DidYouMean(NearestOf(name, session.workspace->components,
+                                       [](const auto& one) { return one->name; })));
+}
+
+}  // namespace
+
 Component* FindNamed(const Session& session, const std::string& name,
                      const CommandOptions& options) {
     Component* component = FindComponent(name, session.workspace->components);
-    if (!component) Report("error", Concat(options.file, ": no component '", name, "'"));
+    if (!component) Report("error", NoComponent(session, name, options));
     return component;
 }
 
@@ -114,7 +131,7 @@ Status ApplyParamFiles(const Session& session, const CommandOptions& options, st
     for (const auto& [name, file] : options.loadParams) {
         Component* component = FindComponent(name, session.workspace->components);
         if (!component) {
-            report += Concat(options.file, ": no component '", name, "'\n");
+            report += NoComponent(session, name, options) + "\n";
             return Status::Error;
         }
         std::string text;

@@ -2,8 +2,10 @@
 // directory.
 #pragma once
 
+#include <map>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "base/status.h"
 #include "files/user_models.h"
@@ -20,7 +22,9 @@ struct Session {
     SuperBlockRuns nestedRuns{catalogue};
     std::unique_ptr<Workspace> workspace;
     std::unique_ptr<WorkingDirectory> directory;  // the topology's, left at the end
-    std::string fileName;                         // the topology's name within it
+    /// Where the values of the parameters stand, by component and parameter.
+    std::map<std::pair<std::string, std::string>, std::string> places;
+    std::string fileName;  // the topology's name within it
 
     ~Session();
     ModelTable Models() const;
@@ -30,10 +34,11 @@ struct Session {
 bool OpenCatalogue(Session& session);
 /// Enters the topology's directory. False after a report.
 bool EnterDirectory(Session& session, const std::string& path);
-/// What becomes of a topology that says something that would count otherwise.
-enum class Faults { Refused, Told };
+/// What becomes of a topology that says something that would count otherwise; Told: whatever the
+/// load says of it, without an inspection.
+enum class Faults { Refused, LetPass, Told };
 inline Faults FaultsFor(const CommandOptions& options) {
-    return options.lenient ? Faults::Told : Faults::Refused;
+    return options.lenient ? Faults::LetPass : Faults::Refused;
 }
 /// Both of these, then loads the topology, reports its texts, in the log file too, loads the
 /// parameter files of --load-params and declares the symbols of --set. False after a report if it

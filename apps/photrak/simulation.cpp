@@ -111,7 +111,10 @@ int SimulateTopology(const CommandOptions& options, const SimulationKind& kind) 
     const StopOnSignal stop(simOptions);
     const auto start = std::chrono::steady_clock::now();
     LogText(Concat("Starting ", kind.name, "\n"));
+    messages.Follow(session.workspace.get(), &session.places);
     const Status status = RunSimulation(session.workspace.get(), session.Models());
+    messages.TellRepeats();
+    messages.Follow(nullptr, nullptr);
     LogText(Concat(kind.name, " Completed\n"));
     messages.EndStatusLine();
     if (options.verbose) {

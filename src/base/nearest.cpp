@@ -66,6 +66,10 @@ std::size_t TypingDistance(std::string_view typed, std::string_view name) {
     return last[width - 1] + (typed == name ? 0 : 1);
 }
 
+std::string DidYouMean(std::string_view name) {
+    return name.empty() ? std::string() : "; did you mean '" + std::string(name) + "'?";
+}
+
 NearestName::NearestName(std::string_view typed) : typed_(typed), least_(NearEnough(typed)) {}
 
 void NearestName::Offer(std::string_view name) {

@@ -24,6 +24,9 @@ class NearestName {
     std::size_t least_;
 };
 
+/// "; did you mean 'NAME'?", nothing for an empty name.
+std::string DidYouMean(std::string_view name);
+
 /// The same over a range, with what gives the name of an element.
 template <class Range, class NameOf>
 std::string NearestOf(std::string_view typed, const Range& range, const NameOf& nameOf) {

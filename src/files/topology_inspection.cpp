@@ -311,8 +311,7 @@ Inspection InspectTopologyText(std::string_view text, const std::string& fileNam
 std::string FindingLine(const LoadFinding& finding) {
     std::string line = Concat(finding.place, ": ", finding.code, ": ", finding.text);
     if (!finding.counts.empty()) line += Concat("; ", finding.counts);
-    if (!finding.nearest.empty()) line += Concat("; did you mean '", finding.nearest, "'?");
-    return line;
+    return line + DidYouMean(finding.nearest);
 }
 
 }  // namespace photrak

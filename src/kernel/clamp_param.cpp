@@ -5,6 +5,7 @@
 
 #include "base/text.h"
 #include "kernel/parameter_types.h"
+#include "kernel/run_record.h"
 
 namespace photrak {
 
@@ -24,11 +25,29 @@ std::string LimitText(signed char limit) {
     return std::string(1, static_cast<char>(limit));
 }
 
+/// As people write it; the told text keeps the form of its kind.
+std::string PlainText(double value) {
+    return FormatDefault(value);
+}
+template <class T>
+std::string PlainText(T value) {
+    return LimitText(value);
+}
+
+constexpr std::string_view belowMinimum = "less than minimum";
+
 Status MoveTo(const void* limit, auto& value, std::string_view side, const Parameter& parameter,
               std::string& errorText) {
+    const auto typed = value;
     value = *static_cast<const std::remove_reference_t<decltype(value)>*>(limit);
-    errorText += FillIn("WARNING: parameter '%s' %s value; change to %s\n",
-                        {parameter.name, side, LimitText(value)});
+    const std::string told = FillIn("WARNING: parameter '%s' %s value; change to %s",
+                                    {parameter.name, side, LimitText(value)});
+    errorText += told + "\n";
+    std::vector<ClampNote>& notes = CurrentRun().clamps;
+    if (notes.size() < RunRecord::mostClamps) {
+        notes.push_back({told, parameter.name, PlainText(typed), PlainText(value),
+                         parameter.UNITS ? parameter.UNITS : "", side == belowMinimum});
+    }
     return Status::Warning;
 }
 
@@ -45,7 +64,7 @@ Status Clamp(Parameter& parameter, std::string& errorText) {
     const T* max = static_cast<const T*>(parameter.max);
     // What is no number counts as below.
     if (min && (value < *min || std::isnan(static_cast<double>(value)))) {
-        return MoveTo(min, value, "less than minimum", parameter, errorText);
+        return MoveTo(min, value, belowMinimum, parameter, errorText);
     }
     if (max && value > *max) {
         return MoveTo(max, value, "greater than maximum", parameter, errorText);

@@ -73,14 +73,18 @@ Status RunBlock(RunState& run, Step& step) {
 }
 
 /// Warnings are logged once and forgotten; the text of an error stays for the final message.
-void LogAndMerge(RunState& run, Status model) {
+void LogAndMerge(RunState& run, const Component& component, Status model) {
     if (run.status == Status::Success && model == Status::Success) return;
     MergeStatus(run.status, model);
     if (run.errorText.empty()) return;
     // The text of an error inside a SuperBlock goes on to the run outside, which logs it.
     if (model == Status::Error && !run.workspace.name.empty()) return;
     LogText(run.errorText + "\n");
-    if (run.status == Status::Warning) run.errorText.clear();
+    if (run.status == Status::Warning) {
+        CurrentHost().messages->ShowWarnings(run.workspace.name + component.name, run.errorText);
+        run.errorText.clear();
+    }
+    CurrentRun().clamps.clear();
 }
 
 bool CarriesSignal(std::int32_t sigType) {
@@ -190,14 +194,15 @@ void StepComponent(RunState& run) {
     MergeStatus(run.status, CheckPorts(reached, run.errorText, run.workspace.name));
     MergeStatus(run.status, GatherPorts(reached, step.inputs, step.outputs, run.errorText));
     AnnounceComponent(run.workspace, reached);
-    LogAndMerge(run, RunBlock(run, step));
+    const Status model = RunBlock(run, step);
+    LogAndMerge(run, reached, model);
 
     Component& component = *step.component;  // a loop that went round is at its begin block now
     if (run.status != Status::Error) component.runFlags |= runFlag::hasRun;
     step.inputs.reset();
     const Status stored =
         StoreOutputs(component, run.workspace, std::move(step.outputs), run.errorText);
-    if (stored != Status::Success) LogAndMerge(run, stored);
+    if (stored != Status::Success) LogAndMerge(run, component, stored);
     ReclaimInputs(component, run);
 }
 

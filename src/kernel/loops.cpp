@@ -7,6 +7,7 @@
 #include "base/text.h"
 #include "kernel/graph.h"
 #include "kernel/parameters.h"
+#include "platform/host.h"
 
 namespace photrak {
 namespace {
@@ -24,8 +25,10 @@ std::int32_t PreparedCount(Component& block, Workspace& workspace) {
     const auto* least = static_cast<const std::int32_t*>(parameter->min);
     const auto* greatest = static_cast<const std::int32_t*>(parameter->max);
     if ((!least || count >= *least) && (!greatest || count <= *greatest)) return count;
-    LogText(Concat("\nWARNING: number of loop repetitions for component '", workspace.name,
-                   block.name, "' outside limits.\n"));
+    const std::string text = Concat("\nWARNING: number of loop repetitions for component '",
+                                    workspace.name, block.name, "' outside limits.\n");
+    LogText(text);
+    CurrentHost().messages->ShowWarnings({}, text);
     return 1;
 }
 

@@ -8,6 +8,7 @@
 #include "kernel/pass_lists.h"
 #include "kernel/statistics.h"
 #include "kernel/sweep_settings.h"
+#include "platform/host.h"
 
 namespace photrak {
 namespace {
@@ -21,6 +22,7 @@ void WarnOfEmptyList(RunState& run) {
     MergeStatus(run.status, Status::Warning);
     if (run.status != Status::Warning) return;
     LogText(run.errorText);
+    CurrentHost().messages->ShowWarnings({}, run.errorText);
     run.errorText.clear();
 }
 

@@ -28,7 +28,16 @@ struct BerReading {
     double BER = 0.0, Q = 0.0;
 };
 
+/// A value that a limit has moved: the line of text that told it, and what that leaves out.
+struct ClampNote {
+    std::string told, parameter, value, limit, unit;
+    bool isBelow = false;
+};
+
 struct RunRecord {
+    static constexpr std::size_t mostClamps = 64;
+    std::vector<ClampNote> clamps;  // since warnings were last shown
+
     NameList written;  // result files
     NameList failed;   // those that the disk did not take: no writer has a text for that
     std::vector<BerReading> readings;  // in the order in which the testers first ran

@@ -55,6 +55,7 @@ void SpeakLastWord(Status status, std::string& errorText) {
     if (status == Status::Error) FatalError(InterpretPercent(errorText));
     if (status != Status::Warning) return;
     LogText(InterpretPercent(errorText));
+    CurrentHost().messages->ShowWarnings({}, InterpretPercent(errorText));
     errorText.clear();
 }
 

@@ -17,6 +17,9 @@ struct Messages {
     virtual void ShowStatusText(std::string_view text) = 0;
     virtual void ErrorBox(std::string_view text, std::string_view title) = 0;
     virtual void InfoBox(std::string_view text, std::string_view title) = 0;
+    /// Lines that a run has just logged about a component (its path and name; empty: about the run
+    /// as a whole). Who shows the log has no use for them.
+    virtual void ShowWarnings(std::string_view /*component*/, std::string_view /*text*/) {}
     /// True for yes. With nobody to ask the answer is no.
     virtual bool QueryBox(std::string_view text, std::string_view title) = 0;
 };

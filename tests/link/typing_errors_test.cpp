@@ -198,6 +198,21 @@ TEST_F(TypingErrors, OfWiresAndFilesAreToldByACheck) {
     }
 }
 
+/// What a run finds out comes with the place, the point of the scan, and a count of its repeats.
+TEST_F(TypingErrors, WarningsOfARunAreToldOnceWithValueAndPoint) {
+    const ProgramResult result =
+        Photrak("scan --no-commands --quiet --inner received=80:320:60 ber-power.top");
+    EXPECT_EQ(result.status, 0);
+    for (const char* told :
+         {"photrak: warning: component 'Power': parameter 'AvePowerOut': 140 dBm is above the "
+          "maximum of 100 dBm; 100 dBm counts (ber-power.top:183) [received = 140]\n",
+          "photrak: warning: Optical Normalizer 'Power' applied a gain of 113.157 dB [received = "
+          "140]\n",
+          "photrak: note: 3 more times: Optical Normalizer 'Power'"}) {
+        EXPECT_NE(result.error.find(told), std::string::npos) << result.error;
+    }
+}
+
 /// A page for each code, and a code that is no page's.
 TEST_F(TypingErrors, EveryCodeIsExplained) {
     const ProgramResult list = Photrak("explain");
