@@ -23,28 +23,30 @@ bool SameLines(const std::vector<NodeLine>& a, const std::vector<NodeLine>& b) {
     });
 }
 
-/// The settings without the coordinates of a run, which pass.
-RunSettings Lasting(RunSettings options) {
-    options.mode &= simMode::savedStatistical;
-    options.loopSuffix.clear();
-    options.loopReps = options.innerCount = options.outerCount = options.set = 0;
-    options.innerIndex = options.outerIndex = options.runIndex = options.loopIndex = 0;
-    return options;
+/// Copies what a save writes of the settings.
+void CopySaved(const RunSettings& source, SimOptions& options) {
+    SimOptions from;
+    static_cast<RunSettings&>(from) = source;
+    options.mode = static_cast<std::int16_t>((options.mode & ~simMode::savedStatistical) |
+                                             (from.mode & simMode::savedStatistical));
+    options.NUMRUNSTODO = from.NUMRUNSTODO;
+    options.SAVEPARAMS = from.SAVEPARAMS;
+    options.SIGSAVEMODE = from.SIGSAVEMODE;
+    options.PLOTTING = from.PLOTTING;
+    for (const TextOption& option : textOptions) {
+        if (option.saved == TextOption::WithValue) options.*option.field = from.*option.field;
+    }
 }
 
-/// What a save writes of the settings.
 RunSettings Saved(const RunSettings& options) {
     SimOptions saved;
-    static_cast<RunSettings&>(saved) = Lasting(options);
-    for (const TextOption& option : textOptions) {
-        if (option.saved != TextOption::WithValue) (saved.*option.field).clear();
-    }
+    CopySaved(options, saved);
     return saved;
 }
 
 bool SameHeader(const HeaderState& a, const HeaderState& b) {
     return a.NOTE == b.NOTE && a.LOCKED == b.LOCKED && a.begin == b.begin && a.end == b.end &&
-           SameVariables(a.variables, b.variables);
+           SameVariables(a.variables, b.variables) && Saved(a.options) == Saved(b.options);
 }
 
 std::vector<std::int32_t> Numbers(const std::vector<Node*>& nodes) {
@@ -64,10 +66,7 @@ std::shared_ptr<const HeaderState> TakeHeader(const Workspace& workspace,
                        *workspace.options};
     // A variable's borrowed place belongs to the run that set it.
     for (Variable& variable : header.variables) variable.actual = nullptr;
-    if (former && SameHeader(*former->header, header) &&
-        Lasting(former->header->options) == Lasting(header.options)) {
-        return former->header;
-    }
+    if (former && SameHeader(*former->header, header)) return former->header;
     return std::make_shared<const HeaderState>(std::move(header));
 }
 
@@ -255,9 +254,23 @@ bool SaveAlike(const std::vector<std::shared_ptr<const Record>>& a,
 
 bool SavesAlike(const DiagramState& a, const DiagramState& b) {
     if (!a.header || !b.header) return a.header == b.header;
-    return (a.header == b.header || (SameHeader(*a.header, *b.header) &&
-                                     Saved(a.header->options) == Saved(b.header->options))) &&
+    return (a.header == b.header || SameHeader(*a.header, *b.header)) &&
            SaveAlike(a.blocks, b.blocks) && SaveAlike(a.nodes, b.nodes);
+}
+
+DiagramState WithHeaderOf(DiagramState state, const Workspace& workspace) {
+    state.header = TakeHeader(workspace, nullptr);
+    return state;
+}
+
+DiagramState KeepingUnsaved(DiagramState state, const Workspace& workspace) {
+    auto header = std::make_shared<HeaderState>(*state.header);
+    SimOptions options;
+    static_cast<RunSettings&>(options) = *workspace.options;
+    CopySaved(header->options, options);
+    header->options = options;
+    state.header = std::move(header);
+    return state;
 }
 
 void Touched::Add(const Component& component) {

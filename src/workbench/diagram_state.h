@@ -58,6 +58,12 @@ struct DiagramState {
 /// Whether both save as the same text, records compared one by one.
 bool SavesAlike(const DiagramState& a, const DiagramState& b);
 
+/// The state with symbols and options of the workspace, those too that no save writes: the prefix
+/// of results, the number of runs so far.
+DiagramState WithHeaderOf(DiagramState state, const Workspace& workspace);
+/// The state with the options of the workspace that no save writes; they are no step of a history.
+DiagramState KeepingUnsaved(DiagramState state, const Workspace& workspace);
+
 /// The identities of a diagram's blocks from one state to the next.
 struct BlockIds {
     std::unordered_map<const Component*, std::uint64_t> of;

@@ -39,7 +39,7 @@ bool SaveUndo(Workbench& workbench, DiagramView& view, std::string_view command)
         workbench.ErrorBox(escape.message);
         return false;
     }
-    view.undo.state = std::move(state);
+    view.undo.state = WithHeaderOf(std::move(state), *view.workspace);
     view.undo.command = command;
     view.undo.blocks = view.selection.size();
     view.undo.modified = view.undo.valid = true;
@@ -113,7 +113,8 @@ void GoTo(Workbench& workbench, const DiagramState* (History::*step)(),
     std::string text;
     view->ClearSelection();
     view->ForgetIndex();
-    if (RestoreState(*state, present, *view->workspace, view->ids, text) == Status::Error) {
+    const DiagramState target = KeepingUnsaved(*state, *view->workspace);
+    if (RestoreState(target, present, *view->workspace, view->ids, text) == Status::Error) {
         (view->history.*back)();
         workbench.ErrorBox(text);
         return;
