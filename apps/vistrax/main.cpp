@@ -66,6 +66,9 @@ int Show(const ViewerOptions& options) {
     ViewerWindow window(ChoiceOf(options));
     QObject::connect(&instance, &SingleInstance::Requested, &window,
                      [&window](const InstanceRequest& wanted) {
+                         // What lets a window come to the front where the desktop guards it.
+                         if (!wanted.token.isEmpty())
+                             qputenv("XDG_ACTIVATION_TOKEN", wanted.token.toUtf8());
                          window.Welcome(wanted.files, wanted.directory);
                      });
     window.OpenFiles(request.files, request.directory);

@@ -106,6 +106,8 @@ void ReadoutView::ShowCursors(const Plot& plot, const PlotView& view, const Curs
 
 void ReadoutView::ShowMeasures(const Plot& plot, const PlotView& view) {
     QStringList lines;
+    for (const std::string& note : plot.notes)
+        lines.append(QStringLiteral("\u26A0 ") + ToQString(note));
     for (const std::string& line : MeasureLines(plot, view)) lines.append(ToQString(line));
     if (lines.isEmpty())
         lines.append(tr("Click puts cursor A, Ctrl+click cursor B; Esc takes them off."));

@@ -147,6 +147,10 @@ struct ViewerCommands {
     static void Step(Window& w) {
         w.current_->Update(w.current_->Pane().Step(Steps));
     }
+    template <int Direction>
+    static void StepPeak(Window& w) {
+        w.current_->Update(w.current_->Pane().StepPeak(Direction));
+    }
     static void Escape(Window& w) { w.current_->Update(w.current_->Pane().Escape()); }
     template <CursorId Id>
     static void GoTo(Window& w) {
@@ -266,6 +270,8 @@ constexpr CommandRow commands[] = {
     {{"step-right", "C&ursors", "One Sample Right", "Right", "Moves the cursor touched last", plain}, true, C::Step<1>},
     {{"leap-left", "C&ursors", "Ten Samples Left", "Ctrl+Left", "Moves the cursor touched last", plain}, true, C::Step<-10>},
     {{"leap-right", "C&ursors", "Ten Samples Right", "Ctrl+Right", "Moves the cursor touched last", plain}, true, C::Step<10>},
+    {{"next-peak", "C&ursors", "Next &Peak", "P", "Moves the cursor touched last to the next peak on the right", plain}, true, C::StepPeak<1>},
+    {{"previous-peak", "C&ursors", "Previous Peak", "Shift+P", "Moves the cursor touched last to the next peak on the left", plain}, true, C::StepPeak<-1>},
     {{"go-a", "C&ursors", "Put &A at…", "G", "Puts cursor A at a place to type in", plain}, true, C::GoTo<CursorId::A>},
     {{"go-b", "C&ursors", "Put &B at…", "Shift+G", "Puts cursor B at a place to type in", plain}, true, C::GoTo<CursorId::B>},
     {{"escape", "C&ursors", "&Remove", "Esc", "Drops a drag, or takes all cursors off", plain}, true, C::Escape},

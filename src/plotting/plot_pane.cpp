@@ -18,7 +18,7 @@ double Apart(Point a, Point b) {
     return std::hypot(a.x - b.x, a.y - b.y);
 }
 
-/// The number behind the colon of an id.
+/// The number after the colon of an id.
 std::optional<std::size_t> NumberOf(std::string_view id, std::string_view kind) {
     if (!id.starts_with(kind)) return std::nullopt;
     std::size_t number = 0;
@@ -333,67 +333,6 @@ std::string PlotPane::PlaceText(Point at) const {
     if (HasSecondAxis(*plot_))
         place += ",  " + text(picture_.layout.Map(true).YAt(at.y), spec.secondLabel);
     return place;
-}
-
-Change PlotPane::Zoom(double factor) {
-    open_.view.ZoomAt({0.5, 0.5}, factor);
-    return Change::View;
-}
-
-Change PlotPane::Move(Point by) {
-    open_.view.Pan(by);
-    return Change::View;
-}
-
-Change PlotPane::FitAxis(AxisId axis) {
-    open_.view.SetRange(axis, FullRange(*plot_, axis, open_.view.ScaleOf(axis).Kind()));
-    return Change::View;
-}
-
-Change PlotPane::SetScale(ScaleKind kind) {
-    open_.view.SetYScale(*plot_, kind);
-    return Change::View;
-}
-
-Change PlotPane::ToggleCursors() {
-    auto& x = open_.cursors.x;
-    if (x[0] || x[1]) {
-        x = {};
-        return Change::Overlay;
-    }
-    const AxisScale scale = open_.view.ScaleOf(AxisId::X);
-    for (const CursorId id : {CursorId::A, CursorId::B}) {
-        const double place = id == CursorId::A ? 1.0 / 3.0 : 2.0 / 3.0;
-        open_.cursors.X(id) = CursorPlace(*plot_, open_.view, open_.cursors, scale.Value(place));
-    }
-    cursor_ = {};
-    return Change::Overlay;
-}
-
-Change PlotPane::ToggleLevelCursors() {
-    auto& y = open_.cursors.y;
-    const bool any = y[0] || y[1];
-    const AxisScale scale = open_.view.ScaleOf(AxisId::Y);
-    y = {};
-    if (!any) y = {scale.Value(2.0 / 3.0), scale.Value(1.0 / 3.0)};
-    return Change::Overlay;
-}
-
-Change PlotPane::Step(int steps) {
-    if (!open_.cursors.X(cursor_.id)) cursor_.id = open_.cursors.x[0] ? CursorId::A : CursorId::B;
-    if (!open_.cursors.X(cursor_.id)) return Move({-0.1 * (steps > 0 ? 1 : -1), 0.0});
-    StepCursor(*plot_, open_.view, open_.cursors, cursor_.id, steps);
-    return Change::Overlay;
-}
-
-Change PlotPane::Escape() {
-    if (drag_ != Drag::None) {
-        drag_ = Drag::None;
-        pressed_.at = {-1e6, -1e6};
-        return Change::Overlay;
-    }
-    open_.cursors.x = open_.cursors.y = {};
-    return Change::Overlay;
 }
 
 }  // namespace photrak

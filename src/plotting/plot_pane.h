@@ -67,6 +67,8 @@ class PlotPane {
     Change ToggleLevelCursors();
     /// The x cursor touched last, by samples; without one the plot moves by a tenth.
     Change Step(int steps);
+    /// The same cursor to the next peak of the first visible curve, to the right or (-1) left.
+    Change StepPeak(int direction);
     Change Escape();
 
     EyeStyle eyeStyle = EyeStyle::Auto;

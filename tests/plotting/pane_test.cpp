@@ -188,6 +188,30 @@ TEST_F(PlotPaneTest, ClicksPutCursorsOnSamples) {
     EXPECT_FALSE(open_.cursors.x[0] || open_.cursors.y[1]);
 }
 
+TEST(PlotPanePeaks, AreSteppedThroughInOrder) {
+    Plot plot;
+    std::vector<double> x, y;
+    for (int i = 0; i <= 400; ++i) {
+        x.push_back(i);
+        // Peaks of rising height at 50, 150, 250, 350, with ripples far below them.
+        y.push_back((1.0 + 0.001 * i) * std::pow(std::cos(M_PI * (i - 50) / 100.0), 2) +
+                    1e-5 * (i % 2));
+    }
+    plot.curves = {MakeCurve("comb", x, y, 0)};
+    OpenPlot open;
+    open.view = PlotView(plot);
+    PlotPane pane(open);
+    pane.Show(std::make_shared<const Plot>(plot));
+    pane.Take(pane.MakeJob({800, 500}, TableMeasure()).Draw());
+    for (const double at : {50.0, 150.0, 250.0, 350.0}) {
+        EXPECT_EQ(pane.StepPeak(1), Change::Overlay);
+        EXPECT_NEAR(open.cursors.x[0].value_or(0), at, 1.0);
+    }
+    EXPECT_EQ(pane.StepPeak(1), Change::Nothing);
+    pane.StepPeak(-1);
+    EXPECT_NEAR(open.cursors.x[0].value_or(0), 250.0, 1.0);
+}
+
 TEST_F(PlotPaneTest, TheLegendHidesAndIsolates) {
     const Plot& plot = pane_.Shown();
     const Point up = Legend(0), down = Legend(1);

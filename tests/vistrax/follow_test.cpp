@@ -61,6 +61,18 @@ TEST_F(ViewerTest, SaysWhatIsWrongAndShowsWhatComesLate) {
         QTest::mouseClick(&widget.Display(), Qt::LeftButton, {}, {100, 100});
         Wheel(widget, {100, 100}, 1);
     }
+    // One of two data files is missing: the other is shown, and the note stands beside it.
+    WriteData("there.sig", 1.0, 0.0, 3);
+    PlotWidget& half =
+        Open(ToQString(dir_.Write("half.pcs", "/xl\"Time (s)\"\nthere.sig\nnowhere.sig\n")));
+    EXPECT_EQ(half.Pane().Shown().curves.size(), 1u);
+    EXPECT_TRUE(WaitFor([&] {
+        const auto labels = half.TheReadout().findChildren<QLabel*>();
+        return std::any_of(labels.begin(), labels.end(), [](const QLabel* label) {
+            return label->text().indexOf(QStringLiteral("nowhere.sig")) >= 0;
+        });
+    }));
+
     PlotWidget& late = Open(ToQString(dir_.Path() + "late.pcs"));
     EXPECT_NE(late.Banner().text().indexOf(QStringLiteral("No such file")), -1);
     WritePlot("late", 1e-3, 1e-5);
