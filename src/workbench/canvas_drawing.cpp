@@ -254,10 +254,20 @@ class CanvasPainter {
                                           : workbench_.palette.Row(view_.modelIndex).name;
             AddIcon(ghost, type, SquareAt(ghost.at, picture_.iconSide), drawing_.overlay);
         }
+        if (!picture_.rubber.empty()) AddLanding();
         for (const PictureRubber& rubber : picture_.rubber) {
             const Role role = rubber.connects ? Role::WireElectrical : Role::WireOther;
             drawing_.AddOver(Segments{{CenterOf(rubber.from), CenterOf(rubber.to)}, {role, 1.5}});
         }
+    }
+
+    /// A ring around the port that a wire would end at.
+    void AddLanding() {
+        const Hit hit = HitTest(view_.Index(), view_.drag.last, workbench_.scale);
+        if (!hit.OnPort(Side::Input)) return;
+        const CanvasPoint tick = TickAt(*hit.component, hit.side, hit.port, workbench_.scale);
+        drawing_.AddOver(Box{.rect = SquareAt(tick, picture_.tickSide).Grown(portZone),
+                             .pen = {Role::Selected, 1.5}});
     }
 
     const Workbench& workbench_;
