@@ -11,7 +11,7 @@
 namespace photrak {
 namespace {
 
-constexpr int mostRows = 200;
+constexpr std::size_t mostRows = 200;
 
 QString Quantity(std::string_view label, const char* otherwise) {
     const std::string quantity = SplitLabel(label).quantity;
@@ -83,7 +83,7 @@ void ReadoutView::SetRow(int row, const QStringList& cells) {
 }
 
 void ReadoutView::ShowCursors(const Plot& plot, const PlotView& view, const Cursors& cursors) {
-    const Readout readout = MakeReadout(plot, view, cursors);
+    const Readout readout = MakeReadout(plot, view, cursors, mostRows);
     QList<QStringList> rows;
     const auto add = [&](const QString& name, std::initializer_list<std::string_view> texts) {
         QStringList row{name};
@@ -95,7 +95,6 @@ void ReadoutView::ShowCursors(const Plot& plot, const PlotView& view, const Curs
     if (!readout.yA.empty() || !readout.yB.empty())
         add(Quantity(plot.spec.yLabel, "y"), {readout.yA, readout.yB, readout.yDifference, ""});
     for (const ReadoutRow& row : readout.rows) {
-        if (rows.size() == mostRows) break;
         add(ToQString(row.name), {row.a, row.b, row.difference, row.slope});
     }
     anyCursor_ = cursors.x[0] || cursors.x[1] || cursors.y[0] || cursors.y[1];

@@ -192,12 +192,14 @@ void StepCursor(const Plot& plot, const PlotView& view, Cursors& cursors, Cursor
     if (!std::isnan(place)) cursor = place;
 }
 
-Readout MakeReadout(const Plot& plot, const PlotView& view, const Cursors& cursors) {
+Readout MakeReadout(const Plot& plot, const PlotView& view, const Cursors& cursors,
+                    std::size_t mostRows) {
     Readout readout;
     FillX(readout, plot, view, cursors);
     FillY(readout, plot, cursors);
     if (plot.kind == PlotKind::Eye || (!cursors.x[0] && !cursors.x[1])) return readout;
     for (const Curve& curve : plot.curves) {
+        if (readout.rows.size() == mostRows) break;
         if (!view.IsHidden(curve)) readout.rows.push_back(RowOf(plot, curve, cursors));
     }
     return readout;

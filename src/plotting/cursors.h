@@ -46,7 +46,9 @@ struct Readout {
     std::string yA, yB, yDifference;
     std::vector<ReadoutRow> rows;  // one for each visible curve
 };
-Readout MakeReadout(const Plot& plot, const PlotView& view, const Cursors& cursors);
+/// At most `mostRows` rows, of the first visible curves.
+Readout MakeReadout(const Plot& plot, const PlotView& view, const Cursors& cursors,
+                    std::size_t mostRows = 100'000);
 /// The readout as lines of tab-separated fields, for a clipboard.
 std::string ReadoutText(const Readout& readout);
 

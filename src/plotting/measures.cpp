@@ -79,6 +79,7 @@ class Lines {
             constexpr std::size_t mostSamples = 1'000'000;
             if (view_.IsHidden(curve) || curve.second || curve.held) continue;
             if (curve.x->Size() > mostSamples) continue;
+            if (lines_.size() == most_) return;
             const double least = yUnit.starts_with("dB") ? 3.0 : 0.1 * curve.y->Limits().Span();
             std::vector<Peak> peaks = FindPeaks(*curve.x, *curve.y, least, most_);
             std::erase_if(peaks, [&](const Peak& p) { return !range.Contains(p.x); });
