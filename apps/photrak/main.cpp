@@ -84,9 +84,11 @@ std::string Help() {
     text += "\nMore options of scan, which replace what the topology asks for:\n";
     text += OptionHelp(commandBit::scan, commandBit::run);
     text +=
-        "\nResult files and log.txt are written in the topology's directory. Standard output lists "
-        "the\n"
-        "result files; progress, warnings and errors go to standard error.\n"
+        "\nResult files and log.txt are written in the topology's directory, or in that of --out; "
+        "'-'\n"
+        "as FILE.top is standard input. Standard output lists the result files; progress, warnings "
+        "and\n"
+        "errors go to standard error.\n"
         "Exit status: 0 success (with warnings too, unless --strict), 1 the load or the run "
         "failed,\n"
         "2 warnings under --strict, 64 bad usage, 128 + signal after a stop on request.\n";

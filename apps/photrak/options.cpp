@@ -57,6 +57,12 @@ Problem SetParamFile(CommandOptions& options, const std::string& value) {
     return {};
 }
 
+Problem SetFolder(CommandOptions& options, const std::string& value) {
+    if (value.empty()) return "--out wants the name of a folder";
+    options.out = value;
+    return {};
+}
+
 Problem SetPlotting(CommandOptions& options, const std::string& value) {
     static constexpr std::array<std::pair<std::string_view, std::int16_t>, 4> words{{
         {"none", DoNotPlot},
@@ -179,6 +185,8 @@ constexpr Option optionTable[] = {
      "give a symbol a number or an expression for this run; repeatable"},
     {"--load-params", "C=FILE", topologyCommand, AddParamFile,
      "load the parameter file FILE into the component C first; repeatable"},
+    {"--out", "DIR", plotting, SetFolder,
+     "write results and log.txt into the folder DIR, which is made if need be"},
     {"--prefix", "TEXT", simulating, SetText<&CommandOptions::prefix>,
      "start the names of result files with TEXT"},
     {"--plotting", "MODE", plotting, SetPlotting,

@@ -2,7 +2,10 @@
 #include "photrak/session.h"
 
 #include <algorithm>
+#include <array>
+#include <cstdio>
 #include <filesystem>
+#include <system_error>
 
 #include "base/line_reader.h"
 #include "base/log.h"
@@ -12,6 +15,7 @@
 #include "files/diagnostics.h"
 #include "files/param_file.h"
 #include "files/topology.h"
+#include "files/topology_blocks.h"
 #include "kernel/graph.h"
 #include "kernel/run_record.h"
 #include "models/dispatch.h"
@@ -45,16 +49,69 @@ bool OpenCatalogue(Session& session) {
     return true;
 }
 
-bool EnterDirectory(Session& session, const std::string& path) {
-    const std::filesystem::path file(path);
-    session.fileName = file.filename().string();
-    const std::string directory = file.has_parent_path() ? file.parent_path().string() : ".";
-    session.directory = std::make_unique<WorkingDirectory>(directory);
-    if (session.directory->Failed()) {
-        Report("error", Concat(path, ": cannot enter the directory '", directory, "'"));
+namespace {
+
+/// As it stands in front of the name of a file: with the last separator, or empty for here.
+std::string AsPrefix(const std::string& folder) {
+    return folder.empty() || folder.back() == '/' ? folder : folder + '/';
+}
+
+std::string ReadStandardInput() {
+    std::string text;
+    std::array<char, 65536> part{};
+    while (text.size() <= maxTopologyBytes) {
+        const std::size_t got = std::fread(part.data(), 1, part.size(), stdin);
+        text.append(part.data(), got);
+        if (got == 0) break;
+    }
+    return text;
+}
+
+/// Makes the folder of the results the working directory; inputs stay where they are. The topology
+/// of a pipe is kept beside its results.
+bool EnterOut(Session& session, const std::string& folder, const std::string& out) {
+    std::error_code failed;
+    const std::string inputs = std::filesystem::absolute(folder, failed).string();
+    if (!failed) std::filesystem::create_directories(out, failed);
+    if (!failed) session.directory = std::make_unique<WorkingDirectory>(out);
+    if (failed || session.directory->Failed()) {
+        Report("error", Concat("--out '", out,
+                               "': ", failed ? failed.message() : "the folder cannot be entered"));
         return false;
     }
+    session.resultFolder = AsPrefix(out);
+    session.inputs = std::make_unique<InputFolder>(inputs);
     return true;
+}
+
+bool KeepStandardInput(Session& session) {
+    session.fileName = "standard-input.top";
+    std::string reason;
+    if (WriteFileAtOnce(session.fileName, ReadStandardInput(), reason)) return true;
+    Report("error", Concat("could not write '", session.fileName, "': ", reason));
+    return false;
+}
+
+}  // namespace
+
+bool EnterDirectory(Session& session, const std::string& path, const std::string& out) {
+    const bool isPipe = path == "-";
+    if (isPipe && out.empty()) {
+        Report("error", "a topology from standard input wants '--out DIR' for its results");
+        return false;
+    }
+    const std::filesystem::path file(path);
+    session.fileName = file.filename().string();
+    const bool isHere = isPipe || !file.has_parent_path();
+    const std::string folder = isHere ? "." : file.parent_path().string();
+    if (!out.empty()) {
+        return EnterOut(session, folder, out) && (!isPipe || KeepStandardInput(session));
+    }
+    session.resultFolder = isHere ? std::string() : AsPrefix(folder);
+    session.directory = std::make_unique<WorkingDirectory>(folder);
+    if (!session.directory->Failed()) return true;
+    Report("error", Concat(path, ": cannot enter the directory '", folder, "'"));
+    return false;
 }
 
 namespace {
@@ -80,8 +137,10 @@ bool Refuses(Session& session, const CommandOptions& options) {
 }  // namespace
 
 bool OpenTopology(Session& session, const CommandOptions& options, Status& loaded, Faults faults) {
-    if (!OpenCatalogue(session) || !EnterDirectory(session, options.file)) return false;
-    if (faults != Faults::Told && Refuses(session, options)) return false;
+    if (!OpenCatalogue(session) || !EnterDirectory(session, options.file, options.out))
+        return false;
+    const bool writes = faults != Faults::Told;
+    if (writes && (Refuses(session, options) || !LockFolder(session))) return false;
     loaded = TopologyLoad(session.fileName, session.workspace, session.catalogue);
     if (!session.workspace) return false;
     std::string text = std::move(session.workspace->errorText);
@@ -106,6 +165,15 @@ bool OpenTopology(Session& session, const CommandOptions& options, Status& loade
     if (applied == Status::Error) return false;
     ApplySymbols(*session.workspace, options);
     return true;
+}
+
+bool LockFolder(Session& session) {
+    session.lock = std::make_unique<FolderLock>();
+    if (session.lock->Owner().empty()) return true;
+    Report("error", Concat("process ", session.lock->Owner(),
+                           " is writing results into this folder; '--out DIR' gives these a folder "
+                           "of their own"));
+    return false;
 }
 
 namespace {
@@ -156,17 +224,19 @@ void ApplySymbols(Workspace& workspace, const CommandOptions& options) {
     }
 }
 
-Status ListResultFiles() {
-    for (const std::string& name : CurrentRun().written.Names()) WriteOut(Concat(name, "\n"));
+Status ListResultFiles(const Session& session) {
+    for (const std::string& name : CurrentRun().written.Names()) {
+        WriteOut(Concat(session.resultFolder, name, "\n"));
+    }
     constexpr std::size_t most = 10;  // a full disk fails every point of a scan alike
     const std::vector<std::string>& failed = CurrentRun().failed.Names();
     for (std::size_t i = 0; i < std::min(failed.size(), most); ++i) {
-        Report("warning", Concat("could not write all of '", failed[i], "'"));
+        Report("error", Concat("could not write ", failed[i]));
     }
     if (failed.size() > most) {
-        Report("warning", Concat("nor of ", failed.size() - most, " more result files"));
+        Report("error", Concat("nor ", failed.size() - most, " more result files"));
     }
-    return failed.empty() ? Status::Success : Status::Warning;
+    return failed.empty() ? Status::Success : Status::Error;
 }
 
 }  // namespace photrak

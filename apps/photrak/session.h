@@ -12,6 +12,7 @@
 #include "hierarchy/nested_run.h"
 #include "photrak/options.h"
 #include "platform/file_system.h"
+#include "platform/result_folder.h"
 
 namespace photrak {
 
@@ -24,6 +25,9 @@ struct Session {
     std::unique_ptr<WorkingDirectory> directory;  // the topology's, left at the end
     /// Where the values of the parameters stand, by component and parameter.
     std::map<std::pair<std::string, std::string>, std::string> places;
+    std::string resultFolder;  // as the caller names it, with the last separator, or empty
+    std::unique_ptr<InputFolder> inputs;  // where results go elsewhere
+    std::unique_ptr<FolderLock> lock;
     std::string fileName;  // the topology's name within it
 
     ~Session();
@@ -32,8 +36,9 @@ struct Session {
 
 /// Reads the catalogue beside the executable and binds the user libraries. False after a report.
 bool OpenCatalogue(Session& session);
-/// Enters the topology's directory. False after a report.
-bool EnterDirectory(Session& session, const std::string& path);
+/// Enters the topology's directory, or `out` for results apart from inputs. A path of "-" is
+/// standard input, which needs `out`. False after a report.
+bool EnterDirectory(Session& session, const std::string& path, const std::string& out = {});
 /// What becomes of a topology that says something that would count otherwise; Told: whatever the
 /// load says of it, without an inspection.
 enum class Faults { Refused, LetPass, Told };
@@ -45,6 +50,8 @@ inline Faults FaultsFor(const CommandOptions& options) {
 /// cannot run; `loaded` tells of warnings.
 bool OpenTopology(Session& session, const CommandOptions& options, Status& loaded,
                   Faults faults = Faults::Told);
+/// Takes the folder of the results for this process. False after a report of who has it.
+bool LockFolder(Session& session);
 /// The component that the command names. Null after a report.
 Component* FindNamed(const Session& session, const std::string& name,
                      const CommandOptions& options);
@@ -53,8 +60,8 @@ Component* FindNamed(const Session& session, const std::string& name,
 Status ApplyParamFiles(const Session& session, const CommandOptions& options, std::string& report);
 /// Declares the symbols of --set as variables of the workspace, over those of the file.
 void ApplySymbols(Workspace& workspace, const CommandOptions& options);
-/// Lists the result files that were written, and warns of those that could not be, as when the disk
-/// is full. The status of that: Success or Warning.
-Status ListResultFiles();
+/// Lists the result files that were written, by paths from the caller's folder, and tells of those
+/// that could not be, as when the disk is full. The status of that: Success or Error.
+Status ListResultFiles(const Session& session);
 
 }  // namespace photrak

@@ -31,9 +31,10 @@ void TellBeforeRun(const Session& session, const CommandOptions& options) {
 }
 
 /// Many a model's text tells its fault but not its block, and the status line is gone by then.
-std::string FailureText(const std::string& file, const std::string& component) {
-    return Concat(file, ": the run failed", component.empty() ? "" : " at ", component,
-                  "; see log.txt beside the topology");
+std::string FailureText(const Session& session, const std::string& file,
+                        const std::string& component) {
+    return Concat(file, ": the run failed", component.empty() ? "" : " at ", component, "; see ",
+                  session.resultFolder, "log.txt");
 }
 
 /// What the testers of the run found last.
@@ -72,13 +73,13 @@ bool ReportRun(const CommandOptions& options, const Session& session,
 
 int Conclude(Status status, bool warned, const Session& session, const ConsoleMessages& messages,
              const CommandOptions& options) {
-    warned = ListResultFiles() != Status::Success || warned;
+    const bool isWhole = ListResultFiles(session) == Status::Success;
     TellReadings();
     TellOfViewer();
     if (status == Status::Error) {
         const std::string& text = session.workspace->errorText;
         Report("error", text.empty() ? messages.ErrorText() : InterpretPercent(text));
-        Report("error", FailureText(options.file, messages.LatestComponent()));
+        Report("error", FailureText(session, options.file, messages.LatestComponent()));
         return exitStatus::failed;
     }
     if (const int signal = StopOnSignal::Received()) {
@@ -86,8 +87,10 @@ int Conclude(Status status, bool warned, const Session& session, const ConsoleMe
         return exitStatus::stoppedBase + signal;
     }
     if (status == Status::Warning) {
-        Report("note", "warnings occurred during the simulation; see log.txt beside the topology");
+        Report("note", Concat("warnings occurred during the simulation; see ", session.resultFolder,
+                              "log.txt"));
     }
+    if (!isWhole) return exitStatus::failed;
     return (warned || status == Status::Warning) && options.strict ? exitStatus::warnings
                                                                    : exitStatus::success;
 }
@@ -98,7 +101,8 @@ int SimulateTopology(const CommandOptions& options, const SimulationKind& kind) 
     ConsoleMessages messages(options.quiet ? Progress::Silent : Progress::Shown);
     Session session;
     const std::uintmax_t logBefore =
-        LogSize(std::filesystem::path(options.file).parent_path().string());
+        LogSize(options.out.empty() ? std::filesystem::path(options.file).parent_path().string()
+                                    : options.out);
     Status loaded = Status::Success;
     if (!OpenTopology(session, options, loaded, FaultsFor(options))) return exitStatus::failed;
     SimOptions& simOptions = *session.workspace->options;

@@ -22,11 +22,11 @@ Component* FindTestable(const Session& session, const CommandOptions& options) {
 }
 
 /// The plots; a test that draws none (a user model's) says that it went well.
-Status TellFiles(const CommandOptions& options, Status status) {
+Status TellFiles(const Session& session, const CommandOptions& options, Status status) {
     if (status == Status::Success && CurrentRun().written.Names().empty() && !options.quiet) {
         WriteOut(Concat(options.component, ": no faults\n"));
     }
-    return ListResultFiles();
+    return ListResultFiles(session);
 }
 
 }  // namespace
@@ -46,7 +46,7 @@ int TestCommand(const CommandOptions& options) {
     std::string text;
     const Status tested = TestComponent(*component, workspace, session.userModels, text);
     MergeStatus(status, tested);
-    MergeStatus(status, TellFiles(options, tested));
+    MergeStatus(status, TellFiles(session, options, tested));
     Report(tested == Status::Error ? "error" : "warning", text);
     if (status == Status::Error) return exitStatus::failed;
     return status == Status::Warning && options.strict ? exitStatus::warnings : exitStatus::success;

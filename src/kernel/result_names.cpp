@@ -6,7 +6,7 @@
 
 #include "base/text.h"
 #include "kernel/run_record.h"
-#include "platform/file_system.h"
+#include "platform/result_folder.h"
 
 namespace photrak {
 namespace {
@@ -16,7 +16,8 @@ bool IsControl(char c) {
 }
 
 bool WriteAllowed(const std::string& name, std::string_view content,
-                  bool (*write)(const std::string& path, std::string_view text),
+                  bool (*write)(const std::string& path, std::string_view text,
+                                std::string& reason),
                   std::string& errorText) {
     if (!IsAllowedResultName(name)) {
         std::string shown(name);
@@ -26,8 +27,14 @@ bool WriteAllowed(const std::string& name, std::string_view content,
                             shown == name ? "\n" : " or holds control characters\n");
         return false;
     }
-    const bool written = write(name, content);
-    (written ? CurrentRun().written : CurrentRun().failed).Add(name);
+    std::string reason;
+    const bool written = write(name, content, reason);
+    RunRecord& record = CurrentRun();
+    if (written) {
+        record.written.Add(name);
+    } else {
+        record.failed.Add(Concat("'", name, "': ", reason));
+    }
     return written;
 }
 
@@ -73,11 +80,11 @@ bool IsAllowedResultName(std::string_view name) {
 }
 
 bool WriteResultFile(const std::string& name, std::string_view content, std::string& errorText) {
-    return WriteAllowed(name, content, WriteWholeFile, errorText);
+    return WriteAllowed(name, content, WriteFileAtOnce, errorText);
 }
 
 bool AppendResultFile(const std::string& name, std::string_view content, std::string& errorText) {
-    return WriteAllowed(name, content, AppendToFile, errorText);
+    return WriteAllowed(name, content, AppendAtOnce, errorText);
 }
 
 }  // namespace photrak

@@ -38,8 +38,8 @@ struct RunRecord {
     static constexpr std::size_t mostClamps = 64;
     std::vector<ClampNote> clamps;  // since warnings were last shown
 
-    NameList written;  // result files
-    NameList failed;   // those that the disk did not take: no writer has a text for that
+    NameList written;                  // result files
+    NameList failed;                   // "'NAME': REASON" of those that could not be written whole
     std::vector<BerReading> readings;  // in the order in which the testers first ran
     bool viewerMissing = false;        // a plot was to be shown, and no viewer started
 

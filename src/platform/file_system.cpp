@@ -8,9 +8,13 @@
 #include <cstring>
 #include <fcntl.h>
 #include <new>
+#include <set>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
+
+#include "platform/result_folder.h"
 
 namespace photrak {
 namespace {
@@ -51,6 +55,31 @@ int OpenFile(const std::string& path, int flags) {
         number = ::open(path.c_str(), flags | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, readWriteForAll);
     } while (number < 0 && errno == EINTR);
     return number;
+}
+
+/// The folder of InputFolder, and what the program has written beside it since.
+struct InputSearch {
+    std::string folder;
+    std::set<std::string> written;
+};
+InputSearch& CurrentInputs() {
+    static InputSearch search;
+    return search;
+}
+
+void NoteWritten(const std::string& path) {
+    if (!CurrentInputs().folder.empty()) CurrentInputs().written.insert(path);
+}
+
+/// Where a file to be read is.
+std::string Found(const std::string& path) {
+    const InputSearch& search = CurrentInputs();
+    if (search.folder.empty() || !IsUsablePath(path) || path.front() == '/') return path;
+    if (search.written.contains(path)) return path;
+    std::string beside = search.folder;
+    beside.append("/").append(path);
+    struct stat info {};
+    return ::stat(beside.c_str(), &info) == 0 ? beside : path;
 }
 
 bool WriteAll(int number, std::string_view text) {
@@ -146,7 +175,7 @@ void FlushDirectory(const std::string& directory) {
 bool ReadWholeFile(const std::string& path, std::string& text, std::string& error,
                    std::size_t limit) {
     text.clear();
-    const Descriptor file(OpenFile(path, O_RDONLY));
+    const Descriptor file(OpenFile(Found(path), O_RDONLY));
     struct stat info {};
     if (!file.Valid() || ::fstat(file.Number(), &info) != 0) {
         error = std::strerror(errno);
@@ -180,13 +209,20 @@ bool AppendToFile(const std::string& path, std::string_view text) {
     return WriteWith(path, text, O_APPEND);
 }
 
-bool ReplaceFile(const std::string& path, std::string_view text) {
+namespace {
+
+enum class Durability { Flushed, Computable };
+
+bool Replace(const std::string& path, std::string_view text, Durability durability) {
     std::string target = path;
+    errno = ENOENT;
     if (!IsUsablePath(path) || !FollowLinks(target)) return false;
     struct stat former {};
     const bool exists = ::stat(target.c_str(), &former) == 0;
     // A rename asks for no leave of the file that it replaces: a write-protected one stays.
+    if (exists && !S_ISREG(former.st_mode)) errno = EINVAL;
     if (exists && (!S_ISREG(former.st_mode) || ::access(target.c_str(), W_OK) != 0)) return false;
+    const bool flushes = durability == Durability::Flushed;
 
     const std::string directory = DirectoryOf(target);
     std::string temporary;
@@ -194,13 +230,118 @@ bool ReplaceFile(const std::string& path, std::string_view text) {
     if (!file.Valid()) return false;
     const bool whole = WriteAll(file.Number(), text) &&
                        (!exists || KeepOwnerAndMode(file.Number(), former)) &&
-                       ::fsync(file.Number()) == 0;
+                       (!flushes || ::fsync(file.Number()) == 0);
+    int failure = errno;
     if (file.Close() && whole && ::rename(temporary.c_str(), target.c_str()) == 0) {
-        FlushDirectory(directory);
+        if (flushes) FlushDirectory(directory);
+        NoteWritten(path);
         return true;
     }
+    if (whole) failure = errno;
     ::unlink(temporary.c_str());
+    errno = failure;
     return false;
+}
+
+bool IsDevice(const std::string& path) {
+    struct stat info {};
+    return IsUsablePath(path) && ::stat(path.c_str(), &info) == 0 && !S_ISREG(info.st_mode) &&
+           !S_ISDIR(info.st_mode);
+}
+
+}  // namespace
+
+bool ReplaceFile(const std::string& path, std::string_view text) {
+    return Replace(path, text, Durability::Flushed);
+}
+
+bool WriteFileAtOnce(const std::string& path, std::string_view text, std::string& reason) {
+    errno = 0;
+    const bool written = IsDevice(path) ? WriteWith(path, text, O_TRUNC)
+                                        : Replace(path, text, Durability::Computable);
+    if (!written) reason = std::strerror(errno);
+    return written;
+}
+
+bool AppendAtOnce(const std::string& path, std::string_view text, std::string& reason) {
+    errno = 0;
+    Descriptor file(OpenFile(path, O_WRONLY | O_CREAT | O_APPEND));
+    struct stat former {};
+    if (!file.Valid() || ::fstat(file.Number(), &former) != 0) {
+        reason = std::strerror(errno);
+        return false;
+    }
+    bool written = WriteAll(file.Number(), text);
+    if (!written) {
+        reason = std::strerror(errno);
+        if (S_ISREG(former.st_mode) && ::ftruncate(file.Number(), former.st_size) != 0) {
+            reason += ", and its last line is incomplete";
+        }
+        if (S_ISREG(former.st_mode) && former.st_size == 0) ::unlink(path.c_str());
+    }
+    if (!file.Close() && written) {
+        reason = std::strerror(errno);
+        written = false;
+    }
+    if (written) NoteWritten(path);
+    return written;
+}
+
+InputFolder::InputFolder(const std::string& folder) {
+    CurrentInputs() = {folder, {}};
+}
+
+InputFolder::~InputFolder() {
+    CurrentInputs() = {};
+}
+
+namespace {
+
+constexpr const char* lockName = ".photrak.lock";
+
+/// True if the open file still stands under its name: its former owner removes it.
+bool StandsThere(int number) {
+    struct stat open {
+    }, named{};
+    return ::fstat(number, &open) == 0 && ::stat(lockName, &named) == 0 &&
+           open.st_dev == named.st_dev && open.st_ino == named.st_ino;
+}
+
+std::string FirstLine(int number) {
+    std::array<char, 32> text{};
+    const ssize_t length = ::pread(number, text.data(), text.size(), 0);
+    std::string line(text.data(), static_cast<std::size_t>(length > 0 ? length : 0));
+    return line.substr(0, line.find_first_not_of("0123456789"));
+}
+
+}  // namespace
+
+FolderLock::FolderLock() {
+    constexpr int attempts = 100;
+    for (int i = 0; i < attempts; ++i) {
+        const int number = OpenFile(lockName, O_RDWR | O_CREAT);
+        if (number < 0) return;
+        if (::flock(number, LOCK_EX | LOCK_NB) != 0) {
+            const bool isHeld = errno == EWOULDBLOCK;
+            if (isHeld) owner_ = FirstLine(number);
+            if (isHeld && owner_.empty()) owner_ = "unknown";
+            ::close(number);
+            return;
+        }
+        if (StandsThere(number)) {
+            number_ = number;
+            const std::string own = std::to_string(::getpid()) + "\n";
+            [[maybe_unused]] const bool told = ::ftruncate(number, 0) == 0 && WriteAll(number, own);
+            return;
+        }
+        ::close(number);
+    }
+}
+
+FolderLock::~FolderLock() {
+    if (number_ < 0) return;
+    ::unlink(lockName);
+    ::close(number_);
 }
 
 bool CopyWholeFile(const std::string& from, const std::string& to) {
@@ -210,7 +351,7 @@ bool CopyWholeFile(const std::string& from, const std::string& to) {
 
 bool FileExists(const std::string& path) {
     struct stat info {};
-    return IsUsablePath(path) && ::stat(path.c_str(), &info) == 0 && !S_ISDIR(info.st_mode);
+    return IsUsablePath(path) && ::stat(Found(path).c_str(), &info) == 0 && !S_ISDIR(info.st_mode);
 }
 
 std::string ExecutableDirectory() {

@@ -68,7 +68,8 @@ TEST(ResultNames, WrittenFilesAreListedOnceInOrder) {
     EXPECT_NE(errors.find("'../%s.sig'"), std::string::npos);
     EXPECT_EQ(errors.back(), '\n');
     EXPECT_EQ(CurrentRun().written.Names(), (std::vector<std::string>{"z.sig", "sub/a.sig"}));
-    EXPECT_EQ(CurrentRun().failed.Names(), std::vector<std::string>{"missing/a.sig"});
+    EXPECT_EQ(CurrentRun().failed.Names(),
+              std::vector<std::string>{"'missing/a.sig': No such file or directory"});
     EXPECT_EQ(directory.Read("z.sig"), "3\n");
 }
 
