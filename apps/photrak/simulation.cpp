@@ -46,14 +46,6 @@ void TellReadings() {
     }
 }
 
-/// Once, however many plots there were to show.
-void TellOfViewer() {
-    if (!CurrentRun().viewerMissing) return;
-    Report("note",
-           "no viewer to show the plots: 'vistrax' is not on the PATH, or there is no "
-           "display; 'photrak plot FILE -o OUT.svg' draws the command files listed above");
-}
-
 /// A failing run has a page too: of what it wrote, and why it ended.
 bool ReportRun(const CommandOptions& options, const Session& session,
                const ConsoleMessages& messages, std::uintmax_t logBefore, Status status) {
@@ -75,7 +67,7 @@ int Conclude(Status status, bool warned, const Session& session, const ConsoleMe
              const CommandOptions& options) {
     const bool isWhole = ListResultFiles(session) == Status::Success;
     TellReadings();
-    TellOfViewer();
+    if (CurrentRun().viewerMissing) Report("note", viewerMissingText);
     if (status == Status::Error) {
         const std::string& text = session.workspace->errorText;
         Report("error", text.empty() ? messages.ErrorText() : InterpretPercent(text));

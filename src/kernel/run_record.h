@@ -47,6 +47,11 @@ struct RunRecord {
     void TakeReading(std::string_view component, double BER, double Q);
 };
 
+/// What to tell the user, once, when the viewer was missing.
+inline constexpr std::string_view viewerMissingText =
+    "'vistrax', which shows plots, is not on the PATH, or there is no display; 'photrak "
+    "plot FILE -o OUT.svg' draws the command files that were written";
+
 RunRecord& CurrentRun();
 /// An empty record, at the start of a run.
 void ResetRunRecord();

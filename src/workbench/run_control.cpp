@@ -81,6 +81,10 @@ void RunInDirectory(Workbench& workbench, DiagramView& view) {
     const ModelTable models{workbench.services.builtInModels, &workbench.userModels, &nested};
     workbench.run.status = Simulate(&workspace, models, text);
     workspace.errorText = text;
+    if (CurrentRun().viewerMissing) {
+        workbench.run.notes.Add(
+            {RunNote::Kind::Information, informationTitle, std::string(viewerMissingText)});
+    }
     LogText(workbench.run.completion + "\n");
 }
 
