@@ -22,6 +22,13 @@ int AxisFor(Plot& plot, const std::string& label) {
     return 1;
 }
 
+/// Both, as long as a reader takes them in.
+void JoinTitles(std::string& title, const std::string& other) {
+    constexpr std::size_t longest = 100;
+    if (other.empty() || title.find(other) != std::string::npos || title.size() > longest) return;
+    title += (title.empty() ? "" : " \xC2\xB7 ") + other;
+}
+
 std::string Waiting(const OpenPlot& open) {
     return Concat("waiting for ", open.plot.name);
 }
@@ -68,6 +75,7 @@ bool Overlay(Plot& plot, const Plot& other, std::string& error) {
         }
         curve.named = true;
     }
+    JoinTitles(plot.spec.title, other.spec.title);
     // A window that was made for one set of data may cut the other off.
     plot.spec.x = plot.spec.y = {};
     return true;

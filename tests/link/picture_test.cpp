@@ -329,6 +329,8 @@ TEST_F(Pictures, OverlaidPlotsShareTheAxesOfTheFirst) {
               0);
     const auto svg = ReadSvg(FileText("all.svg"));
     EXPECT_EQ(svg[0].Number("width"), 900);
+    EXPECT_EQ(svg[1].text,
+              "Sent Signal Plot \xC2\xB7 Arrived Signal Plot \xC2\xB7 Received Signal Plot");
     ExpectTextsApart(svg);
     std::vector<std::string> marks;
     for (const SvgElement& element : svg) {
