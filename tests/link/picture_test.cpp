@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <set>
+#include <sys/stat.h>
 
 #include "link/example_run.h"
 #include "plotting/column.h"
@@ -356,6 +357,13 @@ TEST_F(Pictures, WhatCannotBeDrawnIsTold) {
     WriteText("odd.sig", "0 1\n1 %s%n\n");
     WriteText("odd.pcs", "odd.sig\n");
     WriteText("empty.pcs", "/tt\"x\"\n");
+    std::string wide;
+    for (int i = 0; i < (1 << 20) + 1; ++i) wide += "1 ";
+    WriteText("wide.sig", wide + "\n");
+    WriteText("wide.pcs", "wide.sig\n/nx1 /ny1000000000\n");
+    ASSERT_EQ(::mkfifo("fifo.pcs", 0600), 0);
+    WriteText("odd-files.pcs", "fifo.pcs\nother\n");
+    WriteText("long.pcs", "/tt\"" + std::string(17'000'000, 'x') + "\"\n");
     std::filesystem::create_directory("other");
     std::filesystem::create_symlink("../first-bits_bin.sig", "other/link.sig");
     WriteText("other/link.pcs", "link.sig\n");
@@ -372,6 +380,12 @@ TEST_F(Pictures, WhatCannotBeDrawnIsTold) {
         {"plot pipe.pcs -o x.svg", 1, "No such file"},
         {"plot odd.pcs -o x.svg", 1, "odd.sig:2: '%s%n' is no number"},
         {"plot empty.pcs -o x.svg", 1, "names no data file"},
+        {"plot wide.pcs -o x.svg", 1, "wide.sig:1: more than 1048576 columns"},
+        {"plot fifo.pcs -o x.svg", 1, "'fifo.pcs': is not a regular file"},
+        {"plot /dev/zero -o x.svg", 1, "'/dev/zero': is not a regular file"},
+        {"plot odd-files.pcs -o x.svg", 1, "odd-files.pcs:1: 'fifo.pcs': is not a regular file"},
+        {"plot odd-files.pcs -o x.svg", 1, "odd-files.pcs:2: 'other': is not a regular file"},
+        {"plot long.pcs -o x.svg", 1, "'long.pcs': is larger than 16777216 bytes"},
         {"plot other/link.pcs -o x.svg", 1, "leads out of the folder"},
         {"plot first-bits.pcs -o missing/x.svg", 1, "cannot write 'missing/x.svg'"},
     };
