@@ -93,7 +93,7 @@ int Conclude(const Session& session, const CommandOptions& options, const Tally&
 }  // namespace
 
 int CheckCommand(const CommandOptions& options) {
-    const ConsoleMessages messages(Progress::Silent);
+    const ConsoleMessages messages;
     Session session;
     Tally tally;
     if (!OpenCatalogue(session) || !EnterDirectory(session, options.file))

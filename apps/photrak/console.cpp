@@ -60,20 +60,32 @@ std::string Printable(std::string_view text) {
 
 }  // namespace
 
-ConsoleMessages::ConsoleMessages(Progress progress)
-    : progress_(progress), terminal_(isatty(STDERR_FILENO) == 1), scope_(HostWith(*this)) {}
+ConsoleMessages::ConsoleMessages(ProgressStyle style) : style_(style), scope_(HostWith(*this)) {
+    if (style != ProgressStyle::Silent) CurrentProgress() = this;
+}
 
 ConsoleMessages::~ConsoleMessages() {
+    if (CurrentProgress() == this) CurrentProgress() = nullptr;
     EndStatusLine();
 }
 
 void ConsoleMessages::ShowStatusText(std::string_view text) {
     constexpr std::string_view verb = "Simulating ";
     if (text.starts_with(verb)) latestComponent_ = text.substr(verb.size());
-    if (progress_ == Progress::Silent) return;
-    const std::string clean = Printable(text);
-    if (!terminal_) return WriteError(Concat(clean, "\n"));
-    WriteError(Concat("\r", clean.substr(0, TerminalColumns()), "\x1b[K"));
+    if (style_ == ProgressStyle::Silent) return;
+    progress_.Begin(Printable(text));
+    ShowProgress(-1.0);
+}
+
+void ConsoleMessages::ShowFraction(double fraction) {
+    if (progress_.IsDue(style_)) ShowProgress(fraction);
+}
+
+void ConsoleMessages::ShowProgress(double fraction) {
+    const SimOptions* options = workspace_ ? workspace_->options.get() : nullptr;
+    const std::string line = progress_.Line(style_, options, fraction);
+    if (style_ != ProgressStyle::Rewriting) return WriteError(Concat(line, "\n"));
+    WriteError(Concat("\r", line.substr(0, TerminalColumns()), "\x1b[K"));
     lineOpen_ = true;
 }
 

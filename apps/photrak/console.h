@@ -8,20 +8,21 @@
 #include <utility>
 
 #include "kernel/workspace.h"
+#include "photrak/progress.h"
 #include "platform/host.h"
+#include "platform/progress.h"
 
 namespace photrak {
 
-enum class Progress { Silent, Shown };
-
-/// Messages on standard error. On a terminal the status text is one line that rewrites itself,
-/// otherwise each text is a line of its own. An error box is kept for the command, which prints the
-/// whole text; a question is answered with no. While it exists it is the host's.
-class ConsoleMessages : public Messages {
+/// Messages on standard error, progress in the style asked for. An error box is kept for the
+/// command, which prints the whole text; a question is answered with no. While it exists it is the
+/// host's.
+class ConsoleMessages : public Messages, public ProgressSink {
   public:
-    explicit ConsoleMessages(Progress progress);
+    explicit ConsoleMessages(ProgressStyle style = ProgressStyle::Silent);
     ~ConsoleMessages() override;
     void ShowStatusText(std::string_view text) override;
+    void ShowFraction(double fraction) override;
     void ErrorBox(std::string_view text, std::string_view title) override;
     void InfoBox(std::string_view text, std::string_view title) override;
     bool QueryBox(std::string_view text, std::string_view title) override;
@@ -45,8 +46,10 @@ class ConsoleMessages : public Messages {
     const std::string& LatestComponent() const { return latestComponent_; }
 
   private:
-    Progress progress_;
-    bool terminal_;
+    void ShowProgress(double fraction);
+
+    ProgressStyle style_;
+    ProgressText progress_;
     bool lineOpen_ = false;
     std::string Point() const;
     std::string WithNote(std::string_view component, std::string_view line) const;

@@ -32,7 +32,7 @@ bool Write(const std::string& output, const std::string& picture) {
 }  // namespace
 
 int DrawCommand(const CommandOptions& options) {
-    const ConsoleMessages messages(Progress::Silent);
+    const ConsoleMessages messages;
     const std::string output = FullPath(options.plot.output);
     DiagramReader reader;
     Session session;

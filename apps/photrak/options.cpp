@@ -63,6 +63,14 @@ Problem SetFolder(CommandOptions& options, const std::string& value) {
     return {};
 }
 
+Problem SetProgress(CommandOptions& options, const std::string& value) {
+    if (value != "lines" && value != "json") {
+        return Concat("--progress wants lines or json, not '", value, "'");
+    }
+    options.progress = value;
+    return {};
+}
+
 Problem SetPlotting(CommandOptions& options, const std::string& value) {
     static constexpr std::array<std::pair<std::string_view, std::int16_t>, 4> words{{
         {"none", DoNotPlot},
@@ -235,6 +243,8 @@ constexpr Option optionTable[] = {
      "run even if a mistyped line, value or name would change a number"},
     {"--strict", nullptr, topologyCommand | commandBit::params | commandBit::superblock,
      Raise<&CommandOptions::strict>, "exit with 2 if there were warnings"},
+    {"--progress", "STYLE", simulating, SetProgress,
+     "lines or json: a line for each step on standard error, also where that is no terminal"},
     {"--quiet", nullptr,
      topologyCommand | commandBit::plot | commandBit::params | commandBit::report,
      Raise<&CommandOptions::quiet>, "no progress on standard error, only warnings and errors"},

@@ -41,7 +41,8 @@ struct CommandOptions {
     // --load-params COMPONENT=FILE.prm, in order, with full paths
     std::vector<std::pair<std::string, std::string>> loadParams;
     std::vector<std::pair<std::string, std::string>> symbols;  // --set NAME=EXPR, in order
-    std::string out;  // --out, the folder of the results; empty: beside the topology
+    std::string out;       // --out, the folder of the results; empty: beside the topology
+    std::string progress;  // "lines", "json" or empty
     std::optional<std::string> prefix;
     std::optional<std::int16_t> plotting;  // PLOTTING code
     std::optional<SweepOption> inner, outer;

@@ -31,7 +31,7 @@ Status WriteParams(const Component& component, const CommandOptions& options, st
 }  // namespace
 
 int ParamsCommand(const CommandOptions& options) {
-    const ConsoleMessages messages(Progress::Silent);
+    const ConsoleMessages messages;
     Session session;
     Status status = Status::Success;
     if (!OpenTopology(session, options, status)) return exitStatus::failed;

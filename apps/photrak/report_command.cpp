@@ -261,7 +261,7 @@ int Failed(std::string_view problem) {
 }  // namespace
 
 int ReportCommand(const CommandOptions& options) {
-    const ConsoleMessages messages(Progress::Silent);
+    const ConsoleMessages messages;
     ReportPlace place;
     if (const std::string problem = PlaceOf(options, place); !problem.empty()) {
         Report("error", problem);

@@ -90,7 +90,7 @@ int Conclude(Status status, bool warned, const Session& session, const ConsoleMe
 }  // namespace
 
 int SimulateTopology(const CommandOptions& options, const SimulationKind& kind) {
-    ConsoleMessages messages(options.quiet ? Progress::Silent : Progress::Shown);
+    ConsoleMessages messages(StyleOf(options.progress, options.quiet));
     Session session;
     const std::uintmax_t logBefore =
         LogSize(options.out.empty() ? std::filesystem::path(options.file).parent_path().string()

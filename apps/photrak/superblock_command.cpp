@@ -13,7 +13,7 @@
 namespace photrak {
 
 int SuperBlockCommand(const CommandOptions& options) {
-    const ConsoleMessages messages(Progress::Silent);
+    const ConsoleMessages messages;
     Session session;
     Status status = Status::Success;
     if (!OpenTopology(session, options, status)) return exitStatus::failed;

@@ -32,7 +32,7 @@ Status TellFiles(const Session& session, const CommandOptions& options, Status s
 }  // namespace
 
 int TestCommand(const CommandOptions& options) {
-    const ConsoleMessages messages(Progress::Silent);
+    const ConsoleMessages messages;
     Session session;
     Status status = Status::Success;
     if (!OpenTopology(session, options, status, FaultsFor(options))) return exitStatus::failed;

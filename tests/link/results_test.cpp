@@ -90,6 +90,28 @@ TEST_F(Results, ThatCannotBeWrittenWholeAreErrorsAndLeaveWhatWasThere) {
     }
 }
 
+TEST_F(Results, AreAnnouncedInAPipeOnlyWhenAsked) {
+    EXPECT_EQ(Photrak("run --no-commands first-bits.top").error, "");
+    const std::string scan = "scan --no-commands --plotting none --progress=";
+    const std::string lines = Photrak(scan + "lines ber-power.top").error;
+    EXPECT_NE(
+        lines.find("Simulating component 'Receiver' of type 'ReceiverModel' (point 7 of 7)\n"),
+        std::string::npos)
+        << lines;
+    const std::string json = Photrak(scan + "json ber-power.top").error;
+    EXPECT_NE(json.find("'ReceiverModel'\",\"point\":4,\"points\":7,\"elapsed\":"),
+              std::string::npos)
+        << json;
+    EXPECT_NE(json.find(",\"remaining\":"), std::string::npos) << json;
+
+    // 80 km in steps of 2 m take seconds.
+    std::string link = FileText("nrz-link.top");
+    link.replace(link.find("PARAM loss"), 0, "PARAM zStepSize DoubleType\nVALUE 2\nENDPARAM\n\n");
+    WriteText("slow.top", link);
+    const std::string slow = Photrak("run --no-commands --progress=lines slow.top").error;
+    EXPECT_NE(slow.find(" %\n"), std::string::npos) << slow;
+}
+
 /// The lock goes with the process, also with one that was killed.
 TEST_F(Results, OfTwoRunsInOneFolderAreRefusedButNotAfterAKill) {
     const std::string photrak = BinaryDir() + "/bin/photrak";

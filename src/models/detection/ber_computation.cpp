@@ -16,6 +16,7 @@
 #include "numeric/random.h"
 #include "numeric/roots.h"
 #include "numeric/uniform_grid.h"
+#include "platform/progress.h"
 #include "results/ber_files.h"
 #include "results/signal_plot.h"
 
@@ -69,6 +70,7 @@ class ErrorSum {
         for (std::int32_t bit = 2; bit <= set_.patternLength - 3; ++bit) {
             stopped = stop.load(std::memory_order_relaxed) != 0;
             if (stopped) return std::numeric_limits<double>::quiet_NaN();
+            NoteProgress(static_cast<double>(bit) / set_.patternLength);
             Draw(bit);
             worstSpace_.fill(0.0);
             worstMark_.fill(0.0);

@@ -12,6 +12,7 @@
 #include "models/optical/fiber_pmd.h"
 #include "numeric/messages.h"
 #include "platform/host.h"
+#include "platform/progress.h"
 
 namespace photrak {
 
@@ -129,6 +130,7 @@ void FiberRun::GoOn() {
     const double reached = z_ + params_.dz;
     z_ = Arrives() ? std::max(reached, params_.distance) : reached;
     params_.dz = NextStep(params_, gamma0_, z_, peakPower);
+    NoteProgress(z_ / params_.distance);
 }
 
 bool FiberRun::Goes() const {

@@ -13,6 +13,7 @@
 #include "models/sources/laser_package.h"
 #include "numeric/derivative.h"
 #include "numeric/messages.h"
+#include "platform/progress.h"
 
 namespace photrak {
 namespace {
@@ -74,10 +75,12 @@ Status FillField(const LaserParams& params, const LaserDrive& drive, LaserState 
                  const ModelReport& report, const OdeLimits& limits, OdeCount* count) {
     constexpr double overFourPi = 0.07957747154594767;
     const double f0 = params.a / params.taup * state.S * params.e * overFourPi;
+    constexpr std::int32_t samplesPerLook = 64;
     LaserRates rates(params);
     double t = 0.0;
     for (std::int32_t i = 1; i <= channel.noPoints; ++i, t += channel.tStep) {
         if (stop.load(std::memory_order_relaxed) != 0) return Status::Warning;
+        if (i % samplesPerLook == 0) NoteProgress(static_cast<double>(i) / channel.noPoints);
         rates.SetDrive(drive.data.get()[i] + params.Io, drive.slope.get()[i]);
         const Status status = Integrate(rates, params, state, t, channel.tStep, lifted,
                                         report.errorText, limits, count);
