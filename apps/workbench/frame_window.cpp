@@ -257,7 +257,7 @@ void FrameWindow::RunCommand(std::string_view name) {
     Highlight(workbench_, {});
     Act([&] {
         if (DoInWindow(name)) return;
-        if (const Command* command = FindCommand(name)) command->run(workbench_);
+        if (const Command* command = FindCommand(name)) photrak::RunCommand(workbench_, *command);
         if (name != "View Full") return;
         Sync();
         if (DiagramWindow* front = FrontWindow()) front->ScrollToStart();

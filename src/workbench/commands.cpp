@@ -187,6 +187,11 @@ const Command* FindCommand(std::string_view name) {
     return found == std::end(commands) ? nullptr : &*found;
 }
 
+void RunCommand(Workbench& workbench, const Command& command) {
+    if (DiagramView* view = workbench.Active()) view->DropDrag();
+    command.run(workbench);
+}
+
 bool PressKey(Workbench& workbench, std::string_view key) {
     if (key == "Escape") {
         if (DiagramView* view = workbench.Active()) view->DropDrag();
@@ -199,7 +204,7 @@ bool PressKey(Workbench& workbench, std::string_view key) {
     }
     for (const Command& command : commands) {
         if (std::ranges::find(command.keys, key) == command.keys.end()) continue;
-        command.run(workbench);
+        RunCommand(workbench, command);
         return true;
     }
     return false;
@@ -246,7 +251,7 @@ void PushBarButton(Workbench& workbench, const BarButton& button) {
     } else if (button.command == editSymbols) {
         if (view) OpenSymbolsForm(workbench, *view);
     } else if (const Command* command = FindCommand(button.command)) {
-        command->run(workbench);
+        RunCommand(workbench, *command);
     }
 }
 

@@ -20,6 +20,8 @@ std::span<const Command> Commands();
 /// The command of "File New"; null if there is none.
 const Command* FindCommand(std::string_view menuAndEntry);
 
+/// Drops a drag under way, as Escape does, then does what the command does.
+void RunCommand(Workbench& workbench, const Command& command);
 /// A key with exactly these modifiers, as "Ctrl+Z". False if nothing is bound to it.
 bool PressKey(Workbench& workbench, std::string_view key);
 /// Shows the status text of an entry, "%%" as one percent sign; an empty name ends that.

@@ -19,6 +19,8 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::int32_t mostGestures = 20;
+/// A copy of more blocks takes longer than a gesture may: it waits for the timer.
+constexpr std::size_t mostBlocksAtOnce = 2000;
 constexpr std::string_view headLine = "photrak-recovery 1 ";
 constexpr std::size_t mostCopyBytes = std::size_t{1} << 28;
 
@@ -69,7 +71,8 @@ void KeepRecoveryCopy(Workbench& /*workbench*/, DiagramView& view) {
 
 void NoteForRecovery(Workbench& workbench, DiagramView& view) {
     ++view.unkept;
-    if (view.unkept >= mostGestures && !view.running) KeepRecoveryCopy(workbench, view);
+    const bool isSmall = view.workspace->components.size() <= mostBlocksAtOnce;
+    if (view.unkept >= mostGestures && isSmall && !view.running) KeepRecoveryCopy(workbench, view);
 }
 
 void KeepPendingCopies(Workbench& workbench) {

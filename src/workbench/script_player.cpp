@@ -214,7 +214,7 @@ bool ScriptPlayer::Menu(const Words& words, std::string& reason) {
         return false;
     }
     workbench_.highlighted.clear();
-    command->run(workbench_);
+    RunCommand(workbench_, *command);
     return true;
 }
 

@@ -231,8 +231,8 @@ class Gestures {
             "Ctrl+Z",    "Ctrl+X",   "Ctrl+C", "Ctrl+V", "Delete", "Escape", "Alt+Left",
             "Alt+Right", "Alt+Left", "Left",   "Right",  "Up",     "Down",   "Ctrl+V"};
         static constexpr const char* entries[] = {
-            "Edit Duplicate", "Edit Select All", "View In",   "View Out",
-            "View Full",      "View Normal",     "View Last", "View ReDraw"};
+            "Edit Duplicate", "Edit Select All", "View In",     "View Out",  "View Full",
+            "View Normal",    "View Last",       "View ReDraw", "Run Check", "Edit Find"};
         const int choice = Below(static_cast<int>(std::size(keys) + std::size(entries)));
         if (choice < static_cast<int>(std::size(keys))) {
             PressKey(workbench_, keys[choice]);
