@@ -6,12 +6,15 @@
 #include <cmath>
 #include <functional>
 #include <gtest/gtest.h>
+#include <sstream>
 #include <string>
 #include <vector>
 
 #include "base/escape.h"
 #include "base/text.h"
 #include "kernel/symbols.h"
+#include "platform/file_system.h"
+#include "support/paths.h"
 #include "support/recording_host.h"
 
 namespace photrak {
@@ -269,6 +272,36 @@ TEST_F(BuiltTable, TooManyVariablesEndTheRun) {
     }
     EXPECT_EQ(host.Errors(), "Symbol table full, cannot insert v512");
     EXPECT_EQ(BuildSymbolTable(workspace, text), Status::Error);  // nobody to escape to
+}
+
+/// The guide to expressions holds: each line of its blocks is evaluated.
+TEST(ExpressionGuide, EveryLineGivesWhatItSays) {
+    std::string guide, reason;
+    ASSERT_TRUE(ReadWholeFile(SourceDir() + "/docs/expressions.md", guide, reason)) << reason;
+    SymbolTable table;
+    ASSERT_TRUE(AllocateSymbols(table, symbolTableCapacity));
+    std::istringstream lines(guide);
+    bool isInside = false;
+    int checked = 0;
+    for (std::string line; std::getline(lines, line);) {
+        if (line.starts_with("```")) isInside = line == "```expressions";
+        if (!isInside || line.starts_with("```")) continue;
+        SCOPED_TRACE(line);
+        if (const std::size_t named = line.find(" := "); named != std::string::npos) {
+            ASSERT_TRUE(SymbolInsert(table, line.substr(0, named), 0.0, line.substr(named + 4)));
+            continue;
+        }
+        const std::size_t equals = line.rfind(" = ");
+        ASSERT_NE(equals, std::string::npos);
+        const std::string said = line.substr(equals + 3);
+        ExprError error = ExprError::None;
+        const double value = EvalNumberText(table, line.substr(0, equals), error);
+        EXPECT_EQ(error != ExprError::None, said == "error");
+        const double wanted = said == "error" ? 0.0 : ReadDouble(said);
+        EXPECT_NEAR(value, wanted, 1e-15 * std::fabs(wanted) + 1e-15);
+        ++checked;
+    }
+    EXPECT_GT(checked, 60);
 }
 
 }  // namespace

@@ -213,6 +213,35 @@ TEST_F(TypingErrors, WarningsOfARunAreToldOnceWithValueAndPoint) {
     }
 }
 
+/// The guide to the format holds: its blocks have no faults, or the one that their fence names.
+TEST_F(TypingErrors, OfTheGuideToTopologiesAreThoseThatItSays) {
+    std::istringstream lines(FileText(SourceDir() + "/docs/formats/topology.md"));
+    const std::string fence = "```topology";
+    std::string block, code;
+    bool isInside = false;
+    int checked = 0;
+    for (std::string line; std::getline(lines, line);) {
+        if (line.starts_with(fence)) {
+            isInside = true;
+            code = line.substr(std::min(line.size(), fence.size() + 1));
+            block.clear();
+        } else if (isInside && line == "```") {
+            isInside = false;
+            SCOPED_TRACE(block);
+            WriteText("guide.top", block);
+            const ProgramResult result =
+                Photrak("run --no-commands --quiet --plotting none guide.top");
+            EXPECT_EQ(result.error.find("photrak: error: guide.top:") != std::string::npos,
+                      !code.empty());
+            EXPECT_NE(result.error.find(code), std::string::npos) << result.error;
+            ++checked;
+        } else if (isInside) {
+            block += line + "\n";
+        }
+    }
+    EXPECT_GE(checked, 9);
+}
+
 /// A page for each code, and a code that is no page's.
 TEST_F(TypingErrors, EveryCodeIsExplained) {
     const ProgramResult list = Photrak("explain");
