@@ -19,6 +19,7 @@
 #include "workbench/look.h"
 #include "workbench/mouse.h"
 #include "workbench/view_commands.h"
+#include "workbench/wire_tip.h"
 
 namespace photrak {
 namespace {
@@ -241,12 +242,13 @@ void DiagramWindow::ShowTip(const QHelpEvent& event) {
     const CanvasPoint at = ToCanvas(event.pos());
     const Mark* mark =
         MarkAt(drawing_.marks, {static_cast<double>(at.x), static_cast<double>(at.y)});
-    if (!view_ || !mark) {
+    std::string text;
+    if (view_) text = mark ? mark->name : WireTip(workbench_, *view_, at);
+    if (text.empty()) {
         QToolTip::hideText();
         return;
     }
-    std::string text = mark->name;
-    if (!mark->hint.empty()) text += "\n" + mark->hint;
+    if (mark && !mark->hint.empty()) text += "\n" + mark->hint;
     // Names come from files: never rich text.
     QToolTip::showText(
         event.globalPos(),

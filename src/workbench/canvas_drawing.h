@@ -17,7 +17,7 @@ struct CanvasLook {
 };
 
 /// Icons with ticks and names, wires, then selection, ghost and rubber band over them; a mark for
-/// each block, port and wire. The size is that of the whole canvas.
+/// each block and port large enough to point at. The size is that of the whole canvas.
 Drawing DrawCanvas(const Workbench& workbench, const DiagramView& view,
                    const CanvasLook& look = {});
 
