@@ -199,8 +199,8 @@ class ItemPainter {
         if (a.x == b.x) a.x = b.x = snap(a.x, offset_.x());
         return {a, b};
     }
-    /// Square ends reach over each other at the corners of a line (flat ones leave notches, even
-    /// where it goes straight on). Where points crowd it is a row of bars.
+    /// Square ends reach over each other at corners, where flat ones leave notches. Where points
+    /// crowd the line is a row of bars.
     void DrawSolid(const Polyline& item) {
         const DenseLine split = SplitDense(item.points, 1.0);
         QPen pen = painter_.pen();

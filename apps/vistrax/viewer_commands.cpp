@@ -198,6 +198,7 @@ struct ViewerCommands {
     template <ThemeChoice Choice>
     static void SetTheme(Window& w) {
         w.ApplyChoice(Choice);
+        w.RememberChoice();
     }
 
     static void Keys(Window& w);

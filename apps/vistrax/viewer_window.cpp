@@ -230,8 +230,12 @@ void ViewerWindow::ApplyChoice(ThemeChoice choice) {
         for (int i = 0; i < group->count(); ++i)
             static_cast<PlotWidget*>(group->widget(i))->SetTheme(theme_);
     }
-    settings_.setValue(QLatin1String(themeKey), static_cast<int>(choice));
     UpdateActions();
+}
+
+/// What the command line asks for is not remembered, what is chosen in the menu is.
+void ViewerWindow::RememberChoice() {
+    settings_.setValue(QLatin1String(themeKey), static_cast<int>(choice_));
 }
 
 void ViewerWindow::dragEnterEvent(QDragEnterEvent* event) {

@@ -65,6 +65,7 @@ class ViewerWindow : public QMainWindow {
     void FillRecent();
     void UpdateActions();
     void ApplyChoice(ThemeChoice choice);
+    void RememberChoice();
     QTabWidget* GroupOf(PlotWidget* widget) const;
     void Activate(PlotWidget* widget);
 

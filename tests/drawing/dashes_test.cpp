@@ -41,7 +41,7 @@ bool Covers(const DenseLine& split, Point p) {
     }
     for (std::size_t i = 0; i + 1 < split.segments.size(); i += 2) {
         Point a = split.segments[i], b = split.segments[i + 1];
-        if (ClipSegment(Rect{p.x, p.y, 0, 0}.Grown(1e-6), a, b)) return true;
+        if (ClipSegment(Rect{p.x, p.y, 0, 0}.Grown(0.3), a, b)) return true;
     }
     return false;
 }
