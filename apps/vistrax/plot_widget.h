@@ -24,6 +24,7 @@ class PlotWidget : public QWidget, public DisplaySource {
 
     OpenPlot& Open() { return pane_.Open(); }
     PlotPane& Pane() { return pane_; }
+    const PlotPane& Pane() const { return pane_; }
     DisplayWidget& Display() { return display_; }
     ReadoutView& TheReadout() { return readout_; }
     const QLabel& Banner() const { return banner_; }

@@ -190,6 +190,7 @@ struct ViewerCommands {
         QTabWidget* other = w.groups_[w.GroupOf(w.current_) == w.groups_[0] ? 1 : 0];
         if (auto* widget = static_cast<PlotWidget*>(other->currentWidget())) w.Activate(widget);
     }
+    static void TogglePlots(Window& w) { w.plotsDock_->setVisible(w.plotsDock_->isHidden()); }
     static void ToggleReadout(Window& w) {
         ReadoutView& readout = w.current_->TheReadout();
         readout.setVisible(readout.isHidden());
@@ -280,6 +281,7 @@ constexpr CommandRow commands[] = {
     {{"previous", "&Window", "&Previous Plot", "PgUp; Ctrl+PgUp", "Goes to the plot on the left", plain}, true, C::NextTab<-1>},
     {{"tile", "&Window", "&Other Half", "Ctrl+T", "Moves this plot to the other half of the window", plain}, true, C::Tile},
     {{"other-side", "&Window", "Go to Other &Half", "F6", "Goes to the plot in the other half", plain}, true, C::OtherSide},
+    {{"plots", "&Window", "&List of Plots", "F3", "Shows or removes the list of open plots", plain}, false, C::TogglePlots},
     {{"readout", "&Window", "&Readout", "F4", "Shows or removes the table below the plot", plain}, true, C::ToggleReadout},
     {{"full-screen", "&Window", "&Full Screen", "F11", "Fills the screen", plain}, false, C::FullScreen},
     {{"keys", "&Help", "&Keys", "F1", "Lists all keys and gestures", plain}, false, C::Keys},
@@ -323,12 +325,23 @@ void ViewerCommands::Keys(Window& w) {
     dialog->show();
 }
 
+namespace {
+
+/// Moving about and closing work on a plot that is not read yet, all else wants its curves.
+bool IsPossible(const CommandRow& command, const PlotWidget* current) {
+    if (!command.needsPlot) return true;
+    if (!current) return false;
+    const ActionRow& row = command.row;
+    return current->Pane().HasPlot() || row.menu == "&Window" || row.id == "close" ||
+           row.id == "reload";
+}
+
+}  // namespace
+
 void ViewerWindow::Do(std::string_view id) {
     for (const CommandRow& command : commands) {
         if (command.row.id != id || !command.run) continue;
-        const bool ready = current_ && current_->Pane().HasPlot();
-        if (!command.needsPlot || ready || (current_ && (id == "close" || id == "reload")))
-            command.run(*this);
+        if (IsPossible(command, current_)) command.run(*this);
         UpdateActions();
         return;
     }
@@ -337,10 +350,7 @@ void ViewerWindow::Do(std::string_view id) {
 void ViewerWindow::UpdateActions() {
     const bool ready = current_ && current_->Pane().HasPlot();
     for (const CommandRow& command : commands) {
-        if (!command.run) continue;
-        const bool always = current_ && (command.row.id == "close" || command.row.id == "reload" ||
-                                         command.row.menu == "&Window");
-        actions_.At(command.row.id).setEnabled(!command.needsPlot || ready || always);
+        if (command.run) actions_.At(command.row.id).setEnabled(IsPossible(command, current_));
     }
     const auto check = [this](std::string_view id, bool on) { actions_.At(id).setChecked(on); };
     check("theme-system", choice_ == ThemeChoice::System);

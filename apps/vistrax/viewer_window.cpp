@@ -35,6 +35,7 @@ ViewerWindow::ViewerWindow(ThemeChoice choice, QWidget* parent)
     setCentralWidget(splitter_);
     for (QTabWidget*& group : groups_) group = MakeGroup();
     groups_[1]->hide();
+    MakePlotsDock();
     actions_.Make(*this, *splitter_, ViewerActionRows(), [this](std::string_view id) { Do(id); });
     setAcceptDrops(true);
     resize(1000, 720);
@@ -64,7 +65,7 @@ QTabWidget* ViewerWindow::MakeGroup() {
     auto* group = new QTabWidget;
     group->setMovable(true);
     group->setDocumentMode(true);
-    group->setElideMode(Qt::ElideMiddle);
+    group->setElideMode(Qt::ElideNone);
     group->tabBar()->setExpanding(false);
     group->setAccessibleName(tr("Open plots"));
     connect(group, &QTabWidget::currentChanged, this, [this, group](int index) {
@@ -76,6 +77,36 @@ QTabWidget* ViewerWindow::MakeGroup() {
     });
     splitter_->addWidget(group);
     return group;
+}
+
+void ViewerWindow::MakePlotsDock() {
+    plots_ = new QListWidget;
+    plots_->setAccessibleName(tr("Open plots"));
+    plots_->setTextElideMode(Qt::ElideMiddle);
+    plotsDock_ = new QDockWidget(tr("Plots"));
+    plotsDock_->setObjectName(QStringLiteral("plots"));
+    plotsDock_->setWidget(plots_);
+    plotsDock_->hide();
+    addDockWidget(Qt::LeftDockWidgetArea, plotsDock_);
+    connect(plots_, &QListWidget::itemClicked, this, [this](const QListWidgetItem* item) {
+        if (PlotWidget* widget = Find(item->data(Qt::UserRole).toString())) Activate(widget);
+    });
+    connect(plots_, &QListWidget::itemActivated, plots_, &QListWidget::itemClicked);
+}
+
+void ViewerWindow::FillPlots() {
+    constexpr std::size_t readable = 8;
+    const bool grew = static_cast<std::size_t>(plots_->count()) < session_.Count();
+    plots_->clear();
+    for (std::size_t i = 0; i < session_.Count(); ++i) {
+        const OpenPlot& open = session_.At(i);
+        const QString path = ToQString(open.path);
+        auto* item = new QListWidgetItem(QFileInfo(path).fileName(), plots_);
+        item->setData(Qt::UserRole, path);
+        item->setToolTip(path.toHtmlEscaped());
+        if (current_ && &current_->Open() == &open) plots_->setCurrentItem(item);
+    }
+    if (grew && session_.Count() == readable) plotsDock_->show();
 }
 
 PlotWidget* ViewerWindow::Current() const {
@@ -200,6 +231,7 @@ void ViewerWindow::Retitle() {
     const QString name = current_ ? ToQString(current_->Name()) : QString();
     setWindowTitle(name.isEmpty() ? QStringLiteral("vistrax")
                                   : name + QStringLiteral(" \u2013 vistrax"));
+    FillPlots();
     UpdateActions();
 }
 

@@ -2,6 +2,8 @@
 // files, and the watch that draws again what is rewritten.
 #pragma once
 
+#include <QDockWidget>
+#include <QListWidget>
 #include <QMainWindow>
 #include <QSettings>
 #include <QSplitter>
@@ -56,11 +58,14 @@ class ViewerWindow : public QMainWindow {
 
     QTabWidget* MakeGroup();
     void OpenOne(const QString& path);
+    void MakePlotsDock();
     void AddCloseButton(QTabWidget& group, int tab, PlotWidget& widget);
     void CloseTab(QTabWidget* group, int index);
     void MoveTab(PlotWidget* widget, QTabWidget* to);
     void CloseGap();
     void Retitle();
+    /// The list of open plots, which takes over where tabs get too many to read.
+    void FillPlots();
     void Remember(const QString& path);
     void FillRecent();
     void UpdateActions();
@@ -85,6 +90,8 @@ class ViewerWindow : public QMainWindow {
     QSplitter* splitter_ = nullptr;
     QTabWidget* groups_[2] = {};
     PlotWidget* current_ = nullptr;
+    QDockWidget* plotsDock_ = nullptr;
+    QListWidget* plots_ = nullptr;
     QLabel* place_ = nullptr;  // values under the pointer
     ActionSet actions_;
     QSettings settings_;

@@ -113,6 +113,24 @@ TEST_F(ViewerTest, LaysOnePlotOverAnother) {
     EXPECT_EQ(window_.Session().Count(), 0u);
 }
 
+TEST_F(ViewerTest, ListsThePlotsOfAScan) {
+    QStringList paths;
+    for (int i = 0; i < 10; ++i)
+        paths.append(WritePlot("turn" + std::to_string(i), 1e-3 * i, 0, 3));
+    window_.OpenFiles(paths, {});
+    auto* list = window_.findChild<QListWidget*>();
+    ASSERT_EQ(list->count(), 10);
+    EXPECT_FALSE(window_.findChild<QDockWidget*>()->isHidden()) << "tabs alone are too many";
+    EXPECT_EQ(list->currentRow(), 9);
+    Q_EMIT list->itemClicked(list->item(3));
+    EXPECT_EQ(window_.Current(), window_.Find(paths[3]));
+    Key(*window_.Current(), Qt::Key_PageDown);
+    EXPECT_EQ(window_.Current(), window_.Find(paths[4]));
+    EXPECT_EQ(list->currentRow(), 4);
+    window_.Do("close");
+    EXPECT_EQ(list->count(), 9);
+}
+
 TEST_F(ViewerTest, TakesDroppedFilesAndRemembersThem) {
     const QString path = WritePlot("a & b", 1e-3, 0);
     QMimeData data;

@@ -81,6 +81,7 @@ class ViewerTest : public testing::Test {
     }
     void Key(PlotWidget& widget, Qt::Key key, Qt::KeyboardModifiers modifiers = {}) {
         window_.activateWindow();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(&window_));
         widget.Display().setFocus();
         QTest::keyClick(&widget.Display(), key, modifiers);
     }
