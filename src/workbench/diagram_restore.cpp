@@ -18,6 +18,7 @@ struct BlockPlan {
     const BlockState* state = nullptr;
     std::size_t place = nowhere;      // in the present list; nowhere: a new one
     std::unique_ptr<Component> copy;  // null: the settings stay
+    Component* component = nullptr;   // the one that is kept, or the new one
     bool portsChange = true;
 };
 
@@ -55,19 +56,27 @@ class Restoration {
 
   private:
     void PlanBlocks() {
-        std::unordered_map<std::uint64_t, std::size_t> places;
-        for (std::size_t i = 0; i < present_.blocks.size(); ++i) {
-            places[present_.blocks[i]->id] = i;
-        }
         plans_.reserve(state_.blocks.size());
+        std::size_t next = 0;  // most blocks stand in the order that they had
         for (const auto& block : state_.blocks) {
             BlockPlan plan;
             plan.state = block.get();
-            const auto place = places.find(block->id);
-            if (place != places.end()) plan.place = place->second;
+            const auto& present = present_.blocks;
+            const bool follows = next < present.size() && present[next]->id == block->id;
+            plan.place = follows ? next : PlaceOf(block->id);
+            if (plan.place != nowhere) next = plan.place + 1;
             Complete(plan);
             plans_.push_back(std::move(plan));
         }
+    }
+
+    std::size_t PlaceOf(std::uint64_t id) {
+        if (places_.empty()) {
+            std::size_t place = 0;
+            for (const auto& block : present_.blocks) places_[block->id] = place++;
+        }
+        const auto known = places_.find(id);
+        return known == places_.end() ? nowhere : known->second;
     }
 
     void Complete(BlockPlan& plan) {
@@ -83,8 +92,16 @@ class Restoration {
             plan.portsChange = true;
             if (isNew) component = plan.copy.get();
         }
-        blocks_[plan.state->id] = component;
+        plan.component = component;
         if (isNew) ids_.of[component] = plan.state->id;
+    }
+
+    Component* BlockOf(std::uint64_t id) {
+        if (blocks_.empty()) {
+            blocks_.reserve(plans_.size());
+            for (const BlockPlan& plan : plans_) blocks_[plan.state->id] = plan.component;
+        }
+        return blocks_.at(id);
     }
 
     void PlanNodes() {
@@ -101,10 +118,10 @@ class Restoration {
             }
             nodes_.push_back({node.get(), node->lines, {}, {}});
             for (const std::uint64_t id : node->readers) {
-                nodes_.back().readers.push_back(blocks_.at(id));
+                nodes_.back().readers.push_back(BlockOf(id));
             }
             for (const std::uint64_t id : node->drivers) {
-                nodes_.back().drivers.push_back(blocks_.at(id));
+                nodes_.back().drivers.push_back(BlockOf(id));
             }
             if (isKept) {
                 ++old;
@@ -151,7 +168,7 @@ class Restoration {
 
     void PlacePorts(const BlockPlan& plan) {
         if (!plan.portsChange) return;
-        Component& component = *blocks_.at(plan.state->id);
+        Component& component = *plan.component;
         auto port = plan.state->ports->begin();
         for (auto* ports : {&component.inputs, &component.outputs}) {
             for (Port& to : *ports) {
@@ -194,6 +211,7 @@ class Restoration {
     Workspace& workspace_;
     BlockIds& ids_;
     std::vector<BlockPlan> plans_;
+    std::unordered_map<std::uint64_t, std::size_t> places_;  // of the present blocks, once needed
     std::unordered_map<std::uint64_t, Component*> blocks_;
     std::vector<NodePlan> nodes_;
     std::vector<std::int32_t> gone_;
