@@ -33,7 +33,7 @@ class Bench {
         ::setenv("XDG_STATE_HOME", folder_.c_str(), 1);
         desktop_ = std::make_unique<ScriptDesktop>(folder_.string());
         workbench.reset(new Workbench{*desktop_,
-                                      {BuiltInModels(), HasBlockTest, TestComponent},
+                                      {BuiltInModels(), HasBlockTest, TestByStages},
                                       ExecutableDirectory(),
                                       folder_.string()});
         StartWorkbench(*workbench);

@@ -65,8 +65,9 @@ void ResultsDock::Show(const DiagramView* view) {
     Fill();
 }
 
-void ResultsDock::RunEnded() {
+bool ResultsDock::RunEnded() {
     Fill();
+    return !files_.empty();
 }
 
 void ResultsDock::Fill() {

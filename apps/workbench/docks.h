@@ -21,8 +21,8 @@ class ResultsDock : public QDockWidget {
   public:
     ResultsDock(Workbench& workbench, QWidget* parent);
     void Show(const DiagramView* view);
-    /// The files are whole now: draws them anew.
-    void RunEnded();
+    /// The files are whole now: draws them anew. True if there are any.
+    bool RunEnded();
 
   private:
     void Fill();

@@ -282,8 +282,8 @@ void FormDialog::Show(Editor& editor, const std::string& text,
 }
 
 void FormDialog::RefreshTable() {
-    static const std::vector<std::string> distributions = {"None", "Uniform", "Gaussian",
-                                                           "TwoSigma"};
+    static const std::vector<std::string> distributions(std::begin(distributionChoices),
+                                                        std::end(distributionChoices));
     const std::vector<FormRow>& rows = form_.tables.front().rows;
     const int count = static_cast<int>(rows.size());
     if (table_->rowCount() != count) {
@@ -306,7 +306,7 @@ void FormDialog::RefreshTable() {
         }
         Show(editors.value, row.value, row.choices, true, row.fault, row.hint);
         if (!row.hasDeviation) continue;
-        Show(editors.deviation, row.deviation, {}, true, {}, row.hint);
+        Show(editors.deviation, row.deviation, {}, true, row.deviationFault, row.hint);
         Show(editors.distribution, row.distribution, distributions, true, {}, row.hint);
     }
 }

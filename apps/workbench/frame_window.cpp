@@ -33,7 +33,6 @@
 namespace photrak {
 namespace {
 
-constexpr const char* profileSection = "PHOTRAK";
 constexpr int paletteWidth = 122, pollInterval = 100, keepInterval = 2000;  // ms
 
 std::string NameOf(const Command& command) {
@@ -196,12 +195,8 @@ void FrameWindow::BuildStatus() {
 }
 
 void FrameWindow::PlaceFrame() {
-    Profile& profile = *CurrentHost().profile;
-    const auto read = [&](const char* key, int fallback) {
-        return profile.ReadInt(profileSection, key, fallback);
-    };
-    const QRect asked(read("FrameXPos", 2), read("FrameYPos", 1), read("FrameXSize", 1100),
-                      read("FrameYSize", 760));
+    const FramePlace& place = workbench_.frame;
+    const QRect asked(place.left, place.top, place.width, place.height);
     const QScreen* screen = QGuiApplication::screenAt(asked.center());
     if (!screen) screen = QGuiApplication::primaryScreen();
     const QRect seen = screen->availableGeometry();
@@ -209,18 +204,18 @@ void FrameWindow::PlaceFrame() {
     resize(size);
     move(std::clamp(asked.x(), seen.left(), std::max(seen.left(), seen.right() - size.width())),
          std::clamp(asked.y(), seen.top(), std::max(seen.top(), seen.bottom() - size.height())));
+    // A frame of the usual size has no room for docks until there is something in them.
+    constexpr int leastForDocks = 900;
+    if (size.width() < leastForDocks) {
+        results_->hide();
+        history_->hide();
+    }
 }
 
-void FrameWindow::KeepFrame() {
+void FrameWindow::StoreFrame() {
     const QRect frame = isMaximized() ? normalGeometry() : geometry();
-    if (frame.x() < 0 || frame.x() > 2000) return;
-    Profile& profile = *CurrentHost().profile;
-    if (QGuiApplication::platformName() != QStringLiteral("wayland")) {
-        profile.WriteInt(profileSection, "FrameXPos", frame.x());
-        profile.WriteInt(profileSection, "FrameYPos", frame.y());
-    }
-    profile.WriteInt(profileSection, "FrameXSize", frame.width());
-    profile.WriteInt(profileSection, "FrameYSize", frame.height());
+    workbench_.frame = {frame.x(), frame.y(), frame.width(), frame.height()};
+    KeepFrame(workbench_, QGuiApplication::platformName() != QStringLiteral("wayland"));
 }
 
 void FrameWindow::Act(const std::function<void()>& action) {
@@ -382,7 +377,7 @@ void FrameWindow::Poll() {
     const bool running = workbench_.run.active;
     if (running) PollRun(workbench_);
     if (running || wasRunning_) Sync();
-    if (wasRunning_ && !workbench_.run.active) results_->RunEnded();
+    if (wasRunning_ && !workbench_.run.active && results_->RunEnded()) results_->show();
     wasRunning_ = workbench_.run.active;
 }
 
@@ -446,7 +441,7 @@ void FrameWindow::closeEvent(QCloseEvent* event) {
         event->ignore();
         return;
     }
-    KeepFrame();
+    StoreFrame();
     event->accept();
 }
 

@@ -53,7 +53,7 @@ class FrameWindow : public QMainWindow {
     void BuildDocks();
     void BuildStatus();
     void PlaceFrame();
-    void KeepFrame();
+    void StoreFrame();
     QAction* AddCommand(QMenu& menu, const Command& command);
     void Act(const std::function<void()>& action);
     bool DoInWindow(std::string_view name);

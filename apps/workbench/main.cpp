@@ -33,7 +33,7 @@ int Main(QApplication& application) {
     SetShownTheme(ApplyTheme(application, choice));
     WindowDesktop desktop;
     Workbench workbench{desktop,
-                        {BuiltInModels(), HasBlockTest, TestComponent},
+                        {BuiltInModels(), HasBlockTest, TestByStages},
                         ExecutableDirectory(),
                         std::filesystem::current_path().string()};
     if (!StartWorkbench(workbench)) return 1;

@@ -130,7 +130,7 @@ int Main(const std::vector<std::string>& words) {
     Host host = CurrentHost();
     host.processes = &processes;
     const HostScope scope(host);
-    Workbench workbench{desktop, {BuiltInModels(), HasBlockTest, TestComponent}, install, start};
+    Workbench workbench{desktop, {BuiltInModels(), HasBlockTest, TestByStages}, install, start};
     workbench.run.holds = true;
     if (!StartWorkbench(workbench)) return 1;
     ScriptPlayer player(workbench, desktop);

@@ -45,27 +45,40 @@ bool HasBlockTest(std::string_view type, const UserModelTable& userModels) {
     return FindBlockTest(type) || userModels.HasTest(type);
 }
 
+std::vector<TestFinding> TestByStages(Component& component, Workspace& workspace,
+                                      const UserModelTable& userModels) {
+    std::vector<TestFinding> findings;
+    std::string text;
+    const auto tell = [&](Status status) {
+        if (status != Status::Success || !text.empty()) findings.push_back({status, text});
+        text.clear();
+    };
+    const EscapeLevel level(/*armed=*/true);
+    try {
+        if (level.Refused()) return {{Status::Error, "ERROR: the test is nested too deep\n"}};
+        Status evaluated = BuildSymbolTable(workspace, text);
+        MergeStatus(evaluated, EvalComponentParams(component, &workspace, text));
+        tell(evaluated);
+        tell(CheckPorts(component, text));
+        tell(RunTest(component, workspace, userModels, text));
+    } catch (const Escape& escape) {
+        text += Concat("ERROR: ", escape.message, "\n");
+        tell(Status::Error);
+    } catch (const std::exception& failure) {
+        text += Concat("ERROR: the test was given up: ", failure.what(), "\n");
+        tell(Status::Error);
+    }
+    FreeSymbolTable(workspace);
+    return findings;
+}
+
 Status TestComponent(Component& component, Workspace& workspace, const UserModelTable& userModels,
                      std::string& errorText) {
     Status status = Status::Success;
-    const EscapeLevel level(/*armed=*/true);
-    try {
-        if (level.Refused()) {
-            errorText += "ERROR: the test is nested too deep\n";
-            return Status::Error;
-        }
-        MergeStatus(status, BuildSymbolTable(workspace, errorText));
-        MergeStatus(status, EvalComponentParams(component, &workspace, errorText));
-        MergeStatus(status, CheckPorts(component, errorText));
-        MergeStatus(status, RunTest(component, workspace, userModels, errorText));
-    } catch (const Escape& escape) {
-        errorText += Concat("ERROR: ", escape.message, "\n");
-        status = Status::Error;
-    } catch (const std::exception& failure) {
-        errorText += Concat("ERROR: the test was given up: ", failure.what(), "\n");
-        status = Status::Error;
+    for (const TestFinding& finding : TestByStages(component, workspace, userModels)) {
+        MergeStatus(status, finding.status);
+        errorText += finding.text;
     }
-    FreeSymbolTable(workspace);
     return status;
 }
 

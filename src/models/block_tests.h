@@ -28,4 +28,8 @@ bool HasBlockTest(std::string_view type, const UserModelTable& userModels);
 Status TestComponent(Component& component, Workspace& workspace, const UserModelTable& userModels,
                      std::string& errorText);
 
+/// The same, each stage that had something to tell by itself: evaluation, ports, the test.
+std::vector<TestFinding> TestByStages(Component& component, Workspace& workspace,
+                                      const UserModelTable& userModels);
+
 }  // namespace photrak

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "platform/system_host.h"
@@ -46,6 +47,11 @@ struct Profile {
     virtual ~Profile() = default;
     virtual int ReadInt(std::string_view section, std::string_view key, int fallback) = 0;
     virtual void WriteInt(std::string_view section, std::string_view key, int value) = 0;
+    /// The keys that the section has, in order, with the integers that their values start with.
+    virtual std::vector<std::pair<std::string, int>> Ints(std::string_view section) {
+        static_cast<void>(section);
+        return {};
+    }
 };
 
 struct Environment {

@@ -70,6 +70,25 @@ std::optional<int> FindProfileInt(std::string_view text, std::string_view sectio
     return value;
 }
 
+std::vector<std::pair<std::string, int>> ProfileInts(std::string_view text,
+                                                     std::string_view section) {
+    std::vector<std::pair<std::string, int>> keys;
+    bool inside = false;
+    for (std::size_t at = 0; at < text.size();) {
+        const std::size_t end = std::min(text.find('\n', at), text.size());
+        const std::string_view line = Trim(text.substr(at, end - at));
+        at = end + 1;
+        if (line.starts_with('[')) {
+            inside = SameName(Trim(line.substr(1, line.find(']') - 1)), section);
+        }
+        const auto equals = line.find('=');
+        if (!inside || line.starts_with('[') || equals == std::string_view::npos) continue;
+        const std::string_view key = Trim(line.substr(0, equals));
+        keys.emplace_back(key, FindProfileInt(text, section, key).value_or(0));
+    }
+    return keys;
+}
+
 std::string WithProfileInt(std::string_view text, std::string_view section, std::string_view key,
                            int value) {
     const std::string line = std::string(key) + "=" + std::to_string(value);

@@ -142,6 +142,10 @@ struct SystemProfile : Profile {
         return FindProfileInt(Text(), section, key).value_or(fallback);
     }
 
+    std::vector<std::pair<std::string, int>> Ints(std::string_view section) override {
+        return ProfileInts(Text(), section);
+    }
+
     void WriteInt(std::string_view section, std::string_view key, int value) override {
         const std::string path = Path();
         std::error_code ignored;

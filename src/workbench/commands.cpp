@@ -37,6 +37,10 @@ void FileCloseAll(Workbench& workbench) {
     static_cast<void>(CloseAll(workbench));
 }
 
+void FileExit(Workbench& workbench) {
+    if (CloseAll(workbench)) KeepFrame(workbench);
+}
+
 void FileRecover(Workbench& workbench) {
     const std::vector<RecoveryCopy> copies = RecoveryCopies(workbench);
     if (copies.empty()) workbench.InfoBox("There is nothing to recover.");
@@ -87,7 +91,7 @@ const Command commands[] = {
     {"File", "Close All", "Close All Topologies", {}, FileCloseAll},
     {"File", "Print", "Print Active Topology Layout", {}, ByPlatform},
     {"File", "Printer Setup", "Printer Setup for Windows Printer Driver", {}, ByPlatform},
-    {"File", "Exit", "Exit Photrak", {}, FileCloseAll},
+    {"File", "Exit", "Exit Photrak", {}, FileExit},
     {"File", "Recover", "Open What Was Not Saved", {}, FileRecover},
     {"Edit", "Undo", "Undo Previous CAD Operation", {"Alt+Backspace", "Ctrl+Z"}, EditUndo},
     {"Edit", "Cut", "Delete Selection and Copy to Clipboard", {"Shift+Delete", "Ctrl+X"}, EditCut},

@@ -45,6 +45,8 @@ bool Form::EditRow(std::string_view row, std::string_view column, std::string_vi
         found->deviation = text;
         found->deviationEdited = true;
     } else if (column == "Distribution" && found->hasDeviation) {
+        if (std::ranges::find(distributionChoices, text) == std::end(distributionChoices))
+            return false;
         found->distribution = text;
         found->distributionEdited = true;
     } else {

@@ -23,6 +23,10 @@ struct FormField {
     bool edited = false;
 };
 
+/// The choices of a distribution, in their order.
+inline constexpr std::string_view distributionChoices[] = {"None", "Uniform", "Gaussian",
+                                                           "TwoSigma"};
+
 /// A row of the property table. Empty cells are not for editing, but for the value.
 struct FormRow {
     std::string name;
@@ -32,7 +36,8 @@ struct FormRow {
     std::string deviation, distribution;
     std::string units;
     std::vector<std::string> choices;  // of the value
-    std::string fault, hint;
+    std::string fault, hint;           // of the value
+    std::string deviationFault;        // of the deviation
     bool valueEdited = false, deviationEdited = false, distributionEdited = false;
 };
 

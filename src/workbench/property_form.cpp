@@ -160,25 +160,34 @@ void PropertyForm::Mark(FormRow& row) {
     row.fault.clear();
     const Parameter* parameter = ParameterOf(row);
     if (!parameter) {
-        if (row.value.find('"') != std::string::npos) row.fault = quoteInValueText;
+        row.hint = row.value.find('"') == std::string::npos ? "" : quoteInValueText;
         return;
     }
     row.hint = parameter->DESC ? parameter->DESC : "";
+    const auto add = [&](std::string_view more) {
+        if (!more.empty()) row.hint += Concat(row.hint.empty() ? "" : "; ", more);
+    };
+    row.deviationFault.clear();
     if (row.isChoice) {
         const std::vector<std::string> known = WordsOf(parameter->UNITS);
         if (std::ranges::find(known, row.value) == known.end()) row.fault = "not among the choices";
         return;
     }
     if (parameter->type == StringType) {
-        if (row.value.find('"') != std::string::npos) row.fault = quoteInValueText;
+        if (row.value.find('"') != std::string::npos) add(quoteInValueText);
+        return;
+    }
+    const auto inside = component_.innerTexts.find(row.name);
+    if (inside != component_.innerTexts.end() && inside->second == row.value) {
+        add("follows the values inside the SuperBlock");
         return;
     }
     if (view_.running) return;
     const ValueCheck value = CheckValue(*view_.workspace, *parameter, row.value);
     row.fault = value.fault;
-    if (!value.shown.empty()) row.hint += Concat(row.hint.empty() ? "" : "; ", value.shown);
-    if (row.fault.empty() && row.hasDeviation) {
-        row.fault = CheckExpression(*view_.workspace, row.deviation).fault;
+    add(value.shown);
+    if (row.hasDeviation) {
+        row.deviationFault = CheckExpression(*view_.workspace, row.deviation).fault;
     }
 }
 
@@ -235,11 +244,11 @@ void PropertyForm::ShowStatus(Status status, const std::string& text) {
 
 void PropertyForm::Test() {
     if (!Store()) return;
-    std::string text;
     const WorkingDirectory there(view_.directory);
-    const Status status =
-        workbench_.services.test(component_, *view_.workspace, workbench_.userModels, text);
-    ShowStatus(status, text);
+    for (const TestFinding& finding :
+         workbench_.services.test(component_, *view_.workspace, workbench_.userModels)) {
+        ShowStatus(finding.status, finding.text);
+    }
 }
 
 constexpr FileFilter parameterFiles{"Parameter Files (*.prm)", "*.prm"};
@@ -264,13 +273,13 @@ void PropertyForm::Save() {
         return;
     }
     if (!Store()) return;
+    std::string text;
+    ShowStatus(EvaluateForParamFile(component_, *view_.workspace, text), text);
+    text.clear();
     const auto chosen = workbench_.desktop.ChooseFile(
         {true, "Save Parameters As", {parameterFiles, allFiles}, view_.directory});
     if (!chosen || chosen->empty() || chosen->back() == '/') return;
-    std::string text;
     const WorkingDirectory there(view_.directory);
-    ShowStatus(EvaluateForParamFile(component_, *view_.workspace, text), text);
-    text.clear();
     ShowStatus(SaveParamFile(component_, ParamFileName(*chosen, {}), text), text);
 }
 

@@ -51,6 +51,8 @@ const ScriptPlayer::Event ScriptPlayer::events_[] = {
     {"activate", 1, 1, false, &ScriptPlayer::ActivateView},
     {"close", 0, 0, false, &ScriptPlayer::Close},
     {"size", 2, 2, false, &ScriptPlayer::Size},
+    {"frame", 4, 4, false, &ScriptPlayer::Frame},
+    {"profile", 2, 2, false, &ScriptPlayer::SetProfile},
     {"mode", 1, 2, false, &ScriptPlayer::SelectMode},
     {"press", 2, 5, false, &ScriptPlayer::Press},
     {"move", 2, 2, false, &ScriptPlayer::Move},
@@ -92,6 +94,7 @@ bool ScriptPlayer::Play(std::string_view line, std::string& reason) {
         return false;
     }
     if (!(this->*event->play)(rest, reason)) return false;
+    played_ = played_ || event->word != "profile";
     reason = std::exchange(desktop_.missing, {});
     return reason.empty();
 }
@@ -145,6 +148,28 @@ bool ScriptPlayer::Size(const Words& words, std::string& reason) {
     if (!view || !ReadPoint(words, size, reason)) return false;
     view->width = size.x;
     view->height = size.y;
+    return true;
+}
+
+bool ScriptPlayer::Frame(const Words& words, std::string& reason) {
+    FramePlace place;
+    std::int32_t* const numbers[] = {&place.left, &place.top, &place.width, &place.height};
+    for (std::size_t i = 0; i < words.size(); ++i) {
+        if (ReadWhole(words[i], *numbers[i])) continue;
+        reason = Concat("'", words[i], "' is no whole number");
+        return false;
+    }
+    workbench_.frame = place;
+    return true;
+}
+
+bool ScriptPlayer::SetProfile(const Words& words, std::string& reason) {
+    std::int32_t number = 0;
+    if (played_) reason = "the profile is set before all other events";
+    if (!ReadWhole(words[1], number)) reason = Concat("'", words[1], "' is no whole number");
+    if (!reason.empty()) return false;
+    CurrentHost().profile->WriteInt("PHOTRAK", words[0], number);
+    ReadProfile(workbench_);
     return true;
 }
 

@@ -83,6 +83,8 @@ class ScriptPlayer {
     bool ActivateView(const Words& words, std::string& reason);
     bool Close(const Words& words, std::string& reason);
     bool Size(const Words& words, std::string& reason);
+    bool Frame(const Words& words, std::string& reason);
+    bool SetProfile(const Words& words, std::string& reason);
     bool SelectMode(const Words& words, std::string& reason);
     bool Press(const Words& words, std::string& reason);
     bool Move(const Words& words, std::string& reason);
@@ -107,6 +109,7 @@ class ScriptPlayer {
     Workbench& workbench_;
     ScriptDesktop& desktop_;
     std::string output_;
+    bool played_ = false;  // an event that the profile does not precede
 };
 
 /// The text of `print WHAT`; nothing for an unknown WHAT.

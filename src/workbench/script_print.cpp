@@ -331,12 +331,9 @@ std::string PrintLog(const Printing& p) {
 }
 
 std::string PrintProfile(const Printing&) {
-    static constexpr std::pair<std::string_view, int> keys[] = {
-        {"FrameXPos", 2},    {"FrameYPos", 1},   {"FrameXSize", 600},
-        {"FrameYSize", 562}, {"MultiThread", 1}, {"CommandShowWindow", 0}};
     std::string text;
-    for (const auto& [key, fallback] : keys) {
-        text += Concat(key, " ", CurrentHost().profile->ReadInt("PHOTRAK", key, fallback), "\n");
+    for (const auto& [key, value] : CurrentHost().profile->Ints("PHOTRAK")) {
+        text += Concat(key, " ", value, "\n");
     }
     return text;
 }

@@ -35,17 +35,20 @@ Entry EntryOf(const Variable& variable) {
     return entry;
 }
 
-/// The value that the user sees: %.10g if that reads back equal.
-std::string ValueText(const Entry& entry) {
+/// The value as a file keeps it: ten digits if they read back equal, else the fewest that do.
+std::string StoredText(const Entry& entry) {
     return entry.expression.empty() ? ExactNumber(entry.value, 10) : entry.expression;
+}
+/// The value as it is shown.
+std::string ShownText(const Entry& entry) {
+    return entry.expression.empty() ? FormatSignificant(entry.value, 10) : entry.expression;
 }
 
 std::string RowText(const Entry& entry) {
     constexpr std::size_t width = 25;
     std::string name = entry.name;
     if (name.size() < width) name.resize(width, ' ');
-    return Concat(name, " = ",
-                  entry.expression.empty() ? FormatSignificant(entry.value, 10) : entry.expression);
+    return Concat(name, " = ", ShownText(entry));
 }
 
 bool IsPlainName(std::string_view name) {
@@ -132,9 +135,9 @@ void SymbolsForm::Show(std::int32_t row) {
     const bool any = row > 0;
     Name().enabled = Expression().enabled = any;
     Name().text = any ? InHand().name : "";
-    Expression().text = any ? ValueText(InHand()) : "";
+    Expression().text = any ? ShownText(InHand()) : "";
     Name().edited = Expression().edited = false;
-    Name().fault.clear();
+    Name().fault = any && !CanNameASymbol(InHand().name) ? "hidden by the built-in value" : "";
     Expression().fault.clear();
     focus = any ? "Expression" : "";
     ShowCurrentValue();
@@ -146,6 +149,7 @@ void SymbolsForm::ShowNew() {
     row_ = 0;
     ShowList(0);
     Name().enabled = Expression().enabled = true;
+    Name().fault.clear();
     Name().text.clear();
     Expression().text.clear();
     Name().edited = Expression().edited = false;
@@ -184,10 +188,7 @@ void SymbolsForm::ShowCurrentValue() {
 bool SymbolsForm::AcceptEdit() {
     if (row_ == 0 || !Expression().edited) return true;
     const std::string text = WithoutBlanks(Expression().text);
-    if (text.empty()) {
-        Show(row_);
-        return true;
-    }
+    if (text.empty()) return true;
     Entry& entry = InHand();
     double value = 0.0;
     if (IsNumber(text, &value)) {
@@ -213,7 +214,7 @@ std::string SymbolsForm::NewNameFault(const std::string& name) const {
     if (std::ranges::any_of(entries_, [&](const Entry& e) { return e.name == name; })) {
         return Concat("Symbol ", name, " already exists, not set.");
     }
-    if (entries_.size() + hidden_.size() >= mostSymbols) {
+    if (entries_.size() >= mostSymbols) {
         return Concat("Symbol table full, cannot insert ", name);
     }
     return {};
@@ -235,7 +236,6 @@ bool SymbolsForm::AcceptNew() {
     const auto place = std::ranges::lower_bound(entries_, name, {}, &Entry::name);
     const auto inserted = entries_.insert(place, std::move(entry));
     Show(static_cast<std::int32_t>(inserted - entries_.begin()) + 1);
-    if (!CanNameASymbol(name)) Name().fault = "hidden by the built-in value";
     return true;
 }
 
@@ -267,7 +267,7 @@ bool SymbolsForm::RebuildVariables() {
         }
         Variable variable;
         variable.name = entry.name;
-        variable.value = ValueText(entry);
+        variable.value = StoredText(entry);
         variable.type = entry.expression.empty() ? DoubleType : StringType;
         variables.push_back(std::move(variable));
     }

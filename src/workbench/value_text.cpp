@@ -2,6 +2,7 @@
 #include "workbench/value_text.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
 #include <iterator>
 
@@ -84,6 +85,7 @@ Evaluated Evaluate(Workspace& workspace, std::string_view text) {
 }
 
 std::string LimitFault(const Parameter& parameter, double value) {
+    if (parameter.type == IntType) value = std::trunc(value);  // as a run reads it
     const auto limit = [&](const void* place) {
         return parameter.type == IntType ? *static_cast<const std::int32_t*>(place)
                                          : *static_cast<const double*>(place);

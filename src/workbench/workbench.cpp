@@ -63,8 +63,42 @@ bool StartWorkbench(Workbench& workbench) {
     }
     if (!fits) text += "user.lis: the palette holds 17 user models; the rest is left out\n";
     if (!text.empty()) workbench.InfoBox(text);
-    workbench.multiThread = CurrentHost().profile->ReadInt("PHOTRAK", "MultiThread", 1) != 0;
+    ReadProfile(workbench);
     return true;
+}
+
+namespace {
+
+constexpr std::string_view profileSection = "PHOTRAK";
+
+struct FrameKey {
+    std::string_view key;
+    std::int32_t FramePlace::*value;
+    bool isPosition;
+};
+constexpr FrameKey frameKeys[] = {{"FrameXPos", &FramePlace::left, true},
+                                  {"FrameYPos", &FramePlace::top, true},
+                                  {"FrameXSize", &FramePlace::width, false},
+                                  {"FrameYSize", &FramePlace::height, false}};
+
+}  // namespace
+
+void ReadProfile(Workbench& workbench) {
+    Profile& profile = *CurrentHost().profile;
+    for (const FrameKey& row : frameKeys) {
+        workbench.frame.*row.value =
+            profile.ReadInt(profileSection, row.key, FramePlace{}.*row.value);
+    }
+    workbench.multiThread = profile.ReadInt(profileSection, "MultiThread", 1) != 0;
+}
+
+void KeepFrame(const Workbench& workbench, bool withPosition) {
+    constexpr std::int32_t farthest = 2000;
+    if (workbench.frame.left < 0 || workbench.frame.left > farthest) return;
+    for (const FrameKey& row : frameKeys) {
+        if (row.isPosition && !withPosition) continue;
+        CurrentHost().profile->WriteInt(profileSection, row.key, workbench.frame.*row.value);
+    }
 }
 
 std::string ModeText(const Workbench& workbench, const DiagramView& view) {

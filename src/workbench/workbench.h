@@ -10,6 +10,7 @@
 
 #include "files/user_models.h"
 #include "kernel/driver.h"
+#include "models/common/block_test.h"
 #include "workbench/desktop.h"
 #include "workbench/diagram_view.h"
 #include "workbench/form.h"
@@ -23,8 +24,13 @@ namespace photrak {
 struct ModelServices {
     std::span<const ModelEntry> builtInModels;
     bool (*hasTest)(std::string_view type, const UserModelTable& userModels);
-    Status (*test)(Component& component, Workspace& workspace, const UserModelTable& userModels,
-                   std::string& errorText);
+    std::vector<TestFinding> (*test)(Component& component, Workspace& workspace,
+                                     const UserModelTable& userModels);
+};
+
+/// Where the frame stands on the screen and how large it is, pixels.
+struct FramePlace {
+    std::int32_t left = 2, top = 1, width = 600, height = 562;
 };
 
 struct Workbench {
@@ -41,6 +47,7 @@ struct Workbench {
     std::string clipboardDirectory = {};  // of the diagram that it was copied from
     std::int32_t unnamedCounter = 0;
     bool multiThread = true;
+    FramePlace frame = {};
     std::vector<std::unique_ptr<DiagramView>> views = {};  // in order of opening
     std::vector<DiagramView*> recent = {};                 // the active one last
     std::vector<std::unique_ptr<Form>> forms = {};         // the last opened in front
@@ -61,6 +68,12 @@ struct Workbench {
 /// Reads the catalogue beside the executable and binds the user models. False after a box: no
 /// workbench can be shown.
 bool StartWorkbench(Workbench& workbench);
+
+/// Takes over what the profile says now.
+void ReadProfile(Workbench& workbench);
+/// Writes the frame's place into the profile, unless it stands left of the screen or far to the
+/// right; `withPosition` is false where a window does not know its own.
+void KeepFrame(const Workbench& workbench, bool withPosition = true);
 
 /// The text of the mode in the message pane.
 std::string ModeText(const Workbench& workbench, const DiagramView& view);

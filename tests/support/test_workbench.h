@@ -16,7 +16,7 @@ struct TestWorkbench {
     TestWorkbench() {
         ::setenv("XDG_STATE_HOME", folder.Path().c_str(), 1);
         workbench.reset(new Workbench{desktop,
-                                      {BuiltInModels(), HasBlockTest, TestComponent},
+                                      {BuiltInModels(), HasBlockTest, TestByStages},
                                       ExecutableDirectory(),
                                       folder.Path()});
         workbench->run.holds = true;

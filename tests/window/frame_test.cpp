@@ -120,7 +120,7 @@ class FrameTest : public testing::Test {
     TempDir dir_;
     QuietDesktop desktop_;
     Workbench workbench_{desktop_,
-                         {BuiltInModels(), HasBlockTest, TestComponent},
+                         {BuiltInModels(), HasBlockTest, TestByStages},
                          BinaryDir() + "/bin/",
                          std::filesystem::current_path().string()};
     std::unique_ptr<FrameWindow> frame_;

@@ -7,6 +7,12 @@
 
 namespace photrak {
 
+/// What one stage of a test had to tell.
+struct TestFinding {
+    Status status;
+    std::string text;
+};
+
 struct BlockTestCall : ModelReport {
     const Component& component;  // parameters evaluated and within their limits
     PlotMode plotMode;           // the files are written in any mode
