@@ -22,5 +22,7 @@ int ReportCommand(const CommandOptions& options);
 int DrawCommand(const CommandOptions& options);
 int ParamsCommand(const CommandOptions& options);
 int ExplainCommand(const CommandOptions& options);
+int NewCommand(const CommandOptions& options);
+int ExampleCommand(const CommandOptions& options);
 
 }  // namespace photrak

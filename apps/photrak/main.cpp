@@ -60,9 +60,14 @@ constexpr Command commandTable[] = {
      "a topology file or a folder of results", ReportCommand},
     {"draw", "photrak draw [options] FILE.top", "draw a topology as an SVG picture",
      commandBit::draw, fileOnly, "a topology file", DrawCommand},
+    {"new", "photrak new FILE.top", "write a topology to begin with", commandBit::create, fileOnly,
+     "the name of a file", NewCommand},
+    {"example", "photrak example [NAME]",
+     "list the examples, or copy one and the files that it needs to here", commandBit::example,
+     fileOnly, nullptr, ExampleCommand},
     {"explain", "photrak explain [CODE]", "tell what a code such as P1201 in a message means",
      commandBit::explain, fileOnly, nullptr, ExplainCommand},
-    {"models", "photrak models [TYPE|SuperBlock:NAME]",
+    {"models", "photrak models [options] [TYPE|SuperBlock:NAME]",
      "list the models, or the ports and parameters of one", commandBit::models, fileOnly, nullptr,
      ModelsCommand},
 };
@@ -78,6 +83,7 @@ std::string Help() {
     }
     text +=
         "  photrak FILE.top                    open the workbench, a window\n"
+        "  photrak help COMMAND                tell the options of one command\n"
         "  photrak --help | --version\n\n"
         "Options of run and scan, of which check and test have some:\n";
     text += OptionHelp(commandBit::run);
@@ -133,6 +139,7 @@ int StartWorkbenchProgram(const std::vector<std::string>& files) {
 int Main(const std::vector<std::string>& arguments) {
     if (arguments.empty()) return BadUsage("no command given");
     const std::string& word = arguments.front();
+    if (word == "help" && arguments.size() == 2) return Main({arguments[1], "--help"});
     if (word == "--help" || word == "-h" || word == "help") {
         WriteOut(Help());
         return exitStatus::success;

@@ -35,7 +35,7 @@ int ModelsCommand(const CommandOptions& options) {
                                            [](const auto& one) { return one->type; }))));
         return exitStatus::failed;
     }
-    WriteOut(DescribeModel(*model));
+    WriteOut(options.block ? BlockOf(*model) : DescribeModel(*model));
     return exitStatus::success;
 }
 

@@ -186,7 +186,8 @@ constexpr unsigned plotting = simulating | commandBit::test;
 constexpr unsigned topologyCommand = plotting | commandBit::check;
 constexpr unsigned anyCommand = topologyCommand | commandBit::models | commandBit::plot |
                                 commandBit::params | commandBit::superblock | commandBit::draw |
-                                commandBit::report | commandBit::explain;
+                                commandBit::report | commandBit::explain | commandBit::create |
+                                commandBit::example;
 
 constexpr Option optionTable[] = {
     {"--set", "NAME=EXPR", topologyCommand, SetSymbol,
@@ -250,6 +251,8 @@ constexpr Option optionTable[] = {
      Raise<&CommandOptions::quiet>, "no progress on standard error, only warnings and errors"},
     {"--verbose", nullptr, simulating | commandBit::check, Raise<&CommandOptions::verbose>,
      "tell more: catalogue, symbols, sweeps, times"},
+    {"--block", nullptr, commandBit::models, Raise<&CommandOptions::block>,
+     "print a block of the model with all its parameters, to paste into a topology"},
     {"--help", nullptr, anyCommand, Raise<&CommandOptions::help>, "print this help"},
 };
 

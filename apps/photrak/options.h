@@ -51,8 +51,8 @@ struct CommandOptions {
     std::string title;    // of the page of `report`
     bool report = false;  // a page at the end of a run
     bool scans = false;   // the command is `scan`
-    bool noCommands = false, strict = false, lenient = false, quiet = false, verbose = false,
-         help = false;
+    bool noCommands = false, strict = false, lenient = false, block = false, quiet = false,
+         verbose = false, help = false;
 };
 
 /// What the words of a command that are no options mean, in order.
@@ -70,7 +70,8 @@ std::string OptionHelp(unsigned command, unsigned except = 0);
 /// Bits of the commands in the option table.
 namespace commandBit {
 inline constexpr unsigned run = 1, check = 2, models = 4, scan = 8, test = 16, plot = 32,
-                          params = 64, superblock = 128, draw = 256, report = 512, explain = 1024;
+                          params = 64, superblock = 128, draw = 256, report = 512, explain = 1024,
+                          create = 2048, example = 4096;
 }  // namespace commandBit
 
 }  // namespace photrak

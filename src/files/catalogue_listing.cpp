@@ -5,6 +5,8 @@
 
 #include "base/text.h"
 #include "files/catalogue.h"
+#include "files/param_save.h"
+#include "files/topology_words.h"
 #include "kernel/parameters.h"
 
 namespace photrak {
@@ -171,6 +173,25 @@ std::string ListModels(const Catalogue& catalogue) {
                               ListCategory("User models", others));
     if (!text.empty()) text.pop_back();
     return text;
+}
+
+std::string BlockOf(const Component& prototype) {
+    const auto nodes = [](std::int32_t ports) {
+        std::string text;
+        for (std::int32_t i = 0; i < ports; ++i) text += " 0";
+        return text;
+    };
+    const std::string icon = prototype.ICON.substr(0, prototype.ICON.find('.'));
+    std::string text = Concat(
+        "COMPONENT ", CleanName(prototype.type), "1 ", prototype.type, "\nNOTE ",
+        CleanLine(prototype.NOTE), "\nICON ", icon.empty() ? "block" : icon, " 45 45\nNUMINPUTS ",
+        prototype.NUMINPUTS, "\nNUMOUTPUTS ", prototype.NUMOUTPUTS, "\nINPUTFROM",
+        nodes(prototype.NUMINPUTS), "\nOUTPUTTO", nodes(prototype.NUMOUTPUTS), "\n");
+    for (const Parameter& parameter : Items(prototype.parameters)) {
+        text += "\n";
+        WriteParamBlock(parameter, text);
+    }
+    return text + "\nENDCOMPONENT\n";
 }
 
 }  // namespace photrak

@@ -437,7 +437,9 @@ void ValueInspector::File(const TypedValue& value) {
                                               "noiseFilename"};
     const std::string_view name = TextOf(value.definition->name);
     const bool isRead = std::ranges::find(readNames, name) != std::end(readNames);
-    if (!isRead || value.model->type == "SaveSigBlock" || FileExists(value.text)) return;
+    if (!isRead || value.text == "none" || value.model->type == "SaveSigBlock" ||
+        FileExists(value.text))
+        return;
     Tell(value.place, d::missingFile, Concat(Who(value), "there is no file '", value.text, "'"),
          value.text, {}, {}, /*changesNumber=*/false);
 }

@@ -1,0 +1,74 @@
+// What a newcomer is given to begin with has no faults: the new topology, the examples with their
+// files, a block of each model.
+#include "link/run_program.h"
+
+namespace photrak::test {
+namespace {
+
+class FirstLink : public ::testing::Test {
+  protected:
+    TempDir directory_;
+};
+
+TEST_F(FirstLink, NewTopologiesRunAndNeverReplaceAFile) {
+    EXPECT_EQ(Photrak("new mine").out, "mine.top\n");
+    EXPECT_EQ(Photrak("check --strict mine.top").out, "mine.top: 2 components, no faults\n");
+    const ProgramResult run = Photrak("run --no-commands mine.top");
+    EXPECT_EQ(run.out, "new-bits_bin.sig\nnew-bits.pcs\n") << run.error;
+    WriteText("mine.top", "NOTE precious\n");
+    const ProgramResult again = Photrak("new mine.top");
+    EXPECT_EQ(again.status, 1);
+    EXPECT_NE(again.error.find("it exists already"), std::string::npos) << again.error;
+    EXPECT_EQ(FileText("mine.top"), "NOTE precious\n");
+}
+
+TEST_F(FirstLink, ExamplesComeWithAllThatTheyNeed) {
+    const std::string list = Photrak("example").out;
+    for (const auto& entry : std::filesystem::directory_iterator(SourceDir() + "/examples")) {
+        if (entry.path().extension() != ".top") continue;
+        const std::string name = entry.path().stem().string();
+        SCOPED_TRACE(name);
+        EXPECT_NE(("\n" + list).find("\n" + name + "  "), std::string::npos);
+        std::filesystem::create_directory(name);
+        const ProgramResult copy =
+            RunProgram("cd " + name + " && " + BinaryDir() + "/bin/photrak example " + name);
+        EXPECT_EQ(copy.status, 0) << copy.error;
+        EXPECT_EQ(FileText(name + "/" + name + ".top"), FileText(entry.path()));
+        // The one that loads a signal wants the one that saves it to have run.
+        const char* strict = name == "load-signal" ? "" : "--strict ";
+        EXPECT_EQ(Photrak("check " + (strict + name) + "/" + name + ".top").status, 0);
+    }
+    EXPECT_NE(Photrak("example nrz-lnk").error.find("did you mean 'nrz-link'?"), std::string::npos);
+    EXPECT_EQ(Photrak("example ../examples/../x").status, 1);
+}
+
+TEST_F(FirstLink, BlocksOfAllModelsCanBePasted) {
+    int models = 0;
+    for (const auto& entry :
+         std::filesystem::directory_iterator(SourceDir() + "/catalogue/models")) {
+        const std::string type = entry.path().stem().string();
+        if (entry.path().extension() != ".def" || type == "SuperBlock") continue;
+        SCOPED_TRACE(type);
+        const ProgramResult block = Photrak("models --block " + type);
+        ASSERT_EQ(block.status, 0) << block.error;
+        WriteText("block.top", block.out);
+        const ProgramResult check = Photrak("check block.top");
+        EXPECT_EQ(check.status, 0) << check.error;
+        ++models;
+    }
+    EXPECT_GT(models, 30);
+}
+
+TEST_F(FirstLink, EachCommandHasAPageOfHelp) {
+    for (const char* command : {"run", "scan", "check", "test", "params", "plot", "report", "draw",
+                                "models", "superblock", "explain", "new", "example"}) {
+        const ProgramResult help = Photrak(std::string("help ") + command);
+        EXPECT_EQ(help.status, 0);
+        EXPECT_TRUE(help.out.starts_with(std::string("Usage: photrak ") + command)) << help.out;
+        EXPECT_EQ(help.out, Photrak(std::string(command) + " --help").out);
+    }
+    EXPECT_EQ(Photrak("help fly").status, 64);
+}
+
+}  // namespace
+}  // namespace photrak::test
