@@ -65,6 +65,7 @@ struct DiagramView {
     History history;
     DiagramState saved;          // after the last load, save or New
     std::string diskText;        // the file as it was read or written last
+    bool lostLines = false;      // the load dropped something that the file still has
     std::size_t logPrinted = 0;  // bytes of log.txt that a script has printed
     mutable CanvasIndex index;   // of Index
     mutable bool indexed = false;

@@ -6,7 +6,9 @@
 
 #include "base/log.h"
 #include "base/text.h"
+#include "files/diagnostics.h"
 #include "files/topology.h"
+#include "files/topology_inspection.h"
 #include "kernel/graph.h"
 #include "platform/file_system.h"
 #include "platform/host.h"
@@ -66,6 +68,23 @@ void FailedToLoad(Workbench& workbench, DiagramView& view, const fs::path& file)
     workbench.ErrorBox("ERROR loading topology: see log file for details");
 }
 
+/// What a file of a newer version may have and a save of this one would lose.
+void NoteLostLines(const Workbench& workbench, DiagramView& view) {
+    static constexpr std::string_view losses[] = {
+        diagnostic::unknownKeyword, diagnostic::unknownWord, diagnostic::unknownParameter,
+        diagnostic::unknownBodyWord};
+    const Inspection found = InspectTopologyText(view.diskText, view.title, workbench.catalogue);
+    const auto isLoss = [](const LoadFinding& finding) {
+        return std::ranges::find(losses, std::string_view(finding.code)) != std::end(losses);
+    };
+    const auto lost = std::ranges::find_if(found.findings, isLoss);
+    view.lostLines = lost != found.findings.end();
+    if (!view.lostLines) return;
+    LogIn(view,
+          Concat("WARNING: ", FindingLine(*lost), "\nWhat is not understood is lost by a save; ",
+                 "the first one keeps the file as '", view.title, "~'.\n"));
+}
+
 void Load(Workbench& workbench, DiagramView& view, const std::string& path) {
     const fs::path file(path);
     view.directory = file.parent_path().string();
@@ -83,6 +102,7 @@ void Load(Workbench& workbench, DiagramView& view, const std::string& path) {
     view.title = file.filename().string();
     std::string reason;
     if (!ReadWholeFile(path, view.diskText, reason)) view.diskText.clear();
+    NoteLostLines(workbench, view);
     if (status == Status::Warning) {
         LogIn(view, view.workspace->errorText + "\n");
         workbench.InfoBox("WARNING loading topology: see log file for details");
@@ -126,7 +146,7 @@ bool Write(Workbench& workbench, DiagramView& view, const std::string& formerDir
 }
 
 void Saved(Workbench& workbench, DiagramView& view) {
-    view.undo.modified = view.undo.valid = false;
+    view.undo.modified = view.undo.valid = view.lostLines = false;
     view.MarkSaved();
     std::string reason;
     if (!ReadWholeFile(view.fileName, view.diskText, reason)) view.diskText.clear();
@@ -145,6 +165,11 @@ bool SaveNamed(Workbench& workbench, DiagramView& view, const std::string& forme
         return false;
     }
     if (!MayReplace(workbench, view)) return false;
+    if (view.lostLines && !view.diskText.empty() &&
+        !ReplaceFile(view.fileName + "~", view.diskText)) {
+        workbench.ErrorBox(Concat("Cannot keep the file as '", view.fileName, "~'"));
+        return false;
+    }
     workbench.pane = Concat("Saving ", view.fileName);
     const bool written = Write(workbench, view, formerDirectory);
     if (written) Saved(workbench, view);

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <set>
 
+#include "base/log.h"
 #include "base/text.h"
 #include "files/topology_words.h"
 #include "platform/file_system.h"
@@ -297,7 +298,7 @@ std::string PrintMenu(const Printing&) {
     std::string text;
     for (const Command& command : Commands()) {
         text += Concat("entry ", Quoted(Concat(command.menu, " ", command.entry)), " ",
-                       Quoted(command.status));
+                       Quoted(InterpretPercent(command.status)));
         for (const std::string_view key : command.keys) text += Concat(" ", key);
         text += '\n';
     }
