@@ -84,6 +84,9 @@ FrameWindow::FrameWindow(Workbench& workbench, WindowDesktop& desktop)
 }
 
 FrameWindow::~FrameWindow() {
+    // What the parts still say while they go is nobody's business.
+    disconnect(area_, nullptr, this, nullptr);
+    for (auto& [view, child] : children_) child.frame->removeEventFilter(this);
     for (auto& [view, child] : children_) child.canvas->Detach();
     for (Dialog& dialog : dialogs_) dialog.window->Detach();
 }

@@ -30,7 +30,10 @@ ButtonBar::ButtonBar(const QString& name, Table table, IconOf icon, Pushed pushe
         widget->setCheckable(button.latches);
         widget->setGeometry(button.x + border, button.y + border, side, side);
         widget->setFocusPolicy(Qt::TabFocus);
-        connect(widget, &QToolButton::clicked, this, [this, i] { pushed_(buttons_[i]); });
+        connect(widget, &QToolButton::clicked, this, [this, i] {
+            const BarButton pushed = buttons_[i];  // Refresh makes the rows anew
+            pushed_(pushed);
+        });
         widgets_.push_back(widget);
         width = std::max(width, button.x + side + 2 * border);
         height = std::max(height, button.y + side + 2 * border);

@@ -3,6 +3,7 @@
 # must equal the example's in every byte.
 file(REMOVE_RECURSE ${FOLDER})
 file(MAKE_DIRECTORY ${FOLDER}/files)
+set(ENV{HOME} ${FOLDER})
 set(ENV{XDG_STATE_HOME} ${FOLDER}/state)
 execute_process(COMMAND ${PROGRAM} -C ${FOLDER}/files ${SCRIPT} OUTPUT_QUIET RESULT_VARIABLE status)
 if(NOT status EQUAL 0)
