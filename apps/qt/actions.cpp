@@ -14,13 +14,13 @@ QList<QKeySequence> KeysOf(const ActionRow& row) {
     return keys;
 }
 
-bool IsTyped(const QKeySequence& key) {
+bool IsForCanvas(const QKeySequence& key) {
     const QKeyCombination first = key[0];
     const bool plain = (first.keyboardModifiers() & ~Qt::ShiftModifier) == Qt::NoModifier;
-    return plain && first.key() < Qt::Key_Escape;
+    return plain && (first.key() < Qt::Key_F1 || first.key() > Qt::Key_F35);
 }
 
-void ActionSet::Make(QMainWindow& window, QWidget& canvas, std::span<const ActionRow> rows,
+void ActionSet::Make(QMainWindow& window, std::span<const ActionRow> rows,
                      std::function<void(std::string_view)> run) {
     for (const ActionRow& row : rows) {
         QMenu*& menu = menus_[std::string(row.menu)];
@@ -37,12 +37,16 @@ void ActionSet::Make(QMainWindow& window, QWidget& canvas, std::span<const Actio
         action->setStatusTip(ToQString(row.tip));
         action->setToolTip(ToQString(row.tip).toHtmlEscaped());
         action->setObjectName(ToQString(row.id));
-        if (std::any_of(keys.begin(), keys.end(), IsTyped)) {
-            action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
-            canvas.addAction(action);
-        }
+        if (std::any_of(keys.begin(), keys.end(), IsForCanvas))
+            action->setShortcutContext(Qt::WidgetShortcut);
         QObject::connect(action, &QAction::triggered, &window, [run, id = row.id] { run(id); });
         actions_[std::string(row.id)] = action;
+    }
+}
+
+void ActionSet::AddTo(QWidget& canvas) const {
+    for (const auto& [id, action] : actions_) {
+        if (action->shortcutContext() == Qt::WidgetShortcut) canvas.addAction(action);
     }
 }
 

@@ -23,11 +23,13 @@ struct ActionRow {
 
 class ActionSet {
   public:
-    /// Fills the menu bar, menus in the order in which the rows name them. Keys without Ctrl or Alt
-    /// that type a character act while `canvas` or a child of it has the focus, all others in the
-    /// whole window. `run` gets the id of what was chosen.
-    void Make(QMainWindow& window, QWidget& canvas, std::span<const ActionRow> rows,
+    /// Fills the menu bar, menus in the order in which the rows name them. `run` gets the id of
+    /// what was chosen.
+    void Make(QMainWindow& window, std::span<const ActionRow> rows,
               std::function<void(std::string_view)> run);
+    /// Lets the keys of rows that IsForCanvas act while this widget has the focus; lists and fields
+    /// keep their letters and arrows. All other keys act in the whole window.
+    void AddTo(QWidget& canvas) const;
 
     /// The action of an id that a row has.
     QAction& At(std::string_view id) const { return *actions_.find(id)->second; }
@@ -41,8 +43,8 @@ class ActionSet {
 
 /// Keys as QKeySequence understands them, in the order of the row.
 QList<QKeySequence> KeysOf(const ActionRow& row);
-/// True when a key of the row is a bare letter, digit or sign.
-bool IsTyped(const QKeySequence& key);
+/// True for a letter, a sign, an arrow and the like without Ctrl or Alt; not for F1 to F35.
+bool IsForCanvas(const QKeySequence& key);
 /// A table of menu entries, keys and tips as HTML, everything in it escaped.
 QString KeyListHtml(std::span<const ActionRow> rows);
 

@@ -41,6 +41,7 @@ ReadoutView::ReadoutView(QWidget* parent) : QWidget(parent) {
     table_.setAlternatingRowColors(true);
     table_.setAccessibleName(tr("Cursors and values"));
     table_.setTabKeyNavigation(false);
+    table_.setFocusPolicy(Qt::TabFocus);  // a click leaves the keys with the plot
     layout->addWidget(&table_, 3);
     measures_.setTextFormat(Qt::PlainText);
     measures_.setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);

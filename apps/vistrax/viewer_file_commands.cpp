@@ -55,7 +55,10 @@ void FileCommands::Print(ViewerWindow& w) {
     printer.setPageOrientation(QPageLayout::Landscape);
     printer.setDocName(ToQString(w.current_->Open().plot.name));
     QPrintDialog dialog(&printer, &w);
-    if (dialog.exec() != QDialog::Accepted) return;
+    if (dialog.exec() == QDialog::Accepted) PrintOn(w, printer);
+}
+
+void FileCommands::PrintOn(ViewerWindow& w, QPrinter& printer) {
     QPainter painter(&printer);
     const double dots = printer.logicalDpiX() / 96.0;
     PlotPane& pane = w.current_->Pane();

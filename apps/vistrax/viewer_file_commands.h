@@ -2,6 +2,8 @@
 // called only when there is one.
 #pragma once
 
+class QPrinter;
+
 namespace photrak {
 
 class ViewerWindow;
@@ -11,6 +13,8 @@ struct FileCommands {
     static void Reload(ViewerWindow& w);
     static void Export(ViewerWindow& w);
     static void Print(ViewerWindow& w);
+    /// What Print does once the printer is chosen: one page, filled.
+    static void PrintOn(ViewerWindow& w, QPrinter& printer);
     static void Close(ViewerWindow& w);
     static void Quit(ViewerWindow& w);
     static void CopyValues(ViewerWindow& w);

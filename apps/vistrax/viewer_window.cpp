@@ -36,7 +36,7 @@ ViewerWindow::ViewerWindow(ThemeChoice choice, QWidget* parent)
     for (QTabWidget*& group : groups_) group = MakeGroup();
     groups_[1]->hide();
     MakePlotsDock();
-    actions_.Make(*this, *splitter_, ViewerActionRows(), [this](std::string_view id) { Do(id); });
+    actions_.Make(*this, ViewerActionRows(), [this](std::string_view id) { Do(id); });
     setAcceptDrops(true);
     resize(1000, 720);
     restoreGeometry(settings_.value(QLatin1String(geometryKey)).toByteArray());
@@ -159,6 +159,7 @@ void ViewerWindow::OpenOne(const QString& path) {
     connect(widget, &PlotWidget::Changed, this, [this, widget] {
         if (widget == current_) UpdateActions();
     });
+    actions_.AddTo(widget->Display());
     connect(widget, &PlotWidget::Pointed, place_, &QLabel::setText);
     connect(widget, &PlotWidget::ContextMenuWanted, this,
             [this](const QPoint& at) { actions_.Menu("&View").popup(at); });

@@ -1,6 +1,7 @@
 // Pictures without a window: PNG of the asked size, PDF with the same bytes, roles as painted.
 #include <QImage>
 #include <QPainter>
+#include <QPrinter>
 #include <QProcess>
 
 #include "qt/export_image.h"
@@ -8,6 +9,7 @@
 #include "qt/theme.h"
 #include "support/paths.h"
 #include "vistrax/options.h"
+#include "vistrax/viewer_file_commands.h"
 #include "vistrax/window_fixture.h"
 
 namespace photrak {
@@ -60,6 +62,12 @@ TEST_F(ViewerTest, ExportsWithoutADisplay) {
               window_.Current()->Display().size() * 2);
     EXPECT_FALSE(window_.ExportTo(base + QStringLiteral("no/such/folder/c.png")));
     EXPECT_FALSE(window_.ExportTo(base + QStringLiteral("c.jpeg")));
+
+    QPrinter printer(QPrinter::HighResolution);
+    printer.setOutputFormat(QPrinter::PdfFormat);
+    printer.setOutputFileName(base + QStringLiteral("printed.pdf"));
+    FileCommands::PrintOn(window_, printer);
+    EXPECT_GT(dir_.Read("printed.pdf").size(), 5000u);
 
     EXPECT_EQ(RunViewer({base + QStringLiteral("none.pcs"), QStringLiteral("--export"),
                          base + QStringLiteral("n.png")},

@@ -126,7 +126,17 @@ TEST_F(ViewerTest, ListsThePlotsOfAScan) {
     EXPECT_EQ(window_.Current(), window_.Find(paths[3]));
     Key(*window_.Current(), Qt::Key_PageDown);
     EXPECT_EQ(window_.Current(), window_.Find(paths[4]));
+    ASSERT_TRUE(WaitFor([&] { return window_.Current()->Pane().HasPlot(); }));
     EXPECT_EQ(list->currentRow(), 4);
+    // The list has its own arrows and letters.
+    const ViewState before = window_.Current()->Open().view.Now();
+    list->setFocus();
+    QTest::keyClick(list, Qt::Key_Down);
+    QTest::keyClick(list, Qt::Key_L);
+    EXPECT_EQ(list->currentRow(), 5);
+    EXPECT_EQ(window_.Current()->Open().view.Now(), before);
+    QTest::keyClick(list, Qt::Key_Return);
+    EXPECT_EQ(window_.Current(), window_.Find(paths[5]));
     window_.Do("close");
     EXPECT_EQ(list->count(), 9);
 }
