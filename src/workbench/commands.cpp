@@ -13,6 +13,7 @@
 #include "workbench/help_topics.h"
 #include "workbench/mouse.h"
 #include "workbench/recovery.h"
+#include "workbench/run_consent.h"
 #include "workbench/run_forms.h"
 #include "workbench/small_forms.h"
 #include "workbench/symbols_form.h"
@@ -118,6 +119,7 @@ const Command commands[] = {
     {"View", "Last", "Return to Last View", {}, ViewLast},
     {"View", "ReDraw", "Redraw Topology", {}, ViewRedraw},
     {"Options", "Preferences", "Set CAD/Simulation Preferences", {}, OpenPreferencesForm},
+    {"Options", "Allowed Programs", "List What Diagrams May Start", {}, ShowConsents},
     {"Run", "Go", "Compute and Display Link Performance", {}, OnActive<OpenSimulationForm>},
     {"Run",
      "Scan Variable",

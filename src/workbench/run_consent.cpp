@@ -4,10 +4,12 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <map>
 #include <optional>
+#include <set>
 
 #include "base/text.h"
+#include "files/topology.h"
+#include "hierarchy/nested_run.h"
 #include "kernel/graph.h"
 #include "kernel/parameters.h"
 #include "platform/file_system.h"
@@ -34,20 +36,37 @@ std::string OneLine(std::string text) {
     return text;
 }
 
-/// The programs and libraries that a run of the diagram would start, a line each, sorted.
-std::string ForeignContent(const Workbench& workbench, const DiagramView& view) {
-    std::map<std::string, int> lines;
-    for (const auto& component : view.workspace->components) {
+/// The programs and libraries that runs of the blocks would start, through all SuperBlocks.
+void AddForeign(const Workbench& workbench, const Workspace& workspace, const std::string& path,
+                std::size_t depth, std::set<std::string>& lines) {
+    constexpr std::size_t mostLines = 1000;
+    for (const auto& component : workspace.components) {
+        if (lines.size() >= mostLines) return;
         if (workbench.userModels.Knows(component->type)) {
-            ++lines[OneLine(Concat("user library of model ", component->type))];
+            lines.insert(OneLine(Concat("user library of model ", component->type)));
         }
+        const std::string name = path + component->name;
         const Parameter* command = FindParameter("CommandLine", component->parameters);
         if (command && command->value && *command->value) {
-            ++lines[OneLine(Concat("command line of ", component->name, ": ", command->value))];
+            lines.insert(OneLine(Concat("command line of ", name, ": ", command->value)));
         }
+        if (component->type != superBlockType || depth >= deepestNesting) continue;
+        const std::string file = NestedFile(*component, ".top", workspace, workbench.catalogue);
+        std::unique_ptr<Workspace> inner;
+        if (file.empty() || TopologyLoad(file, inner, workbench.catalogue) == Status::Error)
+            continue;
+        inner->fileName = file;
+        AddForeign(workbench, *inner, name + ":", depth + 1, lines);
     }
+}
+
+/// The same of a diagram, a line each, sorted.
+std::string ForeignContent(const Workbench& workbench, const DiagramView& view) {
+    const WorkingDirectory there(view.directory);  // where its SuperBlocks are found
+    std::set<std::string> lines;
+    AddForeign(workbench, *view.workspace, {}, 0, lines);
     std::string text;
-    for (const auto& [line, count] : lines) text += line + "\n";
+    for (const std::string& line : lines) text += line + "\n";
     return text;
 }
 
@@ -88,6 +107,17 @@ bool HasRunConsent(Workbench& workbench, const DiagramView& view) {
     // If it cannot be remembered the question comes again.
     [[maybe_unused]] const bool kept = ReplaceFile(*file, allowed + missing);
     return true;
+}
+
+void ShowConsents(Workbench& workbench) {
+    const std::string allowed = AllowedContents();
+    if (allowed.empty()) {
+        workbench.InfoBox("No diagram may start programs or load libraries without being asked.");
+        return;
+    }
+    const std::string question =
+        Concat("These may start without being asked:\n", allowed, "Ask again for all of them?");
+    if (workbench.desktop.Query(queryTitle, question) == Answer::Yes) RevokeConsents();
 }
 
 std::string RepeatedNamesText(const Workspace& workspace) {

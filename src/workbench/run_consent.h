@@ -16,6 +16,9 @@ bool HasRunConsent(Workbench& workbench, const DiagramView& view);
 std::string AllowedContents();
 void RevokeConsents();
 
+/// Shows what was allowed and asks whether to take it back.
+void ShowConsents(Workbench& workbench);
+
 /// "WARNING: N components are named '%s'" for each such name, a line each.
 std::string RepeatedNamesText(const Workspace& workspace);
 
