@@ -133,7 +133,7 @@ class Gestures {
         const char* examples[] = {"wdm8.top", "nested.top", "mach-zehnder.top", "add-drop.top"};
         const int choice = Below(6);
         if (choice < 4) {
-            OpenDiagram(workbench_, SourceDir() + "/examples/" + examples[choice],
+            OpenDiagram(workbench_, std::string("examples/") + examples[choice],
                         OpenAgain::NewView);
         } else {
             NewDiagram(workbench_);
@@ -323,6 +323,9 @@ class Gestures {
 TEST(RandomGestures, LeaveTheDiagramSoundAndTheHistoryWhole) {
     TestWorkbench test;
     ASSERT_TRUE(test.started);
+    // A check writes a log beside the diagram.
+    std::filesystem::copy(SourceDir() + "/examples", test.folder.Path() + "examples",
+                          std::filesystem::copy_options::recursive);
     const std::uint32_t sequences = NumberFrom("PHOTRAK_GESTURE_SEQUENCES", 60);
     const std::uint32_t seed = NumberFrom("PHOTRAK_GESTURE_SEED", 1);
     for (std::uint32_t i = 0; i < sequences && !testing::Test::HasFailure(); ++i) {
