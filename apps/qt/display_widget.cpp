@@ -185,7 +185,10 @@ void DisplayWidget::changeEvent(QEvent* event) {
 
 bool DisplayWidget::ShowTip(QHelpEvent& event) {
     const Mark* mark = MarkAt(ShownMarks(), FromQt(QPointF(event.pos())), tipTolerance);
-    if (!mark || mark->hint.empty()) {
+    // A tip for most of the picture would only stand in the way.
+    const bool covers =
+        mark && 2.0 * mark->area.width > width() && 2.0 * mark->area.height > height();
+    if (!mark || mark->hint.empty() || covers) {
         QToolTip::hideText();
         event.ignore();
         return true;

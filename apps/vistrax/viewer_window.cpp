@@ -154,7 +154,7 @@ void ViewerWindow::OpenOne(const QString& path) {
         Check(path);
         return;
     }
-    const std::size_t index = session_.OpenFailed(name, "reading " + name, {});
+    const std::size_t index = session_.OpenFailed(name, {}, {});  // until it is read
     auto* widget = new PlotWidget(session_.At(index), theme_);
     connect(widget, &PlotWidget::Changed, this, [this, widget] {
         if (widget == current_) UpdateActions();

@@ -157,11 +157,10 @@ ReloadState PlotSession::Noticed(std::size_t index, FileStamp stamp, std::int64_
 void PlotSession::Loaded(std::size_t index, Plot plot, FileStamp stamp) {
     OpenPlot& open = At(index);
     open.seen = open.drawn = stamp;
-    if (plot.incomplete) {
-        open.state = ReloadState::Waiting;
-        open.message = Waiting(open);
-        return;
-    }
+    const bool whole = !plot.incomplete;
+    open.state = whole ? ReloadState::Current : ReloadState::Waiting;
+    open.message = whole ? std::string() : Waiting(open);
+    if (!whole && open.wasRead) return;
     open.plot = std::move(plot);
     if (open.wasRead) {
         open.view.Follow(Shown(index));
@@ -169,8 +168,6 @@ void PlotSession::Loaded(std::size_t index, Plot plot, FileStamp stamp) {
         open.view = PlotView(Shown(index));
     }
     open.wasRead = true;
-    open.state = ReloadState::Current;
-    open.message.clear();
     for (const std::size_t over : ShownOn(open.path)) At(over).view.Follow(Shown(over));
 }
 

@@ -76,7 +76,7 @@ class PlotSession {
     /// the state is Settling. Ready means: parse now, then call Loaded or LoadFailed.
     ReloadState Noticed(std::size_t index, FileStamp stamp, std::int64_t now);
     /// The files were parsed. A plot that ends within a row is kept back while its writer is at
-    /// work.
+    /// work, unless there is nothing else to show.
     void Loaded(std::size_t index, Plot plot, FileStamp stamp);
     /// The picture stays, the message tells why.
     void LoadFailed(std::size_t index, std::string error, FileStamp stamp);

@@ -73,6 +73,13 @@ TEST_F(ViewerTest, SaysWhatIsWrongAndShowsWhatComesLate) {
         });
     }));
 
+    // Cut short for good: what is whole of it is shown.
+    dir_.Write("short.sig", "0 1\n1 2\n2 3\n3 ");
+    PlotWidget& cut = Open(ToQString(dir_.Write("short.pcs", "/xl\"Time (s)\"\nshort.sig\n")));
+    ASSERT_TRUE(cut.Pane().HasPlot());
+    EXPECT_EQ(cut.Pane().Shown().curves[0].x->Size(), 3u);
+    EXPECT_NE(cut.Banner().text().indexOf(QStringLiteral("waiting for short.pcs")), -1);
+
     PlotWidget& late = Open(ToQString(dir_.Path() + "late.pcs"));
     EXPECT_NE(late.Banner().text().indexOf(QStringLiteral("No such file")), -1);
     WritePlot("late", 1e-3, 1e-5);
