@@ -10,6 +10,7 @@
 #include "base/nearest.h"
 #include "base/text.h"
 #include "photrak/commands.h"
+#include "photrak/completion.h"
 #include "photrak/console.h"
 #include "platform/file_system.h"
 
@@ -29,6 +30,8 @@ struct Command {
 constexpr std::string CommandOptions::*fileOnly[] = {&CommandOptions::file};
 constexpr std::string CommandOptions::*componentAndFile[] = {&CommandOptions::component,
                                                              &CommandOptions::file};
+
+int CompletionCommand(const CommandOptions&);
 
 constexpr Command commandTable[] = {
     {"run", "photrak run [options] FILE.top", "simulate a topology once and write its results",
@@ -65,12 +68,55 @@ constexpr Command commandTable[] = {
     {"example", "photrak example [NAME]",
      "list the examples, or copy one and the files that it needs to here", commandBit::example,
      fileOnly, nullptr, ExampleCommand},
+    {"completion",
+     "photrak completion",
+     "print the completion of commands and names for bash: source <(photrak completion)",
+     commandBit::completion,
+     {},
+     nullptr,
+     CompletionCommand},
     {"explain", "photrak explain [CODE]", "tell what a code such as P1201 in a message means",
      commandBit::explain, fileOnly, nullptr, ExplainCommand},
     {"models", "photrak models [options] [TYPE|SuperBlock:NAME]",
      "list the models, or the ports and parameters of one", commandBit::models, fileOnly, nullptr,
      ModelsCommand},
 };
+
+int CompletionCommand(const CommandOptions&) {
+    std::vector<CompletedCommand> commands;
+    for (const Command& command : commandTable) commands.push_back({command.name, command.bit});
+    WriteOut(BashCompletion(commands));
+    return exitStatus::success;
+}
+
+constexpr struct {
+    std::string_view command, text;
+} helpExamples[] = {
+    {"run", "photrak run link.top\n  photrak run --set length=40e3 --out results link.top"},
+    {"scan",
+     "photrak scan --inner 'received=-24:-18:1' link.top\n  photrak scan --runs 40 link.top"},
+    {"check", "photrak check link.top\n  photrak check --strict --set length=40e3 link.top"},
+    {"test", "photrak test Filter link.top\n  photrak test --set width=20e9 Filter link.top"},
+    {"params", "photrak params Fiber link.top\n  photrak params -o fiber.prm Fiber link.top"},
+    {"superblock", "photrak superblock span.top\n  photrak superblock --strict span.top"},
+    {"plot", "photrak plot eye.pce\n  photrak plot -o eye.svg --dark eye.pce"},
+    {"report", "photrak report link.top\n  photrak report results"},
+    {"draw", "photrak draw link.top -o link.svg\n  photrak draw --dark -o link.svg link.top"},
+    {"models", "photrak models SignalPlot\n  photrak models --block CWLaserModel >>link.top"},
+    {"new", "photrak new link.top\n  photrak new links/first.top"},
+    {"example", "photrak example\n  photrak example nrz-link"},
+    {"explain", "photrak explain P1208\n  photrak explain"},
+    {"completion", "source <(photrak completion)\n  photrak completion >>~/.bashrc"},
+};
+
+std::string HelpOf(const Command& command) {
+    std::string text =
+        Concat("Usage: ", command.usage, "\n", command.help, "\n\n", OptionHelp(command.bit));
+    for (const auto& row : helpExamples) {
+        if (row.command == command.name) text += Concat("\nExamples:\n  ", row.text, "\n");
+    }
+    return text;
+}
 
 std::string Help() {
     std::string text =
@@ -112,8 +158,7 @@ int Execute(const Command& command, const std::vector<std::string>& arguments) {
     if (const auto problem = ParseOptions(arguments, command.bit, command.operands, options))
         return BadUsage(*problem);
     if (options.help) {
-        WriteOut(
-            Concat("Usage: ", command.usage, "\n", command.help, "\n\n", OptionHelp(command.bit)));
+        WriteOut(HelpOf(command));
         return exitStatus::success;
     }
     if (command.wants && options.file.empty() && options.files.empty()) {

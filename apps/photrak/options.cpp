@@ -5,6 +5,8 @@
 #include <array>
 #include <charconv>
 #include <filesystem>
+#include <sys/ioctl.h>
+#include <unistd.h>
 
 #include "base/nearest.h"
 #include "base/text.h"
@@ -187,7 +189,7 @@ constexpr unsigned topologyCommand = plotting | commandBit::check;
 constexpr unsigned anyCommand = topologyCommand | commandBit::models | commandBit::plot |
                                 commandBit::params | commandBit::superblock | commandBit::draw |
                                 commandBit::report | commandBit::explain | commandBit::create |
-                                commandBit::example;
+                                commandBit::example | commandBit::completion;
 
 constexpr Option optionTable[] = {
     {"--set", "NAME=EXPR", topologyCommand, SetSymbol,
@@ -313,6 +315,43 @@ std::optional<std::string> ParseOptions(const std::vector<std::string>& argument
     return {};
 }
 
+std::string OptionNames(unsigned command) {
+    std::string names;
+    for (const Option& option : optionTable) {
+        if (option.commands & command) names += Concat(names.empty() ? "" : " ", option.name);
+    }
+    return names;
+}
+
+namespace {
+
+/// The columns of the terminal that standard output is, or of a page.
+std::size_t HelpColumns() {
+    winsize size{};
+    constexpr std::size_t page = 100, least = 50;
+    if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col == 0) return page;
+    return std::max<std::size_t>(size.ws_col, least);
+}
+
+/// `text` behind what stands in its first `indent` columns, broken at blanks.
+std::string Wrapped(std::string left, std::string_view text, std::size_t indent) {
+    const std::size_t columns = HelpColumns();
+    std::size_t column = left.size();
+    while (!text.empty()) {
+        const std::string_view word = text.substr(0, text.find(' '));
+        text.remove_prefix(std::min(word.size() + 1, text.size()));
+        if (column + word.size() > columns && column > indent) {
+            left += "\n" + std::string(indent, ' ');
+            column = indent;
+        }
+        left += Concat(word, text.empty() ? "" : " ");
+        column += word.size() + 1;
+    }
+    return left + "\n";
+}
+
+}  // namespace
+
 std::string OptionHelp(unsigned command, unsigned except) {
     std::string text;
     for (const Option& option : optionTable) {
@@ -320,7 +359,7 @@ std::string OptionHelp(unsigned command, unsigned except) {
         std::string left =
             Concat("  ", option.name, option.value ? " " : "", option.value ? option.value : "");
         left.resize(std::max<std::size_t>(left.size() + 2, 24), ' ');
-        text += Concat(left, option.help, "\n");
+        text += Wrapped(left, option.help, 24);
     }
     return text;
 }

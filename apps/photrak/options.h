@@ -64,6 +64,9 @@ using Operands = std::span<std::string CommandOptions::*const>;
 std::optional<std::string> ParseOptions(const std::vector<std::string>& arguments, unsigned command,
                                         Operands operands, CommandOptions& options);
 
+/// The names of a command's options, separated by blanks.
+std::string OptionNames(unsigned command);
+
 /// The option lines of a command's help, aligned, without those of the commands in `except`.
 std::string OptionHelp(unsigned command, unsigned except = 0);
 
@@ -71,7 +74,7 @@ std::string OptionHelp(unsigned command, unsigned except = 0);
 namespace commandBit {
 inline constexpr unsigned run = 1, check = 2, models = 4, scan = 8, test = 16, plot = 32,
                           params = 64, superblock = 128, draw = 256, report = 512, explain = 1024,
-                          create = 2048, example = 4096;
+                          create = 2048, example = 4096, completion = 8192;
 }  // namespace commandBit
 
 }  // namespace photrak

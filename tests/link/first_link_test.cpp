@@ -60,14 +60,49 @@ TEST_F(FirstLink, BlocksOfAllModelsCanBePasted) {
 }
 
 TEST_F(FirstLink, EachCommandHasAPageOfHelp) {
-    for (const char* command : {"run", "scan", "check", "test", "params", "plot", "report", "draw",
-                                "models", "superblock", "explain", "new", "example"}) {
+    for (const char* command :
+         {"run", "scan", "check", "test", "params", "plot", "report", "draw", "models",
+          "superblock", "explain", "new", "example", "completion"}) {
         const ProgramResult help = Photrak(std::string("help ") + command);
         EXPECT_EQ(help.status, 0);
         EXPECT_TRUE(help.out.starts_with(std::string("Usage: photrak ") + command)) << help.out;
         EXPECT_EQ(help.out, Photrak(std::string(command) + " --help").out);
+        EXPECT_NE(help.out.find(std::string("\nExamples:\n")), std::string::npos);
     }
     EXPECT_EQ(Photrak("help fly").status, 64);
+}
+
+/// The man page names all commands and options, and the shell offers them, models and names.
+TEST_F(FirstLink, ManPageAndCompletionKnowAllWords) {
+    const std::string script = Photrak("completion").out;
+    const std::string page = FileText(SourceDir() + "/packaging/man/photrak.1");
+    const std::string help = Photrak("--help").out;
+    for (std::size_t at = help.find("\n  --"); at != std::string::npos;
+         at = help.find("\n  --", at + 1)) {
+        const std::string option = help.substr(at + 3, help.find(' ', at + 3) - at - 3);
+        EXPECT_NE(script.find(option), std::string::npos) << option;
+        std::string escaped;
+        for (const char c : option) escaped += c == '-' ? std::string("\\-") : std::string(1, c);
+        EXPECT_NE(page.find(escaped), std::string::npos) << escaped;
+    }
+    WriteText("completion.bash", script);
+    RunProgram(BinaryDir() + "/bin/photrak example ber-power");
+    const struct {
+        const char *words, *offered;
+    } rows[] = {{"ch", "check"},
+                {"run --prog", "--progress"},
+                {"run --plotting ic", "icon"},
+                {"models NonlinearF", "NonlinearFiberModel"},
+                {"run ber-power.top --set rec", "received="}};
+    for (const auto& row : rows) {
+        const ProgramResult result = RunProgram(std::string("env PATH=") + BinaryDir() +
+                                                "/bin:$PATH bash -c 'source completion.bash; "
+                                                "COMP_WORDS=(photrak " +
+                                                row.words +
+                                                "); COMP_CWORD=$((${#COMP_WORDS[@]} - 1)); "
+                                                "_photrak; echo \"${COMPREPLY[@]}\"'");
+        EXPECT_EQ(result.out, std::string(row.offered) + "\n") << result.error;
+    }
 }
 
 }  // namespace
