@@ -31,8 +31,8 @@ ButtonBar::ButtonBar(const QString& name, Table table, IconOf icon, Pushed pushe
         widget->setGeometry(button.x + border, button.y + border, side, side);
         widget->setFocusPolicy(Qt::TabFocus);
         connect(widget, &QToolButton::clicked, this, [this, i] {
-            const BarButton pushed = buttons_[i];  // Refresh makes the rows anew
-            pushed_(pushed);
+            const BarButton inHand = buttons_[i];  // Refresh makes the rows anew
+            pushed_(inHand);
         });
         widgets_.push_back(widget);
         width = std::max(width, button.x + side + 2 * border);
