@@ -3,6 +3,8 @@
 #include "files/topology_save.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
 
 #include "base/text.h"
 #include "files/param_save.h"
@@ -192,7 +194,8 @@ Status TopologySave(const std::string& fileName, Workspace* workspace, const Cat
     Status status = TopologySaveText(*workspace, text);
     if (status == Status::Error) return status;
     if (!ReplaceFile(fileName, text)) {
-        workspace->errorText += Concat("ERROR saving topology: cannot write '", fileName, "'\n");
+        workspace->errorText += Concat("ERROR saving topology: cannot write '", fileName,
+                                       "': ", std::strerror(errno), "\n");
         return Status::Error;
     }
     const SuperBlockPorts ports = FindSuperBlockPorts(*workspace);

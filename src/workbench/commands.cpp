@@ -54,7 +54,7 @@ void GraphView(Workbench& workbench) {
     const DiagramView* view = workbench.Active();
     const std::string& start = view ? view->directory : workbench.startDirectory;
     const auto chosen = workbench.desktop.ChooseFile({false, "Open Plot", {plots, all}, start});
-    if (!chosen) return;
+    if (!chosen || chosen->empty() || chosen->back() == '/') return;
     const std::size_t slash = chosen->rfind('/');
     const std::string folder = slash == std::string::npos ? start : chosen->substr(0, slash);
     const std::string name = slash == std::string::npos ? *chosen : chosen->substr(slash + 1);

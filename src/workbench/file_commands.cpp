@@ -227,7 +227,8 @@ bool SaveDiagramAs(Workbench& workbench, DiagramView& view) {
     view.fileName = Absolute(WithSuffix(*chosen), workbench.startDirectory);
     view.directory = fs::path(view.fileName).parent_path().string();
     view.title = fs::path(view.fileName).filename().string();
-    view.diskText.clear();
+    // Another file was never read here: nothing of it can have changed or be lost.
+    if (view.fileName != formerName) view.diskText.clear();
     if (SaveNamed(workbench, view, formerDirectory)) return true;
     view.fileName = formerName;
     view.directory = formerDirectory;

@@ -163,7 +163,10 @@ void StartRun(Workbench& workbench, DiagramView& view, bool scan) {
     {
         const WorkingDirectory there(view.directory);
         LogText(scan ? "Starting Parameter Scan\n" : "Starting Simulation\n");
-        LogText(RepeatedNamesText(*view.workspace));
+        const std::string warning = RepeatedNamesText(*view.workspace);
+        LogText(warning);
+        // The pane holds one line: the first pair is enough to send the user to the log.
+        if (!warning.empty()) workbench.pane = warning.substr(0, warning.find('\n'));
     }
     scan ? SetScanMode(options) : SetGoMode(options);
     view.workspace->fileName = view.fileName;

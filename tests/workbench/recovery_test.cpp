@@ -2,6 +2,7 @@
 #include "workbench/recovery.h"
 
 #include <csignal>
+#include <filesystem>
 #include <gtest/gtest.h>
 #include <sys/ptrace.h>
 #include <sys/wait.h>
@@ -65,6 +66,26 @@ TEST(Recovery, ACopyIsWholeAtWhicheverCallTheProcessDies) {
     if (!traced) GTEST_SKIP() << "this system lets no process trace another";
     EXPECT_GT(calls, 10);
     EXPECT_TRUE(sawOld && sawNew);
+}
+
+TEST(Saving, KeepsTheFileOfWhichItLosesLinesAlsoUnderAChosenName) {
+    TestWorkbench test;
+    ASSERT_TRUE(test.started);
+    const std::string newer = "NOTE kept\nKEYWORDOFTOMORROW 1\n";
+    for (const bool choosesName : {false, true}) {
+        test.folder.Write("newer.top", newer);
+        DiagramView& view = OpenDiagram(*test.workbench, "newer.top", OpenAgain::NewView);
+        if (choosesName) test.desktop.files.emplace_back("newer.top");
+        EXPECT_TRUE(choosesName ? SaveDiagramAs(*test.workbench, view)
+                                : SaveDiagram(*test.workbench, view));
+        EXPECT_EQ(Text(test.folder.Path() + "newer.top~"), newer);
+        EXPECT_FALSE(Holds(Text(test.folder.Path() + "newer.top"), "TOMORROW"));
+        EXPECT_TRUE(std::filesystem::remove(test.folder.Path() + "newer.top~"));
+        // The second save has nothing to lose any more.
+        EXPECT_TRUE(SaveDiagram(*test.workbench, view));
+        EXPECT_FALSE(std::filesystem::exists(test.folder.Path() + "newer.top~"));
+        EXPECT_TRUE(CloseDiagram(*test.workbench, view));
+    }
 }
 
 TEST(Consent, IsAskedOnceForEachContentAndCanBeTakenBack) {
