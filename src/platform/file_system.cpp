@@ -3,6 +3,7 @@
 #include "platform/file_system.h"
 
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <climits>
 #include <cstring>
@@ -147,7 +148,7 @@ bool FollowLinks(std::string& path) {
 /// A new file beside the target; its name is short, so that a long target name still fits.
 int CreateTemporary(const std::string& directory, std::string& name) {
     constexpr int attempts = 1000;
-    static unsigned counter = 0;
+    static std::atomic<unsigned> counter = 0;  // a run writes beside the interface
     const std::string stem = directory + ".photrak-" + std::to_string(::getpid());
     for (int i = 0; i < attempts; ++i) {
         name = stem;
