@@ -86,7 +86,7 @@ class ReportMaker {
     }
 
     void AddResults(ReportSection& section, const ReportFolder& files) {
-        std::vector<BerTable> tables;
+        std::vector<ReportedRates> tables;
         for (const std::string& name : files.tables) AddTable(section, name, tables);
         section.tables = BerReportTables(tables);
         for (const std::string& name : files.commandFiles) AddPlot(section, name);
@@ -115,7 +115,8 @@ class ReportMaker {
     }
 
   private:
-    void AddTable(ReportSection& section, const std::string& name, std::vector<BerTable>& tables) {
+    void AddTable(ReportSection& section, const std::string& name,
+                  std::vector<ReportedRates>& tables) {
         constexpr std::size_t mostBytes = std::size_t{16} << 20;
         std::string text, error;
         if (ReadWholeFile(name, text, error, mostBytes)) {

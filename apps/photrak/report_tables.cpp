@@ -44,7 +44,7 @@ bool IsHeader(const Row& fields) {
     return n >= 2 && fields[n - 1] == "Q" && fields[n - 2] == "BER";
 }
 
-bool HasRuns(const BerTable& table) {
+bool HasRuns(const ReportedRates& table) {
     return std::find(table.header.begin(), table.header.end(), runField) != table.header.end();
 }
 
@@ -79,7 +79,7 @@ void AddRow(ReportTable& table, Row row) {
     }
 }
 
-ReportTable EmptyTable(const BerTable& like, bool named) {
+ReportTable EmptyTable(const ReportedRates& like, bool named) {
     ReportTable table;
     if (named) table.header.push_back("Tester");
     for (const std::string& field : like.header)
@@ -89,10 +89,10 @@ ReportTable EmptyTable(const BerTable& like, bool named) {
 }
 
 /// Of statistical runs the summary stands in the open, the runs behind it.
-void AddGroup(const std::vector<const BerTable*>& group, std::vector<ReportTable>& tables) {
+void AddGroup(const std::vector<const ReportedRates*>& group, std::vector<ReportTable>& tables) {
     const bool named = group.size() > 1, runs = HasRuns(*group[0]);
     ReportTable open = EmptyTable(*group[0], named), folded = open;
-    for (const BerTable* table : group) {
+    for (const ReportedRates* table : group) {
         for (const Row& row : table->rows) {
             const bool summary = IsSummary(row);
             if (summary && !runs) continue;
@@ -113,8 +113,8 @@ void AddGroup(const std::vector<const BerTable*>& group, std::vector<ReportTable
 
 }  // namespace
 
-BerTable ReadBerTable(std::string_view text, std::string name) {
-    BerTable table;
+ReportedRates ReadBerTable(std::string_view text, std::string name) {
+    ReportedRates table;
     table.name = std::move(name);
     while (!text.empty()) {
         const std::size_t end = std::min(text.find('\n'), text.size());
@@ -134,9 +134,9 @@ BerTable ReadBerTable(std::string_view text, std::string name) {
     return table;
 }
 
-std::vector<ReportTable> BerReportTables(const std::vector<BerTable>& tables) {
-    std::map<Row, std::vector<const BerTable*>> groups;
-    for (const BerTable& table : tables) {
+std::vector<ReportTable> BerReportTables(const std::vector<ReportedRates>& tables) {
+    std::map<Row, std::vector<const ReportedRates*>> groups;
+    for (const ReportedRates& table : tables) {
         if (!table.rows.empty()) groups[table.header].push_back(&table);
     }
     std::vector<ReportTable> made;

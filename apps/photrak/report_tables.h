@@ -11,16 +11,16 @@
 namespace photrak {
 
 /// One table file: its latest simulation.
-struct BerTable {
+struct ReportedRates {
     std::string name;                 // of the file, without ".bdt"
     std::vector<std::string> header;  // "received", "RUN#", "BER", "Q"
     std::vector<std::vector<std::string>> rows;
 };
 
 /// Reads what follows the last header of the text. Lines that do not fit it are passed over.
-BerTable ReadBerTable(std::string_view text, std::string name);
+ReportedRates ReadBerTable(std::string_view text, std::string name);
 
 /// Joins tables of the same header, under a column with their names where there are several.
-std::vector<ReportTable> BerReportTables(const std::vector<BerTable>& tables);
+std::vector<ReportTable> BerReportTables(const std::vector<ReportedRates>& tables);
 
 }  // namespace photrak
