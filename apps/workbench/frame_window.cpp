@@ -380,7 +380,9 @@ void FrameWindow::Poll() {
     const bool running = workbench_.run.active;
     if (running) PollRun(workbench_);
     if (running || wasRunning_) Sync();
-    if (wasRunning_ && !workbench_.run.active && results_->RunEnded()) results_->show();
+    // A short run may begin and end between two looks.
+    const bool ended = (running || wasRunning_) && !workbench_.run.active;
+    if (ended && results_->RunEnded()) results_->show();
     wasRunning_ = workbench_.run.active;
 }
 

@@ -212,6 +212,7 @@ TEST_F(FrameTest, ARunGivesTheFilesOfTheCommandLine) {
         if (list->accessibleName().startsWith(QStringLiteral("Results"))) results = list;
     }
     ASSERT_TRUE(WaitFor([&] { return results->count() == 3; }));
+    EXPECT_TRUE(WaitFor([&] { return results->isVisible(); })) << "hidden until there are plots";
     EXPECT_TRUE(WaitFor([&] { return !results->item(0)->icon().isNull(); }));
     Q_EMIT results->itemActivated(results->item(0));
     EXPECT_EQ(desktop_.viewed, std::vector<std::string>{"nrz-arrived.pcs"});
