@@ -185,6 +185,7 @@ void FrameWindow::BuildStatus() {
     const auto label = [this](const QString& name, int width) {
         auto* made = new QLabel(this);
         made->setTextFormat(Qt::PlainText);
+        made->setObjectName(name);
         made->setAccessibleName(name);
         made->setMinimumWidth(width);
         return made;

@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <gtest/gtest.h>
 
+#include "base/text.h"
 #include "models/block_tests.h"
 #include "models/dispatch.h"
 #include "platform/file_system.h"
@@ -29,13 +30,19 @@ struct QuietDesktop : WindowDesktop {
     }
     Answer Query(std::string_view, std::string_view text) override {
         boxes.emplace_back(text);
-        return Answer::Yes;
+        return answer;
     }
     std::optional<std::string> ChooseFile(const FileRequest&) override { return file; }
     bool StartViewer(const std::string& name, const std::string&) override {
         viewed.push_back(name);
         return true;
     }
+    bool StartEditor(const std::string& name, const std::string&) override {
+        viewed.push_back("edit " + name);
+        return true;
+    }
+    void ShowHelp(std::int32_t topic) override { viewed.push_back(Concat("help ", topic)); }
+    Answer answer = Answer::Yes;
     std::vector<std::string> boxes, viewed;
     std::optional<std::string> file;
 };
@@ -87,6 +94,11 @@ class FrameTest : public testing::Test {
         auto* button = frame_->findChild<QToolButton*>(QString::fromLatin1(tip));
         ASSERT_NE(button, nullptr) << tip;
         button->click();
+    }
+    /// A key with its modifiers, on the canvas in front.
+    void Press(const QKeySequence& keys) {
+        const QKeyCombination key = keys[0];
+        QTest::keyClick(Canvas().viewport(), key.key(), key.keyboardModifiers());
     }
     void Click(int x, int y, Qt::MouseButton button = Qt::LeftButton) {
         QTest::mouseClick(Canvas().viewport(), button, {}, {x, y});
