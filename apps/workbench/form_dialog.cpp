@@ -362,7 +362,8 @@ void FormDialog::ShowHint(const QObject* editor) {
 
 void FormDialog::FitToContents() {
     if (!table_) {
-        setMinimumWidth(form_.lists.empty() ? 360 : 520);
+        // No minimum of the dialog itself: it would take the place of what the parts need.
+        static_cast<QVBoxLayout*>(layout())->addStrut(form_.lists.empty() ? 360 : 520);
         return;
     }
     const int letter = fontMetrics().horizontalAdvance(QLatin1Char('0'));
