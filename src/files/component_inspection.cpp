@@ -58,7 +58,6 @@ class HeadInspector {
     TypedComponent block_;
     std::int32_t counts_[2] = {0, 0}, nodes_[2] = {0, 0};
     std::string nodePlaces_[2];
-    bool isOpen_ = true;  // a head line may follow
 };
 
 void HeadInspector::Names() {

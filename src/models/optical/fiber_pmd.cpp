@@ -19,7 +19,9 @@ void TurnPolarizations(SplitField& x, SplitField& y, double rotation, double ret
     const double cRe = c * re, cIm = c * im, sRe = s * re, sIm = s * im;
     double *xRe = x.Re(), *xIm = x.Im(), *yRe = y.Re(), *yIm = y.Im();
     const long n = x.Size();
+#ifndef __clang__
 #pragma GCC ivdep
+#endif
     for (long q = 0; q < n; ++q) {
         const double a = xRe[q], b = xIm[q], d = yRe[q], e = yIm[q];
         xRe[q] = (cRe * a - cIm * b) + (sRe * d - sIm * e);
