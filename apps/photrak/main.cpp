@@ -9,6 +9,7 @@
 
 #include "base/nearest.h"
 #include "base/text.h"
+#include "kernel/external_commands.h"
 #include "photrak/commands.h"
 #include "photrak/completion.h"
 #include "photrak/console.h"
@@ -128,7 +129,7 @@ std::string Help() {
         text += Concat(left, command.help, "\n");
     }
     text +=
-        "  photrak FILE.top                    open the workbench, a window\n"
+        "  photrak [FILE.top...]               open the workbench, a window\n"
         "  photrak help COMMAND                tell the options of one command\n"
         "  photrak --help | --version\n\n"
         "Options of run and scan, of which check and test have some:\n";
@@ -182,7 +183,9 @@ int StartWorkbenchProgram(const std::vector<std::string>& files) {
 }
 
 int Main(const std::vector<std::string>& arguments) {
-    if (arguments.empty()) return BadUsage("no command given");
+    if (arguments.empty()) {
+        return HasDisplay() ? StartWorkbenchProgram({}) : BadUsage("no command given");
+    }
     const std::string& word = arguments.front();
     if (word == "help" && arguments.size() == 2) return Main({arguments[1], "--help"});
     if (word == "--help" || word == "-h" || word == "help") {
