@@ -97,6 +97,7 @@ class FrameTest : public testing::Test {
     }
     /// A key with its modifiers, on the canvas in front.
     void Press(const QKeySequence& keys) {
+        QApplication::setActiveWindow(frame_.get());
         const QKeyCombination key = keys[0];
         QTest::keyClick(Canvas().viewport(), key.key(), key.keyboardModifiers());
     }
