@@ -55,7 +55,10 @@ void PrintDiagram(Workbench& workbench, DiagramView& view, QWidget& parent) {
     QPrintPreviewDialog preview(&printer, &parent);
     preview.setWindowTitle(QStringLiteral("Print"));
     QObject::connect(&preview, &QPrintPreviewDialog::paintRequested, &parent,
-                     [&](QPrinter* target) { PrintPages(workbench, view, *target); });
+                     [&](QPrinter* target) {
+                         workbench.scale = before;  // the page's zoom follows from the diagram's
+                         PrintPages(workbench, view, *target);
+                     });
     const bool printed = preview.exec() == QDialog::Accepted;
     const double printZoom = workbench.scale.zoom;
     workbench.scale = before;

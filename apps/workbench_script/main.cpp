@@ -132,7 +132,10 @@ int Main(const std::vector<std::string>& words) {
     const HostScope scope(host);
     Workbench workbench{desktop, {BuiltInModels(), HasBlockTest, TestByStages}, install, start};
     workbench.run.holds = true;
-    if (!StartWorkbench(workbench)) return 1;
+    if (!StartWorkbench(workbench)) {
+        for (const std::string& box : desktop.boxes) std::fputs((box + "\n").c_str(), stderr);
+        return 1;
+    }
     ScriptPlayer player(workbench, desktop);
     Script run(arguments, player);
     const int status = run.Run(Lines(text));

@@ -74,7 +74,7 @@ Node* FindNode(std::int32_t number, const Workspace& workspace) {
 
 std::int32_t NewNodeNumber(const Workspace& workspace) {
     if (workspace.nodes.empty()) return 1;
-    const std::int32_t last = workspace.nodes.rbegin()->first;
+    const std::int32_t last = std::max(workspace.nodes.rbegin()->first, 0);
     if (last < std::numeric_limits<std::int32_t>::max()) return last + 1;
     std::int32_t number = 1;  // a file took the greatest number: the lowest free one serves
     for (auto at = workspace.nodes.lower_bound(1); at->first == number; ++at) ++number;

@@ -73,10 +73,12 @@ void OpenBlock(Workbench& workbench, DiagramView& view, const Hit& hit) {
         OpenInside(workbench, view, *hit.component);
         return;
     }
-    const std::vector<std::string>& plots = hit.component->plots;
-    if (view.running && !plots.empty()) {
+    if (view.running) {  // the run is writing the lists
         workbench.ErrorBox("Simulation already in progress.");
-    } else if (plots.size() == 1) {
+        return;
+    }
+    const std::vector<std::string>& plots = hit.component->plots;
+    if (plots.size() == 1) {
         ShowPlot(workbench, view, plots.front());
     } else if (plots.size() > 1) {
         OpenPlotChoiceForm(workbench, view, *hit.component);

@@ -74,20 +74,25 @@ std::vector<PlacedPort> PlacedPorts(const Workspace& workspace, Side side) {
 }
 
 /// By node, those of one node in their order. Numbers that lie close together are counted out,
-/// which takes one pass over them.
-void SortByNode(std::vector<PlacedPort>& ports, std::int32_t lastNumber) {
+/// which takes one pass over them. A file's numbers may be any.
+void SortByNode(std::vector<PlacedPort>& ports) {
+    if (ports.empty()) return;
     constexpr std::size_t spread = 8;
-    if (static_cast<std::size_t>(lastNumber) > spread * (ports.size() + spread)) {
+    const auto [low, high] = std::ranges::minmax(ports, {}, &PlacedPort::number);
+    const std::int64_t least = low.number;
+    const auto range = static_cast<std::size_t>(high.number - least);
+    if (range > spread * (ports.size() + spread)) {
         std::ranges::stable_sort(ports, {}, &PlacedPort::number);
         return;
     }
-    std::vector<std::uint32_t> next(static_cast<std::size_t>(lastNumber) + 2, 0);
-    for (const PlacedPort& port : ports) ++next[static_cast<std::size_t>(port.number) + 1];
+    const auto place = [&](const PlacedPort& port) {
+        return static_cast<std::size_t>(port.number - least);
+    };
+    std::vector<std::uint32_t> next(range + 2, 0);
+    for (const PlacedPort& port : ports) ++next[place(port) + 1];
     for (std::size_t i = 1; i < next.size(); ++i) next[i] += next[i - 1];
     std::vector<PlacedPort> sorted(ports.size());
-    for (const PlacedPort& port : ports) {
-        sorted[next[static_cast<std::size_t>(port.number)]++] = port;
-    }
+    for (const PlacedPort& port : ports) sorted[next[place(port)]++] = port;
     ports = std::move(sorted);
 }
 
@@ -190,11 +195,10 @@ Hit HitOnTick(Component& component, Side side, CanvasPoint point, const Scale& s
 }
 
 std::vector<Wire> Wires(const Workspace& workspace, const Scale& scale) {
-    const std::int32_t lastNumber = workspace.nodes.empty() ? 0 : workspace.nodes.rbegin()->first;
     std::vector<PlacedPort> drivers = PlacedPorts(workspace, Side::Output);
     std::vector<PlacedPort> readers = PlacedPorts(workspace, Side::Input);
-    SortByNode(drivers, lastNumber);
-    SortByNode(readers, lastNumber);
+    SortByNode(drivers);
+    SortByNode(readers);
     const std::vector<WireBlock> blocks = WireBlocks(workspace, scale);
     std::vector<Wire> wires;
     wires.reserve(readers.size());

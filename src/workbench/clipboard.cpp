@@ -69,8 +69,9 @@ Status CopyAll(const std::vector<Component*>& selection, Workspace& clipboard,
     return WireCopies(selection, copies, clipboard, errorText);
 }
 
+/// Not below 0, so that no shifted number can be the ground's.
 std::int32_t LastNumber(const Workspace& workspace) {
-    return workspace.nodes.empty() ? 0 : workspace.nodes.rbegin()->first;
+    return workspace.nodes.empty() ? 0 : std::max(workspace.nodes.rbegin()->first, 0);
 }
 
 void AttachShifted(const Component& source, Component& copy, std::int32_t offset,

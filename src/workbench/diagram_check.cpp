@@ -60,7 +60,7 @@ void CheckDiagram(Workbench& workbench, DiagramView& view) {
     view.findings = FindingsByBlock(workspace, text);
     std::size_t count = 0;
     for (const char c : text) count += c == '\n';
-    if (!text.empty()) LogText(text);
+    if (!text.empty() && !there.Failed()) LogText(text);
     workbench.pane = CountText(count);
     const auto unnamed = view.findings.find("");
     if (unnamed != view.findings.end()) workbench.InfoBox(unnamed->second);

@@ -172,7 +172,7 @@ class Restoration {
         auto port = plan.state->ports->begin();
         for (auto* ports : {&component.inputs, &component.outputs}) {
             for (Port& to : *ports) {
-                to.node = port->node < 0 ? nullptr : FindNode(port->node, workspace_);
+                to.node = port->node ? FindNode(*port->node, workspace_) : nullptr;
                 to.sigType = port->sigType;
                 ++port;
             }

@@ -71,7 +71,7 @@ std::shared_ptr<const HeaderState> TakeHeader(const Workspace& workspace,
 }
 
 PortState StateOf(const Port& port) {
-    return {port.node ? port.node->number : -1, port.sigType};
+    return {port.node ? std::optional(port.node->number) : std::nullopt, port.sigType};
 }
 
 bool SamePorts(const PortStates& states, const Component& component) {

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 #include <unordered_map>
@@ -16,9 +17,10 @@
 
 namespace photrak {
 
-/// A port's place in a state; node -1 stands for none.
+/// A port's place in a state. Files may number their nodes below 0.
 struct PortState {
-    std::int32_t node = -1, sigType = UnknownSigType;
+    std::optional<std::int32_t> node;
+    std::int32_t sigType = UnknownSigType;
     friend bool operator==(const PortState&, const PortState&) = default;
 };
 using PortStates = std::vector<PortState>;  // of the inputs, then of the outputs

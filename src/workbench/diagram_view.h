@@ -63,11 +63,10 @@ struct DiagramView {
     std::int32_t width = 600, height = 400;  // of the client area, pixels
     BlockIds ids;
     History history;
-    DiagramState saved;          // after the last load, save or New
-    std::string diskText;        // the file as it was read or written last
-    bool lostLines = false;      // the load dropped something that the file still has
-    std::size_t logPrinted = 0;  // bytes of log.txt that a script has printed
-    mutable CanvasIndex index;   // of Index
+    DiagramState saved;         // after the last load, save or New
+    std::string diskText;       // the file as it was read or written last
+    bool lostLines = false;     // the load dropped something that the file still has
+    mutable CanvasIndex index;  // of Index
     mutable bool indexed = false;
     std::map<std::string, std::string> findings;  // of the latest check, by name of block
     std::int32_t unkept = 0;                      // gestures since the latest recovery copy

@@ -54,7 +54,8 @@ void BeginView(Workbench& workbench, DiagramView& view) {
     SetMode(workbench, Mode::Select);
 }
 
-/// Lines for log.txt of the view's directory, wherever the process stands.
+/// Lines for log.txt of the view's directory, wherever the process stands; of where it stands if
+/// that directory is gone.
 void LogIn(const DiagramView& view, std::string_view text) {
     const WorkingDirectory there(view.directory);
     LogText(text);
@@ -91,7 +92,9 @@ void Load(Workbench& workbench, DiagramView& view, const std::string& path) {
     Status status = Status::Error;
     {
         const WorkingDirectory there(view.directory);
-        status = TopologyLoad(file.filename().string(), view.workspace, workbench.catalogue);
+        // Without its directory the bare name would find another file.
+        const std::string name = there.Failed() ? path : file.filename().string();
+        status = TopologyLoad(name, view.workspace, workbench.catalogue);
     }
     if (!view.workspace) view.workspace = CreateWorkspace();
     if (status == Status::Error) {
@@ -186,6 +189,7 @@ DiagramView& NewDiagram(Workbench& workbench) {
 }
 
 DiagramView& OpenDiagram(Workbench& workbench, const std::string& path, OpenAgain again) {
+    if (path.empty()) return NewDiagram(workbench);
     const std::string file = Absolute(path, workbench.startDirectory);
     if (again == OpenAgain::BringToFront) {
         if (DiagramView* open = ViewOf(workbench, file)) {

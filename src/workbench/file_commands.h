@@ -9,8 +9,9 @@ enum class OpenAgain { NewView, BringToFront };
 
 /// A new diagram: an empty workspace under "untitled.top".
 DiagramView& NewDiagram(Workbench& workbench);
-/// Opens a topology in a new view, or brings the view that has the very file to the front. A file
-/// that does not load leaves an empty untitled diagram, so that a save cannot replace the file.
+/// Opens a topology in a new view, or brings the view that has the very file to the front. No path
+/// gives a new diagram. A file that does not load leaves an empty untitled diagram, so that a save
+/// cannot replace the file.
 DiagramView& OpenDiagram(Workbench& workbench, const std::string& path, OpenAgain again);
 /// Asks for a file and opens it.
 void ChooseAndOpen(Workbench& workbench);

@@ -91,6 +91,8 @@ class Form {
 
     /// Called once, after the form has left the screen.
     virtual void Closed() {}
+    /// Called when a form in front of this one has closed: what it shows may have changed.
+    virtual void Uncovered() {}
 
   protected:
     virtual void Edited(FormField&) {}

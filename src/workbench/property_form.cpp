@@ -2,6 +2,7 @@
 #include "workbench/property_form.h"
 
 #include <algorithm>
+#include <filesystem>
 
 #include "base/text.h"
 #include "files/param_file.h"
@@ -83,6 +84,16 @@ std::string CleanedName(std::string name, const std::string& type) {
     return name.empty() ? type : name;
 }
 
+/// What a parameter file cannot bring back: it writes both parts of a complex element as one word.
+std::string LostValuesText(const Component& component) {
+    std::string names;
+    for (const Parameter& parameter : Items(component.parameters)) {
+        if (parameter.type != ComplexArrayType) continue;
+        names += Concat(names.empty() ? "'" : ", '", parameter.name, "'");
+    }
+    return names.empty() ? names : Concat("A load does not bring back complex arrays: ", names);
+}
+
 class PropertyForm : public Form {
   public:
     PropertyForm(Workbench& workbench, DiagramView& view, Component& component)
@@ -105,6 +116,9 @@ class PropertyForm : public Form {
     void Guard();
     void Mark(FormRow& row);
     void RowEdited(FormRow& row) override { Mark(row); }
+    void Uncovered() override {
+        for (FormRow& row : tables.front().rows) Mark(row);
+    }
     FormResult Pressed(std::string_view label) override;
     bool CanStore();
     bool Store();
@@ -113,6 +127,9 @@ class PropertyForm : public Form {
     void Load();
     void Save();
     void ShowStatus(Status status, const std::string& text);
+    std::string FromDiagram(const std::string& file) const {
+        return (std::filesystem::path(view_.directory) / file).string();
+    }
     Parameter* ParameterOf(const FormRow& row) {
         return &row == &tables.front().rows.front()
                    ? nullptr
@@ -260,8 +277,7 @@ void PropertyForm::Load() {
         {false, "Load Parameters", {parameterFiles, allFiles}, view_.directory});
     if (!chosen) return;
     std::string text;
-    const WorkingDirectory there(view_.directory);
-    const Status status = LoadParamFile(component_, *view_.workspace, *chosen, text);
+    const Status status = LoadParamFile(component_, *view_.workspace, FromDiagram(*chosen), text);
     ShowStatus(status, text);
     Fill();
     EndChange(workbench_, view_, Concat("Load parameters of ", component_.name));
@@ -279,8 +295,13 @@ void PropertyForm::Save() {
     const auto chosen = workbench_.desktop.ChooseFile(
         {true, "Save Parameters As", {parameterFiles, allFiles}, view_.directory});
     if (!chosen || chosen->empty() || chosen->back() == '/') return;
-    const WorkingDirectory there(view_.directory);
-    ShowStatus(SaveParamFile(component_, ParamFileName(*chosen, {}), text), text);
+    // The dot rule looks at the whole path, as that of a diagram's file does.
+    const bool hasDot = chosen->find('.') != std::string::npos;
+    const std::string file = FromDiagram(hasDot ? *chosen : *chosen + ".prm");
+    const Status saved = SaveParamFile(component_, file, text);
+    ShowStatus(saved, text);
+    const std::string lost = LostValuesText(component_);
+    if (saved != Status::Error && !lost.empty()) workbench_.InfoBox(lost);
 }
 
 FormResult PropertyForm::Pressed(std::string_view label) {

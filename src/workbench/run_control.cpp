@@ -66,6 +66,10 @@ void SetGoMode(SimOptions& options) {
     options.innerCount = options.outerCount = 0;
 }
 
+std::string NoDirectoryText(const DiagramView& view) {
+    return Concat("Cannot enter the directory '", view.directory, "'");
+}
+
 /// The run from its directory; the stop word was cleared by whoever started it.
 void RunInDirectory(Workbench& workbench, DiagramView& view) {
     Host host = CurrentHost();
@@ -74,6 +78,11 @@ void RunInDirectory(Workbench& workbench, DiagramView& view) {
     if (workbench.run.processes) host.processes = workbench.run.processes;
     const HostScope scope(host);
     const WorkingDirectory there(view.directory);
+    if (there.Failed()) {  // results must not land among those of another diagram
+        workbench.run.notes.Add({RunNote::Kind::Error, errorTitle, NoDirectoryText(view)});
+        workbench.run.status = Status::Error;
+        return;
+    }
     Workspace& workspace = *view.workspace;
     std::string text;
     ResetRunRecord();
@@ -162,6 +171,10 @@ void StartRun(Workbench& workbench, DiagramView& view, bool scan) {
     SimOptions& options = *view.workspace->options;
     {
         const WorkingDirectory there(view.directory);
+        if (there.Failed()) {
+            workbench.ErrorBox(NoDirectoryText(view));
+            return;
+        }
         LogText(scan ? "Starting Parameter Scan\n" : "Starting Simulation\n");
         const std::string warning = RepeatedNamesText(*view.workspace);
         LogText(warning);

@@ -118,8 +118,12 @@ bool ScriptPlayer::New(const Words&, std::string&) {
     return true;
 }
 
-bool ScriptPlayer::Open(const Words& words, std::string&) {
-    const bool again = words.size() == 2 && words[0] == "-s";
+bool ScriptPlayer::Open(const Words& words, std::string& reason) {
+    const bool again = words.size() == 2;
+    if (again && words[0] != "-s") {
+        reason = Concat("unknown word '", words[0], "'");
+        return false;
+    }
     OpenDiagram(workbench_, words.back(), again ? OpenAgain::BringToFront : OpenAgain::NewView);
     return true;
 }

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <deque>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -37,8 +38,9 @@ class ScriptDesktop : public Desktop {
 
     std::deque<Answer> answers;
     std::deque<std::optional<std::string>> files;
-    std::vector<std::string> boxes, started;  // lines since they were printed last
-    std::string missing;                      // what a question or file dialog went without
+    std::vector<std::string> boxes, started;        // lines since they were printed last
+    std::map<std::string, std::size_t> logPrinted;  // bytes of the log.txt of a directory
+    std::string missing;                            // what a question or file dialog went without
 
   private:
     std::string start_, install_;

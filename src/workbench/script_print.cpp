@@ -318,16 +318,17 @@ std::string PrintFiles(const Printing& p) {
 
 /// Lines that came since the last time they were asked for.
 std::string PrintLog(const Printing& p) {
-    DiagramView* view = p.workbench.Active();
+    const DiagramView* view = p.View();
     std::string log, reason, text;
     if (!view || !ReadWholeFile(view->directory + "/log.txt", log, reason)) return {};
-    std::size_t at = std::min(view->logPrinted, log.size());
+    std::size_t& printed = p.desktop.logPrinted[view->directory];
+    std::size_t at = std::min(printed, log.size());
     while (at < log.size()) {
         const std::size_t end = std::min(log.find('\n', at), log.size());
-        text += Concat(Quoted(log.substr(at, end - at)), "\n");
+        text += Concat(Quoted(p.desktop.ShownText(log.substr(at, end - at))), "\n");
         at = end + 1;
     }
-    view->logPrinted = log.size();
+    printed = log.size();
     return text;
 }
 

@@ -16,12 +16,19 @@ namespace {
 constexpr std::size_t nameLength = symbolNameCapacity - 1, textLength = symbolTextCapacity - 1;
 constexpr std::size_t mostSymbols = symbolTableCapacity;
 
+/// A variable and where it stands in the diagram: the first of equal names is the one that counts.
+struct PlacedVariable {
+    Variable variable;
+    std::ptrdiff_t place = -1;  // a new one stands in front
+};
+
 /// An entry in hand. One that was not changed keeps the text and type that its variable has.
 struct Entry {
     std::string name;
     double value = 0.0;
     std::string expression;             // empty: the number counts
     std::optional<Variable> untouched;  // as the diagram has it
+    std::ptrdiff_t place = -1;
 };
 
 std::string WithoutBlanks(std::string text) {
@@ -29,8 +36,8 @@ std::string WithoutBlanks(std::string text) {
     return text;
 }
 
-Entry EntryOf(const Variable& variable) {
-    Entry entry{variable.name, 0.0, {}, variable};
+Entry EntryOf(const Variable& variable, std::ptrdiff_t place) {
+    Entry entry{variable.name, 0.0, {}, variable, place};
     if (!IsNumber(variable.value, &entry.value)) entry.expression = variable.value;
     return entry;
 }
@@ -38,6 +45,14 @@ Entry EntryOf(const Variable& variable) {
 /// The value as a file keeps it: ten digits if they read back equal, else the fewest that do.
 std::string StoredText(const Entry& entry) {
     return entry.expression.empty() ? ExactNumber(entry.value, 10) : entry.expression;
+}
+Variable VariableOf(const Entry& entry) {
+    if (entry.untouched) return *entry.untouched;
+    Variable variable;
+    variable.name = entry.name;
+    variable.value = StoredText(entry);
+    variable.type = entry.expression.empty() ? DoubleType : StringType;
+    return variable;
 }
 /// The value as it is shown.
 std::string ShownText(const Entry& entry) {
@@ -96,23 +111,25 @@ class SymbolsForm : public Form {
 
     Workbench& workbench_;
     DiagramView& view_;
-    std::vector<Entry> entries_;    // ascending by name
-    std::vector<Variable> hidden_;  // that do not fit the table; they stay as they are
-    std::int32_t row_ = 0;          // in hand, from 1; 0 without rows
-    std::int32_t rowBefore_ = 0;    // in hand before New mode
+    std::vector<Entry> entries_;          // ascending by name
+    std::vector<PlacedVariable> hidden_;  // that do not fit the table; they stay as they are
+    std::int32_t row_ = 0;                // in hand, from 1; 0 without rows
+    std::int32_t rowBefore_ = 0;          // in hand before New mode
     bool isNew_ = false;
 };
 
 void SymbolsForm::ReadVariables() {
+    std::ptrdiff_t place = -1;
     for (const Variable& variable : view_.workspace->variables) {
+        ++place;
         const bool repeats = std::ranges::any_of(
             entries_, [&](const Entry& entry) { return entry.name == variable.name; });
         const bool fits = variable.name.size() <= nameLength &&
                           variable.value.size() <= textLength && entries_.size() < mostSymbols;
         if (!fits || repeats) {
-            hidden_.push_back(variable);
+            hidden_.push_back({variable, place});
         } else {
-            entries_.push_back(EntryOf(variable));
+            entries_.push_back(EntryOf(variable, place));
         }
     }
     std::ranges::sort(entries_, {}, &Entry::name);
@@ -259,19 +276,14 @@ void SymbolsForm::Delete() {
 }
 
 bool SymbolsForm::RebuildVariables() {
-    std::vector<Variable> variables = hidden_;
-    for (const Entry& entry : entries_) {
-        if (entry.untouched) {
-            variables.push_back(*entry.untouched);
-            continue;
-        }
-        Variable variable;
-        variable.name = entry.name;
-        variable.value = StoredText(entry);
-        variable.type = entry.expression.empty() ? DoubleType : StringType;
-        variables.push_back(std::move(variable));
-    }
-    std::ranges::stable_sort(variables, {}, &Variable::name);
+    std::vector<PlacedVariable> placed = hidden_;
+    for (const Entry& entry : entries_) placed.push_back({VariableOf(entry), entry.place});
+    std::ranges::sort(placed, {}, [](const PlacedVariable& one) {
+        return std::pair(std::string_view(one.variable.name), one.place);
+    });
+    std::vector<Variable> variables;
+    variables.reserve(placed.size());
+    for (PlacedVariable& one : placed) variables.push_back(std::move(one.variable));
     view_.workspace->variables = std::move(variables);
     view_.undo.modified = true;
     EndChange(workbench_, view_, "Symbols");

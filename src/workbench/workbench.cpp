@@ -41,6 +41,7 @@ bool Workbench::Push(std::string_view label) {
     const auto place = std::ranges::find(forms, front, &std::unique_ptr<Form>::get);
     const std::unique_ptr<Form> closing = std::move(*place);
     forms.erase(place);
+    if (!forms.empty()) forms.back()->Uncovered();
     closing->Closed();
     sync();
     return true;

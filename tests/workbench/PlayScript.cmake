@@ -1,8 +1,14 @@
-# Plays a script in an empty folder: PROGRAM, FOLDER, SCRIPT. With EXAMPLE and PHOTRAK the script has
-# built that example, run it and saved it as link.top: its results, and those of the saved topology,
-# must equal the example's in every byte.
+# Plays a script in a folder that holds nothing but the files of the folder of its name beside it:
+# PROGRAM, FOLDER, SCRIPT. With EXAMPLE and PHOTRAK the script has built that example, run it and
+# saved it as link.top: its results, and those of the saved topology, must equal the example's in
+# every byte.
 file(REMOVE_RECURSE ${FOLDER})
 file(MAKE_DIRECTORY ${FOLDER}/files)
+string(REGEX REPLACE "\\.txt$" "" given ${SCRIPT})
+file(GLOB given ${given}/*)
+foreach(file ${given})
+  file(COPY ${file} DESTINATION ${FOLDER}/files)
+endforeach()
 set(ENV{HOME} ${FOLDER})
 set(ENV{XDG_STATE_HOME} ${FOLDER}/state)
 execute_process(COMMAND ${PROGRAM} -C ${FOLDER}/files ${SCRIPT} OUTPUT_QUIET RESULT_VARIABLE status)
