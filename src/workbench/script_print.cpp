@@ -216,7 +216,7 @@ std::string FieldText(const FormField& field) {
     static constexpr std::string_view kinds[] = {"text", "number", "value", "integer", "choice"};
     const std::string column =
         field.column.empty() ? std::string() : Concat(" ", Quoted(field.column));
-    const std::string_view state = !field.enabled ? "off" : field.fault.empty() ? "on" : "fault";
+    const std::string_view state = !field.fault.empty() ? "fault" : field.enabled ? "on" : "off";
     return Concat("field ", Quoted(field.label), column, " ", kinds[static_cast<int>(field.kind)],
                   " ", state, " ", Quoted(field.text), ChoicesText(field.choices), "\n");
 }

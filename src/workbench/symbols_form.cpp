@@ -51,7 +51,7 @@ Variable VariableOf(const Entry& entry) {
     Variable variable;
     variable.name = entry.name;
     variable.value = StoredText(entry);
-    variable.type = entry.expression.empty() ? DoubleType : StringType;
+    variable.type = IsNumber(variable.value) ? DoubleType : StringType;
     return variable;
 }
 /// The value as it is shown.
@@ -208,7 +208,7 @@ bool SymbolsForm::AcceptEdit() {
     if (text.empty()) return true;
     Entry& entry = InHand();
     double value = 0.0;
-    if (IsNumber(text, &value)) {
+    if (IsNumber(Expression().text, &value)) {
         if (!entry.expression.empty() || entry.value != value) entry.untouched.reset();
         entry.value = value;
         entry.expression.clear();
@@ -240,7 +240,7 @@ std::string SymbolsForm::NewNameFault(const std::string& name) const {
 bool SymbolsForm::AcceptNew() {
     const std::string name = Name().text, text = WithoutBlanks(Expression().text);
     Entry entry{name, 0.0, {}, std::nullopt};
-    if (!text.empty() && !IsNumber(text, &entry.value)) entry.expression = text;
+    if (!text.empty() && !IsNumber(Expression().text, &entry.value)) entry.expression = text;
     std::string fault = NewNameFault(name);
     if (fault.empty() && entry.expression.size() > textLength) {
         fault = "Expression length exceeded";
