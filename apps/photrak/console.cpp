@@ -181,6 +181,13 @@ void ConsoleMessages::ShowWarnings(std::string_view component, std::string_view 
     }
 }
 
+void ConsoleMessages::ShowNote(std::string_view text) {
+    const std::string note = Printable(text);
+    if (notes_.size() >= mostWarnings || !notes_.insert(note).second) return;
+    EndStatusLine();
+    Report("note", note);
+}
+
 void ConsoleMessages::TellRepeats() {
     for (const auto& [text, times] : warnings_) {
         if (times > 0)

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <map>
+#include <set>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -28,6 +29,7 @@ class ConsoleMessages : public Messages, public ProgressSink {
     bool QueryBox(std::string_view text, std::string_view title) override;
     /// Each text once, with the point of a scan where it first came; ToldAgain() tells of the rest.
     void ShowWarnings(std::string_view component, std::string_view text) override;
+    void ShowNote(std::string_view text) override;
 
     /// The run under way, borrowed, and where its parameters have their values: "FILE:LINE" by
     /// component and parameter.
@@ -58,6 +60,7 @@ class ConsoleMessages : public Messages, public ProgressSink {
     const Workspace* workspace_ = nullptr;
     const Places* places_ = nullptr;
     std::map<std::string, int> warnings_;  // times told
+    std::set<std::string> notes_;          // each told once
     HostScope scope_;
 };
 

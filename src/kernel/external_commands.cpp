@@ -39,9 +39,9 @@ std::optional<std::string> Setting(const char* name) {
 }
 
 /// The exit status, -1 for a program that could not start or must not.
-int RunProgram(const std::vector<std::string>& arguments) {
+int RunProgram(const std::vector<std::string>& arguments, const StopWord* stop = nullptr) {
     if (!ExternalCommandsAllowed()) return -1;
-    return CurrentHost().processes->RunAndWait(arguments, CommandWindow());
+    return CurrentHost().processes->RunAndWait(arguments, CommandWindow(), stop);
 }
 
 int StartProgram(const std::vector<std::string>& arguments, Wait wait) {
@@ -122,8 +122,8 @@ int Spawn(std::string_view command, const std::vector<std::string>& arguments, W
     return StartProgram(ShellLine(command, arguments), wait);
 }
 
-int RunCommandLine(std::string_view command) {
-    return RunProgram(ShellLine(command, {}));
+int RunCommandLine(std::string_view command, const StopWord& stop) {
+    return RunProgram(ShellLine(command, {}), &stop);
 }
 
 int RunPlotCommand(const std::string& file, Wait wait) {

@@ -6,6 +6,8 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/host.h"
+
 namespace photrak {
 
 enum class Wait { No, Yes };
@@ -23,8 +25,9 @@ void ResetExternalCommands();
 int Spawn(std::string_view command, const std::vector<std::string>& arguments, Wait wait);
 
 /// Runs a command line of the user likewise and waits: its exit status as shells report it (127 for
-/// an unknown program, 128 and the signal's number if it was killed), -1 if it could not start.
-int RunCommandLine(std::string_view command);
+/// an unknown program, 128 and the signal's number if it was killed), -1 if it could not start. It
+/// is ended, with all that it started, when the run's stop word is set.
+int RunCommandLine(std::string_view command, const StopWord& stop);
 
 /// True when windows can be shown: a display, or a platform that the toolkit is told to use.
 bool HasDisplay();

@@ -3,6 +3,8 @@
 // own; one Host record tells which are in use. Process-wide: one run at a time.
 #pragma once
 
+#include <atomic>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -21,19 +23,27 @@ struct Messages {
     /// Lines that a run has just logged about a component (its path and name; empty: about the run
     /// as a whole). Who shows the log has no use for them.
     virtual void ShowWarnings(std::string_view /*component*/, std::string_view /*text*/) {}
+    /// What a user wants to know before it happens: the line of a command that is about to start.
+    virtual void ShowNote(std::string_view /*text*/) {}
     /// True for yes. With nobody to ask the answer is no.
     virtual bool QueryBox(std::string_view text, std::string_view title) = 0;
 };
 
 enum class WindowState { Normal, Hidden };
 
+/// Non-zero asks a run to end; set from outside.
+using StopWord = std::atomic<std::int16_t>;
+
 struct Processes {
     virtual ~Processes() = default;
     /// Starts a program (argument vector, the first searched in PATH) and returns at once: 0, or -1
     /// if it could not start.
     virtual int Start(const std::vector<std::string>& arguments) = 0;
-    /// Starts it and waits without limit: its exit status, or -1 if it could not start.
-    virtual int RunAndWait(const std::vector<std::string>& arguments, WindowState state) = 0;
+    /// Starts it and waits without limit: its exit status, or -1 if it could not start. With a stop
+    /// word it gets a process group of its own, which is asked to end (SIGTERM) once the word is
+    /// set, and two seconds later made to (SIGKILL).
+    virtual int RunAndWait(const std::vector<std::string>& arguments, WindowState state,
+                           const StopWord* stop = nullptr) = 0;
 };
 
 struct Libraries {

@@ -2,7 +2,9 @@
 // posix_spawnp (no shell), libraries by dlopen, the profile file and the environment.
 #include "platform/system_host.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -11,6 +13,7 @@
 #include <filesystem>
 #include <spawn.h>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 
 #include "platform/file_system.h"
@@ -40,13 +43,14 @@ struct SystemMessages : Messages {
     }
 };
 
-/// What a child gets: nothing to read, and the signals as a program expects them, whatever the
-/// program itself ignores or blocks.
+/// What a child gets: nothing to read, no file but the three that every program has, and the
+/// signals as a program expects them, whatever the program itself ignores or blocks.
 class SpawnSettings {
   public:
-    SpawnSettings() {
+    explicit SpawnSettings(bool ownGroup) {
         posix_spawn_file_actions_init(&actions_);
         posix_spawn_file_actions_addopen(&actions_, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+        posix_spawn_file_actions_addclosefrom_np(&actions_, STDERR_FILENO + 1);
         posix_spawnattr_init(&attributes_);
         sigset_t none, usual;
         sigemptyset(&none);
@@ -57,7 +61,10 @@ class SpawnSettings {
         }
         posix_spawnattr_setsigmask(&attributes_, &none);
         posix_spawnattr_setsigdefault(&attributes_, &usual);
-        posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
+        posix_spawnattr_setpgroup(&attributes_, 0);
+        const int group = ownGroup ? POSIX_SPAWN_SETPGROUP : 0;
+        posix_spawnattr_setflags(&attributes_, static_cast<short>(POSIX_SPAWN_SETSIGMASK |
+                                                                  POSIX_SPAWN_SETSIGDEF | group));
     }
     ~SpawnSettings() {
         posix_spawnattr_destroy(&attributes_);
@@ -73,8 +80,10 @@ class SpawnSettings {
     posix_spawnattr_t attributes_;
 };
 
+enum class Group { Ours, ItsOwn };
+
 /// The process number, or -1 when the program could not be started.
-pid_t SpawnProgram(const std::vector<std::string>& arguments) {
+pid_t SpawnProgram(const std::vector<std::string>& arguments, Group group) {
     if (arguments.empty()) return -1;
     std::vector<char*> texts;
     for (const std::string& argument : arguments) {
@@ -82,31 +91,64 @@ pid_t SpawnProgram(const std::vector<std::string>& arguments) {
         texts.push_back(const_cast<char*>(argument.c_str()));
     }
     texts.push_back(nullptr);
-    const SpawnSettings settings;
+    const SpawnSettings settings(group == Group::ItsOwn);
     pid_t child = -1;
     const int result = posix_spawnp(&child, texts[0], settings.Actions(), settings.Attributes(),
                                     texts.data(), environ);
     return result == 0 ? child : -1;
 }
 
+/// waitpid without interruptions: the child, 0 while it runs (WNOHANG), or -1.
+pid_t Wait(pid_t child, int flags, int& state) {
+    pid_t ended = -1;
+    do {
+        ended = ::waitpid(child, &state, flags);
+    } while (ended < 0 && errno == EINTR);
+    return ended;
+}
+
+/// Waits for a child that leads a process group; ends the group once the stop word is set. What the
+/// child left running in its group ends with it then. False if its state cannot be known.
+bool WaitOrEnd(pid_t child, const StopWord& stop, int& state) {
+    using Clock = std::chrono::steady_clock;
+    constexpr auto shortest = std::chrono::microseconds(500);
+    constexpr auto longest = std::chrono::milliseconds(20);
+    constexpr auto patience = std::chrono::seconds(2);
+    std::optional<Clock::time_point> asked;
+    std::chrono::microseconds pause = shortest;
+    for (;;) {
+        const pid_t ended = Wait(child, WNOHANG, state);
+        if (ended != 0) {
+            if (asked) ::kill(-child, SIGKILL);
+            return ended == child;
+        }
+        if (!asked && stop.load(std::memory_order_relaxed) != 0) {
+            asked = Clock::now();
+            ::kill(-child, SIGTERM);
+        } else if (asked && Clock::now() - *asked > patience) {
+            ::kill(-child, SIGKILL);
+        }
+        std::this_thread::sleep_for(pause);
+        pause = std::min<std::chrono::microseconds>(2 * pause, longest);
+    }
+}
+
 struct SystemProcesses : Processes {
     int Start(const std::vector<std::string>& arguments) override {
         ReapFinished();
-        const pid_t child = SpawnProgram(arguments);
+        const pid_t child = SpawnProgram(arguments, Group::Ours);
         if (child < 0) return -1;
         running_.push_back(child);
         return 0;
     }
 
-    int RunAndWait(const std::vector<std::string>& arguments, WindowState) override {
-        const pid_t child = SpawnProgram(arguments);
+    int RunAndWait(const std::vector<std::string>& arguments, WindowState,
+                   const StopWord* stop) override {
+        const pid_t child = SpawnProgram(arguments, stop ? Group::ItsOwn : Group::Ours);
         if (child < 0) return -1;
         int state = 0;
-        pid_t ended = -1;
-        do {
-            ended = ::waitpid(child, &state, 0);
-        } while (ended < 0 && errno == EINTR);
-        if (ended < 0) return 0;             // the system reaps by itself where SIGCHLD is ignored
+        const bool known = stop ? WaitOrEnd(child, *stop, state) : Wait(child, 0, state) == child;
+        if (!known) return 0;                // the system reaps by itself where SIGCHLD is ignored
         constexpr int killedBySignal = 128;  // as shells report it
         return WIFEXITED(state) ? WEXITSTATUS(state) : killedBySignal + WTERMSIG(state);
     }

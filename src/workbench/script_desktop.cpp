@@ -92,7 +92,8 @@ int ScriptProcesses::Start(const std::vector<std::string>& arguments) {
     return 0;
 }
 
-int ScriptProcesses::RunAndWait(const std::vector<std::string>& arguments, WindowState) {
+int ScriptProcesses::RunAndWait(const std::vector<std::string>& arguments, WindowState,
+                                const StopWord*) {
     return Start(arguments);
 }
 

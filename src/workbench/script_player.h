@@ -52,7 +52,8 @@ class ScriptProcesses : public Processes {
   public:
     explicit ScriptProcesses(ScriptDesktop& desktop) : desktop_(desktop) {}
     int Start(const std::vector<std::string>& arguments) override;
-    int RunAndWait(const std::vector<std::string>& arguments, WindowState state) override;
+    int RunAndWait(const std::vector<std::string>& arguments, WindowState state,
+                   const StopWord* stop) override;
 
   private:
     ScriptDesktop& desktop_;

@@ -99,6 +99,29 @@ TEST_F(Links, AStopRequestEndsTheRunAndKeepsWhatWasWritten) {
     EXPECT_NE(FileText("log.txt").find("Simulation Completed"), std::string::npos);
 }
 
+/// A command line is told before it starts, and a stop ends it with all that it started.
+TEST_F(Links, AStopRequestEndsTheCommandLineOfABlock) {
+    std::string link = FileText("nrz-link.top");
+    const std::size_t fiber = link.find("COMPONENT Fiber ");
+    const std::size_t end = link.find("ENDCOMPONENT", fiber);
+    link.replace(fiber, end - fiber,
+                 "COMPONENT Box MultiportOpticalDevice\nNOTE \nICON multporu 225 45\nNUMINPUTS 1\n"
+                 "NUMOUTPUTS 1\nINPUTFROM 4\nOUTPUTTO 5\n\nPARAM CommandLine StringType\n"
+                 "VALUE sleep 300 & echo $! > b; mv b begun; wait\nENDPARAM\n");
+    WriteText("command.top", link);
+    const ProgramResult result =
+        InterruptedPhotrak({"run", "--quiet", "command.top"}, SIGTERM, "begun");
+    EXPECT_EQ(result.status, 128 + SIGTERM) << result.error;
+    EXPECT_NE(result.error.find("component 'Box' runs its command line: sleep 300 & echo"),
+              std::string::npos)
+        << result.error;
+    const std::string isAlive = "grep -q ') [^Z]' /proc/$(cat begun)/stat";
+    EXPECT_EQ(RunProgram("for i in 1 2 3 4 5 6 7 8 9; do " + isAlive +
+                         " || exit 0; sleep 0.1; done; exit 1")
+                  .status,
+              0);
+}
+
 /// The receiver cannot tell stored light from the light itself.
 TEST_F(Links, ASavedSignalLoadsBackInEveryDigit) {
     Run("run save-signal.top");

@@ -1,11 +1,16 @@
 // The real system's processes, libraries, profile and threads.
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <stdexcept>
 #include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
 
+#include "base/text.h"
 #include "platform/host.h"
 #include "platform/profile.h"
 #include "platform/workers.h"
@@ -27,6 +32,44 @@ TEST(SystemProcesses, ReportTheExitStatusOrThatNothingStarted) {
     EXPECT_EQ(processes.Start({"no-such-program-of-ours"}), -1);
     EXPECT_EQ(processes.Start({}), -1);
     EXPECT_EQ(processes.Start({std::string("sh\0x", 4)}), -1);
+}
+
+// The first shell and the sleep that it started leave at the request; the second one has to be
+// made.
+TEST(SystemProcesses, EndWithAllTheyStartedWhenTheRunIsStopped) {
+    const TempDir directory;
+    StopWord stop{0};
+    for (const bool stubborn : {false, true}) {
+        stop = 0;
+        const std::string trap = stubborn ? "trap '' TERM; " : "";
+        std::thread user([&] {
+            while (directory.Read("pid").empty()) std::this_thread::yield();
+            stop = 1;
+        });
+        const int status = SystemHost().processes->RunAndWait(
+            {"sh", "-c", trap + "sleep 60 & echo $! > pid.new; mv pid.new pid; wait; wait"},
+            WindowState::Normal, &stop);
+        user.join();
+        EXPECT_EQ(status, 128 + (stubborn ? SIGKILL : SIGTERM));
+        const pid_t sleeper = std::stoi(directory.Read("pid"));
+        const auto isGone = [&] {
+            const std::string stat = "/proc/" + std::to_string(sleeper) + "/stat";
+            std::string text, error;
+            return !ReadWholeFile(stat, text, error) || text.find(") Z ") != std::string::npos;
+        };
+        for (int i = 0; i < 2000 && !isGone(); ++i)
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        EXPECT_TRUE(isGone());
+        std::filesystem::remove("pid");
+    }
+}
+
+TEST(SystemProcesses, GiveChildrenNoFileButTheUsualThree) {
+    const TempDir directory;
+    const int open = ::open("kept", O_CREAT | O_RDWR, 0600);  // without O_CLOEXEC
+    ASSERT_GE(open, 0);
+    EXPECT_EQ(Shell(Concat("test ! -e /proc/self/fd/", open)), 0);
+    ::close(open);
 }
 
 TEST(SystemProcesses, PassArgumentsUntouchedAndNothingToRead) {

@@ -66,7 +66,8 @@ class RecordingHost : public Messages, public Processes, public Profile, public 
         commands.push_back({arguments, false, WindowState::Normal});
         return startResult;
     }
-    int RunAndWait(const std::vector<std::string>& arguments, WindowState state) override {
+    int RunAndWait(const std::vector<std::string>& arguments, WindowState state,
+                   const StopWord*) override {
         commands.push_back({arguments, true, state});
         return waitResult;
     }

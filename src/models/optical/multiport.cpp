@@ -266,14 +266,16 @@ Status FillOutputs(Device& device) {
 
 // --- The table's file ---
 
-Status RunCommand(const MultiportParams& params, const ModelReport& report) {
+Status RunCommand(const MultiportParams& params, const StopWord& stop, const ModelReport& report) {
     if (params.commandLine.find_first_not_of(" \t") == std::string::npos) return Status::Success;
     if (!ExternalCommandsAllowed()) {
         return report.Refuse("its command line is refused: external commands are off");
     }
-    // What a failed command left in the file is not to be read.
-    const int exitStatus = RunCommandLine(params.commandLine);
-    if (exitStatus == 0) return Status::Success;
+    // What a failed or stopped command left in the file is not to be read.
+    CurrentHost().messages->ShowNote(Concat("component '", report.path, report.owner,
+                                            "' runs its command line: ", params.commandLine));
+    const int exitStatus = RunCommandLine(params.commandLine, stop);
+    if (exitStatus == 0 || stop != 0) return Status::Success;
     return report.Refuse("its command line '", params.commandLine, "' ",
                          exitStatus < 0 ? std::string("cannot be started")
                                         : Concat("ended with status ", exitStatus));
@@ -331,9 +333,10 @@ Status ApplyTransferTable(const Nodelist* inputs, Nodelist* outputs, SignalBandw
 
 Status RunMultiportOpticalDevice(const ModelCall& call) {
     const MultiportParams params = ReadMultiportParams(call.component.parameters);
-    if (RunCommand(params, call) != Status::Success || ReadTable(params, call) != Status::Success) {
-        return Status::Error;
-    }
+    const StopWord& stop = call.options.stop;
+    if (RunCommand(params, stop, call) != Status::Success) return Status::Error;
+    if (stop != 0) return Status::Success;  // the run ends here, without the table
+    if (ReadTable(params, call) != Status::Success) return Status::Error;
     return ApplyTransferTable(call.inputs, call.outputs, params.bandwidth, call);
 }
 
