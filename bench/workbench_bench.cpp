@@ -231,6 +231,45 @@ void SaveUndoRestore(benchmark::State& state) {
     }
 }
 
+/// The whole diagram at once: each command by itself, the other half of the round untimed.
+void WholeDiagram(benchmark::State& state, void (*there)(Workbench&), void (*back)(Workbench&)) {
+    Bench& bench = Shared();
+    bench.View();
+    for (auto step : state) {
+        state.PauseTiming();
+        EditSelectAll(*bench.workbench);
+        state.ResumeTiming();
+        there(*bench.workbench);
+        state.PauseTiming();
+        back(*bench.workbench);
+        state.ResumeTiming();
+    }
+}
+
+void DeleteAll(benchmark::State& state) {
+    WholeDiagram(state, EditDelete, StepBack);
+}
+
+void StepBackToAll(benchmark::State& state) {
+    Bench& bench = Shared();
+    bench.View();
+    for (auto step : state) {
+        state.PauseTiming();
+        EditSelectAll(*bench.workbench);
+        EditDelete(*bench.workbench);
+        state.ResumeTiming();
+        StepBack(*bench.workbench);
+    }
+}
+
+void CopyAll(benchmark::State& state) {
+    WholeDiagram(state, EditCopy, [](Workbench&) {});
+}
+
+void PasteAll(benchmark::State& state) {
+    WholeDiagram(state, EditPaste, StepBack);
+}
+
 void Differs(benchmark::State& state) {
     Bench& bench = Shared();
     const DiagramView& view = bench.View();
@@ -249,6 +288,10 @@ BENCHMARK(Rewire)->Unit(benchmark::kMillisecond);
 BENCHMARK(DuplicateHundred)->Unit(benchmark::kMillisecond);
 BENCHMARK(HistorySteps)->Unit(benchmark::kMillisecond);
 BENCHMARK(SaveUndoRestore)->Unit(benchmark::kMillisecond);
+BENCHMARK(DeleteAll)->Unit(benchmark::kMillisecond);
+BENCHMARK(StepBackToAll)->Unit(benchmark::kMillisecond);
+BENCHMARK(CopyAll)->Unit(benchmark::kMillisecond);
+BENCHMARK(PasteAll)->Unit(benchmark::kMillisecond);
 BENCHMARK(Differs)->Unit(benchmark::kMillisecond);
 
 }  // namespace

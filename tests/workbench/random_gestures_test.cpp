@@ -16,6 +16,8 @@
 #include "workbench/commands.h"
 #include "workbench/file_commands.h"
 #include "workbench/mouse.h"
+#include "workbench/run_control.h"
+#include "workbench/symbols_form.h"
 
 namespace photrak {
 namespace {
@@ -128,6 +130,7 @@ class Gestures {
 
     void Begin() {
         while (!workbench_.forms.empty()) ClosePending();
+        FinishRun(workbench_);
         EXPECT_TRUE(CloseAll(workbench_));
         first_.clear();
         const char* examples[] = {"wdm8.top", "nested.top", "mach-zehnder.top", "add-drop.top"};
@@ -168,8 +171,10 @@ class Gestures {
         if (kind < 35) return Press();
         if (kind < 45) return MouseMove(workbench_, View(), Point()), "move";
         if (kind < 65) return Release();
-        if (kind < 78) return SetAMode();
+        if (kind < 77) return SetAMode();
+        if (kind < 78) return OpenSymbolsForm(workbench_, View()), "symbols";
         if (kind < 95) return Command();
+        if (kind < 96) return Run();
         return Views();
     }
 
@@ -231,8 +236,10 @@ class Gestures {
             "Ctrl+Z",    "Ctrl+X",   "Ctrl+C", "Ctrl+V", "Delete", "Escape", "Alt+Left",
             "Alt+Right", "Alt+Left", "Left",   "Right",  "Up",     "Down",   "Ctrl+V"};
         static constexpr const char* entries[] = {
-            "Edit Duplicate", "Edit Select All", "View In",     "View Out",  "View Full",
-            "View Normal",    "View Last",       "View ReDraw", "Run Check", "Edit Find"};
+            "Edit Duplicate",     "Edit Select All", "View In",   "View Out",
+            "View Full",          "View Normal",     "View Last", "View ReDraw",
+            "Run Check",          "Edit Find",       "Run Go",    "Run Scan Variable",
+            "Options Preferences"};
         const int choice = Below(static_cast<int>(std::size(keys) + std::size(entries)));
         if (choice < static_cast<int>(std::size(keys))) {
             PressKey(workbench_, keys[choice]);
@@ -244,6 +251,20 @@ class Gestures {
             FindCommand(entry)->run(workbench_);
         }
         return entry;
+    }
+
+    /// A run begins and stands before its first block; or the one on is stopped there.
+    std::string Run() {
+        if (!workbench_.run.active) {
+            constexpr std::size_t fewBlocks = 12;  // a stop waits for what has begun
+            if (View().workspace->components.size() > fewBlocks) return "run";
+            StartRun(workbench_, View(), Below(2) == 0);
+            return "run";
+        }
+        test_.desktop.answers.push_back(Answer::Yes);
+        StopRun(workbench_);
+        FinishRun(workbench_);
+        return "stop";
     }
 
     std::string Views() {
@@ -272,7 +293,7 @@ class Gestures {
         return "save and load";
     }
 
-    /// Types into a dialog and leaves it.
+    /// Types into a dialog, pushes some of its buttons and leaves it.
     std::string ClosePending() {
         Form& form = *workbench_.forms.back();
         static constexpr const char* texts[] = {"1", "2*3", "-7", "x y", ""};
@@ -281,8 +302,18 @@ class Gestures {
             const auto row = static_cast<std::size_t>(Below(static_cast<int>(table.rows.size())));
             form.EditRow(table.rows[row].name, "Value", texts[Below(5)]);
         }
+        if (!form.fields.empty()) {
+            const int count = static_cast<int>(form.fields.size());
+            const FormField field = form.fields[static_cast<std::size_t>(Below(count))];
+            form.Edit(field.label, field.column, texts[Below(5)]);
+        }
+        static constexpr const char* buttons[] = {"New Symbol", "Accept Symbol", "Delete Symbol",
+                                                  "Reject Symbol", "Symbols..."};
+        for (int i = Below(4); i > 0; --i) workbench_.Push(buttons[Below(5)]);
         if (Below(3) > 0) workbench_.Push("OK");
-        if (!workbench_.forms.empty() && !workbench_.Push("Cancel")) workbench_.forms.clear();
+        while (!workbench_.forms.empty()) {
+            if (!workbench_.Push("Cancel")) workbench_.forms.clear();
+        }
         return "dialog";
     }
 
@@ -296,6 +327,7 @@ class Gestures {
 
     std::string EndFault() {
         while (!workbench_.forms.empty()) ClosePending();
+        if (workbench_.run.active) Run();
         std::vector<DiagramView*> views;
         for (const auto& view : workbench_.views) views.push_back(view.get());
         for (DiagramView* view : views) {
