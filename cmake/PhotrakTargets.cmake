@@ -10,6 +10,18 @@ target_compile_options(photrak_flags INTERFACE
   # One rounding per operation on every machine: results may not depend on contraction.
   -ffp-contract=off)
 target_compile_options(photrak_flags INTERFACE $<$<CONFIG:Debug>:-g1>)
+# What a release adds against faults that a hostile file could use; cmake/CheckHardening.cmake looks whether
+# the programs have it.
+if(NOT PHOTRAK_SANITIZE)
+  target_compile_options(photrak_flags INTERFACE
+    $<$<CONFIG:Release>:-fstack-protector-strong -fstack-clash-protection -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2>)
+  if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64")
+    target_compile_options(photrak_flags INTERFACE $<$<CONFIG:Release>:-fcf-protection>)
+  endif()
+  target_link_options(photrak_flags INTERFACE $<$<CONFIG:Release>:LINKER:-z,relro,-z,now,-z,noexecstack>)
+endif()
+include(CheckPIESupported)
+check_pie_supported()
 # What is under test is optimized even in Debug, the tests' own code is compiled quickly instead.
 target_compile_options(photrak_flags INTERFACE
   $<IF:$<BOOL:$<TARGET_PROPERTY:PHOTRAK_TEST>>,-O0,$<$<CONFIG:Debug>:-O1>>)
