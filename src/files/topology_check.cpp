@@ -74,20 +74,24 @@ void CheckParameters(Component& component, Workspace& workspace, Findings& findi
     findings.Add(checked, report);
 }
 
+void AddRepeatedNames(const Workspace& workspace, Findings& findings) {
+    const std::string text = RepeatedNamesText(workspace);
+    for (std::size_t at = 0; at < text.size() && !findings.IsFull();) {
+        const std::size_t end = text.find('\n', at) + 1;
+        findings.Add(Status::Warning, text.substr(at, end - at));
+        at = end;
+    }
+}
+
 /// Every component against the symbols of the workspace; false if a port stands on no node.
 bool CheckComponents(Workspace& workspace, Findings& findings) {
     std::string report;
     const Status built = BuildSymbolTable(workspace, report);
     findings.Add(built, report);
+    AddRepeatedNames(workspace, findings);
     bool complete = true;
-    const Component* former = nullptr;
     for (const auto& component : workspace.components) {
         if (findings.IsFull()) break;
-        if (former && former->name == component->name) {
-            findings.Add(Status::Warning, Concat("WARNING: several components have the name '",
-                                                 component->name, "'\n"));
-        }
-        former = component.get();
         const std::string path = workspace.name + component->name;
         complete = CheckNodes(path, *component, findings) && complete;
         CheckDrivers(path, *component, findings);
@@ -119,6 +123,20 @@ Status CheckTopologyGraph(Workspace& workspace, std::string& errorText) {
     }
     FreeSymbolTable(workspace);
     return findings.Result();
+}
+
+std::string RepeatedNamesText(const Workspace& workspace) {
+    std::string text;
+    const ComponentList& all = workspace.components;
+    for (std::size_t i = 0; i < all.size();) {
+        std::size_t end = i + 1;
+        while (end < all.size() && all[end]->name == all[i]->name) ++end;
+        if (end - i > 1) {
+            text += Concat("WARNING: ", end - i, " components are named '", all[i]->name, "'\n");
+        }
+        i = end;
+    }
+    return text;
 }
 
 }  // namespace photrak

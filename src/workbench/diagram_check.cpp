@@ -61,7 +61,12 @@ void CheckDiagram(Workbench& workbench, DiagramView& view) {
     std::size_t count = 0;
     for (const char c : text) count += c == '\n';
     if (!text.empty() && !there.Failed()) LogText(text);
-    workbench.pane = CountText(count);
+    // As at the start of a run the pane tells of the first name that several blocks have.
+    const std::string repeated = RepeatedNamesText(workspace);
+    const std::string first = repeated.substr(0, repeated.find('\n'));
+    workbench.pane = first.empty() ? CountText(count)
+                     : count == 1  ? first
+                                   : Concat(first, "; ", CountText(count));
     const auto unnamed = view.findings.find("");
     if (unnamed != view.findings.end()) workbench.InfoBox(unnamed->second);
 }

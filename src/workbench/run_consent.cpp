@@ -120,18 +120,4 @@ void ShowConsents(Workbench& workbench) {
     if (workbench.desktop.Query(queryTitle, question) == Answer::Yes) RevokeConsents();
 }
 
-std::string RepeatedNamesText(const Workspace& workspace) {
-    std::string text;
-    const ComponentList& all = workspace.components;
-    for (std::size_t i = 0; i < all.size();) {
-        std::size_t end = i + 1;
-        while (end < all.size() && all[end]->name == all[i]->name) ++end;
-        if (end - i > 1) {
-            text += Concat("WARNING: ", end - i, " components are named '", all[i]->name, "'\n");
-        }
-        i = end;
-    }
-    return text;
-}
-
 }  // namespace photrak

@@ -19,7 +19,5 @@ void RevokeConsents();
 /// Shows what was allowed and asks whether to take it back.
 void ShowConsents(Workbench& workbench);
 
-/// "WARNING: N components are named '%s'" for each such name, a line each.
-std::string RepeatedNamesText(const Workspace& workspace);
 
 }  // namespace photrak

@@ -6,6 +6,7 @@
 
 #include "base/log.h"
 #include "base/text.h"
+#include "files/topology_check.h"
 #include "hierarchy/nested_run.h"
 #include "kernel/driver.h"
 #include "kernel/run_record.h"
