@@ -14,8 +14,8 @@ namespace photrak {
 /// workspace's symbols.
 Status CheckTopologyGraph(Workspace& workspace, std::string& errorText);
 
-/// "WARNING: N components are named 'NAME'" for each name that several have, a line each: results of
-/// one replace those of the other.
+/// "WARNING: N components are named 'NAME'" for each name that several have, a line each: results
+/// of one replace those of the other.
 std::string RepeatedNamesText(const Workspace& workspace);
 
 }  // namespace photrak

@@ -19,5 +19,4 @@ void RevokeConsents();
 /// Shows what was allowed and asks whether to take it back.
 void ShowConsents(Workbench& workbench);
 
-
 }  // namespace photrak

@@ -1,4 +1,5 @@
-// A workbench without a window in a scratch folder.
+// A workbench without a window in a scratch folder, which is its home: a profile of the user who
+// runs the tests decides nothing.
 #pragma once
 
 #include <cstdlib>
@@ -14,7 +15,9 @@ namespace photrak {
 
 struct TestWorkbench {
     TestWorkbench() {
-        ::setenv("XDG_STATE_HOME", folder.Path().c_str(), 1);
+        for (const char* home : {"HOME", "XDG_STATE_HOME"}) {
+            ::setenv(home, folder.Path().c_str(), 1);
+        }
         workbench.reset(new Workbench{desktop,
                                       {BuiltInModels(), HasBlockTest, TestByStages},
                                       ExecutableDirectory(),
