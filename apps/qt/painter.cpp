@@ -8,6 +8,7 @@
 #include "drawing/dashes.h"
 #include "drawing/dense_line.h"
 #include "drawing/icon_picture.h"
+#include "qt/kept_icons.h"
 #include "qt/text_measure_qt.h"
 #include "qt/theme.h"
 
@@ -29,14 +30,22 @@ class ItemPainter {
         scale_ = std::hypot(transform.m11(), transform.m12());
         if (!(scale_ > 0.0)) scale_ = 1.0;
         offset_ = {transform.dx(), transform.dy()};
+        isPlain_ = transform.m12() == 0.0 && transform.m11() > 0.0 &&
+                   transform.m11() == transform.m22() && transform.isAffine();
     }
 
     void operator()(const Segments& item) {
         SetPen(item.pen);
         const std::vector<double> dashes = DashLengths(item.pen.dash, item.pen.width);
         std::vector<Point> points;
+        points.reserve(item.points.size());
         for (std::size_t i = 0; i + 1 < item.points.size(); i += 2) {
             const auto [a, b] = Crisp(item.points[i], item.points[i + 1], item.pen.width);
+            if (dashes.empty()) {
+                points.push_back(a);
+                points.push_back(b);
+                continue;
+            }
             const std::vector<Point> parts = DashedSegments({a, b}, dashes);
             points.insert(points.end(), parts.begin(), parts.end());
         }
@@ -79,6 +88,7 @@ class ItemPainter {
         const Point corners[] = {
             {r.x, r.y}, {r.Right(), r.y}, {r.Right(), r.Bottom()}, {r.x, r.Bottom()}};
         Segments sides{{}, item.pen};
+        sides.points.reserve(8);
         for (std::size_t i = 0; i < 4; ++i) {
             // The sides overlap in the corners, so that flat ends leave none open.
             Point a = corners[i], b = corners[(i + 1) % 4];
@@ -111,9 +121,10 @@ class ItemPainter {
         }
     }
     void operator()(const TextItem& item) {
-        const QString text = ToQString(DrawableText(item.text));
+        const std::string drawable = DrawableText(item.text);
+        const QString text = ToQString(drawable);
         const QFont font = DrawingFont(item.size, item.weight);
-        const double width = QFontMetricsF(font).horizontalAdvance(text);
+        const double width = QtTextMeasure().Width(drawable, item.size, item.weight);
         const double shift = item.anchor == Anchor::Start    ? 0.0
                              : item.anchor == Anchor::Middle ? -0.5 * width
                                                              : -width;
@@ -144,6 +155,15 @@ class ItemPainter {
         painter_.drawImage(ToQt(item.rect), image);
     }
     void operator()(const IconItem& item) {
+        const auto paint = [&](QPainter& inside) {
+            ItemPainter walker(inside, theme_, surface_);
+            const IconItem moved{item.icon, {0.0, 0.0, item.square.width, item.square.height}};
+            for (const DrawItem& part : ItemsOf(moved)) std::visit(walker, part);
+        };
+        if (surface_ == Surface::Pixels && isPlain_ &&
+            KeptIcons::OfThread().Draw(painter_, item, theme_, scale_, offset_, paint)) {
+            return;
+        }
         for (const DrawItem& part : ItemsOf(item)) std::visit(*this, part);
     }
     void operator()(const BitmapImage& item) {
@@ -225,7 +245,13 @@ class ItemPainter {
         lines.reserve(static_cast<qsizetype>(points.size() / 2));
         for (std::size_t i = 0; i + 1 < points.size(); i += 2)
             lines.append({ToQt(points[i]), ToQt(points[i + 1])});
+        // The steps of so many lines at twice the resolution are finer than a smoothed edge at the
+        // usual one, and smoothing them takes twice as long.
+        constexpr qsizetype crowd = 8000;
+        const bool rough = lines.size() > crowd && scale_ >= 2.0;
+        if (rough) painter_.setRenderHint(QPainter::Antialiasing, false);
         painter_.drawLines(lines);
+        if (rough) painter_.setRenderHint(QPainter::Antialiasing);
     }
 
     QPainter& painter_;
@@ -233,6 +259,7 @@ class ItemPainter {
     Surface surface_;
     double scale_ = 1.0;
     QPointF offset_;
+    bool isPlain_ = false;  // the painter scales and moves, and does nothing else
     int clips_ = 0;
 };
 

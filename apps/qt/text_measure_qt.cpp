@@ -4,6 +4,8 @@
 #include <QGuiApplication>
 #include <algorithm>
 #include <cmath>
+#include <string>
+#include <unordered_map>
 
 namespace photrak {
 
@@ -17,7 +19,21 @@ QFont DrawingFont(double size, Weight weight) {
 }
 
 double QtTextMeasure::Width(std::string_view text, double size, Weight weight) const {
-    return QFontMetricsF(DrawingFont(size, weight)).horizontalAdvance(ToQString(text));
+    // A picture asks for the same few texts each time it is drawn, and Qt shapes them anew.
+    struct Known {
+        QFont font;
+        std::unordered_map<std::string, double> widths;
+    };
+    thread_local Known known;
+    constexpr std::size_t most = 50'000;
+    const QFont now = QGuiApplication::font();
+    if (known.font != now || known.widths.size() > most) known = {now, {}};
+    const QFont font = DrawingFont(size, weight);
+    std::string key(text);
+    key += (font.bold() ? "\nb" : "\nr") + std::to_string(font.pixelSize());
+    const auto [place, isNew] = known.widths.try_emplace(std::move(key), 0.0);
+    if (isNew) place->second = QFontMetricsF(font).horizontalAdvance(ToQString(text));
+    return place->second;
 }
 
 }  // namespace photrak

@@ -83,6 +83,7 @@ void DiagramWindow::Refresh() {
         verticalScrollBar()->setValue(static_cast<int>(std::lround(target.y())));
     }
     anchor_.reset();
+    base_.Forget();
     switch (view_->mode) {
         case Mode::Connect:
             viewport()->setCursor(Qt::CrossCursor);
@@ -99,16 +100,18 @@ void DiagramWindow::Refresh() {
 void DiagramWindow::paintEvent(QPaintEvent*) {
     QPainter painter(viewport());
     const Theme theme = ShownTheme();
-    painter.fillRect(viewport()->rect(), ColorFor(Role::Paper, theme));
-    if (!view_) return;
-    painter.setRenderHint(QPainter::Antialiasing);
-    const Point offset{static_cast<double>(horizontalScrollBar()->value()),
-                       static_cast<double>(verticalScrollBar()->value())};
-    const Rect seen{offset.x, offset.y, static_cast<double>(viewport()->width()),
+    if (!view_) {
+        painter.fillRect(viewport()->rect(), ColorFor(Role::Paper, theme));
+        return;
+    }
+    const QPoint offset(horizontalScrollBar()->value(), verticalScrollBar()->value());
+    const Rect seen{static_cast<double>(offset.x()), static_cast<double>(offset.y()),
+                    static_cast<double>(viewport()->width()),
                     static_cast<double>(viewport()->height())};
     drawing_ = DrawCanvas(workbench_, *view_, {.seen = seen, .measure = &WindowMeasure()});
-    painter.translate(-offset.x, -offset.y);
-    PaintItems(painter, drawing_.items, theme);
+    base_.Paint(painter, viewport()->size(), offset, theme, drawing_.items);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.translate(-offset);
     PaintItems(painter, drawing_.overlay, theme);
 }
 

@@ -8,6 +8,7 @@
 #include <optional>
 
 #include "drawing/display_list.h"
+#include "workbench/base_layer.h"
 #include "workbench/workbench.h"
 
 class QHelpEvent;
@@ -65,6 +66,7 @@ class DiagramWindow : public QAbstractScrollArea {
     std::optional<QPoint> panFrom_;  // the middle button is down
     QPoint panStart_;
     Drawing drawing_;
+    BaseLayer base_;
 };
 
 }  // namespace photrak

@@ -242,10 +242,12 @@ class CanvasPainter {
     void AddOverlay() {
         for (const PictureIcon& selected : picture_.selected) {
             const Rect square = SquareAt(selected.at, picture_.selectedSide).Grown(-0.5);
+            if (!IsSeen(square)) continue;
             drawing_.AddOver(Box{.rect = square, .pen = {Role::Selected, 2.0}});
         }
         for (const CanvasPoint cell : LandingCells(workbench_, view_)) {
             const Rect square = SquareAt(workbench_.scale.ToPixel(cell), picture_.iconSide);
+            if (!IsSeen(square)) continue;
             drawing_.AddOver(Box{.rect = square, .pen = {Role::Selected, 1.0, Dash::Dashed}});
         }
         for (const PictureIcon& ghost : picture_.ghost) {

@@ -7,6 +7,7 @@
 #include <QListWidget>
 #include <QMimeData>
 #include <QPlainTextEdit>
+#include <QScrollBar>
 #include <QTextBlock>
 #include <QUrl>
 
@@ -174,6 +175,38 @@ TEST_F(GestureTest, ThePictureIsWhereTheMouseHits) {
         EXPECT_EQ(workbench_.Active()->selection[0], block.get());
     }
     EXPECT_EQ(inked({300, 350, 60, 40}), 0);
+}
+
+/// What was painted before is moved by scrolling and shown under a drag; it must be what a fresh
+/// painting gives, and a change must be seen.
+TEST_F(GestureTest, KeptPixelsAreThoseOfAFreshPainting) {
+    Open("wdm8.top");
+    const auto picture = [&] { return Canvas().viewport()->grab().toImage(); };
+    const auto fresh = [&] {
+        Canvas().Refresh();
+        return picture();
+    };
+    picture();
+    for (const QPoint to :
+         {QPoint(37, 0), QPoint(37, 120), QPoint(5, 60), QPoint(2000, 60), QPoint()}) {
+        Canvas().horizontalScrollBar()->setValue(to.x());
+        Canvas().verticalScrollBar()->setValue(to.y());
+        const QImage moved = picture();
+        EXPECT_TRUE(moved == fresh()) << to.x() << ", " << to.y();
+    }
+    const QImage before = picture();
+    const QPoint from = MiddleOf(Block("Bits1"));
+    QTest::mousePress(Canvas().viewport(), Qt::LeftButton, {}, from);
+    QMouseEvent move(QEvent::MouseMove, QPointF(from.x(), 300), QPointF(), Qt::NoButton,
+                     Qt::LeftButton, {});
+    QApplication::sendEvent(Canvas().viewport(), &move);
+    const QImage dragged = picture();
+    EXPECT_TRUE(dragged == fresh());
+    EXPECT_FALSE(dragged == before) << "the block hangs on the pointer";
+    QTest::mouseRelease(Canvas().viewport(), Qt::LeftButton, {}, {from.x(), 300});
+    Press(QKeySequence(QStringLiteral("Alt+Left")));
+    workbench_.Active()->ClearSelection();
+    EXPECT_TRUE(fresh() == before);
 }
 
 TEST_F(GestureTest, ARunIsStoppedAndNothingClosesBefore) {
