@@ -1,14 +1,11 @@
 // The workbench on a diagram of 10,000 blocks and 20,000 wires: open, picture, hit test, gestures,
-// steps of the history. The wires of a coupler run to its right and lower neighbors.
+// steps of the history.
 #include <benchmark/benchmark.h>
-#include <cstdlib>
 #include <filesystem>
 #include <memory>
 #include <string>
 
-#include "base/text.h"
-#include "files/catalogue.h"
-#include "kernel/graph.h"
+#include "lattice.h"
 #include "models/block_tests.h"
 #include "models/dispatch.h"
 #include "platform/file_system.h"
@@ -23,7 +20,7 @@
 namespace photrak {
 namespace {
 
-constexpr std::int32_t columns = 112, blocks = 10000;
+constexpr std::int32_t columns = latticeColumns, blocks = latticeBlocks;
 
 /// A workbench without a window, its folder and its state in a scratch directory.
 class Bench {
@@ -37,7 +34,7 @@ class Bench {
                                       ExecutableDirectory(),
                                       folder_.string()});
         StartWorkbench(*workbench);
-        WriteLattice();
+        WriteLattice(*workbench, (folder_ / file).string());
     }
     DiagramView& Open() { return OpenDiagram(*workbench, file, OpenAgain::NewView); }
     /// The view that the benchmarks share, in Select mode without a selection.
@@ -61,36 +58,6 @@ class Bench {
     std::string file = "lattice.top";
 
   private:
-    void WriteLattice() {
-        DiagramView& view = NewDiagram(*workbench);
-        Workspace& workspace = *view.workspace;
-        std::vector<Component*> made;
-        for (std::int32_t i = 0; i < blocks; ++i) {
-            const std::string digits = Concat(100000 + i).substr(1);
-            Component* block = AddComponent(workspace, "OpticalCoupler", Concat("Coupler", digits),
-                                            0, 0, workbench->catalogue);
-            block->x = i % columns * gridUnits;
-            block->y = i / columns * gridUnits;
-            made.push_back(block);
-        }
-        for (std::int32_t i = 0; i < blocks; ++i) {
-            const auto next = [&](std::int32_t by) {
-                return made[static_cast<std::size_t>((i + by) % blocks)];
-            };
-            Component& from = *made[static_cast<std::size_t>(i)];
-            Wire(workspace, from, 1, *next(1));
-            Wire(workspace, from, 2, *next(columns));
-        }
-        if (!ReplaceFile((folder_ / file).string(), TextOf(workspace))) std::abort();
-        CloseAll(*workbench);
-    }
-
-    static void Wire(Workspace& workspace, Component& from, std::int32_t port, Component& to) {
-        std::string text;
-        const Status status = ConnectComponents(workspace, from, port, to, port, text);
-        if (status == Status::Error) std::abort();
-    }
-
     std::filesystem::path folder_;
     std::unique_ptr<ScriptDesktop> desktop_;
 };
