@@ -12,7 +12,7 @@
 #include "workbench/find_form.h"
 #include "workbench/help_topics.h"
 #include "workbench/mouse.h"
-#include "workbench/recovery.h"
+#include "workbench/recovery_form.h"
 #include "workbench/run_consent.h"
 #include "workbench/run_forms.h"
 #include "workbench/small_forms.h"
@@ -40,12 +40,6 @@ void FileCloseAll(Workbench& workbench) {
 
 void FileExit(Workbench& workbench) {
     if (CloseAll(workbench)) KeepFrame(workbench);
-}
-
-void FileRecover(Workbench& workbench) {
-    const std::vector<RecoveryCopy> copies = RecoveryCopies(workbench);
-    if (copies.empty()) workbench.InfoBox("There is nothing to recover.");
-    for (const RecoveryCopy& copy : copies) OpenRecoveryCopy(workbench, copy);
 }
 
 void GraphView(Workbench& workbench) {
@@ -93,7 +87,7 @@ const Command commands[] = {
     {"File", "Print", "Print Active Topology Layout", {}, ByPlatform},
     {"File", "Printer Setup", "Printer Setup for Windows Printer Driver", {}, ByPlatform},
     {"File", "Exit", "Exit Photrak", {}, FileExit},
-    {"File", "Recover", "Open What Was Not Saved", {}, FileRecover},
+    {"File", "Recover", "Open What Was Not Saved", {}, OpenRecoveryForm},
     {"Edit", "Undo", "Undo Previous CAD Operation", {"Alt+Backspace", "Ctrl+Z"}, EditUndo},
     {"Edit", "Cut", "Delete Selection and Copy to Clipboard", {"Shift+Delete", "Ctrl+X"}, EditCut},
     {"Edit", "Copy", "Copy Selection to Clipboard", {"Ctrl+Insert", "Ctrl+C"}, EditCopy},

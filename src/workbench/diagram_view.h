@@ -71,6 +71,7 @@ struct DiagramView {
     std::map<std::string, std::string> findings;  // of the latest check, by name of block
     std::int32_t unkept = 0;                      // gestures since the latest recovery copy
     std::string recoveryPath;                     // of the copy, once there is one
+    std::string recoveredName;                    // of the file that an opened copy was of
 
     /// The blocks by their places as they stand after the latest change that was ended.
     const CanvasIndex& Index() const;

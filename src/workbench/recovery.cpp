@@ -22,6 +22,7 @@ constexpr std::int32_t mostGestures = 20;
 /// A copy of more blocks takes longer than a gesture may: it waits for the timer.
 constexpr std::size_t mostBlocksAtOnce = 2000;
 constexpr std::string_view headLine = "photrak-recovery 1 ";
+constexpr const char* outOfMemoryText = "Out of memory opening the copy\n";
 constexpr std::size_t mostCopyBytes = std::size_t{1} << 28;
 
 std::optional<fs::path> Folder() {
@@ -57,6 +58,22 @@ bool SplitCopy(const std::string& text, std::string_view& fileName, std::string_
     return true;
 }
 
+std::size_t CountBlocks(std::string_view topology) {
+    constexpr std::string_view begin = "\nCOMPONENT ";
+    std::size_t count = 0;
+    for (std::size_t at = topology.find(begin); at != std::string_view::npos; ++count) {
+        at = topology.find(begin, at + begin.size());
+    }
+    return count;
+}
+
+/// The diagram's file, or where it would lie: its SuperBlocks are looked for from there.
+std::string NameInCopy(const DiagramView& view) {
+    if (!view.IsUntitled()) return view.fileName;
+    const bool isNew = view.recoveredName.empty();
+    return (fs::path(view.directory) / (isNew ? view.fileName : view.recoveredName)).string();
+}
+
 }  // namespace
 
 void KeepRecoveryCopy(Workbench& /*workbench*/, DiagramView& view) {
@@ -65,7 +82,7 @@ void KeepRecoveryCopy(Workbench& /*workbench*/, DiagramView& view) {
     std::error_code error;
     fs::create_directories(*folder, error);
     if (view.recoveryPath.empty()) view.recoveryPath = NewCopyPath(*folder, view);
-    const std::string text = Concat(headLine, view.fileName, "\n", TextOf(*view.workspace));
+    const std::string text = Concat(headLine, NameInCopy(view), "\n", TextOf(*view.workspace));
     if (ReplaceFile(view.recoveryPath, text)) view.unkept = 0;
 }
 
@@ -105,7 +122,7 @@ std::vector<RecoveryCopy> RecoveryCopies(const Workbench& workbench) {
         std::string_view fileName, topology;
         if (ReadWholeFile(path, text, reason, mostCopyBytes) &&
             SplitCopy(text, fileName, topology)) {
-            copies.push_back({path, std::string(fileName)});
+            copies.push_back({path, std::string(fileName), CountBlocks(topology)});
         }
     }
     std::ranges::sort(copies, {}, &RecoveryCopy::path);
@@ -125,10 +142,16 @@ DiagramView* OpenRecoveryCopy(Workbench& workbench, const RecoveryCopy& copy) {
     if (file.has_parent_path()) view.directory = file.parent_path().string();
     if (TopologyLoadText(topology, copy.fileName, view.workspace, workbench.catalogue) ==
         Status::Error) {
-        workbench.ErrorBox(view.workspace->errorText);
+        // The copy stays as it is: what is missing, as the file of a SuperBlock, may come back.
+        workbench.ErrorBox(view.workspace ? view.workspace->errorText : outOfMemoryText);
+        view.workspace = CreateWorkspace();
+        view.ForgetIndex();
+        view.title = file.filename().string() + " (not loaded)";
+        return &view;
     }
     view.workspace->errorText.clear();
-    view.title = file.filename().string() + " (recovered)";
+    view.recoveredName = file.filename().string();
+    view.title = view.recoveredName + " (recovered)";
     view.recoveryPath = copy.path;
     EndChange(workbench, view, "Recover");
     return &view;

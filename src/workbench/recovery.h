@@ -22,10 +22,12 @@ void ForgetRecoveryCopy(Workbench& workbench, DiagramView& view);
 /// A copy that nobody has open.
 struct RecoveryCopy {
     std::string path;      // of the copy
-    std::string fileName;  // of the diagram that it belongs to, or "untitled.top"
+    std::string fileName;  // of the diagram that it belongs to; of a new one in its directory
+    std::size_t blocks = 0;
 };
 std::vector<RecoveryCopy> RecoveryCopies(const Workbench& workbench);
-/// Opens a copy as an untitled diagram with a title that says where it came from.
+/// Opens a copy as an untitled diagram with a title that says where it came from. One that does not
+/// load leaves an empty diagram and stays for another time.
 DiagramView* OpenRecoveryCopy(Workbench& workbench, const RecoveryCopy& copy);
 void DiscardRecoveryCopy(const RecoveryCopy& copy);
 

@@ -245,7 +245,8 @@ std::string PrintDialog(const Printing& p) {
         std::int32_t row = 0;
         for (const std::string& line : list.rows) {
             const bool selected = ++row == list.selected;
-            text += Concat("list ", row, selected ? " * " : " ", Quoted(line), "\n");
+            text += Concat("list ", row, selected ? " * " : " ", Quoted(p.desktop.ShownText(line)),
+                           "\n");
         }
     }
     if (!form.focus.empty()) text += Concat("focus ", Quoted(form.focus), "\n");

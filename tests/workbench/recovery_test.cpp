@@ -11,6 +11,7 @@
 #include "support/holds.h"
 #include "support/test_workbench.h"
 #include "workbench/file_commands.h"
+#include "workbench/mouse.h"
 #include "workbench/run_consent.h"
 
 namespace photrak {
@@ -66,6 +67,49 @@ TEST(Recovery, ACopyIsWholeAtWhicheverCallTheProcessDies) {
     if (!traced) GTEST_SKIP() << "this system lets no process trace another";
     EXPECT_GT(calls, 10);
     EXPECT_TRUE(sawOld && sawNew);
+}
+
+TEST(Recovery, KeepsACopyUntilItsSuperBlockIsFoundAgain) {
+    TestWorkbench test;
+    Workbench& workbench = *test.workbench;
+    const std::filesystem::path folder = test.folder.Path() + "link";
+    std::filesystem::create_directory(folder);
+    const std::string definition =
+        "SuperBlock span\nICON x 0 0\nNOTE \nMININPUTS 1\nMAXINPUTS 1\nMINOUTPUTS "
+        "1\nMAXOUTPUTS 1\nNUMINEQNUMOUTNODES FALSE\nNUMINPUTS 1\nNUMOUTPUTS 1\nINSIGTYPES "
+        "OpSigType\nOUTSIGTYPES OpSigType\nENDCOMPONENT\n";
+    ASSERT_TRUE(WriteWholeFile(folder / "span.dts", definition));
+    DiagramView* view = &NewDiagram(workbench);
+    test.desktop.files.emplace_back("link/outer");
+    ASSERT_TRUE(SaveDiagram(workbench, *view));
+    SetMode(workbench, Mode::Icon, workbench.palette.IndexOf("SuperBlock"));
+    test.desktop.files.emplace_back("link/span.dts");
+    MousePress(workbench, *view, {{100, 100}});
+    const std::string text = TextOf(*view->workspace);
+    ASSERT_TRUE(Holds(text, "SuperBlock span"));
+    // Recovered, closed and recovered again it still is a diagram of its folder.
+    for (int i = 0; i < 2; ++i) {
+        ASSERT_TRUE(CloseDiagram(workbench, *view));
+        const std::vector<RecoveryCopy> copies = RecoveryCopies(workbench);
+        ASSERT_EQ(copies.size(), 1u);
+        EXPECT_EQ(copies[0].fileName, folder / "outer.top");
+        view = OpenRecoveryCopy(workbench, copies[0]);
+        EXPECT_EQ(view->title, "outer.top (recovered)");
+        EXPECT_EQ(TextOf(*view->workspace), text);
+        EXPECT_TRUE(view->Differs());
+    }
+    // While its SuperBlock is away the copy does not load, and nothing takes its place.
+    ASSERT_TRUE(CloseDiagram(workbench, *view));
+    std::filesystem::rename(folder / "span.dts", folder / "away");
+    view = OpenRecoveryCopy(workbench, RecoveryCopies(workbench).at(0));
+    EXPECT_EQ(view->title, "outer.top (not loaded)");
+    EXPECT_TRUE(view->workspace->components.empty());
+    EXPECT_EQ(test.desktop.boxes.size(), 3u) << "two file dialogs and the reason";
+    KeepPendingCopies(workbench);
+    ASSERT_TRUE(CloseDiagram(workbench, *view));
+    std::filesystem::rename(folder / "away", folder / "span.dts");
+    view = OpenRecoveryCopy(workbench, RecoveryCopies(workbench).at(0));
+    EXPECT_EQ(TextOf(*view->workspace), text);
 }
 
 TEST(Saving, KeepsTheFileOfWhichItLosesLinesAlsoUnderAChosenName) {
