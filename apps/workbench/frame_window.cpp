@@ -270,6 +270,16 @@ void FrameWindow::OpenFiles(const QStringList& files) {
     });
 }
 
+void FrameWindow::Begin(const QStringList& files) {
+    OpenFiles(files);
+    // Without a diagram the start page says it.
+    const std::size_t copies = files.isEmpty() ? 0 : RecoveryCopies(workbench_).size();
+    if (copies == 0) return;
+    workbench_.pane = Concat(copies, copies == 1 ? " diagram was" : " diagrams were",
+                             " not saved: File, Recover opens ", copies == 1 ? "it" : "them");
+    SyncStatus();
+}
+
 void FrameWindow::OpenCopy(const QString& example) {
     Act([&] { OpenExample(workbench_, example.toStdString()); });
 }
@@ -307,7 +317,9 @@ void FrameWindow::SyncViews() {
     for (const auto& view : workbench_.views) {
         if (!children_.contains(view.get())) AddWindow(*view);
     }
-    pages_->setCurrentWidget(children_.empty() ? static_cast<QWidget*>(start_) : area_);
+    QWidget* page = children_.empty() ? static_cast<QWidget*>(start_) : area_;
+    if (page == start_ && pages_->currentWidget() != start_) start_->Offer();
+    pages_->setCurrentWidget(page);
 }
 
 void FrameWindow::SyncFront() {

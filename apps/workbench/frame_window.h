@@ -32,6 +32,8 @@ class FrameWindow : public QMainWindow {
     FrameWindow(Workbench& workbench, WindowDesktop& desktop);
     ~FrameWindow() override;
 
+    /// Opens the files that the program was started with, and says what can be recovered.
+    void Begin(const QStringList& files);
     /// Opens files one after the other; the last is in front.
     void OpenFiles(const QStringList& files);
     /// Does what a menu entry does, as "File New".

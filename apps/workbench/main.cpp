@@ -41,7 +41,7 @@ int Main(QApplication& application) {
     FrameWindow frame(workbench, desktop);
     desktop.SetWindow(&frame);
     frame.show();
-    frame.OpenFiles(parser.positionalArguments());
+    frame.Begin(parser.positionalArguments());
     return QApplication::exec();
 }
 

@@ -17,6 +17,7 @@
 #include "workbench/canvas_drawing.h"
 #include "workbench/file_commands.h"
 #include "workbench/look.h"
+#include "workbench/recovery.h"
 
 namespace photrak {
 namespace {
@@ -54,7 +55,9 @@ StartPage::StartPage(Workbench& workbench, Calls calls)
         button->setMinimumHeight(32);
         connect(button, &QPushButton::clicked, this, [this, command] { calls_.run(command); });
         row->addWidget(button);
+        recover_ = button;  // the last one
     }
+    Offer();
     row->addStretch(1);
     layout->addLayout(row);
     auto* examples = new QLabel(QStringLiteral("Examples"), this);
@@ -78,6 +81,19 @@ StartPage::StartPage(Workbench& workbench, Calls calls)
         calls_.openExample(item->data(Qt::UserRole).toString());
     });
     layout->addWidget(list, 1);
+}
+
+void StartPage::Offer() {
+    const std::vector<RecoveryCopy> copies = RecoveryCopies(workbench_);
+    recover_->setEnabled(!copies.empty());
+    recover_->setText(copies.empty() ? QStringLiteral("Recover")
+                                     : QStringLiteral("Recover %1").arg(copies.size()));
+    // Names come from files: they are shown as they are.
+    QString tip = QStringLiteral("<qt>Was not saved:");
+    for (const RecoveryCopy& copy : copies) {
+        tip += QStringLiteral("<br>") + ToQString(copy.fileName).toHtmlEscaped();
+    }
+    recover_->setToolTip(copies.empty() ? QStringLiteral("Everything is saved") : tip);
 }
 
 void StartPage::AddExamples(QListWidget& list) {

@@ -8,6 +8,7 @@
 #include "workbench/workbench.h"
 
 class QListWidget;
+class QPushButton;
 
 namespace photrak {
 
@@ -19,12 +20,15 @@ class StartPage : public QWidget {
         std::function<void(const QString& example)> openExample;
     };
     StartPage(Workbench& workbench, Calls calls);
+    /// Says how many diagrams can be recovered.
+    void Offer();
 
   private:
     void AddExamples(QListWidget& list);
 
     Workbench& workbench_;
     Calls calls_;
+    QPushButton* recover_ = nullptr;
 };
 
 /// Copies an example, with the files of its folder that it needs, into a folder of the user's and
