@@ -241,11 +241,14 @@ void FormDialog::BuildList() {
 void FormDialog::BuildButtons() {
     auto* box = new QHBoxLayout;
     box->addStretch(1);
+    const bool hasOk =
+        std::ranges::any_of(form_.buttons, [](const FormButton& b) { return b.label == "OK"; });
     for (const FormButton& button : form_.buttons) {
         auto* widget = new QPushButton(Text(button.label), this);
         widget->setObjectName(Text(button.label));
-        widget->setAutoDefault(button.label == "OK");
-        widget->setDefault(button.label == "OK");
+        const bool isDefault = button.label == "OK" || (!hasOk && buttons_.empty());
+        widget->setAutoDefault(isDefault);
+        widget->setDefault(isDefault);
         const std::string label = button.label;
         connect(widget, &QPushButton::clicked, this, [this, label] {
             if (!detached_) push_(label);

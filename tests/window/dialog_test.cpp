@@ -13,6 +13,7 @@
 #include "workbench/find_form.h"
 #include "workbench/plot_choice_form.h"
 #include "workbench/property_form.h"
+#include "workbench/recovery_form.h"
 #include "workbench/run_forms.h"
 #include "workbench/small_forms.h"
 #include "workbench/symbols_form.h"
@@ -215,9 +216,14 @@ TEST_F(DialogTest, EveryDialogShowsItsRecordAndReturnsEdits) {
         {"scan", [&] { OpenScanForm(workbench_, view); }},
         {"symbols", [&] { OpenSymbolsForm(workbench_, view); }},
         {"find", [&] { OpenFindForm(workbench_, view); }},
+        {"recovery", [&] { OpenRecoveryForm(workbench_); }},
         {"plots", [&] { OpenPlotChoiceForm(workbench_, view, block); }},
     };
     const std::string before = TextOf(*view.workspace);
+    const std::string state = qgetenv("XDG_STATE_HOME").toStdString() + "/photrak/recovery";
+    std::filesystem::create_directories(state);
+    const std::string copy = state + "/99999999-1.copy";  // of a process that is no more
+    ASSERT_TRUE(WriteWholeFile(copy, "photrak-recovery 1 " + PathOf("lost.top") + "\n" + before));
     for (const auto& [kind, open] : rows) {
         SCOPED_TRACE(kind);
         open();
@@ -226,6 +232,7 @@ TEST_F(DialogTest, EveryDialogShowsItsRecordAndReturnsEdits) {
         GoOver();
     }
     EXPECT_EQ(TextOf(*view.workspace), before) << "Escape keeps nothing";
+    std::filesystem::remove(copy);
 }
 
 /// Each model is placed from the palette by the mouse, and asked for its parameters by it.

@@ -106,6 +106,9 @@ TEST_F(KillTest, TheNextStartOffersTheWork) {
             auto* button = frame_->findChild<QPushButton*>(QStringLiteral("File Recover"));
             EXPECT_EQ(button->text(), QStringLiteral("Recover 1"));
             button->click();
+            ASSERT_NE(Dialog("recovery"), nullptr);
+            PushIn(*Dialog("recovery"), "Open");
+            ASSERT_NE(workbench_.Active(), nullptr);
             EXPECT_TRUE(desktop_.boxes.empty()) << desktop_.boxes.front();
             const DiagramView& view = *workbench_.Active();
             EXPECT_TRUE(view.title.ends_with("(recovered)"));
