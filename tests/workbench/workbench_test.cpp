@@ -1,14 +1,21 @@
 // What no script can play: a start without a catalogue, folders that go away, help without a page.
+#include <algorithm>
 #include <filesystem>
 #include <gtest/gtest.h>
 
+#include "base/text.h"
+#include "kernel/graph.h"
+#include "kernel/parameters.h"
 #include "support/holds.h"
 #include "support/paths.h"
 #include "support/test_workbench.h"
+#include "workbench/commands.h"
 #include "workbench/file_commands.h"
 #include "workbench/help_topics.h"
+#include "workbench/mouse.h"
 #include "workbench/property_form.h"
 #include "workbench/run_control.h"
+#include "workbench/symbols_form.h"
 
 namespace photrak {
 namespace {
@@ -38,6 +45,78 @@ TEST(Start, EndsWithABoxWithoutAWholeCatalogue) {
         EXPECT_EQ(start(), box) << file;
         fs::rename(models / "away", models / file);
     }
+}
+
+TEST(Forms, ShowWhatTheirTablesHoldAndKeepTheRest) {
+    TestWorkbench test;
+    Workbench& workbench = *test.workbench;
+    DiagramView& view = NewDiagram(workbench);
+    for (int i = 0; i < 514; ++i) {
+        AddVariable(*view.workspace, Concat("v", 1000 + i), DoubleType, "1");
+    }
+    OpenSymbolsForm(workbench, view);
+    EXPECT_EQ(workbench.forms[0]->lists[0].rows.size(), 512u);
+    EXPECT_EQ(workbench.forms[0]->note, "2 more stand in the file only");
+    EXPECT_TRUE(workbench.Push("New Symbol"));
+    EXPECT_TRUE(workbench.forms[0]->Edit("Name", "", "more"));
+    EXPECT_TRUE(workbench.Push("Accept Symbol"));
+    EXPECT_TRUE(Holds(test.desktop.boxes.back(), "Symbol table full, cannot insert more"));
+    EXPECT_TRUE(workbench.Push("Reject Symbol") && workbench.Push("Delete Symbol"));
+    EXPECT_TRUE(workbench.Push("OK"));
+    EXPECT_EQ(view.workspace->variables.size(), 513u);
+
+    Component& block =
+        *AddComponent(*view.workspace, "CWLaserModel", "L", 0, 0, workbench.catalogue);
+    Parameter** end = &block.parameters;
+    while (*end) end = &(*end)->next;
+    for (int i = 0; i < 300; ++i, end = &(*end)->next) {
+        *end = CreateParameter(Concat("x", 1000 + i), DoubleType);
+    }
+    OpenPropertyForm(workbench, view, block);
+    EXPECT_EQ(workbench.forms[0]->tables[0].rows.size(), 200u) << "with the row of the name";
+    EXPECT_EQ(workbench.forms[0]->tables[0].Steps(), 47);
+    EXPECT_EQ(workbench.forms[0]->note, "110 parameters are set through files only");
+}
+
+/// A model of the user's own whose library is not there: it is drawn and set all the same.
+TEST(UserModels, HaveAButtonAndADialog) {
+    const TempDir install;
+    const fs::path models = fs::path(install.Path()) / "models";
+    fs::copy(ExecutableDirectory() + "models", models, fs::copy_options::recursive);
+    ASSERT_TRUE(WriteWholeFile(models / "user.lis",
+                               "* those of the laboratory\n"
+                               "Table table.def table.bmp nowhere.so run test\n"));
+    ASSERT_TRUE(WriteWholeFile(
+        models / "table.def",
+        "COMPONENT Table\nMININPUTS 1\nMAXINPUTS 1\nMINOUTPUTS 1\nMAXOUTPUTS 1\nNUMINPUTS 1\n"
+        "NUMOUTPUTS 1\nINSIGTYPES OpSigType\nOUTSIGTYPES OpSigType\n"
+        "PARAM gain DoubleType\nVALUE 1\nENDPARAM\n"
+        "PARAM shape ComplexArrayType\nROWS 1\nCOLS 1\nDATA\n1 2\nENDPARAM\nENDCOMPONENT\n"));
+    ScriptDesktop desktop(install.Path());
+    Workbench workbench{
+        desktop, {BuiltInModels(), HasBlockTest, TestByStages}, install.Path(), install.Path()};
+    ASSERT_TRUE(StartWorkbench(workbench));
+    ASSERT_EQ(desktop.boxes.size(), 1u) << "the library";
+    DiagramView& view = NewDiagram(workbench);
+    const std::vector<BarButton> buttons = Palette(workbench);
+    const auto button = std::ranges::find(buttons, "User Model 2", &BarButton::tooltip);
+    ASSERT_NE(button, buttons.end());
+    EXPECT_EQ(button->x, 30) << "the comment keeps its place in the row";
+    EXPECT_EQ(button->y, 375);
+    PushBarButton(workbench, *button);
+    EXPECT_EQ(workbench.pane, "Icon Mode: Table");
+    MousePress(workbench, view, {{100, 100}});
+    MousePress(workbench, view, {{100, 100}, true});
+    ASSERT_EQ(workbench.forms.size(), 1u);
+    EXPECT_EQ(workbench.forms[0]->note, "1 parameter is set through files only");
+    EXPECT_FALSE(workbench.Push("Test"));
+    desktop.answers.push_back(Answer::Yes);
+    EXPECT_TRUE(workbench.Push("Help"));
+    EXPECT_EQ(desktop.started, std::vector<std::string>{"help contents"});
+    desktop.files.emplace_back("table");
+    EXPECT_TRUE(workbench.Push("Save..."));
+    EXPECT_TRUE(Holds(desktop.boxes.back(), "does not bring back complex arrays: 'shape'"));
+    EXPECT_TRUE(fs::exists(fs::path(install.Path()) / "table.prm"));
 }
 
 TEST(Run, NeedsTheFolderOfItsDiagram) {
