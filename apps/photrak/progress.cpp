@@ -1,28 +1,15 @@
-// Times come from the points that are done: all points of a scan count alike.
+// The line of a run in its three forms.
 #include "photrak/progress.h"
 
-#include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <unistd.h>
 
 #include "base/text.h"
+#include "kernel/run_progress.h"
+#include "kernel/workspace.h"
 
 namespace photrak {
 namespace {
-
-/// "0:07", "1:02:33".
-std::string Duration(double seconds) {
-    const auto whole = static_cast<long long>(std::clamp(seconds, 0.0, 1e9));
-    char text[48];
-    if (whole < 3600) {
-        std::snprintf(text, sizeof text, "%lld:%02lld", whole / 60, whole % 60);
-    } else {
-        std::snprintf(text, sizeof text, "%lld:%02lld:%02lld", whole / 3600, whole / 60 % 60,
-                      whole % 60);
-    }
-    return text;
-}
 
 std::string Quoted(std::string_view text) {
     std::string quoted = "\"";
@@ -34,35 +21,12 @@ std::string Quoted(std::string_view text) {
     return quoted + "\"";
 }
 
-/// The points that are done and the share of the one under way; what is left follows from it. NaN
-/// while nothing is done.
-double SecondsLeft(const ScanPosition& at, double fraction, double elapsed) {
-    const double share = at.points == 1 ? std::max(fraction, 0.0) : 0.0;
-    const double done =
-        (static_cast<double>(at.point - 1) + share) / static_cast<double>(at.points);
-    return done > 0.0 ? elapsed / done - elapsed : NAN;
-}
-
 }  // namespace
 
 ProgressStyle StyleOf(std::string_view word, bool quiet) {
     if (word == "lines") return ProgressStyle::Lines;
     if (word == "json") return ProgressStyle::Json;
     return !quiet && isatty(STDERR_FILENO) == 1 ? ProgressStyle::Rewriting : ProgressStyle::Silent;
-}
-
-ScanPosition PositionOf(const SimOptions& options) {
-    const std::int64_t inner = std::max(options.innerCount, 1);
-    const std::int64_t outer = std::max(options.outerCount, 1);
-    const bool isStatistical = (options.mode & simMode::statistical) != 0;
-    const std::int64_t runs = isStatistical ? std::max(options.NUMRUNSTODO, 1) : 1;
-    const auto before = [](std::int32_t index, std::int64_t count) {
-        return std::clamp<std::int64_t>(index - std::int64_t{1}, 0, count - 1);
-    };
-    const std::int64_t done =
-        (before(options.outerIndex, outer) * inner + before(options.innerIndex, inner)) * runs +
-        before(options.runIndex, runs);
-    return {done + 1, outer * inner * runs};
 }
 
 bool ProgressText::IsDue(ProgressStyle style) {
@@ -78,7 +42,7 @@ std::string ProgressText::Line(ProgressStyle style, const SimOptions* options,
                                double fraction) const {
     const ScanPosition at = options ? PositionOf(*options) : ScanPosition{};
     const double elapsed = std::chrono::duration<double>(Clock::now() - start_).count();
-    const double left = SecondsLeft(at, fraction, elapsed);
+    const double left = SecondsLeft(ShareDone(at, fraction), elapsed);
     constexpr double percent = 100.0;
     if (style == ProgressStyle::Json) {
         std::string line = Concat("{\"status\":", Quoted(status_), ",\"point\":", at.point,
@@ -91,8 +55,8 @@ std::string ProgressText::Line(ProgressStyle style, const SimOptions* options,
     if (fraction >= 0.0) line += Concat(" ", std::floor(percent * fraction), " %");
     if (at.points > 1) line += Concat(" (point ", at.point, " of ", at.points);
     if (style == ProgressStyle::Rewriting && (fraction >= 0.0 || at.points > 1)) {
-        line += Concat(at.points > 1 ? ", " : " (", Duration(elapsed));
-        if (!std::isnan(left)) line += Concat(", ", Duration(left), " left");
+        line += Concat(at.points > 1 ? ", " : " (", DurationText(elapsed));
+        if (!std::isnan(left)) line += Concat(", ", DurationText(left), " left");
         return line + ")";
     }
     return at.points > 1 ? line + ")" : line;

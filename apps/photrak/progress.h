@@ -3,13 +3,12 @@
 #pragma once
 
 #include <chrono>
-#include <cstdint>
 #include <string>
 #include <string_view>
 
-#include "kernel/workspace.h"
-
 namespace photrak {
+
+struct SimOptions;
 
 /// Silent; one line of the terminal that rewrites itself; a line of text or of JSON for each step.
 enum class ProgressStyle { Silent, Rewriting, Lines, Json };
@@ -17,12 +16,6 @@ enum class ProgressStyle { Silent, Rewriting, Lines, Json };
 /// "lines", "json" or nothing: on a terminal Rewriting, otherwise Silent. `quiet` silences what was
 /// not asked for by a word.
 ProgressStyle StyleOf(std::string_view word, bool quiet);
-
-/// The points of a scan in the order in which they run.
-struct ScanPosition {
-    std::int64_t point = 1, points = 1;
-};
-ScanPosition PositionOf(const SimOptions& options);
 
 class ProgressText {
   public:

@@ -15,11 +15,11 @@
 #include "qt/text_measure_qt.h"
 #include "qt/theme.h"
 #include "workbench/canvas_drawing.h"
+#include "workbench/canvas_tip.h"
 #include "workbench/commands.h"
 #include "workbench/look.h"
 #include "workbench/mouse.h"
 #include "workbench/view_commands.h"
-#include "workbench/wire_tip.h"
 
 namespace photrak {
 namespace {
@@ -108,7 +108,9 @@ void DiagramWindow::paintEvent(QPaintEvent*) {
     const Rect seen{static_cast<double>(offset.x()), static_cast<double>(offset.y()),
                     static_cast<double>(viewport()->width()),
                     static_cast<double>(viewport()->height())};
-    drawing_ = DrawCanvas(workbench_, *view_, {.seen = seen, .measure = &WindowMeasure()});
+    CanvasLook look{.seen = seen, .measure = &WindowMeasure()};
+    look.linePatterns = ShownLinePatterns();
+    drawing_ = DrawCanvas(workbench_, *view_, look);
     base_.Paint(painter, viewport()->size(), offset, theme, drawing_.items);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.translate(-offset);
@@ -243,20 +245,16 @@ bool DiagramWindow::viewportEvent(QEvent* event) {
 
 void DiagramWindow::ShowTip(const QHelpEvent& event) {
     const CanvasPoint at = ToCanvas(event.pos());
-    const Mark* mark =
-        MarkAt(drawing_.marks, {static_cast<double>(at.x), static_cast<double>(at.y)});
-    std::string text;
-    if (view_) text = mark ? mark->name : WireTip(workbench_, *view_, at);
+    const std::string text = view_ ? CanvasTip(workbench_, *view_, at) : std::string();
     if (text.empty()) {
         QToolTip::hideText();
         return;
     }
-    if (mark && !mark->hint.empty()) text += "\n" + mark->hint;
-    // Names come from files: never rich text.
-    QToolTip::showText(
-        event.globalPos(),
-        ToQString(text).toHtmlEscaped().replace(QLatin1Char('\n'), QStringLiteral("<br>")),
-        viewport());
+    // Names come from files: never rich text. Lines stay as they are.
+    QToolTip::showText(event.globalPos(),
+                       QStringLiteral("<div style='white-space:pre'>%1</div>")
+                           .arg(ToQString(text).toHtmlEscaped()),
+                       viewport());
 }
 
 }  // namespace photrak

@@ -24,10 +24,13 @@
 #include "workbench/diagram_window.h"
 #include "workbench/docks.h"
 #include "workbench/file_commands.h"
+#include "workbench/find_dock.h"
 #include "workbench/help_window.h"
 #include "workbench/look.h"
 #include "workbench/printing.h"
 #include "workbench/recovery.h"
+#include "workbench/run_pane.h"
+#include "workbench/shortcuts.h"
 #include "workbench/start_page.h"
 
 namespace photrak {
@@ -61,10 +64,12 @@ FrameWindow::FrameWindow(Workbench& workbench, WindowDesktop& desktop)
     pages_->addWidget(area_);
     setCentralWidget(pages_);
     BuildMenus();
+    BuildOwnEntries();
     BuildBars();
     BuildDocks();
     BuildStatus();
     PlaceFrame();
+    if (const QByteArray docks = memory_.Docks(); !docks.isEmpty()) restoreState(docks);
     desktop_.SetReveal([this](const Component& component) {
         if (DiagramWindow* front = FrontWindow()) {
             front->ScrollTo(component);
@@ -127,6 +132,60 @@ void FrameWindow::BuildMenus() {
     }
 }
 
+QMenu& FrameWindow::MenuOf(const QString& title) {
+    for (QAction* entry : menuBar()->actions()) {
+        if (entry->menu() && entry->text() == title) return *entry->menu();
+    }
+    return *menuBar()->addMenu(title);
+}
+
+/// What a window alone has, after the entries of the table.
+void FrameWindow::BuildOwnEntries() {
+    QMenu& file = MenuOf(QStringLiteral("&File"));
+    file.addSeparator();
+    recent_ = file.addMenu(QStringLiteral("Recent"));
+    recent_->setObjectName(QStringLiteral("Recent"));
+    const auto add = [this](const QString& menu, const QString& entry, auto act) {
+        QAction* action = MenuOf(menu).addAction(entry);
+        action->setObjectName(entry);
+        connect(action, &QAction::triggered, this, act);
+    };
+    add(QStringLiteral("&Options"), QStringLiteral("Window Preferences"),
+        [this] { EditOwnPreferences(); });
+    add(QStringLiteral("&Help"), QStringLiteral("Keyboard Shortcuts"),
+        [this] { ShowShortcuts(this); });
+}
+
+void FrameWindow::SyncRecent() {
+    bool changed = recent_->isEmpty() && recent_->isEnabled();
+    for (auto& [view, child] : children_) {
+        if (view->IsUntitled() || child.fileName == view->fileName) continue;
+        child.fileName = view->fileName;
+        memory_.AddRecent(ToQString(view->fileName));
+        changed = true;
+    }
+    if (!changed) return;
+    recent_->clear();
+    const QStringList files = memory_.Recent();
+    for (const QString& file : files) {
+        QAction* action =
+            recent_->addAction(QString(file).replace(QLatin1Char('&'), QStringLiteral("&&")));
+        connect(action, &QAction::triggered, this, [this, file] { OpenFiles({file}); });
+    }
+    recent_->setEnabled(!files.isEmpty());
+    start_->ShowRecent(files);
+}
+
+void FrameWindow::EditOwnPreferences() {
+    WindowPreferences preferences = memory_.Preferences();
+    if (!EditPreferences(preferences, this)) return;
+    memory_.Store(preferences);
+    SetShownTheme(ApplyTheme(*qApp, preferences.theme));
+    SetShownLinePatterns(preferences.linePatterns);
+    if (!workbench_.run.active) ApplyToEnvironment(preferences);
+    Sync();
+}
+
 void FrameWindow::BuildBars() {
     const auto pushed = [this](const BarButton& button) {
         Act([&] {
@@ -155,16 +214,14 @@ void FrameWindow::BuildBars() {
 
 void FrameWindow::BuildDocks() {
     const auto add = [this](QDockWidget* dock, Qt::DockWidgetArea place) {
+        // A dock of its own on the screen would have a place to remember.
+        dock->setFeatures(QDockWidget::DockWidgetClosable | QDockWidget::DockWidgetMovable);
         addDockWidget(place, dock);
         menuBar()->findChild<QMenu*>(QStringLiteral("Docks"))->addAction(dock->toggleViewAction());
     };
-    QMenu* menu = nullptr;
-    for (QAction* entry : menuBar()->actions()) {
-        if (entry->menu() && entry->text() == QStringLiteral("&Window")) menu = entry->menu();
-    }
-    if (!menu) menu = menuBar()->addMenu(QStringLiteral("&Window"));
-    menu->addSeparator();
-    QMenu* docks = menu->addMenu(QStringLiteral("Docks"));
+    QMenu& menu = MenuOf(QStringLiteral("&Window"));
+    menu.addSeparator();
+    QMenu* docks = menu.addMenu(QStringLiteral("Docks"));
     docks->setObjectName(QStringLiteral("Docks"));
     docks->setParent(menuBar(), docks->windowFlags());
     results_ = new ResultsDock(workbench_, this);
@@ -175,8 +232,20 @@ void FrameWindow::BuildDocks() {
     history_->SetGoTo([this](std::size_t step) { Act([&] { GoToStep(workbench_, step); }); });
     add(results_, Qt::RightDockWidgetArea);
     add(log_, Qt::BottomDockWidgetArea);
+    find_ = new FindDock(workbench_, this);
+    find_->SetSelect([this](Component& component) {
+        Act([&] {
+            DiagramView& view = *workbench_.Active();
+            view.ClearSelection();
+            view.Select(&component);
+            desktop_.Reveal(view, component);
+        });
+    });
     add(history_, Qt::RightDockWidgetArea);
+    add(find_, Qt::RightDockWidgetArea);
     tabifyDockWidget(results_, history_);
+    tabifyDockWidget(history_, find_);
+    find_->hide();
     results_->raise();
     log_->hide();
 }
@@ -193,9 +262,12 @@ void FrameWindow::BuildStatus() {
     message_ = label(QStringLiteral("Message"), 0);
     cell_ = label(QStringLiteral("Cell"), 90);
     zoom_ = label(QStringLiteral("Zoom"), 90);
-    run_ = label(QStringLiteral("Run"), 90);
+    run_ = new RunPane([this] { RunCommand("Run Stop Simulation"); }, this);
     statusBar()->addWidget(message_, 1);
-    for (QLabel* pane : {cell_, zoom_, run_}) statusBar()->addPermanentWidget(pane);
+    for (QWidget* pane : {static_cast<QWidget*>(cell_), static_cast<QWidget*>(zoom_),
+                          static_cast<QWidget*>(run_)}) {
+        statusBar()->addPermanentWidget(pane);
+    }
 }
 
 void FrameWindow::PlaceFrame() {
@@ -219,6 +291,7 @@ void FrameWindow::PlaceFrame() {
 void FrameWindow::StoreFrame() {
     const QRect frame = isMaximized() ? normalGeometry() : geometry();
     workbench_.frame = {frame.x(), frame.y(), frame.width(), frame.height()};
+    memory_.StoreDocks(saveState());
     KeepFrame(workbench_, QGuiApplication::platformName() != QStringLiteral("wayland"));
 }
 
@@ -367,9 +440,10 @@ void FrameWindow::SyncForms() {
 void FrameWindow::SyncStatus() {
     const bool highlights = !workbench_.highlighted.empty();
     message_->setText(ToQString(highlights ? workbench_.highlighted : workbench_.pane));
-    for (QLabel* pane : {cell_, zoom_, run_}) pane->setVisible(!highlights);
+    for (QLabel* pane : {cell_, zoom_}) pane->setVisible(!highlights);
+    run_->setVisible(!highlights);
     zoom_->setText(QStringLiteral("zoom %1%").arg(qRound(100.0 * workbench_.scale.zoom)));
-    run_->setText(ToQString(RunStateText(workbench_)));
+    run_->Show(workbench_);
 }
 
 void FrameWindow::Sync() {
@@ -385,6 +459,8 @@ void FrameWindow::Sync() {
     history_->Show(front ? &front->history : nullptr);
     log_->Follow(front ? front->directory : std::string());
     results_->Show(front);
+    find_->Follow();
+    SyncRecent();
     syncing_ = false;
 }
 

@@ -10,6 +10,7 @@
 
 #include "workbench/form_dialog.h"
 #include "workbench/palette_bar.h"
+#include "workbench/preferences.h"
 #include "workbench/window_desktop.h"
 
 class QLabel;
@@ -20,10 +21,12 @@ class QStackedWidget;
 namespace photrak {
 
 class DiagramWindow;
+class FindDock;
 class HelpWindow;
 class HistoryDock;
 class LogDock;
 class ResultsDock;
+class RunPane;
 class StartPage;
 struct DiagramView;
 
@@ -52,6 +55,7 @@ class FrameWindow : public QMainWindow {
   private:
     void BuildMenus();
     void BuildBars();
+    void BuildOwnEntries();
     void BuildDocks();
     void BuildStatus();
     void PlaceFrame();
@@ -69,11 +73,16 @@ class FrameWindow : public QMainWindow {
     void CloseView(DiagramView& view);
     void Activated(QMdiSubWindow* window);
     bool PickModel(const QString& letter);
+    /// Keeps the files of the open diagrams among those opened last, and lists them.
+    void SyncRecent();
+    void EditOwnPreferences();
+    QMenu& MenuOf(const QString& title);
     void OpenCopy(const QString& example);
 
     struct Child {
         QMdiSubWindow* frame = nullptr;
         DiagramWindow* canvas = nullptr;
+        std::string fileName = {};  // as it was last among those opened
     };
     struct Dialog {
         Form* form = nullptr;
@@ -82,6 +91,8 @@ class FrameWindow : public QMainWindow {
 
     Workbench& workbench_;
     WindowDesktop& desktop_;
+    WindowMemory memory_;
+    QMenu* recent_ = nullptr;
     QStackedWidget* pages_ = nullptr;
     StartPage* start_ = nullptr;
     QMdiArea* area_ = nullptr;
@@ -89,8 +100,10 @@ class FrameWindow : public QMainWindow {
     ResultsDock* results_ = nullptr;
     LogDock* log_ = nullptr;
     HistoryDock* history_ = nullptr;
+    FindDock* find_ = nullptr;
     HelpWindow* help_ = nullptr;
-    QLabel *message_ = nullptr, *cell_ = nullptr, *zoom_ = nullptr, *run_ = nullptr;
+    QLabel *message_ = nullptr, *cell_ = nullptr, *zoom_ = nullptr;
+    RunPane* run_ = nullptr;
     std::map<DiagramView*, Child> children_;
     std::vector<Dialog> dialogs_;
     QTimer poll_, keep_;

@@ -18,6 +18,11 @@ Theme& Current() {
     return theme;
 }
 
+bool& LinePatterns() {
+    static bool shown = false;
+    return shown;
+}
+
 }  // namespace
 
 Theme ShownTheme() {
@@ -26,6 +31,14 @@ Theme ShownTheme() {
 
 void SetShownTheme(Theme theme) {
     Current() = theme;
+}
+
+bool ShownLinePatterns() {
+    return LinePatterns();
+}
+
+void SetShownLinePatterns(bool shown) {
+    LinePatterns() = shown;
 }
 
 const TextMeasure& WindowMeasure() {

@@ -11,6 +11,9 @@ namespace photrak {
 /// Light or dark, as it was applied last.
 Theme ShownTheme();
 void SetShownTheme(Theme theme);
+/// Whether wires differ by their dashes as well as by color.
+bool ShownLinePatterns();
+void SetShownLinePatterns(bool shown);
 
 const TextMeasure& WindowMeasure();
 

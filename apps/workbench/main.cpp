@@ -21,13 +21,17 @@ int Main(QApplication& application) {
     parser.addVersionOption();
     const QCommandLineOption theme(QStringLiteral("theme"),
                                    QStringLiteral("light, dark, or as the system has it."),
-                                   QStringLiteral("light|dark|system"), QStringLiteral("system"));
+                                   QStringLiteral("light|dark|system"));
     parser.addOption(theme);
     parser.addPositionalArgument(QStringLiteral("FILE.top"), QStringLiteral("Topologies to open."),
                                  QStringLiteral("[FILE.top...]"));
     parser.process(application);
+    const WindowPreferences preferences = WindowMemory().Preferences();
+    ApplyToEnvironment(preferences);
+    SetShownLinePatterns(preferences.linePatterns);
     const QString asked = parser.value(theme);
-    const ThemeChoice choice = asked == QStringLiteral("dark")    ? ThemeChoice::Dark
+    const ThemeChoice choice = !parser.isSet(theme)               ? preferences.theme
+                               : asked == QStringLiteral("dark")  ? ThemeChoice::Dark
                                : asked == QStringLiteral("light") ? ThemeChoice::Light
                                                                   : ThemeChoice::System;
     SetShownTheme(ApplyTheme(application, choice));

@@ -7,6 +7,7 @@
 
 #include "workbench/workbench.h"
 
+class QBoxLayout;
 class QListWidget;
 class QPushButton;
 
@@ -22,13 +23,23 @@ class StartPage : public QWidget {
     StartPage(Workbench& workbench, Calls calls);
     /// Says how many diagrams can be recovered.
     void Offer();
+    /// Files opened last, the latest first; none: nothing is shown of them.
+    void ShowRecent(const QStringList& files);
 
   private:
-    void AddExamples(QListWidget& list);
+    void AddTitle(QBoxLayout& layout);
+    void AddButtons(QBoxLayout& layout);
+    void AddRecent(QBoxLayout& layout);
+    void AddExamples(QBoxLayout& layout);
+    /// Draws the example of a row, then the next one in a turn of its own: opening a window does
+    /// not wait for its pictures.
+    void DrawExample(int row);
 
     Workbench& workbench_;
     Calls calls_;
     QPushButton* recover_ = nullptr;
+    QListWidget *examples_ = nullptr, *recent_ = nullptr;
+    QWidget* recentPart_ = nullptr;
 };
 
 /// Copies an example, with the files of its folder that it needs, into a folder of the user's and

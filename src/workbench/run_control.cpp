@@ -2,6 +2,7 @@
 // and saving beside a run go on undisturbed. What the run tells goes through RunNotes.
 #include "workbench/run_control.h"
 
+#include <cmath>
 #include <sched.h>
 
 #include "base/log.h"
@@ -9,9 +10,12 @@
 #include "files/topology_check.h"
 #include "hierarchy/nested_run.h"
 #include "kernel/driver.h"
+#include "kernel/run_progress.h"
 #include "kernel/run_record.h"
+#include "kernel/workspace.h"
 #include "platform/file_system.h"
 #include "platform/host.h"
+#include "platform/progress.h"
 #include "workbench/run_consent.h"
 #include "workbench/workbench.h"
 
@@ -22,6 +26,7 @@ namespace {
 struct RunMessages : Messages {
     explicit RunMessages(RunNotes& target) : notes(target) {}
     void ShowStatusText(std::string_view text) override {
+        NoteProgress(-1.0);
         notes.Add({RunNote::Kind::Status, {}, std::string(text)});
     }
     void ErrorBox(std::string_view text, std::string_view title) override {
@@ -34,6 +39,25 @@ struct RunMessages : Messages {
     bool QueryBox(std::string_view, std::string_view) override { return false; }
 
     RunNotes& notes;
+};
+
+/// Looks at the run from its own thread, and leaves numbers for the interface.
+struct ShareNote : ProgressSink {
+    ShareNote(RunShare& target, const SimOptions& ofRun) : share(target), options(ofRun) {
+        CurrentProgress() = this;
+    }
+    ~ShareNote() { CurrentProgress() = nullptr; }
+    ShareNote(const ShareNote&) = delete;
+    ShareNote& operator=(const ShareNote&) = delete;
+    void ShowFraction(double fraction) override {
+        const ScanPosition at = PositionOf(options);
+        share.point = at.point;
+        share.points = at.points;
+        share.fraction = fraction;
+    }
+
+    RunShare& share;
+    const SimOptions& options;
 };
 
 void ClearResultsOf(DiagramView& view) {
@@ -85,6 +109,7 @@ void RunInDirectory(Workbench& workbench, DiagramView& view) {
         return;
     }
     Workspace& workspace = *view.workspace;
+    const ShareNote share(workbench.run.share, *workspace.options);
     std::string text;
     ResetRunRecord();
     const SuperBlockRuns nested(workbench.catalogue);
@@ -192,6 +217,9 @@ void StartRun(Workbench& workbench, DiagramView& view, bool scan) {
     run.status = Status::Success;
     run.stopAsked = run.launched = false;
     run.ended = false;
+    run.share.fraction = -1.0;
+    run.share.point = run.share.points = 1;
+    run.share.start = std::chrono::steady_clock::now();
     options.stop = 0;
     run.active = true;
     view.running = 1;
@@ -233,6 +261,24 @@ void PollRun(Workbench& workbench) {
 std::string RunStateText(const Workbench& workbench) {
     if (!workbench.run.active) return {};
     return workbench.run.stopAsked ? "Stopping" : "Running";
+}
+
+std::optional<double> RunShareDone(const Workbench& workbench) {
+    const RunShare& share = workbench.run.share;
+    if (!workbench.run.active) return std::nullopt;
+    const double done = ShareDone({share.point, share.points}, share.fraction);
+    return done > 0.0 ? std::optional<double>(done) : std::nullopt;
+}
+
+std::string RunProgressText(const Workbench& workbench) {
+    if (!workbench.run.active) return {};
+    const RunShare& share = workbench.run.share;
+    const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - share.start;
+    std::string text = DurationText(elapsed.count());
+    if (share.points > 1)
+        text = Concat("point ", share.point.load(), " of ", share.points.load(), ", ", text);
+    const double left = SecondsLeft(RunShareDone(workbench).value_or(0.0), elapsed.count());
+    return std::isnan(left) ? text : Concat(text, ", ", DurationText(left), " left");
 }
 
 }  // namespace photrak

@@ -3,7 +3,10 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
+#include <cstdint>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -32,6 +35,13 @@ class RunNotes {
     std::vector<RunNote> notes_;
 };
 
+/// How far the run is, written by its thread.
+struct RunShare {
+    std::atomic<double> fraction{-1.0};  // of the block under way; below 0: not known
+    std::atomic<std::int64_t> point{1}, points{1};
+    std::chrono::steady_clock::time_point start;
+};
+
 struct RunControl {
     bool active = false;          // from the start to the end that the interface has shown
     DiagramView* view = nullptr;  // of the run that is active
@@ -42,6 +52,7 @@ struct RunControl {
     bool stopAsked = false;  // by the user
     std::atomic<bool> ended{false};  // written by the worker
     Status status = Status::Success;
+    RunShare share;
     RunNotes notes;
     Processes* processes = nullptr;  // of the interface thread: starts viewers for the run
     std::thread worker;
@@ -58,5 +69,9 @@ void FinishRun(Workbench& workbench);
 void PollRun(Workbench& workbench);
 /// "", "Running" or "Stopping".
 std::string RunStateText(const Workbench& workbench);
+/// The part of the run that is done, 0 to 1; nothing without a run or where that is not known.
+std::optional<double> RunShareDone(const Workbench& workbench);
+/// "point 3 of 20, 0:07, 0:40 left", each where it is known; empty without a run.
+std::string RunProgressText(const Workbench& workbench);
 
 }  // namespace photrak

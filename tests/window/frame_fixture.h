@@ -6,6 +6,7 @@
 #include <QElapsedTimer>
 #include <QMdiSubWindow>
 #include <QPushButton>
+#include <QSettings>
 #include <QTest>
 #include <QToolButton>
 #include <filesystem>
@@ -50,6 +51,8 @@ struct QuietDesktop : WindowDesktop {
 class FrameTest : public testing::Test {
   protected:
     FrameTest() {
+        // What the user of the tests has set is left alone.
+        QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, ToQString(dir_.Path()));
         EXPECT_TRUE(StartWorkbench(workbench_));
         frame_ = std::make_unique<FrameWindow>(workbench_, desktop_);
         frame_->resize(1000, 700);
