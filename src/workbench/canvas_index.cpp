@@ -17,12 +17,6 @@ std::int32_t UnitsAfter(std::int32_t pixels, const Scale& scale) {
     return static_cast<std::int32_t>(std::clamp((pixels + 1) / scale.zoom + 1.0, -1e6, 1e6));
 }
 
-/// Where the pointer may be, far outside the window too, without overflow of what is added to it.
-CanvasPoint Bounded(CanvasPoint point) {
-    constexpr std::int32_t far = 1'000'000'000;
-    return {std::clamp(point.x, -far, far), std::clamp(point.y, -far, far)};
-}
-
 Hit HitOnTicks(const CanvasIndex& index, CanvasPoint point, const Scale& scale) {
     const std::int32_t side = scale.portTick + portZone;
     const std::int32_t tall = scale.iconSize + index.MostPorts() * scale.portPitch / 2 + side;

@@ -208,7 +208,9 @@ void EndMove(Workbench& workbench, DiagramView& view, CanvasPoint at) {
 
 }  // namespace
 
-void MousePress(Workbench& workbench, DiagramView& view, const PressEvent& event) {
+void MousePress(Workbench& workbench, DiagramView& view, const PressEvent& pressed) {
+    PressEvent event = pressed;
+    event.at = Bounded(event.at);
     if (view.drag.IsUnderWay()) {
         if (event.right) view.DropDrag();
         return;
@@ -217,7 +219,8 @@ void MousePress(Workbench& workbench, DiagramView& view, const PressEvent& event
     event.right ? PressRight(workbench, view, event) : PressLeft(workbench, view, event);
 }
 
-void MouseMove(Workbench& workbench, DiagramView& view, CanvasPoint at) {
+void MouseMove(Workbench& workbench, DiagramView& view, CanvasPoint pointer) {
+    const CanvasPoint at = Bounded(pointer);
     Drag& drag = view.drag;
     drag.last = at;
     const bool farEnough = std::abs(at.x - drag.start.x) >= dragThreshold ||
@@ -241,7 +244,7 @@ void MouseRelease(Workbench& workbench, DiagramView& view, CanvasPoint at, bool 
         view.ghost = {};
         EndMove(workbench, view, at);
     } else if (drag.kind != DragKind::Press) {
-        EndWire(workbench, view, drag, at);
+        EndWire(workbench, view, drag, Bounded(at));
     }
 }
 

@@ -51,6 +51,11 @@ std::int32_t Snap(std::int32_t units) {
     return (units + gridUnits / 2) / gridUnits * gridUnits;
 }
 
+CanvasPoint Bounded(CanvasPoint point) {
+    constexpr std::int32_t far = 1'000'000'000;
+    return {std::clamp(point.x, -far, far), std::clamp(point.y, -far, far)};
+}
+
 CanvasPoint OnCanvas(std::int32_t x, std::int32_t y) {
     return {std::clamp(x, 0, lastX), std::clamp(y, 0, lastY)};
 }

@@ -45,6 +45,8 @@ struct Scale {
 
 /// The grid position nearest to a model coordinate that is not negative.
 std::int32_t Snap(std::int32_t units);
+/// Where the pointer may be, far outside the window too, without overflow of what is added to it.
+CanvasPoint Bounded(CanvasPoint point);
 /// Positions from files, moved into the canvas.
 CanvasPoint OnCanvas(std::int32_t x, std::int32_t y);
 
