@@ -108,6 +108,14 @@ Status PutOnNode(Nodelist& cell, Node& node, const SimOptions& options, std::str
     return KeepSignalSummary(*record, options.mode, node, errorText);
 }
 
+/// Those inside a SuperBlock are not the observer's.
+void TellObserver(const Workspace& workspace, const Node& node) {
+    RunObserver* const observer = CurrentRun().observer;
+    if (observer && workspace.name.empty()) {
+        observer->SignalStored(workspace, node, *node.signals);
+    }
+}
+
 constexpr std::uint16_t lowFlags =
     runFlag::ordered | runFlag::outer | runFlag::inner | runFlag::draws;
 
@@ -172,6 +180,7 @@ Status StoreOutputs(Component& component, const Workspace& workspace, Owned<Node
                 refuse("with a value that is not finite, or too large to be squared\n");
             } else {
                 MergeStatus(status, PutOnNode(*cell, *port.node, *workspace.options, errorText));
+                TellObserver(workspace, *port.node);
             }
         }
         if (cell) cell = cell->next;
@@ -190,9 +199,10 @@ void StepComponent(RunState& run) {
     Step step;
     step.component = (*run.list)[run.place];
     Component& reached = *step.component;
-    MergeStatus(run.status, EvalComponentParams(reached, &run.workspace, run.errorText));
-    MergeStatus(run.status, CheckPorts(reached, run.errorText, run.workspace.name));
-    MergeStatus(run.status, GatherPorts(reached, step.inputs, step.outputs, run.errorText));
+    Status own = EvalComponentParams(reached, &run.workspace, run.errorText);
+    MergeStatus(own, CheckPorts(reached, run.errorText, run.workspace.name));
+    MergeStatus(own, GatherPorts(reached, step.inputs, step.outputs, run.errorText));
+    MergeStatus(run.status, own);
     AnnounceComponent(run.workspace, reached);
     const Status model = RunBlock(run, step);
     LogAndMerge(run, reached, model);
@@ -203,6 +213,9 @@ void StepComponent(RunState& run) {
     const Status stored =
         StoreOutputs(component, run.workspace, std::move(step.outputs), run.errorText);
     if (stored != Status::Success) LogAndMerge(run, component, stored);
+    MergeStatus(own, model);
+    MergeStatus(own, stored);
+    MergeStatus(CurrentRun().point, own);
     ReclaimInputs(component, run);
 }
 

@@ -6,6 +6,7 @@
 #include "base/text.h"
 #include "kernel/component_step.h"
 #include "kernel/pass_lists.h"
+#include "kernel/run_record.h"
 #include "kernel/statistics.h"
 #include "kernel/sweep_settings.h"
 #include "platform/host.h"
@@ -27,7 +28,7 @@ void WarnOfEmptyList(RunState& run) {
 }
 
 /// One walk of run.list under run.mask. The loop blocks set run.place back.
-void RunPass(RunState& run) {
+void WalkList(RunState& run) {
     const RunOrder& list = *run.list;
     if (list.empty()) WarnOfEmptyList(run);
     for (const auto& component : run.workspace.components) {
@@ -38,6 +39,25 @@ void RunPass(RunState& run) {
     for (run.place = 0; run.place < list.size() && !run.MustEnd(); ++run.place) {
         StepComponent(run);
     }
+}
+
+void RunPass(RunState& run) {
+    RunRecord& record = CurrentRun();
+    if (!run.workspace.name.empty()) {  // a run inside a point of another
+        WalkList(run);
+        return;
+    }
+    record.BeginPoint();
+    try {
+        WalkList(run);
+    } catch (...) {
+        if (record.observer) record.observer->PointDone(run.workspace, Status::Error);
+        throw;
+    }
+    if (run.status == Status::Error) record.point = Status::Error;
+    if (run.workspace.options->stop != 0) return;
+    ++record.points;
+    if (record.observer) record.observer->PointDone(run.workspace, record.point);
 }
 
 /// One of the three nested loops around the passes.

@@ -5,11 +5,14 @@
 
 namespace photrak {
 
-void RunRecord::TakeReading(std::string_view component, double BER, double Q) {
-    auto place = std::ranges::find(readings, component, &BerReading::component);
-    if (place == readings.end()) place = readings.insert(place, {std::string(component), 0.0, 0.0});
-    place->BER = BER;
-    place->Q = Q;
+void RunRecord::TakeReading(const BerReading& reading) {
+    ofPoint.push_back(reading);
+    const auto place = std::ranges::find(readings, reading.component, &BerReading::component);
+    if (place == readings.end()) {
+        readings.push_back(reading);
+    } else {
+        *place = reading;
+    }
 }
 
 RunRecord& CurrentRun() {

@@ -3,12 +3,19 @@
 // into; the runs inside a run write into it too.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <unordered_set>
 #include <vector>
 
+#include "base/status.h"
+
 namespace photrak {
+
+struct Node;
+struct SigRecord;
+struct Workspace;
 
 /// Names, each once, in the order in which they came.
 class NameList {
@@ -25,7 +32,24 @@ class NameList {
 
 struct BerReading {
     std::string component;
-    double BER = 0.0, Q = 0.0;
+    double BER = 0.0, Q = 0.0;        // 1 and 0 without a result
+    double level = 0.0;               // decision level in use, V
+    double offset = 0.0;              // decision time after the start of a bit, s
+    std::int32_t loop = 0;            // iteration of the innermost open loop, 0 outside of loops
+    bool found = true;                // false: no eye, and no result
+    Status status = Status::Success;  // of the tester
+};
+
+/// Follows a run of the outermost topology.
+class RunObserver {
+  public:
+    virtual ~RunObserver() = default;
+    /// A pass has ended, for the present coordinates in the options; symbols, parameters and the
+    /// readings of the point still stand. Not called for a pass that was stopped on request.
+    virtual void PointDone(const Workspace& workspace, Status point) = 0;
+    /// A block has stored a signal on a node.
+    virtual void SignalStored(const Workspace& workspace, const Node& node,
+                              const SigRecord& record) = 0;
 };
 
 /// A value that a limit has moved: the line of text that told it, and what that leaves out.
@@ -41,10 +65,19 @@ struct RunRecord {
     NameList written;                  // result files
     NameList failed;                   // "'NAME': REASON" of those that could not be written whole
     std::vector<BerReading> readings;  // in the order in which the testers first ran
+    std::vector<BerReading> ofPoint;   // all of the present pass; loops take several
+    Status point = Status::Success;    // the worst of the present pass's blocks
+    std::int64_t points = 0;           // passes of the outermost topology that have ended
+    RunObserver* observer = nullptr;   // borrowed, or null
     bool viewerMissing = false;        // a plot was to be shown, and no viewer started
 
     /// Takes the place of the component's present reading.
-    void TakeReading(std::string_view component, double BER, double Q);
+    void TakeReading(const BerReading& reading);
+    /// A pass begins.
+    void BeginPoint() {
+        ofPoint.clear();
+        point = Status::Success;
+    }
 };
 
 /// What to tell the user, once, when the viewer was missing.

@@ -57,7 +57,7 @@ class ErrorSum {
         : params_(params),
           set_(set),
           grid_(set.noPoints, set.tStep),
-          level_(params.decisionLevelDefined ? params.decisionLevel : eye.decisionLevel),
+          level_(DecisionLevel(params, eye)),
           above_(set.pairs.size(), 0) {
         if (params.bitsPerLine > 0) {
             streams_.assign(set.pairs.size(), BitStreamText(params.bitsPerLine));
@@ -247,6 +247,9 @@ Status ComputeBER(const SimOptions& options, const Nodelist* inputs, const BerPa
         return report.Warn("WARNING in ComputeBER -- DoEyeDiagram, can not calculate BER\n");
     }
 
+    // Without an open eye in the worst case bits are decided at their start.
+    const double sample = status == Status::Success ? eye.decisionIndex - 1.0 : 0.0;
+    eye.decisionTime = (sample + params.decisionPointShift * set.samplesPerBit) * set.tStep;
     ErrorSum sum(params, eye, set);
     eye.BER = sum.Run(options.stop, eye.stopped);
     if (eye.stopped) return status;

@@ -26,6 +26,11 @@ struct BerParams {
     int saveOrDisplay = 0;  // 1 save, 2 display, 0 not told
 };
 
+/// The level that decides, V.
+inline double DecisionLevel(const BerParams& params, const EyeResult& eye) {
+    return params.decisionLevelDefined ? params.decisionLevel : eye.decisionLevel;
+}
+
 /// BER and Q of the pairs on the input ports, with the files that belong to a pass. Warning: there
 /// is no signal, no open eye in the worst case, or no Q for the rate; the pass has no result then.
 /// A set stop word ends the sum over the bits at once: `eye.stopped` then says that there is none.

@@ -225,7 +225,9 @@ Status RunPass(const ModelCall& call, const BerParams& params) {
     if (status == Status::Success) found = BerSlot{eye.BER, eye.Q};
     StoreBerResult(call.options, found, *results);
     const BerSlot result = found.value_or(noResult);
-    CurrentRun().TakeReading(Concat(call.path, call.owner), result.BER, result.Q);
+    CurrentRun().TakeReading({Concat(call.path, call.owner), result.BER, result.Q,
+                              DecisionLevel(params, eye), eye.decisionTime, call.options.loopIndex,
+                              found.has_value(), status});
     Status written = status;
     MergeStatus(written, WriteFiles(call.options, params, *results, call));
     if (IsLastPass(call.options, *results)) call.component.modelState.reset();

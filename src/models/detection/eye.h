@@ -20,6 +20,7 @@ struct EyeResult {
     std::uint32_t decisionIndex = 1;  // chosen lid sample; the first until an eye was found
     std::int32_t lidLength = 0;       // two bits
     double decisionLevel = 0.0;       // V; the parameter's until an eye was found
+    double decisionTime = 0.0;        // after the start of the lids, with the shift asked for, s
     double eyeWidth = 0.0;            // fraction of a bit
     double eyeOpening = 0.0;          // upper minus lower lid at decisionIndex, V
     double eyeArea = 0.0;             // V; 0: no eye
