@@ -288,6 +288,28 @@ bool AppendAtOnce(const std::string& path, std::string_view text, std::string& r
     return written;
 }
 
+bool ReplaceEnd(const std::string& path, std::size_t at, std::string_view end,
+                std::string_view text, std::string& reason) {
+    errno = 0;
+    Descriptor file(OpenFile(path, O_WRONLY));
+    const auto start = static_cast<off_t>(at);
+    std::string tail(text);
+    tail += end;
+    struct stat former {};
+    bool written = file.Valid() && ::fstat(file.Number(), &former) == 0;
+    if (written && !S_ISREG(former.st_mode)) errno = EINVAL;
+    written = written && S_ISREG(former.st_mode) &&
+              ::lseek(file.Number(), start, SEEK_SET) == start && WriteAll(file.Number(), tail);
+    if (written && file.Close()) return true;
+    reason = std::strerror(errno);
+    if (!file.Valid() || !S_ISREG(former.st_mode)) return false;
+    const bool restored = ::lseek(file.Number(), start, SEEK_SET) == start &&
+                          WriteAll(file.Number(), end) &&
+                          ::ftruncate(file.Number(), former.st_size) == 0;
+    if (!restored) reason += ", and its last line is incomplete";
+    return false;
+}
+
 InputFolder::InputFolder(const std::string& folder) {
     CurrentInputs() = {folder, {}};
 }

@@ -2,6 +2,7 @@
 // that a run writes into.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -15,6 +16,11 @@ namespace photrak {
 /// Appends; on failure the file has its former length.
 [[nodiscard]] bool AppendAtOnce(const std::string& path, std::string_view text,
                                 std::string& reason);
+
+/// Inserts `text` before the end of a regular file, which is `end` and begins at byte `at`. On
+/// failure the file is as it was.
+[[nodiscard]] bool ReplaceEnd(const std::string& path, std::size_t at, std::string_view end,
+                              std::string_view text, std::string& reason);
 
 /// While one exists, files to be read are looked for in `folder` (a full path) before the working
 /// directory, unless the program has written them there itself since.
