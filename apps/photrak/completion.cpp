@@ -38,6 +38,7 @@ complete -F _photrak photrak
 constexpr struct {
     std::string_view option, words;
 } wordsAfter[] = {
+    {"--table", "$(compgen -f -- \"$current\")"},
     {"--plotting", "none save display icon"},
     {"--progress", "lines json"},
     {"--eye", "traces density"},

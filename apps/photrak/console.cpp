@@ -12,6 +12,7 @@
 #include "kernel/run_record.h"
 #include "kernel/sweep_settings.h"
 #include "kernel/symbols.h"
+#include "photrak/outcome.h"
 
 namespace photrak {
 namespace {
@@ -219,6 +220,7 @@ int StopOnSignal::Received() {
 }
 
 void WriteOut(std::string_view text) {
+    if (CurrentOutcome().IsAsked()) return;  // the document says it all
     std::fwrite(text.data(), 1, text.size(), stdout);
 }
 
@@ -239,6 +241,8 @@ void Report(std::string_view kind, std::string_view text) {
         }
         if (line.find_first_not_of(" \t") != std::string_view::npos) {
             WriteError(Concat("photrak: ", own, ": ", Printable(line), "\n"));
+            const bool isMarked = own != kind;  // "WARNING: " is the kind, and no part of the text
+            CurrentOutcome().Add(own, isMarked ? line.substr(line.find(' ') + 1) : line);
         }
         text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
     }

@@ -11,6 +11,7 @@
 #include "files/topology_blocks.h"
 #include "kernel/parameters.h"
 #include "photrak/console.h"
+#include "photrak/outcome.h"
 #include "platform/file_system.h"
 
 namespace photrak {
@@ -129,11 +130,22 @@ Inspection InspectSession(const Session& session, const CommandOptions& options,
     return inspection;
 }
 
+namespace {
+
+/// The document of --json takes the finding with its parts.
+void ReportFinding(const LoadFinding& finding) {
+    const Outcome::Quiet quiet(CurrentOutcome());
+    Report(finding.changesNumber ? "error" : "warning", FindingLine(finding));
+    CurrentOutcome().Take(finding);
+}
+
+}  // namespace
+
 int ReportFindings(const LoadFindings& findings) {
     int errors = 0;
     for (const LoadFinding& finding : findings) {
         errors += finding.changesNumber;
-        Report(finding.changesNumber ? "error" : "warning", FindingLine(finding));
+        ReportFinding(finding);
     }
     return errors;
 }

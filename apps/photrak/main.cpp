@@ -13,6 +13,7 @@
 #include "photrak/commands.h"
 #include "photrak/completion.h"
 #include "photrak/console.h"
+#include "photrak/outcome.h"
 #include "platform/file_system.h"
 
 namespace photrak {
@@ -156,9 +157,15 @@ int BadUsage(std::string_view problem) {
 
 int Execute(const Command& command, const std::vector<std::string>& arguments) {
     CommandOptions options;
+    // Also for a line that is wrong elsewhere.
+    const bool isJson = OffersOption("--json", command.bit) &&
+                        std::find(arguments.begin(), arguments.end(), "--json") != arguments.end();
+    if (isJson) CurrentOutcome().Ask(command.name);
     if (const auto problem = ParseOptions(arguments, command.bit, command.operands, options))
         return BadUsage(*problem);
+    CurrentOutcome().SetTopology(options.file);
     if (options.help) {
+        CurrentOutcome() = {};
         WriteOut(HelpOf(command));
         return exitStatus::success;
     }
@@ -209,6 +216,10 @@ int Main(const std::vector<std::string>& arguments) {
 
 /// A listing that does not arrive is no success.
 int Finished(int status) {
+    if (CurrentOutcome().IsAsked()) {
+        const std::string document = CurrentOutcome().Document(status);
+        std::fwrite(document.data(), 1, document.size(), stdout);
+    }
     if (std::fflush(stdout) == 0 && !std::ferror(stdout)) return status;
     Report("error", "standard output could not be written");
     return status == exitStatus::success ? exitStatus::failed : status;
@@ -217,13 +228,25 @@ int Finished(int status) {
 }  // namespace
 }  // namespace photrak
 
-int main(int argc, char** argv) {
+namespace {
+
+int Guarded(int argc, char** argv) {
     try {
-        return photrak::Finished(photrak::Main({argv + 1, argv + argc}));
+        return photrak::Main({argv + 1, argv + argc});
     } catch (const std::bad_alloc&) {
         photrak::Report("error", "out of memory");
     } catch (const std::exception& failure) {
         photrak::Report("error", failure.what());
     }
     return photrak::exitStatus::failed;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return photrak::Finished(Guarded(argc, argv));
+    } catch (const std::bad_alloc&) {  // for the document
+        return photrak::exitStatus::failed;
+    }
 }

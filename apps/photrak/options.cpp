@@ -10,6 +10,7 @@
 
 #include "base/nearest.h"
 #include "base/text.h"
+#include "results/result_table.h"
 
 namespace photrak {
 namespace {
@@ -56,6 +57,14 @@ Problem AddParamFile(CommandOptions& options, const std::string& value) {
 Problem SetParamFile(CommandOptions& options, const std::string& value) {
     if (value.empty() || value.ends_with('/')) return "-o wants the name of a file";
     options.paramFile = FullPath(value);
+    return {};
+}
+
+Problem SetTable(CommandOptions& options, const std::string& value) {
+    if (!TableFormatOf(value))
+        return Concat("--table wants FILE.csv or FILE.json, not '", value, "'");
+    options.table = value;
+    options.tablePath = FullPath(value);
     return {};
 }
 
@@ -204,6 +213,10 @@ constexpr Option optionTable[] = {
      "none, save (files only), display (start the viewer) or icon (as each block says)"},
     {"--no-commands", nullptr, plotting, Raise<&CommandOptions::noCommands>,
      "start no external program: no viewer, no command of a block"},
+    {"--table", "FILE", simulating, SetTable,
+     "write FILE.csv or FILE.json: a row for each point and tester, as they finish"},
+    {"--json", nullptr, simulating | commandBit::check, Raise<&CommandOptions::json>,
+     "print one JSON document on standard output: files, readings, every warning and error"},
     {"--report", nullptr, simulating, Raise<&CommandOptions::report>,
      "write all results as a page at the end, FILE.html beside the topology"},
     {"--inner", "RANGE", commandBit::scan, SetSweep<&CommandOptions::inner>,
@@ -313,6 +326,10 @@ std::optional<std::string> ParseOptions(const std::vector<std::string>& argument
         if (Problem problem = option->apply(options, value)) return problem;
     }
     return {};
+}
+
+bool OffersOption(std::string_view name, unsigned command) {
+    return FindOption(name, command) != nullptr;
 }
 
 std::string OptionNames(unsigned command) {

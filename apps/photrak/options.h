@@ -41,8 +41,10 @@ struct CommandOptions {
     // --load-params COMPONENT=FILE.prm, in order, with full paths
     std::vector<std::pair<std::string, std::string>> loadParams;
     std::vector<std::pair<std::string, std::string>> symbols;  // --set NAME=EXPR, in order
-    std::string out;       // --out, the folder of the results; empty: beside the topology
-    std::string progress;  // "lines", "json" or empty
+    std::string table;      // --table as typed, from where the program was called
+    std::string tablePath;  // the same, a full path
+    std::string out;        // --out, the folder of the results; empty: beside the topology
+    std::string progress;   // "lines", "json" or empty
     std::optional<std::string> prefix;
     std::optional<std::int16_t> plotting;  // PLOTTING code
     std::optional<SweepOption> inner, outer;
@@ -52,7 +54,7 @@ struct CommandOptions {
     bool report = false;  // a page at the end of a run
     bool scans = false;   // the command is `scan`
     bool noCommands = false, strict = false, lenient = false, block = false, quiet = false,
-         verbose = false, help = false;
+         verbose = false, help = false, json = false;
 };
 
 /// What the words of a command that are no options mean, in order.
@@ -64,6 +66,9 @@ using Operands = std::span<std::string CommandOptions::*const>;
 std::optional<std::string> ParseOptions(const std::vector<std::string>& arguments, unsigned command,
                                         Operands operands, CommandOptions& options);
 
+/// True if the command has this option.
+bool OffersOption(std::string_view name, unsigned command);
+
 /// The names of a command's options, separated by blanks.
 std::string OptionNames(unsigned command);
 
@@ -74,7 +79,7 @@ std::string OptionHelp(unsigned command, unsigned except = 0);
 namespace commandBit {
 inline constexpr unsigned run = 1, check = 2, models = 4, scan = 8, test = 16, plot = 32,
                           params = 64, superblock = 128, draw = 256, report = 512, explain = 1024,
-                          create = 2048, example = 4096, completion = 8192;
+                          create = 2048, example = 4096, completion = 8192, measure = 16384;
 }  // namespace commandBit
 
 }  // namespace photrak

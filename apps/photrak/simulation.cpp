@@ -11,6 +11,8 @@
 #include "kernel/run_record.h"
 #include "photrak/commands.h"
 #include "photrak/console.h"
+#include "photrak/outcome.h"
+#include "photrak/point_rows.h"
 #include "photrak/report.h"
 #include "photrak/report_sources.h"
 #include "photrak/session.h"
@@ -63,6 +65,30 @@ bool ReportRun(const CommandOptions& options, const Session& session,
     return WriteRunReport(run);
 }
 
+/// The table of --table, for as long as the run lasts.
+class TableOfRun {
+  public:
+    TableOfRun(const CommandOptions& options, const Workspace& workspace) : name_(options.table) {
+        if (name_.empty()) return;
+        table_ = std::make_unique<PointTable>(options.tablePath, workspace);
+        CurrentOutcome().SetTable(name_);
+    }
+    RunObserver* Observer() const { return table_.get(); }
+    /// False, after a report, if the table is not whole.
+    bool Tell() const {
+        if (!table_ || table_->Failure().empty()) return true;
+        Report("error", Concat("could not write '", name_, "': ", table_->Failure()));
+        return false;
+    }
+    void List() const {
+        if (table_ && table_->Failure().empty()) WriteOut(name_ + "\n");
+    }
+
+  private:
+    std::string name_;
+    std::unique_ptr<PointTable> table_;
+};
+
 int Conclude(Status status, bool warned, const Session& session, const ConsoleMessages& messages,
              const CommandOptions& options) {
     const bool isWhole = ListResultFiles(session) == Status::Success;
@@ -104,6 +130,9 @@ int SimulateTopology(const CommandOptions& options, const SimulationKind& kind) 
     TellBeforeRun(session, options);
 
     ResetRunRecord();
+    const TableOfRun table(options, *session.workspace);
+    if (!table.Tell()) return exitStatus::failed;
+    CurrentRun().observer = table.Observer();
     const StopOnSignal stop(simOptions);
     const auto start = std::chrono::steady_clock::now();
     LogText(Concat("Starting ", kind.name, "\n"));
@@ -113,11 +142,14 @@ int SimulateTopology(const CommandOptions& options, const SimulationKind& kind) 
     messages.Follow(nullptr, nullptr);
     LogText(Concat(kind.name, " Completed\n"));
     messages.EndStatusLine();
-    if (options.verbose) {
-        const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
-        WriteError(Concat("photrak: the run took ", elapsed.count(), " s\n"));
-    }
-    const int exit = Conclude(status, loaded == Status::Warning, session, messages, options);
+    CurrentRun().observer = nullptr;
+    const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
+    if (options.verbose) WriteError(Concat("photrak: the run took ", elapsed.count(), " s\n"));
+    CurrentOutcome().TakeRun(session.resultFolder, CurrentRun().points, elapsed.count());
+    const bool isWhole = table.Tell();
+    int exit = Conclude(status, loaded == Status::Warning, session, messages, options);
+    table.List();
+    if (!isWhole && exit <= exitStatus::warnings) exit = exitStatus::failed;
     const bool reported = ReportRun(options, session, messages, logBefore, status);
     return exit == exitStatus::success && !reported ? exitStatus::failed : exit;
 }
