@@ -7,10 +7,10 @@
 
 #include "base/text.h"
 #include "kernel/parameters.h"
+#include "kernel/run_progress.h"
 #include "kernel/signals.h"
 #include "kernel/sweep_settings.h"
 #include "kernel/symbols.h"
-#include "photrak/progress.h"
 
 namespace photrak {
 namespace {
