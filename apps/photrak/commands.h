@@ -13,6 +13,7 @@ inline constexpr int stoppedBase = 128;
 
 int RunCommand(const CommandOptions& options);
 int ScanCommand(const CommandOptions& options);
+int MeasureCommand(const CommandOptions& options);
 int CheckCommand(const CommandOptions& options);
 int TestCommand(const CommandOptions& options);
 int ModelsCommand(const CommandOptions& options);

@@ -46,7 +46,7 @@ constexpr struct {
     {"models", R"($(photrak models | awk '/^  / {print $1}'))"},
     {"example", R"($(photrak example | awk '{print $1}'))"},
     {"explain", R"($(photrak explain | awk '{print $1}'))"},
-    {"test|params", "$(_photrak_names components)"},
+    {"test|params|measure", "$(_photrak_names components)"},
 };
 
 }  // namespace

@@ -192,7 +192,7 @@ Problem Raise(CommandOptions& options, const std::string&) {
     return {};
 }
 
-constexpr unsigned simulating = commandBit::run | commandBit::scan;
+constexpr unsigned simulating = commandBit::run | commandBit::scan | commandBit::measure;
 constexpr unsigned plotting = simulating | commandBit::test;
 constexpr unsigned topologyCommand = plotting | commandBit::check;
 constexpr unsigned anyCommand = topologyCommand | commandBit::models | commandBit::plot |
@@ -214,7 +214,8 @@ constexpr Option optionTable[] = {
     {"--no-commands", nullptr, plotting, Raise<&CommandOptions::noCommands>,
      "start no external program: no viewer, no command of a block"},
     {"--table", "FILE", simulating, SetTable,
-     "write FILE.csv or FILE.json: a row for each point and tester, as they finish"},
+     "write FILE.csv or FILE.json: a row for each point and tester (measure: each signal), as they "
+     "finish"},
     {"--json", nullptr, simulating | commandBit::check, Raise<&CommandOptions::json>,
      "print one JSON document on standard output: files, readings, every warning and error"},
     {"--report", nullptr, simulating, Raise<&CommandOptions::report>,
@@ -294,6 +295,10 @@ std::optional<std::string> ParseOptions(const std::vector<std::string>& argument
         const std::string& argument = arguments[i];
         if (onlyOperands || argument.size() < 2 || argument[0] != '-') {
             if (command == commandBit::plot) {
+                options.files.push_back(argument);
+                continue;
+            }
+            if (given == operands.size() && command == commandBit::measure) {
                 options.files.push_back(argument);
                 continue;
             }

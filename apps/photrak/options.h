@@ -60,9 +60,9 @@ struct CommandOptions {
 /// What the words of a command that are no options mean, in order.
 using Operands = std::span<std::string CommandOptions::*const>;
 
-/// Reads the arguments after the command's word; those of `plot` beyond the operands join `files`.
-/// A text that says what is wrong, or nothing. `command` is the bit of the command in the option
-/// table. Words may be missing at the end.
+/// Reads the arguments after the command's word; those of `plot` and `measure` beyond the operands
+/// join `files`. A text that says what is wrong, or nothing. `command` is the bit of the command in
+/// the option table. Words may be missing at the end.
 std::optional<std::string> ParseOptions(const std::vector<std::string>& arguments, unsigned command,
                                         Operands operands, CommandOptions& options);
 

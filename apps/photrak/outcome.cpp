@@ -101,8 +101,8 @@ Outcome& CurrentOutcome() {
     return outcome;
 }
 
-std::string JsonList(const std::vector<std::string>& texts) {
-    return Array(texts, JsonText);
+std::string JsonArray(const std::vector<std::string>& items) {
+    return Array(items, [](const std::string& item) { return item; });
 }
 
 void Outcome::Add(std::string_view severity, std::string_view line) {
@@ -143,7 +143,7 @@ void Outcome::TakeRun(const std::string& resultFolder, std::int64_t points, doub
     AddMember("seconds", JsonNumber(seconds));
     AddMember("points", Concat(points));
     AddMember("files", Array(record.written.Names(), inFolder));
-    AddMember("failed", JsonList(record.failed.Names()));
+    AddMember("failed", Array(record.failed.Names(), JsonText));
     AddMember("testers", Array(record.readings, TesterJson));
 }
 

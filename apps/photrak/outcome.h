@@ -61,7 +61,7 @@ class Outcome {
 
 Outcome& CurrentOutcome();
 
-/// A JSON array of texts.
-std::string JsonList(const std::vector<std::string>& texts);
+/// A JSON array of what is JSON already.
+std::string JsonArray(const std::vector<std::string>& items);
 
 }  // namespace photrak

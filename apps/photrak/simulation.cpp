@@ -68,7 +68,8 @@ bool ReportRun(const CommandOptions& options, const Session& session,
 /// The table of --table, for as long as the run lasts.
 class TableOfRun {
   public:
-    TableOfRun(const CommandOptions& options, const Workspace& workspace) : name_(options.table) {
+    TableOfRun(const CommandOptions& options, const Workspace& workspace, const RunGuest* guest)
+        : name_(guest ? std::string() : options.table) {
         if (name_.empty()) return;
         table_ = std::make_unique<PointTable>(options.tablePath, workspace);
         CurrentOutcome().SetTable(name_);
@@ -115,7 +116,7 @@ int Conclude(Status status, bool warned, const Session& session, const ConsoleMe
 
 }  // namespace
 
-int SimulateTopology(const CommandOptions& options, const SimulationKind& kind) {
+int SimulateTopology(const CommandOptions& options, const SimulationKind& kind, RunGuest* guest) {
     ConsoleMessages messages(StyleOf(options.progress, options.quiet));
     Session session;
     const std::uintmax_t logBefore =
@@ -130,9 +131,9 @@ int SimulateTopology(const CommandOptions& options, const SimulationKind& kind) 
     TellBeforeRun(session, options);
 
     ResetRunRecord();
-    const TableOfRun table(options, *session.workspace);
-    if (!table.Tell()) return exitStatus::failed;
-    CurrentRun().observer = table.Observer();
+    const TableOfRun table(options, *session.workspace, guest);
+    if (!table.Tell() || (guest && !guest->Begin(session))) return exitStatus::failed;
+    CurrentRun().observer = guest ? guest : table.Observer();
     const StopOnSignal stop(simOptions);
     const auto start = std::chrono::steady_clock::now();
     LogText(Concat("Starting ", kind.name, "\n"));
@@ -146,9 +147,11 @@ int SimulateTopology(const CommandOptions& options, const SimulationKind& kind) 
     const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
     if (options.verbose) WriteError(Concat("photrak: the run took ", elapsed.count(), " s\n"));
     CurrentOutcome().TakeRun(session.resultFolder, CurrentRun().points, elapsed.count());
-    const bool isWhole = table.Tell();
+    const bool isGuestDone = !guest || status == Status::Error || guest->End();
+    const bool isWhole = table.Tell() && isGuestDone;
     int exit = Conclude(status, loaded == Status::Warning, session, messages, options);
     table.List();
+    if (guest) guest->Tell();
     if (!isWhole && exit <= exitStatus::warnings) exit = exitStatus::failed;
     const bool reported = ReportRun(options, session, messages, logBefore, status);
     return exit == exitStatus::success && !reported ? exitStatus::failed : exit;

@@ -3,7 +3,9 @@
 
 #include <string_view>
 
+#include "kernel/run_record.h"
 #include "photrak/options.h"
+#include "photrak/session.h"
 
 namespace photrak {
 
@@ -13,7 +15,19 @@ struct SimulationKind {
     void (*prepare)(SimOptions& simOptions, const CommandOptions& options);
 };
 
+/// What a command does with a run beyond its results.
+class RunGuest : public RunObserver {
+  public:
+    /// Before the run; false after a report if there is nothing to do.
+    virtual bool Begin(const Session& session) = 0;
+    /// When the run has ended well; false after a report if something is missing.
+    virtual bool End() = 0;
+    /// What was found, after the list of results.
+    virtual void Tell() const = 0;
+};
+
 /// Loads the topology, simulates it, lists its results. Gives the exit status.
-int SimulateTopology(const CommandOptions& options, const SimulationKind& kind);
+int SimulateTopology(const CommandOptions& options, const SimulationKind& kind,
+                     RunGuest* guest = nullptr);
 
 }  // namespace photrak
