@@ -28,6 +28,7 @@ QPalette PaletteOf(Theme theme) {
     palette.setColor(QPalette::Link, selected);
     palette.setColor(QPalette::Highlight, selected);
     palette.setColor(QPalette::HighlightedText, dark ? paper : QColor(Qt::white));
+    palette.setColor(QPalette::Disabled, QPalette::Base, window);
     for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
         palette.setColor(QPalette::Disabled, role, Mixed(window, ink, 0.45));
     return palette;

@@ -83,6 +83,11 @@ FormDialog::FormDialog(Form& form, PushButton push, QWidget* parent)
     if (rows_.size() > 1)
         (rows_[1].value.line ? static_cast<QWidget*>(rows_[1].value.line) : rows_[1].value.choice)
             ->setFocus();
+    // Where nothing can be typed yet, the button that Enter presses.
+    const bool canType = table_ || std::ranges::any_of(form_.fields, &FormField::enabled);
+    for (QPushButton* button : buttons_) {
+        if (!canType && button->isDefault()) button->setFocus();
+    }
 }
 
 FormDialog::Editor FormDialog::MakeEditor(FieldKind kind, const std::string& name,
@@ -193,6 +198,7 @@ void FormDialog::BuildTable() {
     table_->verticalHeader()->setDefaultSectionSize(rowHeight);
     table_->setSelectionMode(QAbstractItemView::NoSelection);
     table_->setFocusPolicy(Qt::NoFocus);
+    table_->setTabKeyNavigation(false);  // Tab goes from editor to editor
     table_->setShowGrid(false);
     table_->setMinimumHeight(tablePane + table_->horizontalHeader()->sizeHint().height());
     table_->setVerticalScrollMode(QAbstractItemView::ScrollPerItem);
@@ -381,8 +387,22 @@ void FormDialog::FitToContents() {
     table_->setMinimumWidth(total + 4 * rhythm);
 }
 
+/// Brings an editor of the table that the keyboard went to into sight.
+void FormDialog::ScrollTo(const QWidget* editor) {
+    for (std::size_t row = 0; row < rows_.size(); ++row) {
+        const Editor* editors[] = {&rows_[row].value, &rows_[row].deviation,
+                                   &rows_[row].distribution};
+        const bool isHere = std::ranges::any_of(
+            editors, [&](const Editor* e) { return e->line == editor || e->choice == editor; });
+        if (isHere) table_->scrollTo(table_->model()->index(static_cast<int>(row), 1));
+    }
+}
+
 bool FormDialog::eventFilter(QObject* watched, QEvent* event) {
-    if (event->type() == QEvent::FocusIn) ShowHint(watched);
+    if (event->type() == QEvent::FocusIn) {
+        ShowHint(watched);
+        ScrollTo(static_cast<const QWidget*>(watched));
+    }
     // A wheel turn over a field that is not in use would change its value unseen.
     if (event->type() == QEvent::Wheel) {
         event->ignore();

@@ -61,6 +61,7 @@ class FormDialog : public QDialog {
     void RefreshList();
     void RefreshFocus();
     void ShowHint(const QObject* editor);
+    void ScrollTo(const QWidget* editor);
     void FitToContents();
 
     Form& form_;

@@ -31,8 +31,10 @@ void PrintPages(Workbench& workbench, DiagramView& view, QPrinter& printer) {
         return;
     }
     const QRect page = printer.pageLayout().paintRectPixels(printer.resolution());
-    workbench.scale.SetPrintZoom(PrintZoom(workbench, view, page.width()));
-    const Drawing drawing = DrawCanvas(workbench, view, {.measure = &TableMeasure()});
+    const double zoom = PrintZoom(workbench, view, page.width());
+    workbench.scale.SetPrintZoom(zoom);
+    // Lines and names as on the screen at unity, whatever the pixels of the printer are.
+    const Drawing drawing = DrawCanvas(workbench, view, {.measure = &TableMeasure(), .unit = zoom});
     const double height = Extent(*view.workspace, workbench.scale).y;
     const int pages = std::max(1, static_cast<int>(std::ceil(height / page.height())));
     for (int i = 0; i < pages; ++i) {

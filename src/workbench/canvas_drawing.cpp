@@ -74,7 +74,7 @@ class CanvasPainter {
         for (const PictureIcon& icon : picture_.icons) AddBlock(icon);
         AddTicks();
         AddWires();
-        if (workbench_.scale.zoom >= leastNameZoom) AddNames();
+        if (workbench_.scale.zoom >= leastNameZoom * look_.unit) AddNames();
         AddOverlay();
         return std::move(drawing_);
     }
@@ -146,16 +146,17 @@ class CanvasPainter {
 
     /// On paper of their own: a wire may run through the gap below an icon.
     void AddNames() {
-        const double room = workbench_.scale.gridSize - 3.0;
+        const double size = nameSize * look_.unit;
+        const double room = workbench_.scale.gridSize - 3.0 * look_.unit;
         for (const PictureIcon& icon : picture_.icons) {
             const Rect square = SquareAt(icon.at, picture_.iconSide);
             if (!IsSeen(square.Grown(square.width))) continue;
             TextItem text;
-            text.size = nameSize;
+            text.size = size;
             text.role = Role::Dim;
             text.anchor = Anchor::Middle;
-            text.at = {square.Center().x, square.Bottom() + 2.0 + nameSize};
-            text.text = Elided(DrawableText(icon.component->name), room, nameSize, *look_.measure);
+            text.at = {square.Center().x, square.Bottom() + 2.0 * look_.unit + size};
+            text.text = Elided(DrawableText(icon.component->name), room, size, *look_.measure);
             drawing_.Add(Box{.rect = TextBox(text, *look_.measure).Grown(0.5),
                              .filled = true,
                              .opacity = 0.85,
@@ -207,7 +208,7 @@ class CanvasPainter {
             for (std::int32_t i = 1; i < wire.count; ++i) {
                 around = United(around, SquareAt(wire.points[i], 1.0));
             }
-            if (!IsSeen(around.Grown(wireWidth))) continue;
+            if (!IsSeen(around.Grown(wireWidth * look_.unit))) continue;
             if (batched) {
                 std::vector<Point>& points = byRole[static_cast<std::size_t>(picture.role)].points;
                 for (std::int32_t i = 1; i < wire.count; ++i) {
@@ -236,7 +237,7 @@ class CanvasPainter {
     }
 
     Pen PenOf(const WireLook& look) const {
-        return {look.role, wireWidth, look_.linePatterns ? look.dash : Dash::Solid};
+        return {look.role, wireWidth * look_.unit, look_.linePatterns ? look.dash : Dash::Solid};
     }
 
     void AddOverlay() {

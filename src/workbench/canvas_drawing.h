@@ -14,6 +14,7 @@ struct CanvasLook {
     std::optional<Rect> seen = {};  // only what touches it is drawn, canvas pixels; none: all
     const TextMeasure* measure = &TableMeasure();
     bool linePatterns = false;  // wires differ by their dashes too
+    double unit = 1.0;  // pixels in which widths of wires and sizes of names count: many on a page
 };
 
 /// Icons with ticks and names, wires, then selection, ghost and rubber band over them; a mark for

@@ -190,6 +190,26 @@ class DialogTest : public FrameTest {
         }
     }
 
+    /// The Tab key goes through all cells of a table in their order and brings each into sight.
+    static void ExpectTabOrder(const FormDialog& dialog, const Form& form) {
+        if (form.tables.empty()) return;
+        std::vector<std::string> order;
+        for (const FormRow& row : form.tables.front().rows) {
+            order.push_back(row.name + ", Value");
+            if (!row.hasDeviation) continue;
+            order.push_back(row.name + ", Std. Dev.");
+            order.push_back(row.name + ", Distribution");
+        }
+        EditorOf(dialog, order.front()).Widget()->setFocus();
+        for (const std::string& name : order) {
+            QWidget* focus = dialog.focusWidget();
+            ASSERT_NE(focus, nullptr);
+            EXPECT_EQ(focus->accessibleName().toStdString(), name);
+            EXPECT_TRUE(focus->visibleRegion().boundingRect().height() > 10) << name;
+            QTest::keyClick(focus, Qt::Key_Tab);
+        }
+    }
+
     /// The dialog in front is gone over and left by Escape.
     void GoOver() {
         Form& form = *workbench_.forms.back();
@@ -197,6 +217,7 @@ class DialogTest : public FrameTest {
         ExpectShows(dialog, form);
         ExpectNothingCut(dialog);
         SelectAll(dialog, form);
+        ExpectTabOrder(dialog, form);
         UseAll(dialog, form);
         ExpectShows(dialog, form);
         QTest::keyClick(&dialog, Qt::Key_Escape);
