@@ -146,8 +146,8 @@ int SimulateTopology(const CommandOptions& options, const SimulationKind& kind, 
     CurrentRun().observer = nullptr;
     const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
     if (options.verbose) WriteError(Concat("photrak: the run took ", elapsed.count(), " s\n"));
-    CurrentOutcome().TakeRun(session.resultFolder, CurrentRun().points, elapsed.count());
     const bool isGuestDone = !guest || status == Status::Error || guest->End();
+    CurrentOutcome().TakeRun(session.resultFolder, CurrentRun().points, elapsed.count());
     const bool isWhole = table.Tell() && isGuestDone;
     int exit = Conclude(status, loaded == Status::Warning, session, messages, options);
     table.List();
