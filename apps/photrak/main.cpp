@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <exception>
+#include <fcntl.h>
 #include <filesystem>
 #include <new>
 #include <unistd.h>
@@ -15,6 +16,7 @@
 #include "photrak/console.h"
 #include "photrak/outcome.h"
 #include "platform/file_system.h"
+#include "results/result_table.h"
 
 namespace photrak {
 namespace {
@@ -160,17 +162,38 @@ int BadUsage(std::string_view problem) {
     return exitStatus::usage;
 }
 
+/// While the command runs, what it starts writes to standard error: the document stands alone.
+class OutputForDocument {
+  public:
+    void Take() {
+        kept_ = ::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+        if (kept_ >= 0) ::dup2(STDERR_FILENO, STDOUT_FILENO);
+    }
+    void Print(std::string_view document) {
+        std::fflush(stdout);
+        if (kept_ >= 0) ::dup2(kept_, STDOUT_FILENO);
+        std::fwrite(document.data(), 1, document.size(), stdout);
+    }
+
+  private:
+    int kept_ = -1;
+};
+OutputForDocument outputForDocument;
+
 int Execute(const Command& command, const std::vector<std::string>& arguments) {
     CommandOptions options;
     // Also for a line that is wrong elsewhere.
     const bool isJson = OffersOption("--json", command.bit) &&
                         std::find(arguments.begin(), arguments.end(), "--json") != arguments.end();
-    if (isJson) CurrentOutcome().Ask(command.name);
+    if (isJson) {
+        CurrentOutcome().Ask(command.name);
+        outputForDocument.Take();
+    }
     if (const auto problem = ParseOptions(arguments, command.bit, command.operands, options))
         return BadUsage(*problem);
     CurrentOutcome().SetTopology(options.file);
     if (options.help) {
-        CurrentOutcome() = {};
+        if (isJson) CurrentOutcome().AddMember("help", JsonText(HelpOf(command)));
         WriteOut(HelpOf(command));
         return exitStatus::success;
     }
@@ -221,10 +244,7 @@ int Main(const std::vector<std::string>& arguments) {
 
 /// A listing that does not arrive is no success.
 int Finished(int status) {
-    if (CurrentOutcome().IsAsked()) {
-        const std::string document = CurrentOutcome().Document(status);
-        std::fwrite(document.data(), 1, document.size(), stdout);
-    }
+    if (CurrentOutcome().IsAsked()) outputForDocument.Print(CurrentOutcome().Document(status));
     if (std::fflush(stdout) == 0 && !std::ferror(stdout)) return status;
     Report("error", "standard output could not be written");
     return status == exitStatus::success ? exitStatus::failed : status;

@@ -231,7 +231,8 @@ bool Measurement::End() {
     for (const Place& place : places_) {
         if (place.measures.empty()) {
             isWhole = false;
-            faults += Concat("no signal came to ", place.name, "\n");
+            faults += Concat("no signal came to ", place.name,
+                             ": only what leads to a plot, a tester or another last block runs\n");
         } else if (WriteSummaryFile(place.summaryFile, place.node->summaries, faults) ==
                    Status::Error) {
             isWhole = false;

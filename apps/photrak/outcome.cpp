@@ -61,6 +61,21 @@ void SplitPlace(std::string_view place, OutcomeDiagnostic& diagnostic) {
     if (hasLine) diagnostic.line = ReadInt(place.substr(colon + 1));
 }
 
+/// The place of a line without a code: "link.top:34: text", or "text (link.top:34)".
+void FindPlace(std::string_view line, OutcomeDiagnostic& diagnostic) {
+    OutcomeDiagnostic found;
+    const std::size_t end = line.find(": ");
+    if (end != std::string_view::npos) SplitPlace(line.substr(0, end), found);
+    const std::size_t open = line.rfind(" (");
+    const std::size_t close = line.find(')', open);
+    if (found.line == 0 && open != std::string_view::npos && close != std::string_view::npos) {
+        SplitPlace(line.substr(open + 2, close - open - 2), found);
+    }
+    if (found.line == 0) return;
+    diagnostic.file = found.file;
+    diagnostic.line = found.line;
+}
+
 std::string Member(std::string_view name, std::string_view json) {
     return Concat(",\n  ", JsonText(name), ": ", json);
 }
@@ -118,6 +133,8 @@ void Outcome::Add(std::string_view severity, std::string_view line) {
         diagnostic.code = line.substr(code, 5);
         if (code > 2) SplitPlace(line.substr(0, code - 2), diagnostic);
         line.remove_prefix(std::min(code + 7, line.size()));
+    } else {
+        FindPlace(line, diagnostic);
     }
     diagnostic.text += line;
     diagnostics_.push_back(std::move(diagnostic));

@@ -85,7 +85,11 @@ def _execute(words: list[str], check: bool) -> Outcome:
         table_file = os.path.join(folder, "table.csv")
         command = [find_program(), words[0], "--json", "--table", table_file, *words[1:]]
         done = subprocess.run(
-            command, stdin=subprocess.DEVNULL, capture_output=True, text=True, errors="replace"
+            command,
+            stdin=subprocess.DEVNULL,
+            capture_output=True,
+            encoding="utf-8",
+            errors="replace",
         )
         document = _document(done.stdout, done.returncode, done.stderr)
         table = read_table(table_file) if os.path.exists(table_file) else {}

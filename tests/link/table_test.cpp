@@ -84,6 +84,27 @@ TEST_F(Tables, AreWholeAfterAKill) {
     }
 }
 
+/// The command of a block prints too, and a warning of the run knows its line.
+TEST_F(Tables, StandardOutputHoldsTheDocumentAlone) {
+    WriteText("one.txt", "TransferMatrixFormat1 REAL LIN\n1 1 1 1.5e-6 1.5e-6\n1.5e-6 1\n");
+    WriteText("command.top",
+              "NODEBEGIN 1 OpSigType\nENDNODE\n\n"
+              "COMPONENT Device MultiportOpticalDevice\nNOTE\nICON x 0 0\nNUMINPUTS 1\n"
+              "NUMOUTPUTS 1\nINPUTFROM 1\nOUTPUTTO 0\n\n"
+              "PARAM CommandLine StringType\nVALUE echo shouted\nENDPARAM\n\n"
+              "PARAM FileName StringType\nVALUE one.txt\nENDPARAM\n\nENDCOMPONENT\n\n"
+              "COMPONENT Laser CWLaserModel\nNOTE\nICON x 0 0\nNUMINPUTS 1\nNUMOUTPUTS 1\n"
+              "INPUTFROM 0\nOUTPUTTO 1\n\n"
+              "PARAM peakPower DoubleType\nVALUE -1\nENDPARAM\n\nENDCOMPONENT\n");
+    const ProgramResult result = Photrak("measure --lenient --json command.top Laser");
+    EXPECT_EQ(result.status, 0) << result.error;
+    EXPECT_NE(result.error.find("shouted"), std::string::npos) << result.error;
+    EXPECT_EQ(result.out.find("shouted\n"), std::string::npos) << result.out;
+    EXPECT_TRUE(result.out.starts_with("{\n  \"schema\": \"photrak.measure/1\"")) << result.out;
+    EXPECT_NE(result.out.find("\"file\": \"command.top\", \"line\": 31, "), std::string::npos)
+        << result.out;
+}
+
 /// Standard output is one document whatever happens, and holds what standard error says.
 TEST_F(Tables, ComeAsADocumentOnFailureToo) {
     std::filesystem::create_symlink("/dev/full", "full.csv");
