@@ -101,7 +101,7 @@ int CheckCommand(const CommandOptions& options) {
     Inspection inspection = InspectSession(session, options, Thoroughness::ForCheck);
     ReportFindings(inspection.findings);
     tally.Take(inspection.findings);
-    tally.warnings += session.missingLibraries;
+    tally.warnings += session.catalogueWarnings;
     Status loaded = Status::Success;
     if (!Load(session, options, loaded)) {
         tally.Take(Status::Error);

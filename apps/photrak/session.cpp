@@ -33,19 +33,32 @@ ModelTable Session::Models() const {
     return {BuiltInModels(), &userModels, &nestedRuns};
 }
 
+namespace {
+
+/// Tells each line with the code; gives how many there were.
+int WarnLines(const char* code, std::string_view text) {
+    constexpr std::string_view mark = "WARNING: ";
+    int count = 0;
+    for (LineReader lines(text, {}); lines.Next(); ++count) {
+        std::string_view line = lines.Line();
+        if (line.starts_with(mark)) line.remove_prefix(mark.size());
+        Report("warning", Concat(code, ": ", line));
+    }
+    return count;
+}
+
+}  // namespace
+
 bool OpenCatalogue(Session& session) {
     std::string text;
     if (InitializeModels(ExecutableDirectory(), session.catalogue, text) == Status::Error) {
         Report("error", Concat(catalogueFailureText, "\n", text));
         return false;
     }
-    Report("warning", text);
-    std::string libraries;
-    session.userModels.LoadUserModels(session.catalogue, libraries);
-    LineReader lines(libraries, {});
-    for (; lines.Next(); ++session.missingLibraries) {
-        Report("warning", Concat(diagnostic::noLibrary, ": ", lines.Line()));
-    }
+    session.catalogueWarnings = WarnLines(diagnostic::brokenDefinition, text);
+    text.clear();
+    session.userModels.LoadUserModels(session.catalogue, text);
+    session.catalogueWarnings += WarnLines(diagnostic::noLibrary, text);
     return true;
 }
 

@@ -19,7 +19,7 @@ namespace photrak {
 struct Session {
     Catalogue catalogue;
     UserModelTable userModels;
-    int missingLibraries = 0;  // told when the catalogue was opened
+    int catalogueWarnings = 0;  // told when the catalogue was opened
     SuperBlockRuns nestedRuns{catalogue};
     std::unique_ptr<Workspace> workspace;
     std::unique_ptr<WorkingDirectory> directory;  // the topology's, left at the end

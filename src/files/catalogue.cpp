@@ -58,6 +58,21 @@ Component& InsertPrototype(Catalogue& catalogue, std::string_view type,
     return prototype;
 }
 
+/// A definition of the program's own must be whole; one that a user has written is told and left
+/// out, so that the other models can be worked with.
+Status LeaveOut(Catalogue& catalogue, std::string_view type, std::string_view faults,
+                std::string& errorText) {
+    catalogue.models.erase(catalogue.models.begin() +
+                           static_cast<std::ptrdiff_t>(PlaceOf(catalogue.models, type)));
+    constexpr std::string_view mark = "ERROR: ";
+    if (faults.starts_with(mark)) faults.remove_prefix(mark.size());
+    const std::string_view first = faults.substr(0, faults.find('\n'));
+    constexpr std::size_t enough = 65536;  // a list of garbage has any number of lines
+    if (errorText.size() > enough) return Status::Warning;
+    errorText += Concat("WARNING: user model '", type, "' is left out: ", first, "\n");
+    return Status::Warning;
+}
+
 }  // namespace
 
 Status ReadModelList(const std::string& listPath, Catalogue& catalogue,
@@ -75,8 +90,15 @@ Status ReadModelList(const std::string& listPath, Catalogue& catalogue,
         const std::string_view file = reader.Word(listDelimiters);
         if (FindModel(catalogue, type)) continue;  // the first definition wins
         Component& prototype = InsertPrototype(catalogue, type, category);
-        MergeStatus(result, ReadModelDefinition(prototype, Concat(catalogue.modelDirectory, file),
-                                                errorText));
+        std::string faults;
+        Status read =
+            ReadModelDefinition(prototype, Concat(catalogue.modelDirectory, file), faults);
+        if (read == Status::Error && !category) {
+            read = LeaveOut(catalogue, type, faults, errorText);
+        } else {
+            errorText += faults;
+        }
+        MergeStatus(result, read);
     }
     return result;
 }

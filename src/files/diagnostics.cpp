@@ -75,6 +75,10 @@ constexpr Diagnostic table[] = {
      {"The text of the parameter is the name of a file to be read, relative to the topology.",
       "A run that reaches the block fails.",
       "Mend the name; the file may also be written by an earlier block of the same run."}},
+    {d::brokenDefinition, "a definition of the catalogue has a fault",
+     {"A definition file of the models directory cannot be read, has an unknown type word, or lacks its end.",
+      "A user's model that cannot be read is left out; one without an end line has the parameters up to there.",
+      "Mend the file (docs/formats/model-definitions.md), or take its line out of user.lis."}},
 
     {d::unknownParameter, "unknown parameter",
      {"The model has no parameter of that name; letter case counts.",

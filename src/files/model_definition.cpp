@@ -247,7 +247,11 @@ Status ReadModelDefinition(Component& prototype, const std::string& path, std::s
         return Status::Error;
     }
     LineReader reader(text, path);
-    return ReadModelDefinition(prototype, reader, errorText);
+    const Status status = ReadModelDefinition(prototype, reader, errorText);
+    if (status == Status::Error || reader.Line() == "ENDCOMPONENT") return status;
+    errorText += Concat("WARNING: ", reader.Where(), ": the definition of '", prototype.type,
+                        "' has no line ENDCOMPONENT; its end may be missing\n");
+    return Status::Warning;
 }
 
 Status ResolveEnumFields(Parameter& parameter) {

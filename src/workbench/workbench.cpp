@@ -55,7 +55,6 @@ bool StartWorkbench(Workbench& workbench) {
         workbench.ErrorBox(catalogueFailureText);
         return false;
     }
-    text.clear();
     workbench.userModels.LoadUserModels(workbench.catalogue, text);
     bool fits = true;
     for (const UserModelEntry& entry : workbench.userModels.Entries()) {

@@ -20,7 +20,8 @@ class CatalogueFiles : public testing::Test {
   protected:
     void SetUp() override {
         for (const char* name : listNames) Write(name, "");
-        Write("a.def", "COMPONENT A\nNOTE first\nPARAM p StringType\nVALUE v\nENDPARAM\n");
+        Write("a.def",
+              "COMPONENT A\nNOTE first\nPARAM p StringType\nVALUE v\nENDPARAM\nENDCOMPONENT\n");
         Write("bad.def", "COMPONENT B\nPARAM p float\nENDPARAM\nPARAM q float\nENDPARAM\n");
     }
     void Write(const std::string& name, std::string_view text) {
@@ -67,6 +68,26 @@ TEST_F(CatalogueFiles, AllFiveListsAreReadToTheirEndsWhateverTheyHold) {
     EXPECT_TRUE(Holds(errorText_, "gone.def"));
 }
 
+// The models of the program and the other ones of the user stay; nothing is left out in silence.
+TEST_F(CatalogueFiles, AFaultyModelOfAUserIsToldAndLeftOut) {
+    Write("cut.def", "COMPONENT Cut\nNOTE cut off\nPARAM p StringType\nVALUE v\nENDPARAM\n");
+    Write("inside.def", "COMPONENT Inside\nPARAM p StringType\nVAL");
+    Write("trans.lis", "Laser cut.def\n");
+    Write("user.lis",
+          "Bad bad.def\nGone gone.def\nNameless\nInside inside.def\nFolder ./\nMine a.def\n");
+    EXPECT_EQ(Initialize(), Status::Warning);
+    EXPECT_EQ(Names(catalogue_.models), "Laser Mine ");
+    const char* const told[] = {"cut.def:5: the definition of 'Laser' has no line ENDCOMPONENT",
+                                "'Bad' is left out: ",
+                                "bad.def:2: parameter 'p' has the unknown type 'float'",
+                                "'Gone' is left out: cannot read ",
+                                "'Nameless' is left out: ",
+                                "inside.def:3: the text ends inside 'p'",
+                                "'Folder' is left out: "};
+    for (const char* text : told) EXPECT_TRUE(Holds(errorText_, text)) << errorText_;
+    EXPECT_EQ(std::count(errorText_.begin(), errorText_.end(), '\n'), 6) << errorText_;
+}
+
 TEST_F(CatalogueFiles, DescribesAModelInWords) {
     Write("m.def",
           "COMPONENT M\nNOTE A model\nMININPUTS 1\nMAXINPUTS 1\nNUMINPUTS 1\nMINOUTPUTS 1\n"
@@ -74,7 +95,7 @@ TEST_F(CatalogueFiles, DescribesAModelInWords) {
           "PARAM gain DoubleType\nDESC Small signal gain\nMINVALUE 0\nMAXVALUE 50\nVALUE 20\n"
           "UNITS dB\nENDPARAM\n"
           "PARAM mode EnumType\nVALUE fast\nFIELD fast slow\nENDPARAM\n"
-          "PARAM file StringType\nVALUE\nENDPARAM\n");
+          "PARAM file StringType\nVALUE\nENDPARAM\nENDCOMPONENT\n");
     Write("channel.lis", "M m.def\n");
     Write("user.lis", "Mine a.def\n");
     ASSERT_EQ(Initialize(), Status::Success) << errorText_;

@@ -74,6 +74,28 @@ TEST_F(OwnCatalogue, ALibraryThatIsNotThereIsToldAtStartAndAtTheRun) {
         << result.error;
 }
 
+TEST_F(OwnCatalogue, AFaultyDefinitionOfAUserStopsNoOtherModel) {
+    UserList(
+        "Table table.def t gain_model.so RunGain TestGain\n"
+        "Inverter inverter.def inv gain_model.so RunGain TestGain\n");
+    WriteText("models/table.def", "COMPONENT Table\nPARAM gain float\nENDPARAM\nENDCOMPONENT\n");
+    for (const char* command : {"models", "run --no-commands link.top", "check link.top"}) {
+        const ProgramResult result = Run(command);
+        EXPECT_EQ(result.status, 0) << command << result.error;
+        EXPECT_NE(result.error.find("warning: P1108: user model 'Table' is left out: "),
+                  std::string::npos)
+            << result.error;
+        EXPECT_NE(result.error.find("table.def:2: "), std::string::npos) << result.error;
+    }
+    EXPECT_EQ(Run("check --strict link.top").status, 2);
+    EXPECT_NE(Run("models").out.find("Inverter"), std::string::npos);
+    EXPECT_EQ(Run("models Table").status, 1);
+
+    std::filesystem::resize_file("models/CWLaserModel.def", 40);
+    EXPECT_NE(Run("models").error.find("the definition of 'CWLaserModel' has no line ENDCOMPONENT"),
+              std::string::npos);
+}
+
 TEST_F(OwnCatalogue, AMissingListEndsTheProgramWithTheTextOfTheCatalogue) {
     std::filesystem::remove("models/channel.lis");
     const ProgramResult result = Run("models");

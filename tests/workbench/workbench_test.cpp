@@ -85,7 +85,8 @@ TEST(UserModels, HaveAButtonAndADialog) {
     fs::copy(ExecutableDirectory() + "models", models, fs::copy_options::recursive);
     ASSERT_TRUE(WriteWholeFile(models / "user.lis",
                                "* those of the laboratory\n"
-                               "Table table.def table.bmp nowhere.so run test\n"));
+                               "Table table.def table.bmp nowhere.so run test\n"
+                               "Gone gone.def gone.bmp nowhere.so run test\n"));
     ASSERT_TRUE(WriteWholeFile(
         models / "table.def",
         "COMPONENT Table\nMININPUTS 1\nMAXINPUTS 1\nMINOUTPUTS 1\nMAXOUTPUTS 1\nNUMINPUTS 1\n"
@@ -96,7 +97,7 @@ TEST(UserModels, HaveAButtonAndADialog) {
     Workbench workbench{
         desktop, {BuiltInModels(), HasBlockTest, TestByStages}, install.Path(), install.Path()};
     ASSERT_TRUE(StartWorkbench(workbench));
-    ASSERT_EQ(desktop.boxes.size(), 1u) << "the library";
+    ASSERT_EQ(desktop.boxes.size(), 1u) << "the libraries, and a definition that is left out";
     DiagramView& view = NewDiagram(workbench);
     const std::vector<BarButton> buttons = Palette(workbench);
     const auto button = std::ranges::find(buttons, "User Model 2", &BarButton::tooltip);
