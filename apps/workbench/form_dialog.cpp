@@ -200,6 +200,8 @@ void FormDialog::BuildTable() {
     table_->setFocusPolicy(Qt::NoFocus);
     table_->setTabKeyNavigation(false);  // Tab goes from editor to editor
     table_->setShowGrid(false);
+    // What can be typed over stands out from what is told.
+    table_->viewport()->setBackgroundRole(QPalette::Window);
     table_->setMinimumHeight(tablePane + table_->horizontalHeader()->sizeHint().height());
     table_->setVerticalScrollMode(QAbstractItemView::ScrollPerItem);
     table_->verticalScrollBar()->setPageStep(4);

@@ -1,6 +1,7 @@
 // The preview and the printer get the same pages.
 #include "workbench/printing.h"
 
+#include <QFileInfo>
 #include <QMessageBox>
 #include <QPageSetupDialog>
 #include <QPainter>
@@ -53,14 +54,18 @@ void PrintDiagram(Workbench& workbench, DiagramView& view, QWidget& parent) {
     if (view.workspace->components.empty()) return;
     const Scale before = workbench.scale;
     QPrinter& printer = ThePrinter();
-    printer.setDocName(QStringLiteral("Photrak printing ") + ToQString(view.fileName));
+    // The dialog makes the name of a PDF file from the document's; the job has a title of its own.
+    const QString document = QFileInfo(ToQString(view.fileName)).fileName();
+    printer.setDocName(document);
     QPrintPreviewDialog preview(&printer, &parent);
     preview.setWindowTitle(QStringLiteral("Print"));
-    QObject::connect(&preview, &QPrintPreviewDialog::paintRequested, &parent,
-                     [&](QPrinter* target) {
-                         workbench.scale = before;  // the page's zoom follows from the diagram's
-                         PrintPages(workbench, view, *target);
-                     });
+    QObject::connect(
+        &preview, &QPrintPreviewDialog::paintRequested, &parent, [&](QPrinter* target) {
+            workbench.scale = before;  // the page's zoom follows from the diagram's
+            target->setDocName(QStringLiteral("Photrak printing ") + ToQString(view.fileName));
+            PrintPages(workbench, view, *target);
+            target->setDocName(document);
+        });
     const bool printed = preview.exec() == QDialog::Accepted;
     const double printZoom = workbench.scale.zoom;
     workbench.scale = before;
