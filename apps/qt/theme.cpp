@@ -1,7 +1,7 @@
 #include "qt/theme.h"
 
 #include <QApplication>
-#include <QStyle>
+#include <QProxyStyle>
 
 namespace photrak {
 namespace {
@@ -10,6 +10,17 @@ QColor Mixed(const QColor& from, const QColor& to, double part) {
     const auto mix = [part](int a, int b) { return static_cast<int>(a + (b - a) * part); };
     return {mix(from.red(), to.red()), mix(from.green(), to.green()), mix(from.blue(), to.blue())};
 }
+
+/// Buttons say what they do in words, in the toolkit's own boxes as in the dialogs of the program.
+class PlainButtons : public QProxyStyle {
+  public:
+    PlainButtons() : QProxyStyle(QStringLiteral("Fusion")) {}
+    int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
+                  QStyleHintReturn* data) const override {
+        if (hint == SH_DialogButtonBox_ButtonsHaveIcons) return 0;
+        return QProxyStyle::styleHint(hint, option, widget, data);
+    }
+};
 
 /// Fields stand on the paper of the drawings, the window around them a step off it.
 QPalette PaletteOf(Theme theme) {
@@ -59,7 +70,7 @@ Theme ApplyTheme(QApplication& application, ThemeChoice choice) {
                         : choice == ThemeChoice::Light ? Theme::Light
                                                        : Theme::Dark;
     // The platform's own styles ignore parts of a palette.
-    application.setStyle(QStringLiteral("Fusion"));
+    application.setStyle(new PlainButtons);
     application.setPalette(PaletteOf(theme));
     return theme;
 }

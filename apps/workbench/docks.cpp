@@ -47,6 +47,7 @@ ResultsDock::ResultsDock(Workbench& workbench, QWidget* parent)
             workbench_.ErrorBox("Cannot start '" + file + "'");
         }
     });
+    Fill();
 }
 
 void ResultsDock::Show(const DiagramView* view) {

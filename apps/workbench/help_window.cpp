@@ -10,6 +10,7 @@
 #include <QTextBrowser>
 #include <QTextDocument>
 #include <QVBoxLayout>
+#include <algorithm>
 
 #include "qt/text_measure_qt.h"
 #include "workbench/help_topics.h"
@@ -45,6 +46,7 @@ HelpWindow::HelpWindow(const QString& folder, QWidget* parent) : QMainWindow(par
     search_->setClearButtonEnabled(true);
     list_ = new QListWidget(left);
     list_->setAccessibleName(QStringLiteral("Pages"));
+    list_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     column->addWidget(search_);
     column->addWidget(list_);
     browser_ = new QTextBrowser(splitter);
@@ -54,10 +56,13 @@ HelpWindow::HelpWindow(const QString& folder, QWidget* parent) : QMainWindow(par
     splitter->addWidget(left);
     splitter->addWidget(browser_);
     splitter->setStretchFactor(1, 1);
-    splitter->setSizes({230, 670});
     setCentralWidget(splitter);
     ReadPages(folder);
     Find({});
+    // As wide as the longest title, within reason: the width of the window is 900 pixels.
+    constexpr int least = 230, most = 360, air = 60;
+    const int width = std::clamp(list_->sizeHintForColumn(0) + air, least, most);
+    splitter->setSizes({width, 900 - width});
     connect(search_, &QLineEdit::textChanged, this, &HelpWindow::Find);
     connect(list_, &QListWidget::currentItemChanged, this, [this](QListWidgetItem* item) {
         if (item) Open(item->data(Qt::UserRole).toString(), {});
