@@ -94,6 +94,66 @@ TEST_F(BerLink, ARunDrawsTheLossAnew) {
     }
 }
 
+/// Two levels with the closed form of their noise: signal-ASE beat noise, shot noise, intensity
+/// noise and that of the receiver behind a Bessel low-pass of four poles and a corner at 100 GHz.
+class TwoNoisyLevels {
+  public:
+    TwoNoisyLevels() {
+        constexpr double df = 1e8;  // up to half the sampling rate of 32 samples in 100 ps
+        for (int k = 0; k < 1600; ++k) band_ += Passed((k + 0.5) * df) * df;
+    }
+    double Rate(double volts) const {
+        const auto tail = [](double distance, double sigma) {
+            return 0.5 * std::erfc(distance / sigma / std::sqrt(2.0));
+        };
+        return 0.5 *
+               (tail(one_ - volts / tZ, Sigma(one_)) + tail(volts / tZ - zero_, Sigma(zero_)));
+    }
+    double Middle() const { return 0.5 * (one_ + zero_) * tZ; }
+    double Balanced() const {
+        const double s1 = Sigma(one_), s0 = Sigma(zero_);
+        return (s0 * one_ + s1 * zero_) / (s0 + s1) * tZ;
+    }
+
+  private:
+    /// Bessel: 105 / (s^4 + 10 s^3 + 45 s^2 + 105 s + 105), half of the power at s = 2.11392 j.
+    static double Passed(double f) {
+        const double x = f / 40e9 * 2.1139177, re = x * x * x * x - 45 * x * x + 105,
+                     im = 105 * x - 10 * x * x * x;
+        return 105.0 * 105.0 / (re * re + im * im) / (1 + std::pow(f / 100e9, 2));
+    }
+    double Sigma(double current) const {
+        const double density =
+            (1e-15 * current + 4 * responsivity * ase_ + 2 * q) * current + 2 * q * 5e-9 + 1e-22;
+        return std::sqrt(density * band_);
+    }
+    static constexpr double h = 6.62607015e-34, q = 1.602176634e-19, nu = 299792458.0 / 1550e-9,
+                            responsivity = 0.75 * q / (h * nu), tZ = 500;
+    double arrives_ = 10e-3 * std::pow(10, -0.5 - 3.0);
+    /// 64 of 128 bits are 1s, the others a tenth of them; 100 mW saturate the amplifier.
+    double gain_ = 100 / (1 + 100 * 0.55 * arrives_ / 0.1);
+    double ase_ = (gain_ - 1) * std::pow(10, 0.5) * h * nu / 2;
+    double one_ = responsivity * arrives_ * gain_, zero_ = one_ / 10, band_ = 0;
+};
+
+/// What is left of the response of the receiver in the middle of a bit shifts a tail by 0.3 %.
+TEST_F(BerLink, TheBestLevelLiesBelowTheMiddleWhereOnesAreNoisy) {
+    Run("scan decision-level.top");
+    const TwoNoisyLevels levels;
+    const auto curve = Table("scanned.ber");
+    ASSERT_EQ(curve.size(), 13u);
+    double best = 1, bestLevel = 0;
+    for (const auto& row : curve) {
+        const double rate = levels.Rate(row[0]);
+        EXPECT_NEAR(row[1] / rate, 1.0, 3e-3) << row[0];
+        if (row[1] < best) best = row[1], bestLevel = row[0];
+    }
+    const double middle = Table("middle.ber").at(0).at(1);
+    EXPECT_NEAR(middle / levels.Rate(levels.Middle()), 1.0, 3e-3);
+    EXPECT_NEAR(bestLevel, levels.Balanced(), 0.005) << "a step of the sweep";
+    EXPECT_LT(best, 1e-5 * middle);
+}
+
 /// Ten dB of fiber and ten of gain, ten times round: the power stays, and each pass adds the noise
 /// (G - 1) F h nu of both polarizations together, here told in 12.5 GHz.
 TEST_F(BerLink, SpansOfALoopAddUpInTheOsnr) {

@@ -264,6 +264,7 @@ TEST_F(Pictures, OfAllExamplesShowTheirData) {
                                 "scan mach-zehnder",
                                 "scan ber-power",
                                 "scan ber-power-length",
+                                "scan decision-level",
                                 "scan statistical",
                                 "scan sweep-pattern",
                                 "run direct-laser",
