@@ -20,6 +20,7 @@ namespace photrak {
 class ResultsDock : public QDockWidget {
   public:
     ResultsDock(Workbench& workbench, QWidget* parent);
+    ~ResultsDock() override { ++*round_; }  // pictures that come later find nobody
     void Show(const DiagramView* view);
     /// The files are whole now: draws them anew. True if there are any.
     bool RunEnded();
