@@ -59,7 +59,8 @@ def _number_text(value: Value) -> str:
     """Numbers with all their digits, those of numpy too; texts are expressions."""
     if isinstance(value, str):
         return value
-    return repr(int(value)) if float(value).is_integer() and abs(value) < 1e15 else repr(float(value))
+    is_whole = float(value).is_integer() and abs(value) < 1e15
+    return repr(int(value)) if is_whole else repr(float(value))
 
 
 def _sweep_text(sweep: Sweep) -> str:
