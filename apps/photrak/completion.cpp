@@ -38,6 +38,8 @@ complete -F _photrak photrak
 constexpr struct {
     std::string_view option, words;
 } wordsAfter[] = {
+    {"--shard", "auto 1/2 2/2"},
+    {"--out|--merge", "$(compgen -d -- \"$current\")"},
     {"--table", "$(compgen -f -- \"$current\")"},
     {"--plotting", "none save display icon"},
     {"--progress", "lines json"},

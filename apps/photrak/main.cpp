@@ -101,7 +101,7 @@ constexpr struct {
 } helpExamples[] = {
     {"run", "photrak run link.top\n  photrak run --set length=40e3 --out results link.top"},
     {"scan",
-     "photrak scan --inner 'received=-24:-18:1' link.top\n  photrak scan --runs 40 link.top"},
+     "photrak scan --inner 'received=-24:-18:1' link.top\n  photrak scan -j 4 --runs 40 link.top"},
     {"measure",
      "photrak measure link.top Fiber Receiver\n  photrak measure --json link.top Mux:2 12"},
     {"check", "photrak check link.top\n  photrak check --strict --set length=40e3 link.top"},

@@ -136,6 +136,23 @@ Problem SetRuns(CommandOptions& options, const std::string& value) {
     return {};
 }
 
+Problem SetJobs(CommandOptions& options, const std::string& value) {
+    constexpr int most = 1024;
+    const std::optional<std::int32_t> jobs = WholeInt(value);
+    if (!jobs || *jobs < 1 || *jobs > most) {
+        return Concat("--jobs wants a number of processes, not '", value, "'");
+    }
+    options.jobs = *jobs;
+    return {};
+}
+
+template <std::string CommandOptions::*text>
+Problem SetWord(CommandOptions& options, const std::string& value) {
+    if (value.empty()) return "an option wants a word, not ''";
+    options.*text = value;
+    return {};
+}
+
 Problem SetOutput(CommandOptions& options, const std::string& value) {
     options.plot.output = value;
     return {};
@@ -232,6 +249,17 @@ constexpr Option optionTable[] = {
      "likewise for the outer sweep;"},
     {"--run-tag", "TEXT", commandBit::scan, SetText<&CommandOptions::runTag>,
      "likewise for the runs; an empty tag skips the plots of that loop"},
+    {"--jobs", "N", commandBit::scan, SetJobs, "share the points among N processes"},
+    {"-j", "N", commandBit::scan, SetJobs, "the same"},
+    {"--shard", "K/N", commandBit::scan, SetWord<&CommandOptions::shard>,
+     "run part K of N only and keep its points in --out DIR; 'auto' asks Slurm, MPI, SGE, PBS, "
+     "LSF"},
+    {"--merge", "DIR", commandBit::scan, SetWord<&CommandOptions::merge>,
+     "write the results of all points in DIR, as one process would have"},
+    {"--resume", nullptr, commandBit::scan, Raise<&CommandOptions::resume>,
+     "run only points that are not yet in --out DIR, or are of other files or settings"},
+    {"--dry-run", nullptr, commandBit::scan, Raise<&CommandOptions::dryRun>,
+     "tell the number of points and estimate size, time and memory from the first two"},
     {"-o", "OUT", commandBit::plot, SetOutput,
      "write OUT.svg, .png or .pdf (a folder takes an .svg for each plot); without it the viewer"},
     {"-o", "OUT.html", commandBit::report, SetOutput,

@@ -50,6 +50,10 @@ struct CommandOptions {
     std::optional<SweepOption> inner, outer;
     std::optional<std::int32_t> runs;
     std::optional<std::string> innerTag, outerTag, runTag;
+    std::int32_t jobs = 1;  // processes of a scan
+    std::string shard;      // "K/N", "auto" or empty
+    std::string merge;      // the folder of the points to merge, or empty
+    bool resume = false, dryRun = false;
     std::string title;    // of the page of `report`
     bool report = false;  // a page at the end of a run
     bool scans = false;   // the command is `scan`

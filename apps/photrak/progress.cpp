@@ -7,9 +7,21 @@
 #include "base/text.h"
 #include "kernel/run_progress.h"
 #include "kernel/workspace.h"
-#include "results/result_table.h"
 
 namespace photrak {
+namespace {
+
+std::string Quoted(std::string_view text) {
+    std::string quoted = "\"";
+    for (const char c : text) {
+        const bool isControl = static_cast<unsigned char>(c) < 0x20;
+        if (c == '"' || c == '\\') quoted += '\\';
+        quoted += isControl ? ' ' : c;
+    }
+    return quoted + "\"";
+}
+
+}  // namespace
 
 ProgressStyle StyleOf(std::string_view word, bool quiet) {
     if (word == "lines") return ProgressStyle::Lines;
@@ -33,7 +45,7 @@ std::string ProgressText::Line(ProgressStyle style, const SimOptions* options,
     const double left = SecondsLeft(ShareDone(at, fraction), elapsed);
     constexpr double percent = 100.0;
     if (style == ProgressStyle::Json) {
-        std::string line = Concat("{\"status\":", JsonText(status_), ",\"point\":", at.point,
+        std::string line = Concat("{\"status\":", Quoted(status_), ",\"point\":", at.point,
                                   ",\"points\":", at.points, ",\"elapsed\":", elapsed);
         if (fraction >= 0.0) line += Concat(",\"fraction\":", fraction);
         if (!std::isnan(left)) line += Concat(",\"remaining\":", left);

@@ -5,6 +5,7 @@
 #include "kernel/sweep_settings.h"
 #include "photrak/commands.h"
 #include "photrak/console.h"
+#include "photrak/scan_processes.h"
 #include "photrak/simulation.h"
 
 namespace photrak {
@@ -78,7 +79,12 @@ void PrepareScan(SimOptions& simOptions, const CommandOptions& options) {
 int ScanCommand(const CommandOptions& options) {
     CommandOptions scanning = options;
     scanning.scans = true;
-    return SimulateTopology(scanning, {"Parameter Scan", PrepareScan});
+    const SimulationKind kind{"Parameter Scan", PrepareScan};
+    if (options.dryRun) return EstimateScan(scanning, kind);
+    if (!options.shard.empty()) return RunShard(scanning, kind);
+    if (!options.merge.empty()) return MergeShards(scanning, kind);
+    if (options.jobs > 1 || options.resume) return ScanByProcesses(scanning, kind);
+    return SimulateTopology(scanning, kind);
 }
 
 }  // namespace photrak

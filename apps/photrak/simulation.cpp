@@ -15,6 +15,7 @@
 #include "photrak/point_rows.h"
 #include "photrak/report.h"
 #include "photrak/report_sources.h"
+#include "photrak/scan_shards.h"
 #include "photrak/session.h"
 
 namespace photrak {
@@ -90,26 +91,6 @@ class TableOfRun {
     std::unique_ptr<PointTable> table_;
 };
 
-struct RunEnd {
-    Status status = Status::Success;
-    double seconds = 0.0;
-};
-
-/// The run itself, between its two lines of the log.
-RunEnd RunLogged(Session& session, const SimulationKind& kind, ConsoleMessages& messages) {
-    const auto start = std::chrono::steady_clock::now();
-    LogText(Concat("Starting ", kind.name, "\n"));
-    messages.Follow(session.workspace.get(), &session.places);
-    const Status status = RunSimulation(session.workspace.get(), session.Models());
-    messages.TellRepeats();
-    messages.Follow(nullptr, nullptr);
-    LogText(Concat(kind.name, " Completed\n"));
-    messages.EndStatusLine();
-    CurrentRun().observer = nullptr;
-    const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
-    return {status, elapsed.count()};
-}
-
 int Conclude(Status status, bool warned, const Session& session, const ConsoleMessages& messages,
              const CommandOptions& options) {
     const bool isWhole = ListResultFiles(session) == Status::Success;
@@ -155,14 +136,25 @@ int SimulateTopology(const CommandOptions& options, const SimulationKind& kind, 
     if (!table.Tell() || (guest && !guest->Begin(session))) return exitStatus::failed;
     CurrentRun().observer = guest ? guest : table.Observer();
     const StopOnSignal stop(simOptions);
-    const RunEnd end = RunLogged(session, kind, messages);
-    const Status status = end.status;
-    if (options.verbose) WriteError(Concat("photrak: the run took ", end.seconds, " s\n"));
-    const bool isOver = status != Status::Error && StopOnSignal::Received() == 0;
-    const bool isGuestDone = !guest || !isOver || guest->End();
-    CurrentOutcome().TakeRun(session.resultFolder, CurrentRun().points, end.seconds);
+    const auto start = std::chrono::steady_clock::now();
+    LogText(Concat("Starting ", kind.name, "\n"));
+    messages.Follow(session.workspace.get(), &session.places);
+    ModelTable models = session.Models();
+    const auto points = kind.points ? kind.points(session, options) : nullptr;
+    models.points = points.get();
+    const Status status = RunSimulation(session.workspace.get(), models);
+    messages.TellRepeats();
+    messages.Follow(nullptr, nullptr);
+    LogText(Concat(kind.name, " Completed\n"));
+    messages.EndStatusLine();
+    CurrentRun().observer = nullptr;
+    const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
+    if (options.verbose) WriteError(Concat("photrak: the run took ", elapsed.count(), " s\n"));
+    const bool isGuestDone = !guest || status == Status::Error || guest->End();
+    CurrentOutcome().TakeRun(session.resultFolder, CurrentRun().points, elapsed.count());
     const bool isWhole = table.Tell() && isGuestDone;
     int exit = Conclude(status, loaded == Status::Warning, session, messages, options);
+    if (points && !points->Conclude() && exit == exitStatus::success) exit = exitStatus::failed;
     table.List();
     if (guest) guest->Tell();
     if (!isWhole && exit <= exitStatus::warnings) exit = exitStatus::failed;

@@ -1,6 +1,8 @@
 // What the run and the scan command share: from the topology file to the list of results.
 #pragma once
 
+#include <functional>
+#include <memory>
 #include <string_view>
 
 #include "kernel/run_record.h"
@@ -9,10 +11,17 @@
 
 namespace photrak {
 
+struct Session;
+struct SharedScan;
+
 struct SimulationKind {
     std::string_view name;  // as the log calls it
     /// Sets up mode, sweeps and names from the command line.
     void (*prepare)(SimOptions& simOptions, const CommandOptions& options);
+    /// Of a scan that is shared among processes: which points this one runs. May be empty.
+    std::function<std::unique_ptr<SharedScan>(const Session& session,
+                                              const CommandOptions& options)>
+        points = {};
 };
 
 /// What a command does with a run beyond its results.

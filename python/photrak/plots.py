@@ -4,7 +4,7 @@ from __future__ import annotations
 
 import os
 from dataclasses import dataclass, field
-from typing import Iterable
+from typing import Iterable, Optional
 
 import numpy as np
 import numpy.typing as npt
@@ -126,3 +126,8 @@ def read_plot(path: Path) -> Plot:
             label = legends[place] if place < len(legends) else f"{place + 1}"
             plot.curves.append(Curve(label, columns[:, 0], columns[:, i], data, second))
     return plot
+
+
+def find_curve(plot: Plot, label: str) -> Optional[Curve]:
+    """The first curve of this label."""
+    return next((curve for curve in plot.curves if curve.label == label), None)

@@ -59,8 +59,7 @@ def _number_text(value: Value) -> str:
     """Numbers with all their digits, those of numpy too; texts are expressions."""
     if isinstance(value, str):
         return value
-    is_whole = float(value).is_integer() and abs(value) < 1e15
-    return repr(int(value)) if is_whole else repr(float(value))
+    return repr(int(value)) if float(value).is_integer() and abs(value) < 1e15 else repr(float(value))
 
 
 def _sweep_text(sweep: Sweep) -> str:

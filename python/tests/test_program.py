@@ -134,8 +134,7 @@ class Program(unittest.TestCase):
 
     def test_documents_are_json_whatever_happens(self):
         topology = self.example("nrz-link.top")
-        commands = (["run", "absent.top"], ["run", "--bogus"], ["scan", str(topology)], ["check"])
-        for words in commands:
+        for words in (["run", "absent.top"], ["run", "--bogus"], ["scan", str(topology)], ["check"]):
             command = [photrak.find_program(), *words, "--json"]
             done = subprocess.run(command, capture_output=True, text=True, cwd=self.folder)
             document = json.loads(done.stdout)

@@ -34,6 +34,7 @@ struct UserModels {
 };
 
 struct ModelTable;
+class ScanPoints;
 
 /// Runs a block of type SuperBlock, whose model is a topology. Supplied from above the files.
 struct NestedRuns {
@@ -46,6 +47,7 @@ struct ModelTable {
     std::span<const ModelEntry> entries;
     const UserModels* userModels = nullptr;  // may be null
     const NestedRuns* nestedRuns = nullptr;  // may be null
+    ScanPoints* points = nullptr;            // of a scan shared among processes; may be null
 };
 
 /// Calls the component's model. An unknown type gives an error, and so does any exception of a

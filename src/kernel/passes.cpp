@@ -2,13 +2,21 @@
 // the list of what must run then. Keeps the coordinates in the options.
 #include "kernel/passes.h"
 
+#include <algorithm>
+#include <utility>
+
+#include "base/hash.h"
 #include "base/log.h"
 #include "base/text.h"
 #include "kernel/component_step.h"
+#include "kernel/eval_param.h"
+#include "kernel/graph.h"
 #include "kernel/pass_lists.h"
 #include "kernel/run_record.h"
+#include "kernel/scan_points.h"
 #include "kernel/statistics.h"
 #include "kernel/sweep_settings.h"
+#include "numeric/random.h"
 #include "platform/host.h"
 
 namespace photrak {
@@ -27,6 +35,26 @@ void WarnOfEmptyList(RunState& run) {
     run.errorText.clear();
 }
 
+/// The point that the component's result belongs to: what does not depend on a loop has its result
+/// from that loop's first point, whenever it runs.
+std::uint64_t SeedOf(const Component& component, const SimOptions& options) {
+    const auto index = [&](std::uint16_t flag, std::int32_t present) {
+        return (component.runFlags & flag) ? present : 1;
+    };
+    const std::string place =
+        Concat(component.name, '\n', index(runFlag::outer, options.outerIndex), ' ',
+               index(runFlag::inner, options.innerIndex), ' ',
+               index(runFlag::draws, options.runIndex), ' ', options.loopIndex, options.loopSuffix);
+    return Hash().Add(place).Value();
+}
+
+void StepWithSeeds(RunState& run) {
+    SeedRandomState(SeedOf(*(*run.list)[run.place], *run.workspace.options));
+    static_cast<void>(TakeNoiseNote());
+    StepComponent(run);
+    if (TakeNoiseNote()) CurrentRun().drewNoise = true;
+}
+
 /// One walk of run.list under run.mask. The loop blocks set run.place back.
 void WalkList(RunState& run) {
     const RunOrder& list = *run.list;
@@ -36,8 +64,9 @@ void WalkList(RunState& run) {
         component->iteration = 0;
     }
     for (std::size_t place = 0; place < list.size(); ++place) list[place]->place = place;
+    const bool isShared = run.models.points != nullptr;
     for (run.place = 0; run.place < list.size() && !run.MustEnd(); ++run.place) {
-        StepComponent(run);
+        isShared ? StepWithSeeds(run) : StepComponent(run);
     }
 }
 
@@ -118,7 +147,8 @@ class Passes {
     /// runs what the loop around it asks for.
     void Walk(std::size_t depth) {
         if (depth == std::size(levels_)) {
-            RunPass(run_);
+            ++point_;
+            run_.models.points ? SharePoint(*run_.models.points) : RunPass(run_);
             return;
         }
         const PassLevel& level = levels_[depth];
@@ -134,7 +164,93 @@ class Passes {
         }
     }
 
+    void SharePoint(ScanPoints& points) {
+        const ScanPoints::Part part = points.PartOf(point_);
+        if (part != ScanPoints::Part::Runs) {
+            EvaluateDraws(*run_.list, run_.workspace);
+            ranLast_ = false;
+            if (part == ScanPoints::Part::Takes) TakePoint(points);
+            return;
+        }
+        const Status before = std::exchange(run_.status, Status::Success);
+        if (!ranLast_) MakeUp();
+        ranLast_ = true;
+        points.Begin(point_);
+        if (run_.status != Status::Error) RunPass(run_);
+        if (!run_.workspace.options->stop) {
+            points.End(point_, {run_.status, CurrentRun().point,
+                                run_.status == Status::Error ? Text() : std::string()});
+        }
+        MergeStatus(run_.status, before);
+    }
+
+    /// Runs what the list of the point leaves out because it ran at an earlier point, which another
+    /// process has: its signals are on the nodes then. Nothing of it depends on where the scan is.
+    void MakeUp() {
+        RunOrder rest;
+        for (Component* component : order_) {
+            if (std::ranges::find(*run_.list, component) == run_.list->end())
+                rest.push_back(component);
+        }
+        if (rest.empty()) return;
+        const RunOrder* list = std::exchange(run_.list, &rest);
+        const std::uint16_t mask = std::exchange(run_.mask, runFlag::ordered);
+        WalkList(run_);
+        run_.list = list;
+        run_.mask = mask;
+    }
+
+    void TakePoint(ScanPoints& points) {
+        tookPoints_ = true;
+        RunRecord& record = CurrentRun();
+        record.BeginPoint();
+        record.testers = TesterWork::Take;
+        const PointOutcome outcome =
+            points.Take(point_, [this](const BerReading& reading) { TakeReading(reading); });
+        record.testers = TesterWork::Write;
+        MergeStatus(run_.status, outcome.status);
+        record.point = outcome.blocks;
+        if (outcome.status == Status::Error) {
+            Text() += outcome.errorText;
+            record.point = Status::Error;
+        }
+        ++record.points;
+        if (record.observer) record.observer->PointDone(run_.workspace, record.point);
+    }
+
+    /// A tester stores what another process read and writes its files; those inside a SuperBlock
+    /// have written theirs.
+    void TakeReading(const BerReading& reading) {
+        Component* tester = FindComponent(reading.component, run_.workspace.components);
+        if (!tester) return CurrentRun().TakeReading(reading);
+        CurrentRun().taken = &reading;
+        options_.loopIndex = reading.loop;
+        options_.loopReps = reading.loop > 0 ? 2 : 0;
+        CallTester(*tester);
+        options_.loopIndex = options_.loopReps = 0;
+        CurrentRun().taken = nullptr;
+    }
+
+    void CallTester(Component& tester) {
+        std::string unheard;  // it is in the log of the point
+        static_cast<void>(EvalComponentParams(tester, &run_.workspace, unheard));
+        static_cast<void>(DispatchModel(
+            run_.models,
+            {{tester.name, unheard, {}}, run_.workspace, tester, options_, nullptr, nullptr}));
+    }
+
+    /// Testers that took readings write their curves once.
+    void FinishTesters() {
+        if (!tookPoints_) return;
+        CurrentRun().testers = TesterWork::Finish;
+        for (Component* component : order_) {
+            if (component->modelState) CallTester(*component);
+        }
+        CurrentRun().testers = TesterWork::Write;
+    }
+
     void End() {
+        FinishTesters();
         RestoreSymbol(inner_, run_.workspace.symbols);
         RestoreSymbol(outer_, run_.workspace.symbols);
         FreeDraws(order_);
@@ -152,6 +268,9 @@ class Passes {
     RunState run_;
     Sweep outer_, inner_;
     PassLevel levels_[3];
+    std::int64_t point_ = 0;  // of the walk, from 1
+    bool tookPoints_ = false;
+    bool ranLast_ = false;  // the point before this one ran here, so that its signals stand
 };
 
 }  // namespace

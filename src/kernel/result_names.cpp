@@ -84,7 +84,12 @@ bool WriteResultFile(const std::string& name, std::string_view content, std::str
 }
 
 bool AppendResultFile(const std::string& name, std::string_view content, std::string& errorText) {
-    return WriteAllowed(name, content, AppendAtOnce, errorText);
+    RunRecord& record = CurrentRun();
+    const bool isFirst = record.startsAnew && !record.appended.Has(name);
+    const bool written =
+        WriteAllowed(name, content, isFirst ? WriteFileAtOnce : AppendAtOnce, errorText);
+    if (written) record.appended.Add(name);
+    return written;
 }
 
 }  // namespace photrak

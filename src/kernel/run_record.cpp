@@ -7,6 +7,7 @@ namespace photrak {
 
 void RunRecord::TakeReading(const BerReading& reading) {
     ofPoint.push_back(reading);
+    ofPoint.back().after = written.Names().size();
     const auto place = std::ranges::find(readings, reading.component, &BerReading::component);
     if (place == readings.end()) {
         readings.push_back(reading);

@@ -23,6 +23,7 @@ class NameList {
     void Add(const std::string& name) {
         if (known_.insert(name).second) names_.push_back(name);
     }
+    bool Has(const std::string& name) const { return known_.contains(name); }
     const std::vector<std::string>& Names() const { return names_; }
 
   private:
@@ -38,7 +39,13 @@ struct BerReading {
     std::int32_t loop = 0;            // iteration of the innermost open loop, 0 outside of loops
     bool found = true;                // false: no eye, and no result
     Status status = Status::Success;  // of the tester
+    std::size_t after = 0;            // result files that the run had written before
 };
+
+/// What testers of the outermost topology do with their curves and tables: write them with each
+/// reading; leave that to whoever merges the points; take readings from there; write the curve of
+/// all readings.
+enum class TesterWork { Write, Leave, Take, Finish };
 
 /// Follows a run of the outermost topology.
 class RunObserver {
@@ -69,7 +76,12 @@ struct RunRecord {
     Status point = Status::Success;    // the worst of the present pass's blocks
     std::int64_t points = 0;           // passes of the outermost topology that have ended
     RunObserver* observer = nullptr;   // borrowed, or null
-    bool viewerMissing = false;        // a plot was to be shown, and no viewer started
+    NameList appended;                 // those result files that are added to
+    bool startsAnew = false;           // what an earlier run has added to such files is dropped
+    TesterWork testers = TesterWork::Write;
+    const BerReading* taken = nullptr;  // of TesterWork::Take
+    bool drewNoise = false;             // a block took from the random sources while it ran
+    bool viewerMissing = false;         // a plot was to be shown, and no viewer started
 
     /// Takes the place of the component's present reading.
     void TakeReading(const BerReading& reading);

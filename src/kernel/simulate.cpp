@@ -78,7 +78,9 @@ Status SimulateNested(Workspace& workspace, const ModelTable& models, std::strin
         return Status::Error;
     }
     try {
-        return RunWorkspace(&workspace, models, errorText);
+        ModelTable inside = models;
+        inside.points = nullptr;  // only the outermost scan is shared
+        return RunWorkspace(&workspace, inside, errorText);
     } catch (const Escape& escape) {
         AppendLine(errorText, escape.message);
     } catch (const std::exception& failure) {

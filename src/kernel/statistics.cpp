@@ -9,6 +9,7 @@
 #include "base/escape.h"
 #include "base/memory.h"
 #include "base/text.h"
+#include "kernel/eval_param.h"
 #include "kernel/graph.h"
 #include "kernel/parameters.h"
 #include "numeric/random.h"
@@ -165,6 +166,24 @@ void DrawStatistics(const RunOrder& order, Workspace& workspace) {
             FreeDraws(order);
             FatalError(maker.failure);
             return;
+        }
+    }
+}
+
+void EvaluateDraws(const RunOrder& list, Workspace& workspace) {
+    OpenLoops loops;
+    std::string unheard;  // the process that ran the point told it
+    for (Component* component : list) {
+        if (component->type == "LoopBeginBlock") loops.Begin(Repetitions(*component, workspace));
+        if (component->type == "LoopEndBlock") loops.End();
+        bool draws = false;
+        for (const Parameter& parameter : Items(component->parameters)) {
+            draws = draws || parameter.draws;
+        }
+        if (!draws) continue;
+        for (std::int64_t k = 0; k < loops.Product(); ++k) {
+            static_cast<void>(EvalComponentParams(*component, &workspace, unheard));
+            unheard.clear();
         }
     }
 }

@@ -5,6 +5,7 @@
 #include <array>
 #include <cmath>
 #include <cstdint>
+#include <utility>
 
 #include "base/escape.h"
 
@@ -50,6 +51,7 @@ UniformState uniform;
 GaussianState gaussian;
 ShuffleState shuffled;
 SeedWords seeds;
+bool noiseNoted = false;
 
 void StepMinimalStandard(int* seed) {
     const int quotient = *seed / schrageQuotient;
@@ -137,6 +139,14 @@ SeedWords& ProcessSeeds() {
     return seeds;
 }
 
+void NoteNoise(double amplitude) {
+    if (amplitude != 0.0) noiseNoted = true;
+}
+
+bool TakeNoiseNote() {
+    return std::exchange(noiseNoted, false);
+}
+
 void ForgetSpareGaussian() {
     gaussian = {};
 }
@@ -146,6 +156,20 @@ void ResetRandomState() {
     gaussian = {};
     shuffled = {};
     seeds = {};
+}
+
+void SeedRandomState(std::uint64_t seed) {
+    ResetRandomState();
+    for (int* word : {&seeds.timeJitter, &seeds.eyeData, &seeds.signalPlot, &seeds.eyePlot}) {
+        // SplitMix64 (Steele, Lea, Flood 2014): every seed gives words without a visible relation.
+        seed += 0x9E3779B97F4A7C15;
+        std::uint64_t mixed = seed;
+        mixed = (mixed ^ (mixed >> 30)) * 0xBF58476D1CE4E5B9;
+        mixed = (mixed ^ (mixed >> 27)) * 0x94D049BB133111EB;
+        mixed ^= mixed >> 31;
+        constexpr std::uint64_t mostMagnitude = (std::uint64_t{1} << 30) - 1;
+        *word = -1 - static_cast<int>(mixed & mostMagnitude);
+    }
 }
 
 }  // namespace photrak

@@ -3,6 +3,8 @@
 // algorithms: results of seeded runs must repeat on every machine.
 #pragma once
 
+#include <cstdint>
+
 namespace photrak {
 
 /// Uniform in (0, 1): the "minimal standard" multiplicative generator (Park and Miller) with the
@@ -27,10 +29,18 @@ struct SeedWords {
     int eyePlot = -10;     // traces of an eye diagram
 };
 SeedWords& ProcessSeeds();
+/// Told by whoever draws from those: a result now depends on what was drawn before, unless the
+/// amplitude is 0.
+void NoteNoise(double amplitude);
+/// Whether there was such a draw since the last call.
+bool TakeNoiseNote();
 
 /// Drops the second value of a pair, so that a reseeded sequence of normals repeats.
 void ForgetSpareGaussian();
 /// Sources and seed words back to the state of a fresh process; for tests.
 void ResetRandomState();
+/// Sources as fresh, each of the process's seed words restarts from a value of its own that follows
+/// from `seed`.
+void SeedRandomState(std::uint64_t seed);
 
 }  // namespace photrak

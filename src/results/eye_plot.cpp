@@ -120,9 +120,9 @@ void FillValues(const Trace& trace, const EyeParams& params, Doubles& out) {
     const ElecSig& wave = *trace.wave;
     WalkCyclically(trace.start, n + 1, out, [&](std::int32_t i) {
         const double value = Voltage(wave.elecSamples[i], params.magnitude);
-        return params.showNoise
-                   ? value + GaussianRandom(&ProcessSeeds().eyePlot) * wave.sigmaSamples[i].re
-                   : value;
+        if (!params.showNoise) return value;
+        NoteNoise(wave.sigmaSamples[i].re);
+        return value + GaussianRandom(&ProcessSeeds().eyePlot) * wave.sigmaSamples[i].re;
     });
 }
 

@@ -109,6 +109,7 @@ void FillElectrical(const ElecSig& wave, std::int32_t start, Quantity quantity, 
     WalkCyclically(start, wrap, out, [&](std::int32_t i) {
         const double value = FieldValue(quantity, wave.elecSamples[i]);
         if (!noisy || !carriesNoise) return value;
+        NoteNoise(wave.sigmaSamples[i].re);
         return value + GaussianRandom(&ProcessSeeds().signalPlot) * wave.sigmaSamples[i].re;
     });
 }

@@ -71,24 +71,6 @@ TEST_F(Tables, HaveARowForEveryPoint) {
     EXPECT_LT(ReadDouble(rows[1][7]), ReadDouble(rows[4][7]));
 }
 
-/// Four bits are too few for a tester, and a closed eye has no rate: neither row has a number.
-TEST_F(Tables, TellPointsWithoutAResultApart) {
-    const ProgramResult failed = Photrak(
-        "scan --quiet --no-commands --plotting none --inner bits=3:1:-1 --table e.csv wdm8.top");
-    EXPECT_EQ(failed.status, 1);
-    const auto rows = Csv("e.csv");
-    ASSERT_EQ(rows.size(), 1u + 8 + 8);
-    for (std::size_t i = 1; i < rows.size(); ++i) {
-        EXPECT_EQ(rows[i][1], i <= 8 ? "3" : "2");
-        EXPECT_EQ(rows[i][3], Concat("Tester", (i - 1) % 8 + 1));
-        EXPECT_EQ(rows[i].back(), i <= 8 ? "ok" : "error");
-        EXPECT_EQ(rows[i][5] == "nan", i > 8);
-    }
-    Run("run --plotting none --set length=601e3 --table dark.csv ber-power-length.top");
-    const Header dark = {"1", "1", "Tester", "0", "nan", "nan", "nan", "nan", "no-result"};
-    EXPECT_EQ(Csv("dark.csv").back(), dark);
-}
-
 TEST_F(Tables, AreWholeAfterAKill) {
     for (const std::string file : {"killed.csv", "killed.json"}) {
         InterruptedPhotrak(

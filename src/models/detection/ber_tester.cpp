@@ -209,10 +209,33 @@ Status TakeResults(const ModelCall& call, BERResults*& results) {
     return Status::Success;
 }
 
+/// The reading of a pass that another process ran.
+Status TakePass(const ModelCall& call, const BerParams& params, const BerReading& taken,
+                BERResults& results) {
+    const bool isFirst = results.firstCurve;
+    StoreBerResult(call.options,
+                   taken.found ? std::optional<BerSlot>({taken.BER, taken.Q}) : std::nullopt,
+                   results);
+    CurrentRun().TakeReading(taken);
+    BerParams now = params;
+    now.plotCurves = params.plotCurves && isFirst;  // then once, at the end
+    return WriteFiles(call.options, now, results, call);
+}
+
 /// One pass of a tester whose parameters are sound.
 Status RunPass(const ModelCall& call, const BerParams& params) {
     BERResults* results = nullptr;
+    const bool isOutermost = call.path.empty();
+    const RunRecord& record = CurrentRun();
+    if (isOutermost && record.testers == TesterWork::Finish) {
+        results = static_cast<BERResults*>(call.component.modelState.get());
+        return params.plotCurves ? WriteCurveFiles(call.options, params, *results, call)
+                                 : Status::Success;
+    }
     if (TakeResults(call, results) != Status::Success) return Status::Error;
+    if (isOutermost && record.testers == TesterWork::Take && record.taken) {
+        return TakePass(call, params, *record.taken, *results);
+    }
     EyeResult eye;
     eye.decisionLevel = params.decisionLevel;
     std::string message;
@@ -229,7 +252,9 @@ Status RunPass(const ModelCall& call, const BerParams& params) {
                               DecisionLevel(params, eye), eye.decisionTime, call.options.loopIndex,
                               found.has_value(), status});
     Status written = status;
-    MergeStatus(written, WriteFiles(call.options, params, *results, call));
+    if (!isOutermost || record.testers != TesterWork::Leave) {
+        MergeStatus(written, WriteFiles(call.options, params, *results, call));
+    }
     if (IsLastPass(call.options, *results)) call.component.modelState.reset();
     return written;
 }

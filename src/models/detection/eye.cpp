@@ -151,6 +151,7 @@ Status WriteLids(const EyeJob& job, const BerPairs& set, const EyeLids& lids, co
                  EyeMode mode, const ModelReport& report) {
     // Without the tags of its loops a file would be written over at every pass.
     if (!PlotFileRoot(job.options, report.owner, job.root)) return Status::Success;
+    NoteNoise(1.0);  // the rate itself knows none of the noise that the traces show
     EyeLidPlot plot;
     plot.lidLength = eye.lidLength;
     plot.lower = lids.lower.get();

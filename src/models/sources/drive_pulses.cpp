@@ -97,6 +97,7 @@ class Painter {
         return static_cast<double>(std::int64_t{k - 1} * samplesPerBit_ + half);
     }
     double DrawJitter() const {
+        NoteNoise(jitter_);
         return jitter_ * ClippedGaussianRandom(&ProcessSeeds().timeJitter);
     }
 
