@@ -205,7 +205,7 @@ TEST_F(TypingErrors, WarningsOfARunAreToldOnceWithValueAndPoint) {
     EXPECT_EQ(result.status, 0);
     for (const char* told :
          {"photrak: warning: component 'Power': parameter 'AvePowerOut': 140 dBm is above the "
-          "maximum of 100 dBm; 100 dBm counts (ber-power.top:183) [received = 140]\n",
+          "maximum of 100 dBm; 100 dBm counts (ber-power.top:187) [received = 140]\n",
           "photrak: warning: Optical Normalizer 'Power' applied a gain of 113.157 dB [received = "
           "140]\n",
           "photrak: note: 3 more times: Optical Normalizer 'Power'"}) {

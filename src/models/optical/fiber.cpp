@@ -41,7 +41,7 @@ constexpr Row rows[] = {
     {"showstatus",
      [](FiberParams& params, std::string_view word) { params.showStatus = word == "Yes"; }, "No",
      Words{"No Yes"}},
-    {"optimizationlevel", &FiberParams::optimizationLevel, 0},
+    {"optimizationlevel", &FiberParams::optimizationLevel, 3},
     {"raman_effects",
      [](FiberParams& params, std::string_view word) { params.hasRaman = word == "Gain"; }, "None",
      Words{"None Gain"}},

@@ -40,7 +40,7 @@ Status CheckOutput(const Nodelist* output, const ModelReport& report) {
 // --- Constant field ---
 
 constexpr ParamRow<CwLaserParams> cwRows[] = {
-    {"peakPower", &CwLaserParams::peakPower, 1e-3, Range::NotNegative},
+    {"peakPower", &CwLaserParams::peakPower, 2e-3, Range::NotNegative},
     {"wavelength", &CwLaserParams::wavelength, 1.55e-6, Range::Positive},
     {"RIN", &CwLaserParams::RIN, -150.0, Range::NotNegative, ParamUnit::PowerDecibels},
     {"k", NoEffect{}, 0.0},
