@@ -6,6 +6,7 @@
 
 #include "base/text.h"
 #include "kernel/run_record.h"
+#include "platform/file_system.h"
 #include "platform/result_folder.h"
 
 namespace photrak {
@@ -27,8 +28,8 @@ bool WriteAllowed(const std::string& name, std::string_view content,
                             shown == name ? "\n" : " or holds control characters\n");
         return false;
     }
-    std::string reason;
-    const bool written = write(name, content, reason);
+    std::string reason = "a symbolic link stands there, and results never follow one";
+    const bool written = !IsBehindLink(name) && write(name, content, reason);
     RunRecord& record = CurrentRun();
     if (written) {
         record.written.Add(name);

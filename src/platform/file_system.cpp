@@ -207,7 +207,17 @@ bool WriteWholeFile(const std::string& path, std::string_view text) {
 }
 
 bool AppendToFile(const std::string& path, std::string_view text) {
-    return WriteWith(path, text, O_APPEND);
+    return WriteWith(path, text, O_APPEND | O_NOFOLLOW);
+}
+
+bool IsBehindLink(const std::string& path) {
+    if (!IsUsablePath(path)) return false;
+    for (std::size_t end = path.find('/', 1);; end = path.find('/', end + 1)) {
+        struct stat info {};
+        const std::string part = path.substr(0, end);
+        if (::lstat(part.c_str(), &info) == 0 && S_ISLNK(info.st_mode)) return true;
+        if (end == std::string::npos) return false;
+    }
 }
 
 namespace {

@@ -16,8 +16,10 @@ inline constexpr std::size_t maxInputFileBytes = std::size_t{1} << 30;
                                  std::size_t limit = maxInputFileBytes);
 /// Creates or truncates; false when it cannot be opened or written whole.
 [[nodiscard]] bool WriteWholeFile(const std::string& path, std::string_view text);
-/// Opens for appending, writes, closes.
+/// Opens for appending, writes, closes. False for a symbolic link, which is not followed.
 [[nodiscard]] bool AppendToFile(const std::string& path, std::string_view text);
+/// True if the file itself, or a folder on the way to it, is a symbolic link.
+[[nodiscard]] bool IsBehindLink(const std::string& path);
 /// Writes a temporary file in the same directory, flushes it to the disk, renames it over `path`.
 /// On failure the target is as it was and no temporary stays.
 [[nodiscard]] bool ReplaceFile(const std::string& path, std::string_view text);

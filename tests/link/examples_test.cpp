@@ -50,15 +50,32 @@ TEST_F(Examples, NoPlottingWritesNoResults) {
     EXPECT_FALSE(std::filesystem::exists("first-bits.pcs"));
 }
 
-TEST_F(Examples, AFullDiskIsTold) {
-    std::filesystem::create_symlink("/dev/full", "first-bits_bin.sig");
+/// A folder may come from anyone: a link in it, or under the name of a folder, is left alone.
+TEST_F(Examples, ResultsAndLogsFollowNoLinks) {
+    WriteText("precious", "mine\n");
+    std::filesystem::create_symlink("precious", "first-bits_bin.sig");
     const ProgramResult result = Photrak("run --no-commands first-bits.top");
     EXPECT_EQ(result.status, 1);
-    EXPECT_NE(
-        result.error.find("error: could not write 'first-bits_bin.sig': No space left on device"),
-        std::string::npos)
+    EXPECT_NE(result.error.find("error: could not write 'first-bits_bin.sig': a symbolic link "
+                                "stands there, and results never follow one"),
+              std::string::npos)
         << result.error;
     EXPECT_EQ(result.out.find("first-bits_bin.sig"), std::string::npos);
+    EXPECT_EQ(FileText("precious"), "mine\n");
+
+    std::filesystem::remove("first-bits_bin.sig");
+    std::filesystem::remove("log.txt");
+    std::filesystem::create_symlink("precious", "log.txt");
+    Photrak("run --no-commands first-bits.top");
+    EXPECT_EQ(FileText("precious"), "mine\n");
+
+    std::filesystem::create_directory("away");
+    std::filesystem::create_symlink("away", "sub");
+    EXPECT_EQ(Photrak("run --no-commands --prefix sub/x first-bits.top").status, 1);
+    EXPECT_TRUE(std::filesystem::is_empty("away"));
+}
+
+TEST_F(Examples, AFullStandardOutputIsTold) {
     EXPECT_EQ(RunProgram("sh -c '" + BinaryDir() + "/bin/photrak models >/dev/full'").status, 1);
 }
 
