@@ -177,6 +177,7 @@ void StartPage::AddExamples(QBoxLayout& layout) {
         auto* item = new QListWidgetItem(
             QIcon(empty), note.isEmpty() ? name : name + QLatin1Char('\n') + note, examples_);
         item->setData(Qt::UserRole, file.absoluteFilePath());
+        item->setTextAlignment(Qt::AlignHCenter | Qt::AlignTop);
         item->setSizeHint({pictureSize.width() + 16, pictureSize.height() + textHeight});
     }
     const auto open = [this](QListWidgetItem* item) {
