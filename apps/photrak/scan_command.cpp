@@ -80,6 +80,13 @@ int ScanCommand(const CommandOptions& options) {
     CommandOptions scanning = options;
     scanning.scans = true;
     const SimulationKind kind{"Parameter Scan", PrepareScan};
+    const bool isShared = options.dryRun || options.jobs > 1 || options.resume ||
+                          !options.shard.empty() || !options.merge.empty();
+    if (isShared && options.file == "-") {
+        Report("error",
+               "a scan that is shared wants a topology in a file, which all processes read");
+        return exitStatus::usage;
+    }
     if (options.dryRun) return EstimateScan(scanning, kind);
     if (!options.shard.empty()) return RunShard(scanning, kind);
     if (!options.merge.empty()) return MergeShards(scanning, kind);

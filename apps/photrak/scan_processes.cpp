@@ -286,6 +286,10 @@ int RunShard(const CommandOptions& options, const SimulationKind& kind) {
 
 int MergeShards(const CommandOptions& options, const SimulationKind& kind) {
     const std::string points = PointsFolder(options.merge);
+    if (!fs::is_directory(points)) {
+        Report("error", Concat("--merge '", options.merge, "': there are no points of a scan"));
+        return exitStatus::failed;
+    }
     CommandOptions merged = options;
     if (merged.out.empty()) merged.out = options.merge;
     bool lacksPoints = false;

@@ -328,9 +328,10 @@ class MergePoints : public SharedScan {
     }
 
     static void Write(const PointFile::Written& file) {
-        std::string told;  // the point has told what was wrong with its names
-        file.appends ? AppendResultFile(file.name, file.text, told)
-                     : WriteResultFile(file.name, file.text, told);
+        std::string refused;  // a name that no point of ours has
+        file.appends ? AppendResultFile(file.name, file.text, refused)
+                     : WriteResultFile(file.name, file.text, refused);
+        if (!refused.empty()) CurrentRun().failed.Add(refused);
     }
 
     const SimOptions& options_;
