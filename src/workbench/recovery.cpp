@@ -74,6 +74,22 @@ std::string NameInCopy(const DiagramView& view) {
     return (fs::path(view.directory) / (isNew ? view.fileName : view.recoveredName)).string();
 }
 
+/// What a save would write. During a run the workspace is the run's, sweeps change its variables:
+/// the present state of the history is written instead, through a workspace of its own.
+std::optional<std::string> TextToKeep(const DiagramView& view) {
+    if (!view.running) return TextOf(*view.workspace);
+    if (view.history.Empty()) return std::nullopt;
+    const std::unique_ptr<Workspace> copy = CreateWorkspace();
+    BlockIds ids;
+    DiagramState nothing;
+    std::string error;
+    if (TakeState(*copy, nullptr, nullptr, ids, nothing, error) == Status::Error ||
+        RestoreState(view.history.Present(), nothing, *copy, ids, error) == Status::Error) {
+        return std::nullopt;
+    }
+    return TextOf(*copy);
+}
+
 }  // namespace
 
 void KeepRecoveryCopy(Workbench& /*workbench*/, DiagramView& view) {
@@ -82,19 +98,21 @@ void KeepRecoveryCopy(Workbench& /*workbench*/, DiagramView& view) {
     std::error_code error;
     fs::create_directories(*folder, error);
     if (view.recoveryPath.empty()) view.recoveryPath = NewCopyPath(*folder, view);
-    const std::string text = Concat(headLine, NameInCopy(view), "\n", TextOf(*view.workspace));
+    const auto topology = TextToKeep(view);
+    if (!topology) return;
+    const std::string text = Concat(headLine, NameInCopy(view), "\n", *topology);
     if (ReplaceFile(view.recoveryPath, text)) view.unkept = 0;
 }
 
 void NoteForRecovery(Workbench& workbench, DiagramView& view) {
     ++view.unkept;
     const bool isSmall = view.workspace->components.size() <= mostBlocksAtOnce;
-    if (view.unkept >= mostGestures && isSmall && !view.running) KeepRecoveryCopy(workbench, view);
+    if (view.unkept >= mostGestures && isSmall) KeepRecoveryCopy(workbench, view);
 }
 
 void KeepPendingCopies(Workbench& workbench) {
     for (const auto& view : workbench.views) {
-        if (view->unkept > 0 && !view->running) KeepRecoveryCopy(workbench, *view);
+        if (view->unkept > 0) KeepRecoveryCopy(workbench, *view);
     }
 }
 

@@ -17,6 +17,7 @@
 #include "window/loop_watch.h"
 #include "workbench/canvas_geometry.h"
 #include "workbench/file_commands.h"
+#include "workbench/recovery.h"
 
 namespace photrak {
 namespace {
@@ -229,6 +230,13 @@ TEST_F(GestureTest, ARunIsStoppedAndNothingClosesBefore) {
     Click(MiddleOf(*view.workspace->components[0]).x(),
           MiddleOf(*view.workspace->components[0]).y());
     EXPECT_EQ(view.selection.size(), 1u);
+    // What is done meanwhile is kept as ever: the run's own workspace is not asked.
+    for (int i = 0; i < 20; ++i) Press(QKeySequence(QStringLiteral("Down")));
+    EXPECT_LT(view.unkept, 20);
+    KeepPendingCopies(workbench_);
+    EXPECT_EQ(view.unkept, 0);
+    std::string copy, reason;
+    ASSERT_TRUE(ReadWholeFile(view.recoveryPath, copy, reason)) << reason;
     desktop_.answer = Answer::No;
     Push("Stop Simulation");
     EXPECT_FALSE(workbench_.run.stopAsked);
@@ -238,6 +246,7 @@ TEST_F(GestureTest, ARunIsStoppedAndNothingClosesBefore) {
     ASSERT_TRUE(WaitFor([&] { return !workbench_.run.active; }));
     EXPECT_EQ(Named<QLabel>(QStringLiteral("Message")).text(),
               QStringLiteral("Parameter Scan stopped"));
+    EXPECT_TRUE(copy.ends_with("\n" + TextOf(*view.workspace)));
     EXPECT_TRUE(frame_->close());
 }
 
