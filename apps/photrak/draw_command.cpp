@@ -1,6 +1,8 @@
 // photrak draw: a diagram as a picture file, on a machine without a display. No user library is
 // loaded and nothing is started.
 
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
 
 #include "base/text.h"
@@ -25,7 +27,7 @@ bool Write(const std::string& output, const std::string& picture) {
         return true;
     }
     if (ReplaceFile(output, picture)) return true;
-    Report("error", Concat("cannot write '", output, "'"));
+    Report("error", Concat("cannot write '", output, "': ", std::strerror(errno)));
     return false;
 }
 

@@ -1,5 +1,7 @@
 // photrak plot: results as picture files, on a machine without a display, or in the viewer.
 
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
 
 #include "base/text.h"
@@ -32,7 +34,7 @@ bool WriteSvg(const Picture& made, const PlotCommandOptions& options, std::strin
     const std::string text = SvgText(picture.drawing, options.dark ? Theme::Dark : Theme::Light,
                                      plot.spec.title.empty() ? plot.name : plot.spec.title);
     if (ReplaceFile(made.output, text)) return true;
-    error = Concat("cannot write '", made.output, "'");
+    error = Concat("cannot write '", made.output, "': ", std::strerror(errno));
     return false;
 }
 

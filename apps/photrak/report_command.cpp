@@ -2,6 +2,8 @@
 // reads are the regular files of one folder; nothing is run, no user library is loaded.
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
 
 #include "base/text.h"
@@ -110,7 +112,7 @@ class ReportMaker {
         TellLimits();
         page.producer = "Photrak " PHOTRAK_VERSION;
         if (ReplaceFile(output, ReportHtml(page))) return true;
-        Report("error", Concat("cannot write '", output, "'"));
+        Report("error", Concat("cannot write '", output, "': ", std::strerror(errno)));
         return false;
     }
 

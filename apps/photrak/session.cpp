@@ -249,7 +249,11 @@ Status ListResultFiles(const Session& session) {
     if (failed.size() > most) {
         Report("error", Concat("nor ", failed.size() - most, " more result files"));
     }
-    return failed.empty() ? Status::Success : Status::Error;
+    if (!failed.empty()) return Status::Error;
+    const std::string logFailure = TakeLogFailure();
+    if (logFailure.empty()) return Status::Success;
+    Report("warning", Concat("could not write '", session.resultFolder, "log.txt': ", logFailure));
+    return Status::Warning;
 }
 
 }  // namespace photrak

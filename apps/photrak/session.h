@@ -61,7 +61,7 @@ Status ApplyParamFiles(const Session& session, const CommandOptions& options, st
 /// Declares the symbols of --set as variables of the workspace, over those of the file.
 void ApplySymbols(Workspace& workspace, const CommandOptions& options);
 /// Lists the result files that were written, by paths from the caller's folder, and tells of those
-/// that could not be, as when the disk is full. The status of that: Success or Error.
+/// that could not be, as when the disk is full. Gives Error then, Warning if only the log was lost.
 Status ListResultFiles(const Session& session);
 
 }  // namespace photrak

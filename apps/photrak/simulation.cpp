@@ -93,7 +93,8 @@ class TableOfRun {
 
 int Conclude(Status status, bool warned, const Session& session, const ConsoleMessages& messages,
              const CommandOptions& options) {
-    const bool isWhole = ListResultFiles(session) == Status::Success;
+    const Status listed = ListResultFiles(session);
+    warned = warned || listed == Status::Warning;
     TellReadings();
     if (CurrentRun().viewerMissing) Report("note", viewerMissingText);
     if (status == Status::Error) {
@@ -106,11 +107,11 @@ int Conclude(Status status, bool warned, const Session& session, const ConsoleMe
         Report("note", "stopped on request; the result files above are those of what had finished");
         return exitStatus::stoppedBase + signal;
     }
-    if (status == Status::Warning) {
+    if (status == Status::Warning && listed == Status::Success) {
         Report("note", Concat("warnings occurred during the simulation; see ", session.resultFolder,
                               "log.txt"));
     }
-    if (!isWhole) return exitStatus::failed;
+    if (listed == Status::Error) return exitStatus::failed;
     return (warned || status == Status::Warning) && options.strict ? exitStatus::warnings
                                                                    : exitStatus::success;
 }

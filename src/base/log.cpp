@@ -1,12 +1,31 @@
 // log.txt is written line by line and never kept open.
 #include "base/log.h"
 
+#include <cerrno>
+#include <cstring>
+#include <mutex>
+#include <utility>
+
 #include "platform/file_system.h"
 
 namespace photrak {
+namespace {
+
+std::mutex failureGuard;  // a run writes beside the interface
+std::string firstFailure;
+
+}  // namespace
 
 void LogText(std::string_view text) {
-    [[maybe_unused]] const bool written = AppendToFile("log.txt", text);
+    if (AppendToFile("log.txt", text)) return;
+    const int number = errno;
+    const std::lock_guard lock(failureGuard);
+    if (firstFailure.empty()) firstFailure = std::strerror(number);
+}
+
+std::string TakeLogFailure() {
+    const std::lock_guard lock(failureGuard);
+    return std::exchange(firstFailure, std::string());
 }
 
 std::string InterpretPercent(std::string_view text) {

@@ -121,6 +121,11 @@ void RunInDirectory(Workbench& workbench, DiagramView& view) {
             {RunNote::Kind::Information, informationTitle, std::string(viewerMissingText)});
     }
     LogText(workbench.run.completion + "\n");
+    const std::string logFailure = TakeLogFailure();
+    if (!logFailure.empty()) {
+        workbench.run.notes.Add({RunNote::Kind::Information, informationTitle,
+                                 Concat("could not write 'log.txt': ", logFailure)});
+    }
 }
 
 void WorkerMain(Workbench& workbench, DiagramView& view) {

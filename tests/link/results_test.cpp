@@ -2,6 +2,7 @@
 // one folder, writers that were killed, topologies from pipes.
 #include <sys/stat.h>
 
+#include "base/text.h"
 #include "link/example_run.h"
 
 namespace photrak::test {
@@ -72,11 +73,12 @@ TEST_F(Results, ThatCannotBeWrittenWholeAreErrorsAndLeaveWhatWasThere) {
     Run("run first-bits.top");
     const std::string before = FileText("first-bits_bin.sig");
     // A limit on the size of files stands for a full disk.
-    const std::string limited = "sh -c 'trap \"\" XFSZ; ulimit -f 1; exec " + BinaryDir() +
-                                "/bin/photrak run --no-commands --quiet ";
+    const std::string limited =
+        "sh -c 'trap \"\" XFSZ; ulimit -f 1; exec " + BinaryDir() + "/bin/photrak ";
     for (const std::string prefix : {"first-", "new-"}) {
         const ProgramResult result =
-            RunProgram(limited + "--set length=12 --lenient --prefix " + prefix + " nrz-link.top'");
+            RunProgram(limited + "run --no-commands --quiet --set length=12 --lenient --prefix " +
+                       prefix + " nrz-link.top'");
         EXPECT_EQ(result.status, 1) << result.error;
         EXPECT_NE(result.error.find("photrak: error: could not write '" + prefix +
                                     "sent_mag.sig': File too large"),
@@ -84,10 +86,74 @@ TEST_F(Results, ThatCannotBeWrittenWholeAreErrorsAndLeaveWhatWasThere) {
             << result.error;
         EXPECT_FALSE(std::filesystem::exists(prefix + "sent_mag.sig"));
     }
+    const std::pair<const char*, const char*> others[] = {
+        {"scan --no-commands --quiet --inner received=-24:-18:0.05 ber-power.top", "ber-power.b"},
+        {"report --quiet . -o page.html", "page.html"}};
+    for (const auto& [command, lost] : others) {
+        const ProgramResult result = RunProgram(limited + command + "'");
+        EXPECT_EQ(result.status, 1) << command;
+        EXPECT_NE(result.error.find(lost), std::string::npos) << result.error;
+        EXPECT_NE(result.error.find("': File too large\n"), std::string::npos) << result.error;
+    }
+    EXPECT_FALSE(std::filesystem::exists("page.html"));
     EXPECT_EQ(FileText("first-bits_bin.sig"), before);
     for (const auto& entry : std::filesystem::directory_iterator(".")) {
         EXPECT_FALSE(entry.path().filename().string().starts_with(".photrak")) << entry.path();
     }
+}
+
+/// Warnings stand on standard error too, so that a lost log is no lost result.
+TEST_F(Results, WithoutTheirLogComeWithAWarning) {
+    std::filesystem::create_symlink("/dev/full", "log.txt");
+    for (const auto& [strict, status] : {std::pair("", 0), std::pair("--strict ", 2)}) {
+        const ProgramResult result =
+            Photrak(Concat("run --no-commands ", strict, "first-bits.top"));
+        EXPECT_EQ(result.status, status);
+        EXPECT_EQ(result.out, "first-bits_bin.sig\nfirst-bits.pcs\n");
+        EXPECT_EQ(result.error,
+                  "photrak: warning: could not write 'log.txt': No space left on device\n");
+    }
+}
+
+/// Whatever writes says what and why, and leaves nothing.
+TEST_F(Results, InAReadOnlyFolderAreErrors) {
+    namespace fs = std::filesystem;
+    Run("run first-bits.top");
+    fs::create_directory("links");
+    for (const char* name :
+         {"first-bits.top", "first-bits.pcs", "first-bits_bin.sig", "ber-power.top"}) {
+        fs::rename(name, fs::path("links") / name);
+    }
+    fs::permissions("links", fs::perms(0555));
+    // Nothing is read-only for root; the program of a tree that only root can enter starts for no
+    // one else.
+    fs::permissions(".", fs::perms(0755));
+    const std::string user = ::geteuid() == 0 ? "setpriv --reuid=65534 --clear-groups " : "";
+    const auto inside = [&](const std::string& arguments) {
+        return RunProgram(
+            Concat("sh -c 'cd links && exec ", user, BinaryDir(), "/bin/photrak ", arguments, "'"));
+    };
+    if (inside("--version").status != 0) GTEST_SKIP() << "the build is root's alone";
+    const struct {
+        const char *command, *lost;
+    } rows[] = {{"run --no-commands --quiet first-bits.top", "first-bits_bin.sig': "},
+                {"run --no-commands --table t.csv first-bits.top", "t.csv': "},
+                {"run --no-commands --report --plotting none first-bits.top", "first-bits.html': "},
+                {"scan --no-commands --quiet ber-power.top", "ber-power.bdt': "},
+                {"scan -j 2 --no-commands --quiet ber-power.top", "points/': "},
+                {"measure --no-commands ber-power.top Fiber", "_sig.sum': "},
+                {"report --quiet .", "report.html': "},
+                {"draw first-bits.top -o link.svg", "link.svg': "},
+                {"plot first-bits.pcs -o bits.svg", "bits.svg': "}};
+    for (const auto& row : rows) {
+        const ProgramResult result = inside(row.command);
+        EXPECT_EQ(result.status, 1) << row.command;
+        EXPECT_NE(result.error.find(Concat(row.lost, "Permission denied\n")), std::string::npos)
+            << row.command << "\n"
+            << result.error;
+    }
+    EXPECT_EQ(FilesIn("links"), 4u);
+    fs::permissions("links", fs::perms(0755));
 }
 
 TEST_F(Results, AreAnnouncedInAPipeOnlyWhenAsked) {
@@ -119,7 +185,7 @@ TEST_F(Results, OfTwoRunsInOneFolderAreRefusedButNotAfterAKill) {
                              " scan --no-commands --quiet --plotting none --inner "
                              "received=-24:-18:1e-6 ber-power.top >slow.out 2>&1 &\n"
                              "echo $! >slow.pid\n"
-                             "while ! test -s .photrak.lock; do sleep 0.01; done\n" +
+                             "while ! test -s .photrak.lock && kill -0 $!; do sleep 0.01; done\n" +
                              photrak + " run --no-commands --quiet first-bits.top; echo $?\n" +
                              photrak +
                              " run --no-commands --quiet --out other first-bits.top; echo $?\n"
