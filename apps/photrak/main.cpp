@@ -156,6 +156,19 @@ std::string Help() {
     return text;
 }
 
+/// The options as they stand in the manual page, which tools/man-options takes from here.
+std::string ManualOptions() {
+    constexpr unsigned shown = commandBit::run | commandBit::scan;
+    std::string text =
+        Concat(".SS Of run and scan\n", OptionManual(commandBit::run), ".SS Of scan alone\n",
+               OptionManual(commandBit::scan, commandBit::run));
+    for (const Command& command : commandTable) {
+        const std::string own = OptionManual(command.bit, shown);
+        if (!own.empty()) text += Concat(".SS Of ", command.name, "\n", own);
+    }
+    return text;
+}
+
 int BadUsage(std::string_view problem) {
     Report("error", problem);
     WriteError("Try 'photrak --help'.\n");
@@ -225,6 +238,10 @@ int Main(const std::vector<std::string>& arguments) {
     if (word == "help" && arguments.size() == 2) return Main({arguments[1], "--help"});
     if (word == "--help" || word == "-h" || word == "help") {
         WriteOut(Help());
+        return exitStatus::success;
+    }
+    if (word == "--manual-options") {  // for tools/man-options
+        WriteOut(ManualOptions());
         return exitStatus::success;
     }
     if (word == "--version") {

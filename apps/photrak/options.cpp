@@ -402,6 +402,29 @@ std::string Wrapped(std::string left, std::string_view text, std::size_t indent)
 
 }  // namespace
 
+namespace {
+
+/// A hyphen of its own would be set as a dash that no terminal takes back.
+std::string ForManual(std::string_view text) {
+    std::string escaped;
+    for (const char c : text) escaped += c == '-' ? std::string("\\-") : std::string(1, c);
+    const bool isRequest = escaped.starts_with('.') || escaped.starts_with('\'');
+    return isRequest ? "\\&" + escaped : escaped;
+}
+
+}  // namespace
+
+std::string OptionManual(unsigned command, unsigned except) {
+    std::string text;
+    for (const Option& option : optionTable) {
+        if (!(option.commands & command) || (option.commands & except)) continue;
+        text += Concat(".TP\n.B ", ForManual(option.name));
+        if (option.value) text += Concat("\\fI ", ForManual(option.value), "\\fR");
+        text += Concat("\n", ForManual(option.help), "\n");
+    }
+    return text;
+}
+
 std::string OptionHelp(unsigned command, unsigned except) {
     std::string text;
     for (const Option& option : optionTable) {

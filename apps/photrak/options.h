@@ -78,6 +78,8 @@ std::string OptionNames(unsigned command);
 
 /// The option lines of a command's help, aligned, without those of the commands in `except`.
 std::string OptionHelp(unsigned command, unsigned except = 0);
+/// The same as items of a manual page.
+std::string OptionManual(unsigned command, unsigned except = 0);
 
 /// Bits of the commands in the option table.
 namespace commandBit {
