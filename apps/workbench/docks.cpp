@@ -6,6 +6,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QFontDatabase>
+#include <QLabel>
 #include <QListWidget>
 #include <QMouseEvent>
 #include <QPlainTextEdit>
@@ -13,6 +14,7 @@
 #include <QTextBlock>
 #include <QThreadPool>
 #include <QTimer>
+#include <QVBoxLayout>
 #include <algorithm>
 
 #include "plotting/plot_drawing.h"
@@ -40,7 +42,19 @@ ResultsDock::ResultsDock(Workbench& workbench, QWidget* parent)
     list_->setMovement(QListView::Static);
     list_->setSpacing(6);
     list_->setMinimumWidth(thumbnailWidth + 40);
-    setWidget(list_);
+    readings_ = new QLabel(this);
+    readings_->setAccessibleName(QStringLiteral("Error rates of the last run"));
+    readings_->setTextFormat(Qt::PlainText);
+    readings_->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    readings_->setContentsMargins(6, 6, 6, 2);
+    readings_->hide();
+    auto* inside = new QWidget(this);
+    auto* layout = new QVBoxLayout(inside);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addWidget(readings_);
+    layout->addWidget(list_);
+    setWidget(inside);
     connect(list_, &QListWidget::itemActivated, this, [this](QListWidgetItem* item) {
         const std::string file = item->text().toStdString();
         if (!workbench_.desktop.StartViewer(file, directory_)) {
@@ -59,6 +73,9 @@ void ResultsDock::Show(const DiagramView* view) {
             }
         }
     }
+    const QString readings = view && !view->running ? ToQString(view->readings) : QString();
+    if (readings_->text() != readings) readings_->setText(readings);
+    readings_->setVisible(!readings.isEmpty());
     const std::string directory = view ? view->directory : std::string();
     if (files == files_ && directory == directory_) return;
     files_ = std::move(files);
@@ -68,7 +85,7 @@ void ResultsDock::Show(const DiagramView* view) {
 
 bool ResultsDock::RunEnded() {
     Fill();
-    return !files_.empty();
+    return !files_.empty() || !readings_->text().isEmpty();
 }
 
 void ResultsDock::Fill() {

@@ -10,6 +10,7 @@
 
 #include "workbench/workbench.h"
 
+class QLabel;
 class QListWidget;
 class QPlainTextEdit;
 class QTimer;
@@ -31,6 +32,7 @@ class ResultsDock : public QDockWidget {
 
     Workbench& workbench_;
     QListWidget* list_ = nullptr;
+    QLabel* readings_ = nullptr;
     std::string directory_;
     std::vector<std::string> files_;
     std::shared_ptr<int> round_ =

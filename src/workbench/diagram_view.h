@@ -68,6 +68,7 @@ struct DiagramView {
     bool lostLines = false;     // the load dropped something that the file still has
     mutable CanvasIndex index;  // of Index
     mutable bool indexed = false;
+    std::string readings;                         // of the testers of the last run, a line each
     std::map<std::string, std::string> findings;  // of the latest check, by name of block
     std::int32_t unkept = 0;                      // gestures since the latest recovery copy
     std::string recoveryPath;                     // of the copy, once there is one

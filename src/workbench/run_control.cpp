@@ -7,6 +7,7 @@
 
 #include "base/log.h"
 #include "base/text.h"
+#include "drawing/text_measure.h"
 #include "files/topology_check.h"
 #include "hierarchy/nested_run.h"
 #include "kernel/driver.h"
@@ -61,6 +62,7 @@ struct ShareNote : ProgressSink {
 };
 
 void ClearResultsOf(DiagramView& view) {
+    view.readings.clear();
     for (const auto& component : view.workspace->components) component->plots.clear();
     for (const auto& [number, node] : view.workspace->nodes) node->summaries.clear();
 }
@@ -157,9 +159,22 @@ std::string EndText(const RunControl& run) {
     return run.stopAsked ? run.what + " stopped" : run.completion;
 }
 
+/// What the testers of the run found last: "Tester: BER 1.2e-09, Q 5.95".
+std::string ReadingsText() {
+    constexpr int digits = 3;
+    std::string text;
+    for (const BerReading& reading : CurrentRun().readings) {
+        text += Concat(text.empty() ? "" : "\n", DrawableText(reading.component), ": BER ",
+                       FormatSignificant(reading.BER, digits), ", Q ",
+                       FormatSignificant(reading.Q, digits));
+    }
+    return text;
+}
+
 void EndRun(Workbench& workbench) {
     RunControl& run = workbench.run;
     DiagramView& view = *run.view;
+    view.readings = ReadingsText();
     view.running = 0;
     run.active = false;
     run.view = nullptr;

@@ -1,6 +1,7 @@
 // What the window remembers: files opened last, preferences and what they do, keys as a list; and
 // how far a run is.
 #include <QDialog>
+#include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QMenu>
@@ -97,6 +98,10 @@ TEST_F(MemoryTest, ARunTellsHowFarItIs) {
     EXPECT_EQ(workbench_.run.share.points, 15);
     EXPECT_EQ(workbench_.run.share.point, 15);
     ASSERT_TRUE(WaitFor([&] { return !bar->isVisible(); }));
+    const auto labels = frame_->findChildren<QLabel*>();
+    EXPECT_TRUE(std::ranges::any_of(labels, [](const QLabel* label) {
+        return label->text().startsWith(QStringLiteral("Tester: BER "));
+    }));
 }
 
 }  // namespace
