@@ -44,19 +44,24 @@ class NestedFiles {
     NestedFiles(const Catalogue& catalogue, LoadFindings& findings)
         : catalogue_(catalogue), findings_(findings) {}
 
-    void Into(const Inspection& outer, const std::string& folder, int depth) {
+    /// `path` is that of the block whose inside `outer` is, with a colon after it; empty at the
+    /// top.
+    void Into(const Inspection& outer, const std::string& folder, const std::string& path,
+              int depth) {
         for (const TypedComponent& block : outer.components) {
             if (block.superBlock.empty() || depth > deepest || seen_.size() > mostFiles) continue;
-            const auto path = FindSuperBlockFile(block.superBlock + ".top", catalogue_, folder);
-            if (path && block.model && seen_.insert(*path).second) Inspect(block, *path, depth);
+            const auto file = FindSuperBlockFile(block.superBlock + ".top", catalogue_, folder);
+            if (!file || !block.model || !seen_.insert(*file).second) continue;
+            Inspect(block, *file, Concat(path, block.name, ":"), depth);
         }
     }
 
   private:
-    void Inspect(const TypedComponent& block, const std::string& path, int depth) {
+    void Inspect(const TypedComponent& block, const std::string& file, const std::string& path,
+                 int depth) {
         std::string text, reason;
-        if (!ReadWholeFile(path, text, reason, maxTopologyBytes)) return;  // the run tells
-        Inspection inner = InspectTopologyText(text, path, catalogue_);
+        if (!ReadWholeFile(file, text, reason, maxTopologyBytes)) return;  // the run tells
+        Inspection inner = InspectTopologyText(text, file, catalogue_);
         // What a block hands down takes the place of these texts.
         for (TypedVariable& variable : inner.variables) {
             if (variable.type == DoubleType || variable.type == IntType)
@@ -71,8 +76,18 @@ class NestedFiles {
             return code == diagnostic::doubleVariable || code == diagnostic::hiddenVariable;
         };
         std::erase_if(inner.findings, isOfNames);
-        findings_.insert(findings_.end(), inner.findings.begin(), inner.findings.end());
-        Into(inner, std::filesystem::path(path).parent_path().string(), depth + 1);
+        for (LoadFinding& finding : inner.findings) {
+            finding.text = Located(path, finding.text);
+            findings_.push_back(std::move(finding));
+        }
+        Into(inner, std::filesystem::path(file).parent_path().string(), path, depth + 1);
+    }
+
+    /// The text with the block's whole path, "Link:Span:Fiber", or with that of the SuperBlock.
+    static std::string Located(const std::string& path, std::string_view text) {
+        constexpr std::string_view mark = "component '";
+        if (text.starts_with(mark)) return Concat(mark, path, text.substr(mark.size()));
+        return Concat("in '", std::string_view(path).substr(0, path.size() - 1), "': ", text);
     }
 
     const Catalogue& catalogue_;
@@ -126,7 +141,7 @@ Inspection InspectSession(const Session& session, const CommandOptions& options,
     }
     InspectValues(inspection, given, thoroughness);
     SortByPlace(inspection.findings);
-    NestedFiles(session.catalogue, inspection.findings).Into(inspection, {}, 1);
+    NestedFiles(session.catalogue, inspection.findings).Into(inspection, {}, {}, 1);
     return inspection;
 }
 

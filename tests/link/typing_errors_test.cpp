@@ -198,6 +198,26 @@ TEST_F(TypingErrors, OfWiresAndFilesAreToldByACheck) {
     }
 }
 
+/// The place is in the file of the inside; the name is the whole path to the block.
+TEST_F(TypingErrors, InsideSuperBlocksAreNamedByTheirPath) {
+    const std::string span = SourceDir() + "/catalogue/superblocks/AmplifiedSpan";
+    for (const char* ending : {".top", ".dts"}) {
+        std::filesystem::copy_file(span + ending, std::string("AmplifiedSpan") + ending);
+    }
+    std::string text = FileText("AmplifiedSpan.top");
+    text.replace(text.find("PARAM distance"), 14, "PARAM distanse");
+    text.replace(text.find("SIMMODE Spec"), 12, "SIMMODE Spex");
+    WriteText("AmplifiedSpan.top", text);
+    const ProgramResult result = Photrak("run --no-commands --quiet nested.top");
+    EXPECT_EQ(result.status, 1);
+    for (const char* told :
+         {": P1201: component 'Line:First:Fiber': ", ": P1004: in 'Line:First': SIMMODE",
+          "nested.top: 2 faults, nothing was run"}) {
+        EXPECT_NE(result.error.find(told), std::string::npos) << result.error;
+    }
+    EXPECT_FALSE(std::filesystem::exists("log.txt"));
+}
+
 /// What a run finds out comes with the place, the point of the scan, and a count of its repeats.
 TEST_F(TypingErrors, WarningsOfARunAreToldOnceWithValueAndPoint) {
     const ProgramResult result =
