@@ -104,14 +104,13 @@ TEST_F(Results, ThatCannotBeWrittenWholeAreErrorsAndLeaveWhatWasThere) {
 
 /// Warnings stand on standard error too, so that a lost log is no lost result.
 TEST_F(Results, WithoutTheirLogComeWithAWarning) {
-    std::filesystem::create_symlink("/dev/full", "log.txt");
+    std::filesystem::create_directory("log.txt");
     for (const auto& [strict, status] : {std::pair("", 0), std::pair("--strict ", 2)}) {
         const ProgramResult result =
             Photrak(Concat("run --no-commands ", strict, "first-bits.top"));
         EXPECT_EQ(result.status, status);
         EXPECT_EQ(result.out, "first-bits_bin.sig\nfirst-bits.pcs\n");
-        EXPECT_EQ(result.error,
-                  "photrak: warning: could not write 'log.txt': No space left on device\n");
+        EXPECT_EQ(result.error, "photrak: warning: could not write 'log.txt': Is a directory\n");
     }
 }
 
