@@ -6,6 +6,8 @@
 namespace photrak {
 namespace {
 
+using namespace std::literals;
+
 PointFile FullFile() {
     PointFile file;
     file.hash = "0123456789abcdef";
@@ -13,7 +15,7 @@ PointFile FullFile() {
     file.seconds = 0.1;
     file.drewNoise = true;
     file.outcome = {Status::Warning, Status::Success, "failed\n"};
-    file.log = std::string("log 1\n\0%s\nend 0\n\n", 19);
+    file.log = "log 1\n\0%s\nend 0\n\n"s;
     file.warnings = {{"Line:Fiber", "two\nlines", {{"told", "p", "1", "2", "m", true}}},
                      {"", "", {}}};
     file.files = {{"a b.sig", "1 2\n", false}, {"t.bdt", "", true}};
