@@ -133,7 +133,8 @@ void EyeDensity(benchmark::State& state) {
     std::mt19937 random(1);
     for (int i = 0; i < state.range(0); ++i) {
         std::vector<double> y;
-        const double from = random() % 2, to = random() % 2;
+        const double from = static_cast<double>(random() % 2),
+                     to = static_cast<double>(random() % 2);
         for (int k = 0; k < samples; ++k) {
             y.push_back(from + (to - from) * k / samples +
                         0.1 * static_cast<double>(random() % 1000) / 1000.0);

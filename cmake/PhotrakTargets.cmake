@@ -5,6 +5,8 @@ target_include_directories(photrak_flags INTERFACE ${PROJECT_SOURCE_DIR}/src ${P
 target_compile_options(photrak_flags INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Werror
   $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor -Woverloaded-virtual>
+  # What the products compute may not change its value or sign unseen; tests count as they like.
+  $<$<NOT:$<BOOL:$<TARGET_PROPERTY:PHOTRAK_TEST>>>:-Wconversion -Wsign-conversion>
   # A wide vector passed between functions compiled for one instruction set is our own business.
   -Wno-psabi
   # One rounding per operation on every machine: results may not depend on contraction.

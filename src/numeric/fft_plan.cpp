@@ -23,7 +23,7 @@ constexpr long largeTransform = 1L << 15;
 long ColumnLength(long n) {
     const long rows = n / 8;
     if (rows <= singleLevelRows) return 1;
-    const int bits = std::bit_width(static_cast<unsigned long>(rows)) - 1;
+    const int bits = static_cast<int>(std::bit_width(static_cast<unsigned long>(rows))) - 1;
     return std::max(8L, 1L << (bits / 2));
 }
 

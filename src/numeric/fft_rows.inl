@@ -37,7 +37,7 @@ void RowStage(double* rows, long count, const FFTStage& stage) {
 #pragma GCC unroll 1
             for (int part = 0; part < Parts; ++part) {
                 double* p = at + W * part;
-                Cv x[R];
+                Several<Cv, R> x;
 #pragma GCC unroll 8
                 for (int j = 0; j < R; ++j) x[j] = Load(p + distance * j, p + distance * j + 8);
                 Butterfly<R, +1>(x);
@@ -57,7 +57,7 @@ PHOTRAK_INLINE void LastRowGroup(const double* rows, Put put) {
 #pragma GCC unroll 1
     for (int part = 0; part < Parts; ++part) {
         const double* p = rows + W * part;
-        Cv x[R];
+        Several<Cv, R> x;
 #pragma GCC unroll 8
         for (int j = 0; j < R; ++j) x[j] = Load(p + fftRow * j, p + fftRow * j + 8);
         Butterfly<R, +1>(x);

@@ -59,7 +59,7 @@ template <int R, bool Coarse>
 void DownStage(const FFTStage& stage, FieldView field) {
     const long distance = stage.length / R;
     for (long k = 0; k < distance; k += W) {
-        Cv x[R];
+        Several<Cv, R> x;
         LoadStreams<R>(x, field.re + k, field.im + k, distance);
         Down<R>(x, Factors<R, Coarse>(stage, k));
         StoreStreams<R>(x, field.re + k, field.im + k, distance);
@@ -70,7 +70,7 @@ template <int R, bool Coarse>
 void UpStage(const FFTStage& stage, FieldView field) {
     const long distance = stage.length / R;
     for (long k = 0; k < distance; k += W) {
-        Cv x[R];
+        Several<Cv, R> x;
         LoadStreams<R>(x, field.re + k, field.im + k, distance);
         Up<R>(x, Factors<R, Coarse>(stage, k));
         StoreStreams<R>(x, field.re + k, field.im + k, distance);
@@ -151,7 +151,7 @@ template <int R, bool Coarse, bool Conjugate>
 void EnterSplit(const FFTStage& stage, const double* data, FieldView field) {
     const long distance = stage.length / R;
     for (long k = 0; k < distance; k += W) {
-        Cv x[R];
+        Several<Cv, R> x;
 #pragma GCC unroll 8
         for (int j = 0; j < R; ++j)
             x[j] = LoadInterleaved<Conjugate>(data + 2 * (k + distance * j));
@@ -164,7 +164,7 @@ template <int R, bool Coarse, bool Conjugate>
 void LeaveSplit(const FFTStage& stage, FieldView field, double* data) {
     const long distance = stage.length / R;
     for (long k = 0; k < distance; k += W) {
-        Cv x[R];
+        Several<Cv, R> x;
         LoadStreams<R>(x, field.re + k, field.im + k, distance);
         Up<R>(x, Factors<R, Coarse>(stage, k));
 #pragma GCC unroll 8

@@ -10,7 +10,7 @@ namespace photrak {
 namespace {
 
 int Log2(std::uint64_t n) {
-    return std::bit_width(n) - 1;
+    return static_cast<int>(std::bit_width(n)) - 1;
 }
 
 // From this length on the factors of a stage of radix 8 are products of two tables; one table would

@@ -40,8 +40,8 @@ PHOTRAK_INLINE void OverField(long n, FieldView field, const double* array, Use 
     constexpr int Count = Beside;
     long k = 0;
     for (; k + Count * W <= n; k += Count * W) {
-        Cv x[Count];
-        V a[Count];
+        Several<Cv, Count> x;
+        Several<V, Count> a;
 #pragma GCC unroll 4
         for (int j = 0; j < Count; ++j) {
             x[j] = {LoadLoose(field.re + k + W * j), LoadLoose(field.im + k + W * j)};
@@ -65,7 +65,7 @@ PHOTRAK_INLINE void OverField(long n, FieldView field, const double* array, Use 
 
 void RotateField(long n, FieldView field, const double* phase, double scale) {
     OverField(n, field, phase, [scale]<int Count>(Cv* x, const V* a) {
-        V angle[Count];
+        Several<V, Count> angle;
 #pragma GCC unroll 4
         for (int j = 0; j < Count; ++j) angle[j] = scale * a[j];
         Rotate<Count>(x, angle);
@@ -74,7 +74,7 @@ void RotateField(long n, FieldView field, const double* phase, double scale) {
 
 void PolarField(long n, FieldView field, const double* phase, double scale, double gain) {
     OverField(n, field, phase, [scale, gain]<int Count>(Cv* x, const V* a) {
-        V angle[Count];
+        Several<V, Count> angle;
 #pragma GCC unroll 4
         for (int j = 0; j < Count; ++j) {
             angle[j] = scale * a[j];

@@ -42,7 +42,7 @@ constexpr int Beside = 4;
 
 template <int Count>
 PHOTRAK_INLINE void ExpIPlain(const V* x, Cv* out) {
-    V z[Count], s[Count], c[Count];
+    Several<V, Count> z, s, c;
 #pragma GCC unroll 8
     for (int k = 0; k < Count; ++k) {
         z[k] = x[k] * x[k];
@@ -99,14 +99,14 @@ __attribute__((noinline)) void RotateFar(Cv* y, const V* x) {
 template <int Count>
 PHOTRAK_INLINE void Rotate(Cv* y, const V* x) {
     if (__builtin_expect(AnyBeyond<Count>(x, plainAngle), 0)) {
-        V angles[Count];
-        Cv values[Count];
+        Several<V, Count> angles;
+        Several<Cv, Count> values;
         for (int k = 0; k < Count; ++k) angles[k] = x[k], values[k] = y[k];
         RotateFar<Count>(values, angles);
         for (int k = 0; k < Count; ++k) y[k] = values[k];
         return;
     }
-    Cv w[Count];
+    Several<Cv, Count> w;
     ExpIPlain<Count>(x, w);
 #pragma GCC unroll 8
     for (int k = 0; k < Count; ++k) y[k] = y[k] * w[k];

@@ -32,6 +32,9 @@ PHOTRAK_INLINE V Broadcast(double x) {
 struct Cv {
     V r, i;
 };
+/// A plain array of a constant number, counted in int as the loops over it are.
+template <typename T, int N>
+using Several = T[static_cast<std::size_t>(N)];
 PHOTRAK_INLINE Cv operator+(Cv a, Cv b) {
     return {a.r + b.r, a.i + b.i};
 }

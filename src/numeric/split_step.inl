@@ -34,7 +34,7 @@ PHOTRAK_INLINE V KerrPhase(double gamma, V p, V q) {
 // Count streams of a channel, of both polarizations where Dual.
 template <int Count, bool Dual>
 PHOTRAK_INLINE void KerrRotate(const KerrView& kerr, long n, long k, long distance, Cv* x, Cv* y) {
-    V p[Count], q[Count], phase[Count];
+    Several<V, Count> p, q, phase;
 #pragma GCC unroll 8
     for (int j = 0; j < Count; ++j) {
         p[j] = SquaredMagnitude(x[j]);
@@ -76,7 +76,7 @@ void KerrSamples(const FFTStage& stage, FieldView x, FieldView y, const KerrView
     const long n = stage.length, distance = alone ? W : n / R, step = alone ? R * W : W;
     const long end = alone ? n : distance;
     for (long k = 0; k < end; k += step) {
-        Cv a[R], b[R];
+        Several<Cv, R> a, b;
         LoadStreams<R>(a, x.re + k, x.im + k, distance);
         if constexpr (Dual) LoadStreams<R>(b, y.re + k, y.im + k, distance);
         if constexpr (Pass & fftPassCloses) {

@@ -16,7 +16,7 @@ namespace {
 // Radices of the stages above the leaf: 8 first, since the outermost stages touch the most memory;
 // what is left of the bits goes to stages of 4, or of 2 where there is but one bit.
 std::vector<long> SplitRadices(long n) {
-    int bits = std::bit_width(static_cast<unsigned long>(n / fftLeaf)) - 1;
+    int bits = static_cast<int>(std::bit_width(static_cast<unsigned long>(n / fftLeaf))) - 1;
     const int fours = bits == 1 ? 0 : (3 - bits % 3) % 3;
     std::vector<long> radices(static_cast<std::size_t>((bits - 2 * fours) / 3), 8);
     radices.insert(radices.end(), static_cast<std::size_t>(fours), 4);

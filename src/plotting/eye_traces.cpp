@@ -30,7 +30,7 @@ bool Meets(const Curve& curve, const Curve& next, double largestStep) {
 bool MostMeet(const Plot& plot, double largestStep) {
     std::size_t meeting = 0;
     for (std::size_t i = 0; i + 1 < plot.curves.size(); ++i) {
-        meeting += Meets(plot.curves[i], plot.curves[i + 1], largestStep) ? 1 : 0;
+        if (Meets(plot.curves[i], plot.curves[i + 1], largestStep)) ++meeting;
     }
     return 10 * meeting >= 9 * (plot.curves.size() - 1);
 }

@@ -48,11 +48,12 @@ std::size_t EditDistance(std::string_view a, std::string_view b) {
 std::string Nearest(const SymbolTable& table, std::string_view name) {
     std::string nearest;
     std::size_t least = name.size() / 2 + 1;
+    const Symbol* entries = table.entries.get();
     for (std::int32_t i = 0; i < table.count; ++i) {
-        const std::size_t distance = EditDistance(table.entries[i].name, name);
+        const std::size_t distance = EditDistance(entries[i].name, name);
         if (distance >= least) continue;
         least = distance;
-        nearest = table.entries[i].name;
+        nearest = entries[i].name;
     }
     return nearest;
 }

@@ -23,7 +23,7 @@
 namespace photrak {
 namespace {
 
-constexpr int trialCount = 256;
+constexpr std::size_t trialCount = 256;
 constexpr double shareOfTrial = 0.00390625;
 constexpr double squareRootOf2 = std::numbers::sqrt2;
 constexpr int firstJitterSeed = 1;  // the same for every pass
@@ -78,7 +78,7 @@ class ErrorSum {
                 Decide(i);
                 Count(set_.pairs[i], bit);
             }
-            for (int t = 0; t < trialCount; ++t) {
+            for (std::size_t t = 0; t < trialCount; ++t) {
                 spaceTotal_ += worstSpace_[t];
                 markTotal_ += worstMark_[t];
             }
@@ -97,7 +97,7 @@ class ErrorSum {
         const double s = set_.samplesPerBit;
         const double center =
             (params_.decisionPointShift * s + (std::int64_t{bit} - 1) * s) * set_.tStep;
-        for (int t = 0; t < trialCount; ++t) {
+        for (std::size_t t = 0; t < trialCount; ++t) {
             const double dt = ClippedGaussianRandom(&seed_) * params_.timingJitter;
             const double dv = ClippedGaussianRandom(&seed_) * params_.decisionLevelJitter;
             trials_.place[t] = grid_.Locate(center + dt);
@@ -108,7 +108,7 @@ class ErrorSum {
     void Decide(std::size_t index) {
         const BerPair& pair = set_.pairs[index];
         const double *voltage = pair.voltage.get(), *sigma = pair.sigma.get();
-        for (int t = 0; t < trialCount; ++t) {
+        for (std::size_t t = 0; t < trialCount; ++t) {
             const GridPlace& place = trials_.place[t];
             const double value = place.Value(voltage);
             z_[t] = Deviations(value, trials_.level[t], place.Value(sigma));
@@ -119,13 +119,13 @@ class ErrorSum {
 
     void Count(BerPair& pair, std::int32_t bit) {
         if (!pair.sent) {
-            CountBySign(pair.bits[bit]);
+            CountBySign(pair.bits.get()[bit]);
             return;
         }
-        const bool mark = pair.bits[bit] != 0;
+        const bool mark = pair.bits.get()[bit] != 0;
         PerTrial& worst = mark ? worstMark_ : worstSpace_;
         double tail = 0.0;
-        for (int t = 0; t < trialCount; ++t) {
+        for (std::size_t t = 0; t < trialCount; ++t) {
             // Without jitter all trials are alike.
             if (t == 0 || z_[t] != z_[t - 1]) tail = Tail(mark ? z_[t] : -z_[t]);
             worst[t] = std::max(worst[t], tail);
@@ -135,7 +135,7 @@ class ErrorSum {
     /// Each trial decides by itself which bit it saw, and votes for it.
     void CountBySign(std::int16_t& vote) {
         using Limits = std::numeric_limits<std::int16_t>;
-        for (int t = 0; t < trialCount; ++t) {
+        for (std::size_t t = 0; t < trialCount; ++t) {
             const bool space = z_[t] <= 0.0;
             PerTrial& worst = space ? worstSpace_ : worstMark_;
             worst[t] = std::max(worst[t], Tail(std::fabs(z_[t])));
@@ -156,8 +156,9 @@ class ErrorSum {
     void ReduceVotes() {
         for (BerPair& pair : set_.pairs) {
             if (pair.sent) continue;
+            std::int16_t* bits = pair.bits.get();
             for (std::int32_t b = 1; b <= set_.patternLength; ++b) {
-                pair.bits[b] = pair.bits[b] > 0 ? 1 : 0;
+                bits[b] = bits[b] > 0 ? 1 : 0;
             }
         }
     }

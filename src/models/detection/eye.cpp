@@ -106,10 +106,11 @@ void FindSpan(const EyeLids& lids, std::int32_t widest, EyeResult& eye) {
 
 /// The lid sample with the greatest opening, 0 if there is none.
 std::int32_t WidestOpening(const EyeLids& lids, std::int32_t lidLength) {
+    const double *upper = lids.upper.get(), *lower = lids.lower.get();
     std::int32_t widest = 0;
     double most = 0.0;
     for (std::int32_t i = 1; i <= lidLength; ++i) {
-        const double opening = lids.upper[i] - lids.lower[i];
+        const double opening = upper[i] - lower[i];
         if (opening <= most) continue;
         most = opening;
         widest = i;
@@ -187,7 +188,7 @@ void BuildEyeLids(const BerPairs& set, EyeMode mode, EyeLids& lids) {
     for (const BerPair& pair : set.pairs) {
         for (std::int32_t b = 1; b < set.patternLength; ++b) {
             const double* window = Window(pair.voltage.get(), b, set.samplesPerBit);
-            add(window, pair.bits[b] != 0, length, lids);
+            add(window, pair.bits.get()[b] != 0, length, lids);
         }
     }
 }

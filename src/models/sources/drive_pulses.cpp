@@ -93,7 +93,7 @@ class Painter {
   private:
     bool IsOne(std::int32_t k) const { return bits_.bitSequence[k] == 1; }
     double Center(std::int32_t k) const {
-        const std::int32_t half = samplesPerBit_ / 2;  // a whole number of samples
+        const std::int64_t half = samplesPerBit_ / 2;  // a whole number of samples
         return static_cast<double>(std::int64_t{k - 1} * samplesPerBit_ + half);
     }
     double DrawJitter() const {
@@ -104,14 +104,15 @@ class Painter {
     Pulse ShapedPulse(std::int32_t k, double start, double end, double shift,
                       double formerShift) const {
         Pulse pulse{};
+        const double bit = static_cast<double>(samplesPerBit_);  // in samples
         const double center = Center(k) + shift;
         pulse.start = start;
         pulse.end = end;
         pulse.flatStart = type_.shiftsAsWhole ? center : start + rise_;
         pulse.flatEnd = type_.shiftsAsWhole ? center : end - fall_;
         pulse.shift = shift;
-        pulse.first = LastUpTo(Center(k) - samplesPerBit_ + formerShift) + 1;
-        pulse.last = LastUpTo(center + samplesPerBit_);
+        pulse.first = LastUpTo(Center(k) - bit + formerShift) + 1;
+        pulse.last = LastUpTo(center + bit);
         return pulse;
     }
 

@@ -19,7 +19,7 @@ void ApplyPackage(const LaserParams& params, ElecSig& drive) {
         drive.UnitType = VoltageUnit;
     }
     DoFFT(drive.fftView, n, -1);
-    const double df = 1.0 / (n * drive.tStep);
+    const double df = 1.0 / (static_cast<double>(n) * drive.tStep);
     for (long i = 1; i <= n / 2 + 1; ++i) {
         const Complex H = PackageResponse(params, twoPi * static_cast<double>(i - 1) * df);
         samples[i] = H * samples[i];

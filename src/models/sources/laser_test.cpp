@@ -16,8 +16,9 @@
 namespace photrak {
 namespace {
 
-constexpr int points = 200;
-constexpr int firstOfLine = 132, lastOfLine = 198;  // the part that tells the threshold, from 1
+constexpr std::size_t points = 200;
+constexpr std::size_t firstOfLine = 132,
+                      lastOfLine = 198;  // the part that tells the threshold, from 1
 
 /// Element 0 is not used.
 struct LaserCurve {
@@ -48,8 +49,8 @@ Status WalkCurve(const LaserParams& params, double step, LaserCurve& curve,
                  const ModelReport& report) {
     LaserState state = DarkState(params);
     bool lifted = false;
-    for (int k = 1; k <= points; ++k) {
-        curve.Icw[k] = k * step;
+    for (std::size_t k = 1; k <= points; ++k) {
+        curve.Icw[k] = static_cast<double>(k) * step;
         const std::size_t before = report.errorText.size();
         if (Settle(params, curve.Icw[k], state, lifted, report.errorText) != Status::Success) {
             if (report.errorText.size() > before) return Status::Error;
@@ -75,7 +76,7 @@ using Values = std::array<double, points + 1>;
 /// y where the rising x reaches `at`, along straight lines from the origin on; false beyond the
 /// end.
 bool Along(const Values& x, const Values& y, double at, double& result) {
-    for (int k = 1; k <= points; ++k) {
+    for (std::size_t k = 1; k <= points; ++k) {
         if (x[k] < at) continue;
         const double span = x[k] - x[k - 1];
         result = span > 0.0 ? y[k - 1] + (y[k] - y[k - 1]) * (at - x[k - 1]) / span : y[k];
