@@ -2,12 +2,14 @@
 // to stop. A handler touches lock-free words only.
 #include "photrak/console.h"
 
+#include <algorithm>
 #include <atomic>
 #include <csignal>
 #include <cstdio>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include "base/harmless_text.h"
 #include "base/text.h"
 #include "kernel/run_record.h"
 #include "kernel/sweep_settings.h"
@@ -50,13 +52,11 @@ Host HostWith(Messages& messages) {
     return host;
 }
 
-/// Control characters of a name may not steer the terminal.
-std::string Printable(std::string_view text) {
-    std::string clean(text);
-    for (char& c : clean) {
-        if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f) c = ' ';
-    }
-    return clean;
+/// A text of one line; what could end it is shown as control characters are.
+std::string HarmlessLine(std::string_view text) {
+    std::string line = HarmlessText(text);
+    std::ranges::replace(line, '\n', ' ');
+    return line;
 }
 
 }  // namespace
@@ -74,7 +74,7 @@ void ConsoleMessages::ShowStatusText(std::string_view text) {
     constexpr std::string_view verb = "Simulating ";
     if (text.starts_with(verb)) latestComponent_ = text.substr(verb.size());
     if (style_ == ProgressStyle::Silent) return;
-    progress_.Begin(Printable(text));
+    progress_.Begin(HarmlessLine(text));
     ShowProgress(-1.0);
 }
 
@@ -183,7 +183,7 @@ void ConsoleMessages::ShowWarnings(std::string_view component, std::string_view 
 }
 
 void ConsoleMessages::ShowNote(std::string_view text) {
-    const std::string note = Printable(text);
+    const std::string note = HarmlessLine(text);
     if (notes_.size() >= mostWarnings || !notes_.insert(note).second) return;
     EndStatusLine();
     Report("note", note);
@@ -240,7 +240,7 @@ void Report(std::string_view kind, std::string_view text) {
             if (line.starts_with(mark)) own = word;
         }
         if (line.find_first_not_of(" \t") != std::string_view::npos) {
-            WriteError(Concat("photrak: ", own, ": ", Printable(line), "\n"));
+            WriteError(Concat("photrak: ", own, ": ", HarmlessLine(line), "\n"));
             const bool isMarked = own != kind;  // "WARNING: " is the kind, and no part of the text
             CurrentOutcome().Add(own, isMarked ? line.substr(line.find(' ') + 1) : line);
         }

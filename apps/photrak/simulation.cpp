@@ -116,6 +116,11 @@ int Conclude(Status status, bool warned, const Session& session, const ConsoleMe
                                                                    : exitStatus::success;
 }
 
+Status RunBounded(Workspace& workspace, const ModelTable& models) {
+    const LogBound bound;
+    return RunSimulation(&workspace, models);
+}
+
 }  // namespace
 
 int SimulateTopology(const CommandOptions& options, const SimulationKind& kind, RunGuest* guest) {
@@ -143,7 +148,7 @@ int SimulateTopology(const CommandOptions& options, const SimulationKind& kind, 
     ModelTable models = session.Models();
     const auto points = kind.points ? kind.points(session, options) : nullptr;
     models.points = points.get();
-    const Status status = RunSimulation(session.workspace.get(), models);
+    const Status status = RunBounded(*session.workspace, models);
     messages.TellRepeats();
     messages.Follow(nullptr, nullptr);
     LogText(Concat(kind.name, " Completed\n"));

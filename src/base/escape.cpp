@@ -4,6 +4,7 @@
 
 #include <array>
 
+#include "base/harmless_text.h"
 #include "base/text.h"
 #include "platform/file_system.h"
 #include "platform/host.h"
@@ -19,19 +20,6 @@ struct EscapeStack {
     int current = 0;
 };
 thread_local EscapeStack stack;
-
-/// The longest part of at most `limit` bytes that does not split a UTF-8 character.
-std::string_view CutAtCharacter(std::string_view text, std::size_t limit) {
-    if (text.size() <= limit) return text;
-    constexpr unsigned char continuationMask = 0xC0, continuation = 0x80;
-    std::size_t length = limit;
-    const std::size_t longestTail = 3;  // continuation bytes of one character
-    while (length > 0 && limit - length <= longestTail &&
-           (static_cast<unsigned char>(text[length]) & continuationMask) == continuation) {
-        --length;
-    }
-    return text.substr(0, limit - length <= longestTail ? length : limit);
-}
 
 /// Failing to leave a trace must not hide the failure itself.
 void AppendTrace(const std::string& text) {

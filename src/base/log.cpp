@@ -6,6 +6,7 @@
 #include <mutex>
 #include <utility>
 
+#include "base/harmless_text.h"
 #include "platform/file_system.h"
 
 namespace photrak {
@@ -14,10 +15,37 @@ namespace {
 std::mutex failureGuard;  // a run writes beside the interface
 std::string firstFailure;
 
+thread_local bool isBounded = false;
+thread_local std::size_t bytesLeft = 0;  // of the bound
+
+/// As much of the text as the bound has room for, in whole lines, and the word that it is reached.
+std::string WithinBound(std::string text) {
+    if (!isBounded) return text;
+    if (text.size() < bytesLeft) {
+        bytesLeft -= text.size();
+        return text;
+    }
+    const std::size_t end = text.rfind('\n', bytesLeft - 1);
+    text.resize(end == std::string::npos ? 0 : end + 1);
+    bytesLeft = 0;
+    return text += "The log of this run is full: what follows is left out, up to its end\n";
+}
+
 }  // namespace
 
+LogBound::LogBound(std::size_t most) {
+    isBounded = true;
+    bytesLeft = most;
+}
+
+LogBound::~LogBound() {
+    isBounded = false;
+}
+
 void LogText(std::string_view text) {
-    if (AppendToFile("log.txt", text)) return;
+    if (text.empty() || (isBounded && bytesLeft == 0)) return;
+    const std::string shown = WithinBound(HarmlessText(text));
+    if (AppendToFile("log.txt", shown)) return;
     const int number = errno;
     const std::lock_guard lock(failureGuard);
     if (firstFailure.empty()) firstFailure = std::strerror(number);

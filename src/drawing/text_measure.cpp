@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "base/harmless_text.h"
+
 namespace photrak {
 namespace {
 
@@ -96,29 +98,6 @@ class Table : public TextMeasure {
 
 constexpr std::string_view replacement = "\xEF\xBF\xBD";
 
-/// Bytes of the valid UTF-8 sequence at the start of `text`, 0 if there is none (overlong forms,
-/// surrogates and what lies above U+10FFFF count as none).
-std::size_t SequenceLength(std::string_view text) {
-    const auto byte = [&](std::size_t i) {
-        return i < text.size() ? static_cast<unsigned char>(text[i]) : 0u;
-    };
-    const unsigned lead = byte(0);
-    const std::size_t length = lead < 0x80   ? 1
-                               : lead < 0xC2 ? 0
-                               : lead < 0xE0 ? 2
-                               : lead < 0xF0 ? 3
-                               : lead < 0xF5 ? 4
-                                             : 0;
-    for (std::size_t i = 1; i < length; ++i) {
-        if ((byte(i) & 0xC0) != 0x80) return 0;
-    }
-    if ((lead == 0xE0 && byte(1) < 0xA0) || (lead == 0xED && byte(1) > 0x9F) ||
-        (lead == 0xF0 && byte(1) < 0x90) || (lead == 0xF4 && byte(1) > 0x8F)) {
-        return 0;
-    }
-    return length;
-}
-
 }  // namespace
 
 const TextMeasure& TableMeasure() {
@@ -144,7 +123,7 @@ std::string DrawableText(std::string_view text) {
     std::string out;
     out.reserve(text.size());
     while (!text.empty()) {
-        const std::size_t length = SequenceLength(text);
+        const std::size_t length = Utf8Length(text);
         const auto lead = static_cast<unsigned char>(text.front());
         const bool noncharacter = length == 3 && (text.substr(0, 3) == "\xEF\xBF\xBE" ||
                                                   text.substr(0, 3) == "\xEF\xBF\xBF");
@@ -165,7 +144,7 @@ std::string DrawableText(std::string_view text) {
 
 char32_t NextCodePoint(std::string_view text, std::size_t& position) {
     const std::string_view rest = text.substr(position);
-    const std::size_t length = SequenceLength(rest);
+    const std::size_t length = Utf8Length(rest);
     position += std::max<std::size_t>(length, 1);
     const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(rest[i]); };
     switch (length) {

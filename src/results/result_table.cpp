@@ -6,6 +6,7 @@
 #include <cmath>
 #include <set>
 
+#include "base/harmless_text.h"
 #include "base/text.h"
 #include "platform/result_folder.h"
 
@@ -14,23 +15,6 @@ namespace {
 
 constexpr int exactDigits = 17;
 constexpr std::string_view jsonStart = "[", jsonEnd = "\n]\n";
-
-/// Bytes of the UTF-8 character at the start, 0 if there is none: no overlong form, no half of a
-/// pair, nothing above U+10FFFF.
-std::size_t Utf8Length(std::string_view text) {
-    const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
-    const unsigned lead = byte(0);
-    if (lead < 0x80) return 1;
-    const std::size_t length = lead >= 0xf0 ? 4 : lead >= 0xe0 ? 3 : 2;
-    if (lead < 0xc2 || lead > 0xf4 || text.size() < length) return 0;
-    for (std::size_t i = 1; i < length; ++i) {
-        if ((byte(i) & 0xc0) != 0x80) return 0;
-    }
-    const unsigned second = byte(1);
-    const bool isWrong = (lead == 0xe0 && second < 0xa0) || (lead == 0xed && second > 0x9f) ||
-                         (lead == 0xf0 && second < 0x90) || (lead == 0xf4 && second > 0x8f);
-    return isWrong ? 0 : length;
-}
 
 void AppendEscaped(std::string& out, char c) {
     constexpr std::string_view digits = "0123456789abcdef";

@@ -116,7 +116,10 @@ void RunInDirectory(Workbench& workbench, DiagramView& view) {
     ResetRunRecord();
     const SuperBlockRuns nested(workbench.catalogue);
     const ModelTable models{workbench.services.builtInModels, &workbench.userModels, &nested};
-    workbench.run.status = Simulate(&workspace, models, text);
+    {
+        const LogBound bound;
+        workbench.run.status = Simulate(&workspace, models, text);
+    }
     workspace.errorText = text;
     if (CurrentRun().viewerMissing) {
         workbench.run.notes.Add(

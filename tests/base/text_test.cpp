@@ -8,8 +8,10 @@
 #include <utility>
 #include <vector>
 
+#include "base/harmless_text.h"
 #include "base/line_reader.h"
 #include "base/log.h"
+#include "support/temp_dir.h"
 
 namespace photrak {
 namespace {
@@ -131,6 +133,52 @@ TEST(LineReader, TakesTextValuesToTheQuote) {
         ASSERT_TRUE(reader.Next());
         EXPECT_EQ(reader.Word(), "VALUE");
         EXPECT_EQ(reader.Text(), value) << line;
+    }
+}
+
+TEST(HarmlessText, EscapesWhatSteersATerminalAndBoundsLines) {
+    const std::string flood(10'000, 'x'), bells(5'000, '\x07');
+    const std::pair<std::string, std::string> rows[] = {
+        {"plain\n\tlines\n", "plain\n\tlines\n"},
+        {"\x1b[2J\r\x7f", "\\x1b[2J\\x0d\\x7f"},
+        {"a\x9b"
+         "31m",
+         "a\\x9b31m"},
+        {"\xc2\x9b"
+         "31m \xc2\xb5m \xe4",
+         "\\u009b31m \xc2\xb5m \xe4"},
+        {std::string("\0x", 2), "\\x00x"},
+        {flood + "\nnext", flood.substr(0, 4056) + " ... (5944 more bytes)\nnext"},
+    };
+    for (const auto& [text, shown] : rows) {
+        EXPECT_EQ(HarmlessText(text), shown);
+        EXPECT_EQ(HarmlessText(shown), shown) << "shown again it stays";
+    }
+    EXPECT_LE(HarmlessText(bells).size(), mostShownBytes);
+}
+
+/// Cuts at whole lines wherever the calls fall, so that a merged log is the log of one process.
+TEST(Log, OfARunIsBoundedInWholeLinesWhateverTheCalls) {
+    const TempDir folder;
+    const std::string lines = "first line\nsecond line\nthird line\nfourth line\n";
+    const auto logged = [&](std::size_t step) {
+        std::remove("log.txt");
+        {
+            const LogBound bound(30);
+            for (std::size_t at = 0; at < lines.size();) {
+                const std::size_t end = lines.find('\n', std::min(at + step, lines.size() - 1)) + 1;
+                LogText(lines.substr(at, end - at));
+                at = end;
+            }
+        }
+        LogText("Completed\n");
+        return folder.Read("log.txt");
+    };
+    for (const std::size_t step : {1, 14, 100}) {
+        EXPECT_EQ(logged(step),
+                  "first line\nsecond line\n"
+                  "The log of this run is full: what follows is left out, up to its end\n"
+                  "Completed\n");
     }
 }
 
