@@ -1,4 +1,4 @@
-// Integer recurrences as published; no product leaves 32 bits.
+// Integer recurrences as published, in 64 bits where a product needs them.
 #include "numeric/random.h"
 
 #include <algorithm>
@@ -12,9 +12,8 @@
 namespace photrak {
 namespace {
 
-/// x -> 16807 x mod (2^31 - 1), by Schrage's factors of the modulus.
+/// x -> 16807 x mod (2^31 - 1).
 constexpr int multiplier = 16807, modulus = 2147483647;
-constexpr int schrageQuotient = 127773, schrageRemainder = 2836;
 constexpr int uniformTableSize = 32, warmUpSteps = 8;
 constexpr int outputsPerEntry = 67108864;  // 2^31 / 32
 constexpr double unitPerStep = 4.656612875245797e-10;
@@ -53,10 +52,11 @@ ShuffleState shuffled;
 SeedWords seeds;
 bool noiseNoted = false;
 
+/// The product folded at bit 31: 2^31 leaves 1 when divided by the modulus.
 void StepMinimalStandard(int* seed) {
-    const int quotient = *seed / schrageQuotient;
-    *seed = multiplier * (*seed - quotient * schrageQuotient) - schrageRemainder * quotient;
-    if (*seed < 0) *seed += modulus;
+    const std::int64_t product = std::int64_t{*seed} * multiplier;
+    const std::int64_t folded = (product & modulus) + (product >> 31);
+    *seed = static_cast<int>(folded >= modulus ? folded - modulus : folded);
 }
 
 void FillUniformTable(int* seed) {
@@ -88,9 +88,7 @@ void StartShuffle(int* seed) {
     *seed = 1;
 }
 
-}  // namespace
-
-double UniformRandom(int* seed) {
+inline double NextUniform(int* seed) {
     if (*seed < 1 || uniform.output == 0) FillUniformTable(seed);
     StepMinimalStandard(seed);
     int& entry = uniform.table[static_cast<std::size_t>(uniform.output / outputsPerEntry)];
@@ -99,20 +97,42 @@ double UniformRandom(int* seed) {
     return std::min(uniform.output * unitPerStep, largestUniform);
 }
 
-double GaussianRandom(int* seed) {
-    if (gaussian.hasSpare) {
-        gaussian.hasSpare = false;
-        return gaussian.spare;
-    }
-    double v1 = 0.0, v2 = 0.0, r = 0.0;
+/// A point in the unit circle, of which the polar method makes two normals.
+struct PolarPoint {
+    double v1 = 0.0, v2 = 0.0, r = 0.0;  // r: the distance from the center, squared
+
+    double Factor() const { return std::sqrt(-2.0 * std::log(r) / r); }
+};
+
+inline PolarPoint NextPolarPoint(int* seed) {
+    PolarPoint point;
     do {
-        v1 = 2.0 * UniformRandom(seed) - 1.0;
-        v2 = 2.0 * UniformRandom(seed) - 1.0;
-        r = v1 * v1 + v2 * v2;
-    } while (r >= 1.0 || r == 0.0);
-    const double f = std::sqrt(-2.0 * std::log(r) / r);
-    gaussian = {true, v1 * f};
-    return v2 * f;
+        point.v1 = 2.0 * NextUniform(seed) - 1.0;
+        point.v2 = 2.0 * NextUniform(seed) - 1.0;
+        point.r = point.v1 * point.v1 + point.v2 * point.v2;
+    } while (point.r >= 1.0 || point.r == 0.0);
+    return point;
+}
+
+inline double TakeSpare() {
+    gaussian.hasSpare = false;
+    return gaussian.spare;
+}
+
+inline double FirstOfPair(const PolarPoint& point) {
+    const double f = point.Factor();
+    gaussian = {true, point.v1 * f};
+    return point.v2 * f;
+}
+
+}  // namespace
+
+double UniformRandom(int* seed) {
+    return NextUniform(seed);
+}
+
+double GaussianRandom(int* seed) {
+    return gaussian.hasSpare ? TakeSpare() : FirstOfPair(NextPolarPoint(seed));
 }
 
 double ClippedGaussianRandom(int* seed) {
@@ -121,6 +141,26 @@ double ClippedGaussianRandom(int* seed) {
         value = GaussianRandom(seed);
     } while (std::fabs(value) > clipLimit);
     return value;
+}
+
+void SkipClippedGaussians(int* seed, long count) {
+    // A normal squared is at most -2 ln r. From this r on (exp(-2.8^2 / 2) = 0.0198) neither of a
+    // pair is clipped, whatever its value.
+    constexpr double surelyKept = 0.02;
+    while (count > 0) {
+        double value = 0.0;
+        if (gaussian.hasSpare) {
+            value = TakeSpare();
+        } else {
+            const PolarPoint point = NextPolarPoint(seed);
+            if (point.r > surelyKept && count >= 2) {
+                count -= 2;
+                continue;
+            }
+            value = FirstOfPair(point);
+        }
+        if (std::fabs(value) <= clipLimit) --count;
+    }
 }
 
 float ShuffledUniformRandom(int* seed) {

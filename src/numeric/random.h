@@ -16,6 +16,9 @@ double UniformRandom(int* seed);
 double GaussianRandom(int* seed);
 /// GaussianRandom, redrawn until its magnitude is at most 2.8.
 double ClippedGaussianRandom(int* seed);
+/// As many calls of ClippedGaussianRandom whose values nobody wants: all sources stand afterwards
+/// as they would then. Takes a third of the time.
+void SkipClippedGaussians(int* seed, long count);
 /// Uniform in (0, 1), single precision: three linear congruential sequences, two for the value and
 /// one for the shuffle. A negative seed word, or the first call, starts it and sets the word to 1.
 float ShuffledUniformRandom(int* seed);

@@ -96,6 +96,21 @@ TEST_F(RandomSources, ClippedGaussianLeavesOutWhatLiesBeyondItsLimit) {
     for (const double x : kept) ASSERT_EQ(ClippedGaussianRandom(&seed), x);
 }
 
+TEST_F(RandomSources, SkippedGaussiansLeaveTheSourcesAsDrawnOnesDo) {
+    int drawn = -9, skipped = -9;
+    for (const long count : {0L, 1L, 2L, 3L, 30000L, 30001L}) {
+        SCOPED_TRACE(count);
+        ResetRandomState();
+        for (long i = 0; i < count; ++i) ClippedGaussianRandom(&drawn);
+        const double next = GaussianRandom(&drawn), afterNext = GaussianRandom(&drawn);
+        ResetRandomState();
+        SkipClippedGaussians(&skipped, count);
+        EXPECT_EQ(GaussianRandom(&skipped), next);
+        EXPECT_EQ(GaussianRandom(&skipped), afterNext);
+        EXPECT_EQ(skipped, drawn);
+    }
+}
+
 /// The three sequences and the table by their definition.
 class SlowShuffle {
   public:

@@ -39,7 +39,9 @@ double Tail(double z) {
 /// The jittered decisions of one bit.
 struct Trials {
     std::array<GridPlace, trialCount> place;
-    PerTrial level;  // V
+    PerTrial level;            // V
+    std::size_t distinct = 0;  // of them; without jitter all are alike and one stands for all
+    std::size_t Weight() const { return trialCount / distinct; }
 };
 
 /// Distance from the level in deviations. Without noise only its sign counts; a value right on the
@@ -59,6 +61,8 @@ class ErrorSum {
           grid_(set.noPoints, set.tStep),
           level_(DecisionLevel(params, eye)),
           above_(set.pairs.size(), 0) {
+        const bool hasJitter = params.timingJitter != 0.0 || params.decisionLevelJitter != 0.0;
+        trials_.distinct = hasJitter ? trialCount : 1;
         if (params.bitsPerLine > 0) {
             streams_.assign(set.pairs.size(), BitStreamText(params.bitsPerLine));
         }
@@ -78,10 +82,7 @@ class ErrorSum {
                 Decide(i);
                 Count(set_.pairs[i], bit);
             }
-            for (std::size_t t = 0; t < trialCount; ++t) {
-                spaceTotal_ += worstSpace_[t];
-                markTotal_ += worstMark_[t];
-            }
+            AddWorst();
             AppendStreams();
         }
         ReduceVotes();
@@ -97,6 +98,12 @@ class ErrorSum {
         const double s = set_.samplesPerBit;
         const double center =
             (params_.decisionPointShift * s + (std::int64_t{bit} - 1) * s) * set_.tStep;
+        if (trials_.distinct == 1) {
+            SkipClippedGaussians(&seed_, 2 * static_cast<long>(trialCount));
+            trials_.place[0] = grid_.Locate(center);
+            trials_.level[0] = level_;
+            return;
+        }
         for (std::size_t t = 0; t < trialCount; ++t) {
             const double dt = ClippedGaussianRandom(&seed_) * params_.timingJitter;
             const double dv = ClippedGaussianRandom(&seed_) * params_.decisionLevelJitter;
@@ -107,13 +114,14 @@ class ErrorSum {
 
     void Decide(std::size_t index) {
         const BerPair& pair = set_.pairs[index];
+        const auto weight = static_cast<std::int64_t>(trials_.Weight());
         const double *voltage = pair.voltage.get(), *sigma = pair.sigma.get();
-        for (std::size_t t = 0; t < trialCount; ++t) {
+        for (std::size_t t = 0; t < trials_.distinct; ++t) {
             const GridPlace& place = trials_.place[t];
             const double value = place.Value(voltage);
             z_[t] = Deviations(value, trials_.level[t], place.Value(sigma));
             if (std::isnan(z_[t])) defined_ = false;
-            if (value > trials_.level[t]) ++above_[index];
+            if (value > trials_.level[t]) above_[index] += weight;
         }
     }
 
@@ -124,23 +132,32 @@ class ErrorSum {
         }
         const bool mark = pair.bits.get()[bit] != 0;
         PerTrial& worst = mark ? worstMark_ : worstSpace_;
-        double tail = 0.0;
-        for (std::size_t t = 0; t < trialCount; ++t) {
-            // Without jitter all trials are alike.
-            if (t == 0 || z_[t] != z_[t - 1]) tail = Tail(mark ? z_[t] : -z_[t]);
-            worst[t] = std::max(worst[t], tail);
+        for (std::size_t t = 0; t < trials_.distinct; ++t) {
+            worst[t] = std::max(worst[t], Tail(mark ? z_[t] : -z_[t]));
         }
     }
 
     /// Each trial decides by itself which bit it saw, and votes for it.
     void CountBySign(std::int16_t& vote) {
         using Limits = std::numeric_limits<std::int16_t>;
-        for (std::size_t t = 0; t < trialCount; ++t) {
+        for (std::size_t t = 0; t < trials_.distinct; ++t) {
             const bool space = z_[t] <= 0.0;
             PerTrial& worst = space ? worstSpace_ : worstMark_;
             worst[t] = std::max(worst[t], Tail(std::fabs(z_[t])));
-            if (space && vote > Limits::min()) --vote;
-            if (!space && vote < Limits::max()) ++vote;
+            for (std::size_t k = 0; k < trials_.Weight(); ++k) {
+                if (space && vote > Limits::min()) --vote;
+                if (!space && vote < Limits::max()) ++vote;
+            }
+        }
+    }
+
+    /// Trial by trial, however many are alike: a product would round once where sums round often.
+    void AddWorst() {
+        for (std::size_t t = 0; t < trials_.distinct; ++t) {
+            for (std::size_t k = 0; k < trials_.Weight(); ++k) {
+                spaceTotal_ += worstSpace_[t];
+                markTotal_ += worstMark_[t];
+            }
         }
     }
 
