@@ -17,6 +17,8 @@ constexpr int mostThreads = 256;
 // Looks at a word before a thread goes to sleep: some ten microseconds, the usual time between two
 // loops of a run. Waking a thread takes longer than that.
 constexpr int looksAwake = 2000;
+// Samples below which waking other threads costs more than they take over.
+constexpr long leastSharedSamples = 1 << 14;
 
 void Relax() {
 #if defined(__x86_64__) || defined(__i386__)
@@ -53,6 +55,12 @@ int ThreadBudget() {
             return wanted;
     }
     return std::clamp(ProcessorCount(), 1, mostThreads);
+}
+
+int ThreadsFor(std::size_t tasks, long samples) {
+    const auto count = static_cast<long>(tasks);
+    if (count < 2 || samples < leastSharedSamples / count) return 1;
+    return static_cast<int>(std::min<long>(ThreadBudget(), count));
 }
 
 Workers::Workers(int threads)

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <exception>
 #include <memory>
@@ -17,6 +18,8 @@ namespace photrak {
 /// Threads that one run may use: what the environment variable PHOTRAK_THREADS says (1 to 256), or
 /// the number of processors that the process may run on.
 int ThreadBudget();
+/// Of them, those worth waking for so many equal tasks over `samples` samples each.
+int ThreadsFor(std::size_t tasks, long samples);
 
 class Workers {
   public:

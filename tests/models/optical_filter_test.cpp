@@ -68,6 +68,23 @@ TEST(FilterResponse, GaussianAndTrapezoidFallAsTheyShould) {
     }
 }
 
+TEST(FilterResponse, GaussianGoesOutWhereTheExponentialDoes) {
+    const double width = Width(1e-9), halfPower = std::log(2.0) / 2;
+    for (const std::int32_t order : {1, 2, 7, 1000}) {
+        SCOPED_TRACE(order);
+        OpticalFilterRecord record = Record("Gaussian");
+        record.order = order;
+        const FilterResponse G = Prepared(record), inverted = Prepared(record, Inversion::Power);
+        // exp(-700) is 1e-304; below exp(-745.2) nothing is left.
+        for (const double exponent : {700.0, 744.0, 747.0, 800.0, 1e6}) {
+            const double x = std::pow(exponent / halfPower, 0.5 / order);
+            const double value = G(nu0 + x * width / 2).re;
+            EXPECT_EQ(value > 0.0, exponent < 745.0) << exponent;
+            EXPECT_EQ(inverted(nu0 + x * width / 2).re, 1.0);
+        }
+    }
+}
+
 TEST(FilterResponse, IdealKeepsAFloorAndItsEdgesPassEitherWay) {
     const FilterResponse pass = Prepared(Record("Ideal"));
     EXPECT_NEAR(pass.high - pass.low, Width(1e-9), 1.0);

@@ -15,17 +15,9 @@ namespace photrak {
 
 namespace {
 
-// Samples below which waking other threads costs more than they take over.
-constexpr long leastSharedSamples = 1 << 14;
 // Channels in a group of powers: small enough that groups can be shared out.
 constexpr std::size_t groupSize = 4;
 constexpr long samplesPerTask = 4096;
-
-int ThreadsFor(std::size_t channels, const FiberWindow& window) {
-    const auto count = static_cast<long>(channels);
-    if (count < 2 || window.points < leastSharedSamples / count) return 1;
-    return static_cast<int>(std::min<long>(ThreadBudget(), count));
-}
 
 std::size_t GroupCount(std::size_t channels, bool oneEach) {
     if (oneEach) return channels;
@@ -68,7 +60,7 @@ FiberFields::FiberFields(FiberChannels& channels, const FiberWindow& window,
       window_(window),
       hasRaman_(MovesRaman(channels, params)),
       turnsPolarizations_(params.pmdMethod == PmdMethod::CoarseStep),
-      workers_(ThreadsFor(channels.size(), window)),
+      workers_(ThreadsFor(channels.size(), window.points)),
       peaks_(channels.size()) {
     LoadWorkFields(channels, window);
     for (const auto& channel : channels) {

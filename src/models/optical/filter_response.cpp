@@ -43,17 +43,22 @@ Status PrepareBand(FilterResponse& response, const ModelReport& report) {
 
 // --- Gaussian ---
 
+const double halfPower = std::log(std::numbers::sqrt2);
+
 Status PrepareGaussian(FilterResponse& response, const ModelReport& report) {
     const OpticalFilterRecord& record = response.record;
     if (record.order < 1) {
         return report.RefuseValue("order", record.order, "at least 1");
     }
+    // exp(-746) is below half the smallest double; the margin covers the rounding of the power.
+    constexpr double darkExponent = 746.0, margin = 1.001;
+    response.dark = margin * std::pow(darkExponent / halfPower, 0.5 / record.order);
     return PrepareBand(response, report);
 }
 
 Complex Gaussian(const FilterResponse& response, double f) {
-    const double halfPower = std::log(std::numbers::sqrt2);
     const double x = 2.0 * (f - response.nu0) / response.dnu;
+    if (std::fabs(x) > response.dark) return Invert(response.record.inversion, 0.0);
     const double power =
         response.record.order == 1 ? x * x : std::pow(std::fabs(x), 2.0 * response.record.order);
     return Invert(response.record.inversion, std::exp(-halfPower * power));

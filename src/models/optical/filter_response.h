@@ -42,6 +42,7 @@ struct FilterResponse {
     double nu0 = 0.0, dnu = 0.0;   // center and width, Hz
     double low = 0.0, high = 0.0;  // pass band or flat top, Hz
     double slope = 0.0;            // of the trapezoid: decades over 10 Hz
+    double dark = 0.0;             // half widths from which on the Gaussian is 0 as a double
     double R = 0.0, T = 1.0;       // reflectivity of the mirrors, and 1 - R
     double tau = 0.0;              // phase of a single pass, rad/Hz
     double L = 1.0;                // amplitude factor of the loss

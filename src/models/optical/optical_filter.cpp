@@ -9,6 +9,7 @@
 #include "base/units.h"
 #include "models/common/spectrum_grid.h"
 #include "numeric/transfer.h"
+#include "platform/workers.h"
 
 namespace photrak {
 namespace {
@@ -88,26 +89,51 @@ void FilterLevel(const FilterResponse& response, OpSig& level) {
     }
 }
 
-Status FilterChannel(const FilterResponse& response, OpSig& channel, const ModelReport& report) {
-    const OpticalFilterRecord& record = response.record;
-    if (CheckSpectrumGrid(channel, report) != Status::Success) {
-        return Status::Error;
-    }
-    if (channel.noPoints < 1) return Status::Success;
-    if (channel.noPoints == 1) {
-        FilterLevel(response, channel);
-        return Status::Success;
-    }
-    const Window window = WindowOf(record, channel);
-    TransferArray factors(window.grid.n, +1);
-    factors.Fill([&](long bin) {
+/// What a thread needs to filter channels in windows of n samples.
+struct FilterWork {
+    explicit FilterWork(long n) : factors(n, +1), field(n) {}
+    TransferArray factors;
+    SplitField field;
+};
+
+void FilterChannel(const FilterResponse& response, OpSig& channel, FilterWork& work) {
+    const Window window = WindowOf(response.record, channel);
+    work.factors.Fill([&](long bin) {
         return response(static_cast<double>(bin) * window.grid.df + window.grid.carrier);
     });
-    SplitField work(window.grid.n);
     for (Complex* field : {channel.Ex_samples, channel.Ey_samples}) {
-        if (field) FilterField(window, factors, work, field, channel.noPoints);
+        if (field) FilterField(window, work.factors, work.field, field, channel.noPoints);
     }
-    if (record.shiftCarrier) channel.wavelength = record.wavelength;
+    if (response.record.shiftCarrier) channel.wavelength = response.record.wavelength;
+}
+
+/// Channels of one length, shared out among threads.
+void FilterAlike(const FilterResponse& response, const std::vector<OpSig*>& channels) {
+    const std::int32_t n = WindowOf(response.record, *channels.front()).grid.n;
+    Workers workers(ThreadsFor(channels.size(), n));
+    std::vector<FilterWork> work;
+    work.reserve(static_cast<std::size_t>(workers.Count()));
+    for (int worker = 0; worker < workers.Count(); ++worker) work.emplace_back(n);
+    workers.Share(static_cast<long>(channels.size()), [&](long channel, int worker) {
+        FilterChannel(response, *channels[static_cast<std::size_t>(channel)],
+                      work[static_cast<std::size_t>(worker)]);
+    });
+}
+
+Status FilterChannels(const FilterResponse& response, OpSig* list, const ModelReport& report) {
+    std::vector<OpSig*> alike;  // waiting, all of one length
+    const auto finish = [&] {
+        if (!alike.empty()) FilterAlike(response, alike);
+        alike.clear();
+    };
+    for (OpSig& channel : Items(list)) {
+        if (CheckSpectrumGrid(channel, report) != Status::Success) return Status::Error;
+        if (channel.noPoints == 1) FilterLevel(response, channel);
+        if (channel.noPoints <= 1) continue;
+        if (!alike.empty() && alike.front()->noPoints != channel.noPoints) finish();
+        alike.push_back(&channel);
+    }
+    finish();
     return Status::Success;
 }
 
@@ -184,10 +210,8 @@ void ToDecibels(std::vector<double>& values) {
 Status ApplyOpticalFilter(const FilterResponse& response, OpSig* channels, OpSigASE* noise,
                           const ModelReport& report) {
     if (response.PassesAll()) return Status::Success;
-    for (OpSig& channel : Items(channels)) {
-        const Status status = FilterChannel(response, channel, report);
-        if (status != Status::Success) return status;
-    }
+    const Status status = FilterChannels(response, channels, report);
+    if (status != Status::Success) return status;
     // Noise is not bound to a carrier: it is neither padded nor moved.
     for (OpSigASE& spectrum : Items(noise)) {
         for (std::int32_t i = 1; i <= spectrum.noPoints; ++i) {
