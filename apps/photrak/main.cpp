@@ -8,6 +8,7 @@
 #include <new>
 #include <unistd.h>
 
+#include "base/memory.h"
 #include "base/nearest.h"
 #include "base/text.h"
 #include "kernel/external_commands.h"
@@ -286,6 +287,7 @@ int Guarded(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    photrak::KeepFreedMemory();
     try {
         return photrak::Finished(Guarded(argc, argv));
     } catch (const std::bad_alloc&) {  // for the document

@@ -53,6 +53,7 @@ int Main(QApplication& application) {
 }  // namespace photrak
 
 int main(int argc, char** argv) {
+    photrak::KeepFreedMemory();
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("photrak-workbench"));
     QApplication::setApplicationDisplayName(QStringLiteral("Photrak"));

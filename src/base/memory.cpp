@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <limits>
+#include <malloc.h>
 
 namespace photrak {
 namespace {
@@ -31,6 +32,20 @@ void* AllocateZeroed(std::size_t count, std::size_t size) {
     if (!MayAllocate()) return nullptr;
     if (size != 0 && count > maxBlockBytes / size) return nullptr;
     return count && size ? std::calloc(count, size) : std::calloc(1, 1);
+}
+
+void KeepFreedMemory() {
+#if defined(__GLIBC__)
+    ::mallopt(M_MMAP_MAX, 0);
+    ::mallopt(M_TRIM_THRESHOLD, -1);
+    ::mallopt(M_ARENA_MAX, 1);  // the others keep no long blocks
+#endif
+}
+
+void ReturnFreedMemory() {
+#if defined(__GLIBC__)
+    ::malloc_trim(0);
+#endif
 }
 
 void Release(void* block) {

@@ -16,6 +16,12 @@ void* Allocate(std::size_t bytes);
 void* AllocateZeroed(std::size_t count, std::size_t size);
 void Release(void* block);
 
+/// For programs that run links: long arrays that a block frees serve the next one, instead of going
+/// back to the system, which would clear each page anew. Call it before the first thread.
+void KeepFreedMemory();
+/// Gives the system what was kept, after a run.
+void ReturnFreedMemory();
+
 /// A zero-terminated copy of `text` from Allocate, or null.
 char* CopyText(std::string_view text);
 

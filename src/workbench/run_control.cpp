@@ -6,6 +6,7 @@
 #include <sched.h>
 
 #include "base/log.h"
+#include "base/memory.h"
 #include "base/text.h"
 #include "drawing/text_measure.h"
 #include "files/topology_check.h"
@@ -120,6 +121,7 @@ void RunInDirectory(Workbench& workbench, DiagramView& view) {
         const LogBound bound;
         workbench.run.status = Simulate(&workspace, models, text);
     }
+    ReturnFreedMemory();
     workspace.errorText = text;
     if (CurrentRun().viewerMissing) {
         workbench.run.notes.Add(
