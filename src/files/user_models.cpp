@@ -9,6 +9,7 @@
 #include "kernel/support_table.h"
 #include "platform/file_system.h"
 #include "platform/host.h"
+#include "platform/stop_point.h"
 
 namespace photrak {
 namespace {
@@ -140,6 +141,7 @@ Status UserModelTable::Run(const ModelCall& call) const {
         call.errorText += "ERROR: no pointer for user model.";
         return Status::Error;
     }
+    const StopScope unstopped(nullptr);  // C frames pass no exception on
     return CallLibrary(call.errorText, [&](char** message) {
         return entry->run(&SupportTable(), call.component.parameters, call.inputs, call.outputs,
                           message);

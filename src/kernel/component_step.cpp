@@ -11,6 +11,7 @@
 #include "kernel/run_record.h"
 #include "kernel/signal_check.h"
 #include "platform/host.h"
+#include "platform/stop_point.h"
 
 namespace photrak {
 namespace {
@@ -64,12 +65,18 @@ Status RunBlock(RunState& run, Step& step) {
     if (component.type == loopBeginType) return BeginLoop(run, step);
     if (component.type == loopEndType) return EndLoop(run, step);
     const PlotNote note(component);
-    return DispatchModel(run.models, {{component.name, run.errorText, run.workspace.name},
-                                      run.workspace,
-                                      component,
-                                      *run.workspace.options,
-                                      step.inputs.get(),
-                                      step.outputs.get()});
+    try {
+        return DispatchModel(run.models, {{component.name, run.errorText, run.workspace.name},
+                                          run.workspace,
+                                          component,
+                                          *run.workspace.options,
+                                          step.inputs.get(),
+                                          step.outputs.get()});
+    } catch (const StopAsked&) {
+        LogText("Stopped within the component\n");
+        step.outputs.reset();  // half a signal is none
+        return Status::Success;
+    }
 }
 
 /// Warnings are logged once and forgotten; the text of an error stays for the final message.

@@ -11,6 +11,7 @@
 #include "kernel/passes.h"
 #include "kernel/symbols.h"
 #include "platform/host.h"
+#include "platform/stop_point.h"
 
 namespace photrak {
 namespace {
@@ -43,6 +44,7 @@ Status RunWorkspace(Workspace* workspace, const ModelTable& models, std::string&
         return Status::Error;
     }
     ClearNodeSignals(*workspace);  // of a run that took the escape
+    const StopScope stop(&workspace->options->stop);
     const Status status = RunInOrder(*workspace, models, errorText);
     FreeSymbolTable(*workspace);
     for (const auto& component : workspace->components) component->runFlags = 0;

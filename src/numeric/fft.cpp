@@ -10,6 +10,7 @@
 #include "base/escape.h"
 #include "base/text.h"
 #include "numeric/fft_plan.h"
+#include "platform/stop_point.h"
 
 namespace photrak {
 
@@ -35,7 +36,9 @@ void CenterSpectrum(Complex* samples, std::int32_t n) {
 void DoFFT(double* view, long n, int sign) {
     if (!IsPowerOfTwo(n))
         NumericFailure(Concat("Fourier transform of ", n, " samples: not a power of two"));
+    StopPoint();
     TransformInterleaved(view + 1, n, sign < 0 ? -1 : +1);
+    StopPoint();
 }
 
 std::int32_t DoFFTFlagged(Complex* samples, std::int32_t n, std::int32_t sign, std::int32_t flags) {
@@ -44,7 +47,9 @@ std::int32_t DoFFTFlagged(Complex* samples, std::int32_t n, std::int32_t sign, s
     if (!IsPowerOfTwo(n))
         NumericFailure(Concat("Fourier transform of ", n, " samples: not a power of two"));
     if (flags & fftHannWindow) ApplyHannWindow(samples, n);
+    StopPoint();
     TransformInterleaved(&samples[1].re, n, sign < 0 ? -1 : +1);
+    StopPoint();
     if (flags & fftCenter) CenterSpectrum(samples, n);
     if (flags & fftDivideByN)
         for (std::int32_t i = flags & fftCenter ? 0 : 1; i <= n; ++i)

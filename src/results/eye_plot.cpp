@@ -7,6 +7,7 @@
 #include "base/arrays.h"
 #include "base/text.h"
 #include "numeric/random.h"
+#include "platform/stop_point.h"
 #include "results/curve_file.h"
 #include "results/levels.h"
 #include "results/plot_files.h"
@@ -112,6 +113,7 @@ void FillValues(const Trace& trace, const EyeParams& params, Doubles& out) {
     const auto n = static_cast<std::int32_t>(out.Size());
     if (trace.channel) {
         WalkCyclically(trace.start, n + 1, out, [&](std::int32_t i) {
+            LookForStop(i);
             return PowerOf(*trace.channel, params.polarization, i);
         });
         if (params.dBm) ToDbm({out.Data() + 1, static_cast<std::size_t>(n)});
@@ -119,6 +121,7 @@ void FillValues(const Trace& trace, const EyeParams& params, Doubles& out) {
     }
     const ElecSig& wave = *trace.wave;
     WalkCyclically(trace.start, n + 1, out, [&](std::int32_t i) {
+        LookForStop(i);
         const double value = Voltage(wave.elecSamples[i], params.magnitude);
         if (!params.showNoise) return value;
         NoteNoise(wave.sigmaSamples[i].re);
@@ -148,6 +151,7 @@ EyeText RowsText(const std::deque<Doubles>& signals, const Folding& folding, dou
         text.rows += FormatDefault(static_cast<double>(k) * tStep);
         for (const Doubles& samples : signals) {
             for (std::int64_t j = 0; j < folding.Traces(); ++j) {
+                LookForStop(j);
                 const std::int64_t position = folding.Start(j) + k;
                 text.rows += ' ';
                 if (position >= samples.Size()) {

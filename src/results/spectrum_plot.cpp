@@ -11,6 +11,7 @@
 #include "base/units.h"
 #include "numeric/fft.h"
 #include "numeric/sliding_sum.h"
+#include "platform/stop_point.h"
 #include "results/curve_file.h"
 #include "results/levels.h"
 #include "results/osa_filter.h"
@@ -156,6 +157,7 @@ void FillBaseband(const Spectra& spectra, const OsaFilter& filter, SpectrumFile&
     const int polarization = spectra.params.Polarization;
     const std::string_view field = PolarizationViews(polarization).front().field;
     for (const Trace& trace : traces.main) {
+        StopPoint();
         std::vector<double> powers = PowerSpectrum(trace, polarization, spectra.params.DCoffset);
         ApplyFilter(filter, spectra.df, powers);
         ToLevels(spectra.params, RangeOf(powers).greatest, powers);

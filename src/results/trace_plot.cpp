@@ -7,6 +7,7 @@
 #include <stdexcept>
 
 #include "base/text.h"
+#include "platform/stop_point.h"
 
 namespace photrak {
 namespace {
@@ -24,6 +25,7 @@ std::string RowsText(const std::deque<Doubles>& columns, std::int32_t noPoints, 
     text.reserve(static_cast<std::size_t>(noPoints - first) * (columns.size() + 1) *
                  usualNumberLength);
     for (std::int32_t row = first; row < noPoints; ++row) {
+        LookForStop(row);
         text.append(FormatDefault((row - first) * tStep));
         for (const Doubles& column : columns) {
             text.push_back(' ');

@@ -1,8 +1,11 @@
 // Sweeps and statistical runs: points, coordinates, what runs again, how they fail and stop.
+#include <chrono>
 #include <set>
+#include <thread>
 
 #include "base/escape.h"
 #include "kernel/result_names.h"
+#include "platform/stop_point.h"
 #include "support/sweep_link.h"
 
 namespace photrak {
@@ -165,6 +168,33 @@ TEST(Sweep, StopsBeforeTheNextComponent) {
     EXPECT_EQ(link.models.calls.back(), "front");
     EXPECT_EQ(link.arrived.size(), 10u);
     for (const auto& [number, node] : link.workspace->nodes) EXPECT_EQ(node->signals, nullptr);
+}
+
+/// A block that is nearly done is finished; one that goes on is left, and hands nothing on. Code of
+/// others is never left.
+TEST(Sweep, LeavesALongBlockOnceStopped) {
+    ChainLink link;
+    int looks = 0;
+    link.models.byType["Step"] = [&](const ModelCall& call) {
+        static_cast<void>(Emit(call.outputs, 3));
+        call.options.stop = 1;
+        StopPoint();
+        {
+            const StopScope foreign(nullptr);
+            std::this_thread::sleep_for(std::chrono::milliseconds(120));
+            StopPoint();
+        }
+        const auto giveUp = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+        for (; std::chrono::steady_clock::now() < giveUp; ++looks) StopPoint();
+        return Status::Success;
+    };
+    EXPECT_EQ(link.Run(), Status::Success) << link.Text();
+    EXPECT_GT(looks, 0);
+    EXPECT_EQ(link.models.calls.back(), "front");
+    EXPECT_TRUE(link.arrived.empty());
+    EXPECT_NE(link.Log().find("Stopped within the component\n"), std::string::npos);
+    for (const auto& [number, node] : link.workspace->nodes) EXPECT_EQ(node->signals, nullptr);
+    StopPoint();  // outside of a run nothing happens
 }
 
 /// A block with a deviation inside a loop of two repetitions, in three runs.

@@ -7,6 +7,7 @@
 #include "base/units.h"
 #include "models/common/electrical_spectrum.h"
 #include "numeric/fft.h"
+#include "platform/stop_point.h"
 
 namespace photrak {
 namespace {
@@ -29,6 +30,7 @@ void DeriveFields(PhotoDetectorParams& detector, double wavelength) {
 
 void FillPhotocurrent(const OpSig& optical, const PhotoDetectorParams& detector, ElecSig& esOut) {
     for (std::int32_t i = 1; i <= optical.noPoints; ++i) {
+        LookForStop(i);
         double power = SquaredMagnitude(optical.Ex_samples[i]);
         if (optical.Ey_samples) power += SquaredMagnitude(optical.Ey_samples[i]);
         esOut.elecSamples[i] = MakeComplex(power * detector.responsivity * detector.APD_Multiplier);

@@ -13,6 +13,7 @@
 #include "numeric/messages.h"
 #include "numeric/samples.h"
 #include "platform/file_system.h"
+#include "platform/stop_point.h"
 
 namespace photrak {
 namespace {
@@ -70,6 +71,7 @@ void SumPowers(const OpSig* channels, const OpSig& strongest, Polarization which
                double* Is) {
     Complex* target = sum.*which;
     const std::int32_t n = sum.noPoints;
+    StopPoint();
     for (std::int32_t i = 1; i <= n; ++i) Is[i] = SquaredMagnitude(target[i]);
     for (const OpSig& other : Items(channels)) {
         // By design: a second polarization that the strongest channel lacks is not seen.
@@ -78,6 +80,7 @@ void SumPowers(const OpSig* channels, const OpSig& strongest, Polarization which
         const NearestSample nearest = Lookup(other, sum);
         for (std::int32_t i = 1; i <= n; ++i) Is[i] += SquaredMagnitude(samples[nearest(i)]);
     }
+    StopPoint();
     for (std::int32_t i = 1; i <= n; ++i) target[i] = MakeComplex(std::sqrt(Is[i]));
 }
 

@@ -6,6 +6,7 @@
 
 #include "numeric/fft.h"
 #include "numeric/samples.h"
+#include "platform/stop_point.h"
 
 namespace photrak {
 namespace {
@@ -39,6 +40,7 @@ double NoiseDensityAt(const ReceiverTransfer& transfer, const OpSigASE& spectrum
     const auto n = static_cast<std::int32_t>(transfer.n);
     double sum = 0.0;
     for (std::int32_t i = 1; i <= n; ++i) {
+        LookForStop(i);
         const double f = FFTIndexToBin(n, i) * transfer.df + carrier;
         sum += SquaredMagnitude(transfer.H[i]) * DensityAt(spectrum, f);
     }
@@ -53,6 +55,7 @@ double ExcessNoise(double multiplier, double ionizationRatio) {
 bool FillSigma(ElecSig& signal, const NoiseTerms& terms) {
     bool finite = true;
     for (std::int32_t i = 1; i <= signal.noPoints; ++i) {
+        LookForStop(i);
         const double current = terms.currentPerVolt * std::fabs(signal.elecSamples[i].re);
         const double density =
             (current * terms.RIN + terms.signalDensity) * current + terms.darkDensity;

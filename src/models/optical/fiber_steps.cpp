@@ -13,6 +13,7 @@
 #include "numeric/messages.h"
 #include "platform/host.h"
 #include "platform/progress.h"
+#include "platform/stop_point.h"
 
 namespace photrak {
 
@@ -189,6 +190,25 @@ Status CheckMemory(double bytes, const ModelReport& report) {
     return Status::Error;
 }
 
+/// Tells before the first step of a walk that will take very long how many steps it has and about
+/// how long they take, at the pace of their transforms on an ordinary processor.
+void TellLongWalk(const FiberChannels& channels, const FiberWindow& window,
+                  const FiberParams& params, double firstStep, const ModelReport& report) {
+    constexpr double manySteps = 1e8, day = 86400.0, secondsPerPoint = 1e-9;
+    const double steps = std::ceil(params.distance / firstStep);
+    const auto n = static_cast<double>(window.points);
+    const double estimate = steps * static_cast<double>(channels.size()) * n *
+                            std::max(std::log2(n), 1.0) * secondsPerPoint;
+    if (!(steps > manySteps) && !(estimate > day)) return;
+    const std::string text =
+        Concat("WARNING: component '", report.path, report.owner, "': the fiber takes ",
+               params.zStepFac > 0 ? "steps that begin with " : "", firstStep, " m",
+               params.zStepFac > 0 ? "" : " a step", ", about ", FormatSignificant(steps, 2),
+               " steps and ", FormatSignificant(estimate / day, 2), " days\n");
+    LogText(text);
+    CurrentHost().messages->ShowWarnings(Concat(report.path, report.owner), text);
+}
+
 }  // namespace
 
 Status PropagateSteps(FiberChannels& channels, FiberParams& params, double peakPower,
@@ -204,6 +224,9 @@ Status PropagateSteps(FiberChannels& channels, FiberParams& params, double peakP
     FiberFields fields(channels, window, params);
     if (!fields.CoversBand())
         return report.Refuse("the band of the signal is wider than its dispersion curve");
+    TellLongWalk(channels, window, params, NextStep(params, channels.front()->gamma, 0, peakPower),
+                 report);
+    const StopScope unbroken(nullptr);  // a stop ends it after a step, with what has been reached
     FiberRun run(channels, fields, params, stop, report);
     if (run.Run(peakPower) != Status::Success) return Status::Error;
     fields.Store();

@@ -9,6 +9,7 @@
 #include "models/sources/custom_table.h"
 #include "models/sources/drive_signal.h"
 #include "numeric/interpolation.h"
+#include "platform/stop_point.h"
 
 namespace photrak {
 namespace {
@@ -79,6 +80,7 @@ Status Resample(const CustomSignalParams& params, const CustomTable& table, cons
     Doubts doubts;
     const double first = table.time.get()[1];
     for (std::int32_t i = 1; i <= view.noPoints; ++i) {
+        LookForStop(i);
         const double t = first + (i - 1) * view.tStep;
         if (!PointsKeepApart(table, t)) {
             return report.Refuse("the times of '", params.filename,

@@ -8,6 +8,7 @@
 #include <numbers>
 
 #include "numeric/random.h"
+#include "platform/stop_point.h"
 
 namespace photrak {
 
@@ -80,6 +81,7 @@ class Painter {
         if (IsOne(1)) Paint(first);
         Pulse previous = first;
         for (std::int32_t k = 2; k <= count; ++k) {
+            if (k % 4096 == 0) StopPoint();
             const bool run = IsOne(k - 1) && IsOne(k);
             const Pulse pulse =
                 k < count ? DrawnPulse(k, run, previous) : NominalPulse(k, previous.shift);

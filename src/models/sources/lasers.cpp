@@ -9,6 +9,7 @@
 #include "base/text.h"
 #include "base/units.h"
 #include "numeric/roots.h"
+#include "platform/stop_point.h"
 
 namespace photrak {
 namespace {
@@ -226,6 +227,7 @@ void FillPulses(const ModeLockedLaserParams& params, const PulseShape& shape, co
             phase = -phase;
             ++slot;
         }
+        LookForStop(i);
         const double tau = t - center;
         const double field = shape.field(pulse, tau);
         if (field == 0.0) continue;

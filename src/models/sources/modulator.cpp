@@ -12,6 +12,7 @@
 #include "kernel/sample_arrays.h"
 #include "numeric/fft.h"
 #include "numeric/messages.h"
+#include "platform/stop_point.h"
 
 namespace photrak {
 namespace {
@@ -117,6 +118,7 @@ void MultiplySpectrum(const ModulatorParams& params, double binWidth, Complex* s
                      [&](const FrequencyResponse& row) { return row.word == params.fittingType; });
     const bool known = response != std::end(responses);
     for (long k = 1; k <= n / 2 + 1; ++k) {
+        LookForStop(k);
         const double g = static_cast<double>(k - 1) * binWidth / gigahertz;
         const double H = known ? response->value(params, g) : 0.0;
         spectrum[k] = H * spectrum[k];
@@ -190,6 +192,7 @@ Status DriveToFactors(const ModulatorParams& params, const TransferCurve& curve,
     }
     const double level = params.levelShift ? (greatest + least) / 2.0 : 0.0;
     for (std::int32_t i = 1; i <= n; ++i) {
+        LookForStop(i);
         const double v = (drive[i].re - params.vOffset - level + params.vBias) / params.vPi;
         if (curve.field) {
             double T = curve.field(v);
@@ -219,6 +222,7 @@ Status MakeFactors(const ModulatorParams& params, const TransferCurve& curve, co
 }
 
 void Multiply(const TransferCurve& curve, const Complex* factors, Complex* field, std::int32_t n) {
+    StopPoint();
     if (curve.field) {
         for (std::int32_t i = 1; i <= n; ++i) field[i] = factors[i].re * field[i];
     } else {

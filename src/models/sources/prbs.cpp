@@ -7,6 +7,7 @@
 #include "base/text.h"
 #include "models/sources/integer_scan.h"
 #include "platform/file_system.h"
+#include "platform/stop_point.h"
 
 namespace photrak {
 namespace {
@@ -93,6 +94,7 @@ void FillPseudoRandom(PrbsParams& params, BinSig& pattern) {
         bits[1] = 1;
     } else if (pattern.noPoints > 4) {
         for (std::int32_t i = 1; i <= pattern.noPoints; ++i) {
+            LookForStop(i);
             bits[i] = static_cast<std::int16_t>(
                 StepShiftRegister(params.patternLength, params.shiftRegister));
         }
