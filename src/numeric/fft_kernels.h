@@ -107,9 +107,9 @@ struct FFTKernels {
     /// fftShortestOpen.
     void (*kerr)(const SplitPlanView& plan, int pass, FieldView x, FieldView y,
                  const KerrView& kerr);
-    /// total[(q + shift) mod n] += |field[q]|^2, n at least fftLeaf. No stage comes along: turned
-    /// totals and far streams get into each other's way in the cache.
-    void (*addPower)(long n, ConstFieldView field, double* total, long shift);
+    /// total[(q + shift) mod n] += |field[q]|^2, or = of the first field; n at least fftLeaf. No
+    /// stage comes along: turned totals and far streams get into each other's way in the cache.
+    void (*addPower)(long n, ConstFieldView field, double* total, long shift, bool first);
 
     /// The rest is for any count; n counts complex numbers. Split and join need no alignment.
     void (*split)(long n, const double* data, FieldView field);

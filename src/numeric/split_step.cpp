@@ -57,13 +57,17 @@ FieldView ViewOrNone(SplitField* field, int sign) {
 
 }  // namespace
 
-void AddPower(SplitField& field, double* total, long shift) {
+void AddPower(SplitField& field, double* total, long shift, Total state) {
     Settle(field);
     const long n = field.Size();
     const FieldView view = SplitFieldAccess::View(field, +1);
     shift = OnCircle(shift, n);
-    if (n >= fftLeaf) return Kernels().addPower(n, {view.re, view.im}, total, shift);
-    for (long q = 0; q < n; ++q) total[(q + shift) % n] += Power(view, q);
+    const bool first = state == Total::Begins;
+    if (n >= fftLeaf) return Kernels().addPower(n, {view.re, view.im}, total, shift, first);
+    for (long q = 0; q < n; ++q) {
+        double& element = total[(q + shift) % n];
+        element = first ? Power(view, q) : element + Power(view, q);
+    }
 }
 
 void KerrRotate(SplitField& x, SplitField* y, const KerrStep& step) {

@@ -9,8 +9,7 @@
 // and with several channels
 //
 //   for (each step) {
-//       clear the totals;
-//       for (each channel) AddPower(e, total, shift of the channel);
+//       for (each channel) AddPower(e, total, shift of the channel);  // the first begins it
 //       for (each channel) KerrThenTransfer(e, ..., step with totals and shift, ...);
 //   }
 //
@@ -33,8 +32,10 @@ struct KerrStep {
     long shift = 0;                  // sample q of the field meets total q + shift, on the circle
 };
 
-/// total[(q + shift) mod n] += |field[q]|^2. Settles the field. `total` has n doubles.
-void AddPower(SplitField& field, double* total, long shift);
+enum class Total { Begins, GoesOn };
+/// total[(q + shift) mod n] += |field[q]|^2, where a total begins = |field[q]|^2. Settles the
+/// field. `total` has n doubles.
+void AddPower(SplitField& field, double* total, long shift, Total state = Total::GoesOn);
 
 /// The nonlinear step on x and, unless null, y. Settles both.
 void KerrRotate(SplitField& x, SplitField* y, const KerrStep& step);

@@ -8,8 +8,12 @@ __attribute__((noinline)) V LoadAcrossEnd(const double* array, long at, long n) 
     for (int lane = 0; lane < W; ++lane) v[lane] = array[(at + lane) % n];
     return v;
 }
+template <bool First>
 __attribute__((noinline)) void AddAcrossEnd(double* array, long at, long n, V v) {
-    for (int lane = 0; lane < W; ++lane) array[(at + lane) % n] += v[lane];
+    for (int lane = 0; lane < W; ++lane) {
+        double& element = array[(at + lane) % n];
+        element = First ? v[lane] : element + v[lane];
+    }
 }
 
 PHOTRAK_INLINE V LoadTurned(const double* array, long at, long n) {
@@ -18,12 +22,13 @@ PHOTRAK_INLINE V LoadTurned(const double* array, long at, long n) {
     return LoadAcrossEnd(array, at, n);
 }
 
+template <bool First>
 PHOTRAK_INLINE void AddTurned(double* array, long at, long n, V v) {
     if (at >= n) at -= n;
     if (__builtin_expect(at + W <= n, 1))
-        StoreLoose(array + at, LoadLoose(array + at) + v);
+        StoreLoose(array + at, First ? v : LoadLoose(array + at) + v);
     else
-        AddAcrossEnd(array, at, n, v);
+        AddAcrossEnd<First>(array, at, n, v);
 }
 
 // Phase of a field by its own power p, the power q of the other polarization, and the totals.
@@ -128,7 +133,13 @@ void Close(const SplitPlanView& plan, FieldView field) {
     UpStage(plan.stages[0], field);
 }
 
-void AddPower(long n, ConstFieldView field, double* total, long shift) {
+template <bool First>
+void AddPowers(long n, ConstFieldView field, double* total, long shift) {
     for (long k = 0; k < n; k += W)
-        AddTurned(total, k + shift, n, SquaredMagnitude(Load(field.re + k, field.im + k)));
+        AddTurned<First>(total, k + shift, n, SquaredMagnitude(Load(field.re + k, field.im + k)));
+}
+
+void AddPower(long n, ConstFieldView field, double* total, long shift, bool first) {
+    if (first) return AddPowers<true>(n, field, total, shift);
+    AddPowers<false>(n, field, total, shift);
 }

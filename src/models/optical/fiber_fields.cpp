@@ -145,9 +145,10 @@ void FiberFields::WalkOff() {
     });
 }
 
+/// Channels without a y field add nothing to the sum of those.
 void FiberFields::SumUp(PowerGroup& group, bool ofY) {
     AlignedDoubles& sum = ofY ? group.y : group.x;
-    std::fill_n(sum.Data(), window_.points, 0.0);
+    Total state = Total::Begins;
     for (std::size_t c = group.first; c < group.end; ++c) {
         FiberChannel& channel = *channels_[c];
         SplitField* field = ofY ? channel.Y() : &*channel.workEx;
@@ -156,8 +157,10 @@ void FiberFields::SumUp(PowerGroup& group, bool ofY) {
             Settle(*field);
             RenewPadding(*field, window_);
         }
-        AddPower(*field, sum.Data(), channel.shift);
+        AddPower(*field, sum.Data(), channel.shift, state);
+        state = Total::GoesOn;
     }
+    if (state == Total::Begins) std::fill_n(sum.Data(), window_.points, 0.0);
 }
 
 void FiberFields::SumGroups(long from, long to) {
