@@ -76,13 +76,19 @@ struct KerrView {
     double gamma;  // rad/W: nonlinear coefficient times step
     const double *totalX, *totalY;
     long shift;  // 0..n-1
+    /// Where a pass that looks for the peak puts the largest |x|^2 + |y|^2 of the samples
+    /// from..to-1 after the step; both are whole streams of the first stage.
+    double* peak = nullptr;
+    long from = 0, to = 0;
 };
 
 /// What of the neighboring transforms a pass over the samples takes along.
 enum FFTPass : int {
     fftPassAlone = 0,
     fftPassCloses = 1,  // the last stage of the inverse before
-    fftPassOpens = 2    // the first stage of the forward after
+    fftPassOpens = 2,   // the first stage of the forward after
+    fftPassPeaks = 4,   // the peak between them
+    fftPassStill = 8    // and no nonlinear step
 };
 
 struct FFTKernels {
@@ -102,9 +108,9 @@ struct FFTKernels {
     /// The first stage down and the last stage up by themselves.
     void (*open)(const SplitPlanView& plan, FieldView field);
     void (*close)(const SplitPlanView& plan, FieldView field);
-    /// Nonlinear step in one pass with the stages of `pass`: alone, opens, or both. y.re is null
-    /// for one polarization. Alone, only the length of the plan counts; else n is at least
-    /// fftShortestOpen.
+    /// Nonlinear step in one pass with the stages of `pass`: alone, opens, or both; the latter two
+    /// with the peak; all but the step. y.re is null for one polarization. Alone, only the length
+    /// of the plan counts; else n is at least fftShortestOpen.
     void (*kerr)(const SplitPlanView& plan, int pass, FieldView x, FieldView y,
                  const KerrView& kerr);
     /// total[(q + shift) mod n] += |field[q]|^2, or = of the first field; n at least fftLeaf. No

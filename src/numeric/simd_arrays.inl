@@ -98,6 +98,12 @@ PHOTRAK_INLINE V SquaredMagnitude(Cv a) {
     return a.r * a.r + a.i * a.i;
 }
 
+PHOTRAK_INLINE double Largest(V v) {
+    double most = 0;
+    for (int lane = 0; lane < W; ++lane) most = v[lane] > most ? v[lane] : most;
+    return most;
+}
+
 double PeakPower(long n, ConstFieldView x, ConstFieldView y) {
     V peak{};
     const auto take = [&](V xr, V xi, V yr, V yi) {
@@ -112,7 +118,5 @@ double PeakPower(long n, ConstFieldView x, ConstFieldView y) {
     const long rest = y.re ? n - k : 0;
     take(LoadSome(x.re + k, n - k), LoadSome(x.im + k, n - k),
          LoadSome(rest ? y.re + k : nullptr, rest), LoadSome(rest ? y.im + k : nullptr, rest));
-    double most = 0;
-    for (int lane = 0; lane < W; ++lane) most = peak[lane] > most ? peak[lane] : most;
-    return most;
+    return Largest(peak);
 }

@@ -55,6 +55,11 @@ FieldView ViewOrNone(SplitField* field, int sign) {
     return field ? SplitFieldAccess::View(*field, sign) : FieldView{nullptr, nullptr};
 }
 
+/// Whether both fields wait for the end of a transfer with this sign.
+bool AreOpen(const SplitField& x, const SplitField* y, int sign) {
+    return SplitFieldAccess::OpenSign(x) == sign && (!y || SplitFieldAccess::OpenSign(*y) == sign);
+}
+
 }  // namespace
 
 void AddPower(SplitField& field, double* total, long shift, Total state) {
@@ -98,8 +103,7 @@ void KerrThenTransfer(SplitField& x, SplitField* y, const KerrStep& step, const 
         return;
     }
     // Both must come in the same state for one pass to take them along.
-    const bool closes =
-        SplitFieldAccess::OpenSign(x) == sign && (!y || SplitFieldAccess::OpenSign(*y) == sign);
+    const bool closes = AreOpen(x, y, sign);
     if (!closes) {
         Settle(x);
         if (y) Settle(*y);
@@ -112,6 +116,63 @@ void KerrThenTransfer(SplitField& x, SplitField* y, const KerrStep& step, const 
                    SplitFieldAccess::View(x, sign), ViewOrNone(y, sign), kerr);
     TransferInside(x, hx);
     if (y) TransferInside(*y, *hy);
+}
+
+namespace {
+
+/// Whether the samples of a window are whole streams of the first stage.
+bool IsWholeStreams(const TransferPlan& plan, long at, long count) {
+    const long distance = plan.Size() / plan.View().stages[0].radix;
+    return at % distance == 0 && count % distance == 0;
+}
+
+double PeakPass(SplitField& x, SplitField* y, int pass, const TransferArray& next, KerrView kerr) {
+    double peak = 0;
+    kerr.peak = &peak;
+    const int sign = next.Sign();
+    kerr.gamma *= sign;
+    Kernels().kerr(SplitFieldAccess::Plan(next)->View(), pass | fftPassOpens | fftPassPeaks,
+                   SplitFieldAccess::View(x, sign), ViewOrNone(y, sign), kerr);
+    SplitFieldAccess::Begin(x, sign);
+    if (y) SplitFieldAccess::Begin(*y, sign);
+    return peak;
+}
+
+double SettledPeak(SplitField& x, SplitField* y, long at, long count) {
+    Settle(x);
+    if (y) Settle(*y);
+    return PeakPower(x, y, at, count);
+}
+
+}  // namespace
+
+double KerrThenPeak(SplitField& x, SplitField* y, const KerrStep& step, long at, long count,
+                    const TransferArray& next) {
+    CheckPair(x, y);
+    CheckTransfer(x, next);
+    const TransferPlan& plan = *SplitFieldAccess::Plan(next);
+    if (!plan.CanStayOpen() || !IsWholeStreams(plan, at, count)) {
+        KerrRotate(x, y, step);
+        return PeakPower(x, y, at, count);
+    }
+    const bool closes = AreOpen(x, y, next.Sign());
+    if (!closes) {
+        Settle(x);
+        if (y) Settle(*y);
+    }
+    return PeakPass(x, y, closes ? fftPassCloses : 0, next,
+                    {step.gamma, step.totalX, step.totalY, OnCircle(step.shift, x.Size()), nullptr,
+                     at, at + count});
+}
+
+double PeakThenBegin(SplitField& x, SplitField* y, long at, long count, const TransferArray& next) {
+    CheckPair(x, y);
+    CheckTransfer(x, next);
+    const TransferPlan& plan = *SplitFieldAccess::Plan(next);
+    if (!plan.CanStayOpen() || !IsWholeStreams(plan, at, count) || !AreOpen(x, y, next.Sign()))
+        return SettledPeak(x, y, at, count);
+    return PeakPass(x, y, fftPassCloses | fftPassStill, next,
+                    {0, nullptr, nullptr, 0, nullptr, at, at + count});
 }
 
 void RotatePhases(SplitField& field, const double* phase, double scale) {

@@ -44,6 +44,13 @@ void KerrRotate(SplitField& x, SplitField* y, const KerrStep& step);
 void KerrThenTransfer(SplitField& x, SplitField* y, const KerrStep& step, const TransferArray& hx,
                       const TransferArray* hy);
 
+/// The nonlinear step, then the peak as PeakPower gives it. What must follow is a transfer with the
+/// size and sign of `next` by ApplyTransferOpen, whose first stage may be done already.
+double KerrThenPeak(SplitField& x, SplitField* y, const KerrStep& step, long at, long count,
+                    const TransferArray& next);
+/// The same without a step: between two transfers in one pass.
+double PeakThenBegin(SplitField& x, SplitField* y, long at, long count, const TransferArray& next);
+
 /// field[q] *= exp(i * scale * phase[q]); settles. Accurate to the last bits for angles up to 1e6,
 /// beyond that by the library's sine and cosine; what is no number gives no number.
 void RotatePhases(SplitField& field, const double* phase, double scale = 1);

@@ -73,6 +73,18 @@ PHOTRAK_INLINE void KerrStreams(const KerrView& kerr, long n, long k, long dista
                                  Dual ? y + j : nullptr);
 }
 
+// The larger of `peak` and the power of each stream that lies in the window.
+template <int R, bool Dual>
+PHOTRAK_INLINE V PeakOfStreams(V peak, int first, int end, const Cv* x, const Cv* y) {
+#pragma GCC unroll 8
+    for (int j = 0; j < R; ++j) {
+        V p = SquaredMagnitude(x[j]);
+        if constexpr (Dual) p += SquaredMagnitude(y[j]);
+        if (j >= first && j < end) peak = p > peak ? p : peak;
+    }
+    return peak;
+}
+
 // Bits of Pass as in FFTPass. A pass that takes stages along works on their R far streams; alone it
 // takes R neighbors at a time.
 template <int R, bool Coarse, bool Dual, int Pass>
@@ -80,6 +92,7 @@ void KerrSamples(const FFTStage& stage, FieldView x, FieldView y, const KerrView
     constexpr bool alone = Pass == fftPassAlone;
     const long n = stage.length, distance = alone ? W : n / R, step = alone ? R * W : W;
     const long end = alone ? n : distance;
+    V peak{};
     for (long k = 0; k < end; k += step) {
         Several<Cv, R> a, b;
         LoadStreams<R>(a, x.re + k, x.im + k, distance);
@@ -89,7 +102,10 @@ void KerrSamples(const FFTStage& stage, FieldView x, FieldView y, const KerrView
             Up<R>(a, w);
             if constexpr (Dual) Up<R>(b, w);
         }
-        KerrStreams<R, Dual>(kerr, n, k, distance, a, b);
+        if constexpr (!(Pass & fftPassStill)) KerrStreams<R, Dual>(kerr, n, k, distance, a, b);
+        if constexpr (Pass & fftPassPeaks)
+            peak = PeakOfStreams<R, Dual>(peak, static_cast<int>(kerr.from / distance),
+                                          static_cast<int>(kerr.to / distance), a, b);
         if constexpr (Pass & fftPassOpens) {
             const Factors<R, Coarse> w(stage, k);
             Down<R>(a, w);
@@ -98,6 +114,7 @@ void KerrSamples(const FFTStage& stage, FieldView x, FieldView y, const KerrView
         StoreStreams<R>(a, x.re + k, x.im + k, distance);
         if constexpr (Dual) StoreStreams<R>(b, y.re + k, y.im + k, distance);
     }
+    if constexpr (Pass & fftPassPeaks) *kerr.peak = Largest(peak);
 }
 
 template <int R, bool Coarse, int Pass>
@@ -115,10 +132,17 @@ void KerrPass(const SplitPlanView& plan, int pass, FieldView x, FieldView y, con
         return KerrFields<8, false, fftPassAlone>(none, x, y, kerr);
     }
     const FFTStage& stage = plan.stages[0];
+    constexpr int through = fftPassCloses + fftPassOpens;
     ByKind(stage, [&]<int R, bool Coarse>() {
         if constexpr (R >= 4) {
-            if (pass & fftPassCloses)
-                KerrFields<R, Coarse, fftPassCloses + fftPassOpens>(stage, x, y, kerr);
+            if (pass & fftPassStill)
+                KerrFields<R, Coarse, through + fftPassPeaks + fftPassStill>(stage, x, y, kerr);
+            else if (pass & fftPassPeaks)
+                pass & fftPassCloses
+                    ? KerrFields<R, Coarse, through + fftPassPeaks>(stage, x, y, kerr)
+                    : KerrFields<R, Coarse, fftPassOpens + fftPassPeaks>(stage, x, y, kerr);
+            else if (pass & fftPassCloses)
+                KerrFields<R, Coarse, through>(stage, x, y, kerr);
             else
                 KerrFields<R, Coarse, fftPassOpens>(stage, x, y, kerr);
         }

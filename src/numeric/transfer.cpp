@@ -39,19 +39,19 @@ SplitField::SplitField(long n)
 }
 
 double* SplitField::Re() {
-    assert(!IsOpen() && "settle a field before its samples are used");
+    assert(!IsOpen() && !HasBegun() && "settle a field before its samples are used");
     return re_;
 }
 double* SplitField::Im() {
-    assert(!IsOpen() && "settle a field before its samples are used");
+    assert(!IsOpen() && !HasBegun() && "settle a field before its samples are used");
     return im_;
 }
 const double* SplitField::Re() const {
-    assert(!IsOpen() && "settle a field before its samples are used");
+    assert(!IsOpen() && !HasBegun() && "settle a field before its samples are used");
     return re_;
 }
 const double* SplitField::Im() const {
-    assert(!IsOpen() && "settle a field before its samples are used");
+    assert(!IsOpen() && !HasBegun() && "settle a field before its samples are used");
     return im_;
 }
 
@@ -97,6 +97,12 @@ ConstFieldView SplitFieldAccess::View(const TransferArray& transfer) {
 void SplitFieldAccess::Open(SplitField& field, const TransferArray& transfer) {
     if (field.plan_ != transfer.plan_) field.plan_ = transfer.plan_;
     field.openSign_ = transfer.sign_;
+    field.begunSign_ = 0;
+}
+
+void SplitFieldAccess::Begin(SplitField& field, int sign) {
+    field.openSign_ = 0;
+    field.begunSign_ = sign;
 }
 
 void SplitFieldAccess::Close(SplitField& field) {
@@ -163,12 +169,15 @@ void ApplyTransferOpen(SplitField& field, const TransferArray& transfer) {
     const TransferPlan& plan = *SplitFieldAccess::Plan(transfer);
     if (!plan.CanStayOpen()) return ApplyTransfer(field, transfer);
     CheckTransfer(field, transfer);
-    Settle(field);
-    Kernels().open(plan.View(), SplitFieldAccess::View(field, transfer.Sign()));
+    if (SplitFieldAccess::BegunSign(field) != transfer.Sign()) {
+        Settle(field);
+        Kernels().open(plan.View(), SplitFieldAccess::View(field, transfer.Sign()));
+    }
     TransferInside(field, transfer);
 }
 
 void Settle(SplitField& field) {
+    assert(!field.HasBegun() && "a transfer that has begun must follow");
     if (!field.IsOpen()) return;
     const int sign = SplitFieldAccess::OpenSign(field);
     Kernels().close(SplitFieldAccess::Plan(field).View(), SplitFieldAccess::View(field, sign));

@@ -26,12 +26,14 @@ struct ConstFieldView;
 /// n complex samples, zero-based, real and imaginary parts apart: what the vector loops like best.
 /// A field may be "open": the last stage of the transfer that it went through is still due and is
 /// done together with what comes next (see numeric/split_step.h). Settle before reading samples.
+/// Or it may have begun the next transfer, which must then follow.
 class SplitField {
   public:
     /// All zeros.
     explicit SplitField(long n);
     long Size() const { return n_; }
     bool IsOpen() const { return openSign_ != 0; }
+    bool HasBegun() const { return begunSign_ != 0; }
 
     /// The samples; the field must not be open.
     double* Re();
@@ -46,7 +48,8 @@ class SplitField {
   private:
     friend struct SplitFieldAccess;
     long n_;
-    int openSign_ = 0;  // sign of the forward transform whose inverse is not finished
+    int openSign_ = 0;   // sign of the forward transform whose inverse is not finished
+    int begunSign_ = 0;  // sign of the forward transform that has done its first stage
     AlignedDoubles memory_;
     double *re_, *im_;
     std::shared_ptr<const TransferPlan> plan_;  // of the open transfer

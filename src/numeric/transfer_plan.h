@@ -46,7 +46,9 @@ struct SplitFieldAccess {
         return transfer.plan_;
     }
     static int OpenSign(const SplitField& field) { return field.openSign_; }
+    static int BegunSign(const SplitField& field) { return field.begunSign_; }
     static void Open(SplitField& field, const TransferArray& transfer);
+    static void Begin(SplitField& field, int sign);
     static void Close(SplitField& field);
 };
 

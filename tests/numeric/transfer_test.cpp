@@ -193,5 +193,60 @@ TEST_F(TransferLevels, SplitStepsAgreeWithPlainLoops) {
     });
 }
 
+/// Two steps with a look at the peak in the middle of each, pass by pass or taken along.
+void RunWithPeaks(SplitField& x, SplitField* y, const KerrStep& kerr, const TransferArray& h,
+                  bool along, std::vector<double>& peaks) {
+    const long at = x.Size() / 4, count = x.Size() / 2;
+    const auto transfer = [&] {
+        ApplyTransferOpen(x, h);
+        if (y) ApplyTransferOpen(*y, h);
+    };
+    const auto look = [&] {
+        Settle(x);
+        if (y) Settle(*y);
+        peaks.push_back(PeakPower(x, y, at, count));
+    };
+    for (int step = 0; step < 2; ++step) {
+        transfer();
+        if (along) {
+            peaks.push_back(KerrThenPeak(x, y, kerr, at, count, h));
+        } else {
+            KerrRotate(x, y, kerr);
+            look();
+        }
+        transfer();
+        if (along)
+            peaks.push_back(PeakThenBegin(x, y, at, count, h));
+        else
+            look();
+    }
+    transfer();
+    look();
+}
+
+TEST_F(TransferLevels, PeaksTakenAlongChangeNoBit) {
+    ForEachLevel([] {
+        for (const long n : {2L, 64L, 128L, 256L, 512L, 1024L, 1L << 16}) {
+            for (const int variant : {0, 1, 2, 3}) {
+                SCOPED_TRACE(testing::Message() << n << " samples, variant " << variant);
+                TransferArray h(n, variant & 1 ? +1 : -1);
+                const std::vector<Complex> factors = RandomSamples(n, 5);
+                h.Fill(factors.data());
+                const KerrStep kerr{0.3};
+                Values results[2];
+                std::vector<double> peaks[2];
+                for (const bool along : {false, true}) {
+                    SplitField x = FieldOf(RandomSamples(n, 10)), y = FieldOf(RandomSamples(n, 60));
+                    RunWithPeaks(x, variant & 2 ? &y : nullptr, kerr, h, along, peaks[along]);
+                    results[along] = ValuesOf(x);
+                }
+                EXPECT_GT(peaks[0].back(), 0.0);
+                EXPECT_EQ(peaks[0], peaks[1]);
+                EXPECT_EQ(results[0], results[1]);
+            }
+        }
+    });
+}
+
 }  // namespace
 }  // namespace photrak

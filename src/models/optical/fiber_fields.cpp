@@ -226,17 +226,33 @@ void FiberFields::TransferRaman(FiberChannel& channel, double dz, double* expone
     if (channel.workEy) Amplify(*channel.workEy, exponent, dz);
 }
 
-double FiberFields::PeakPower() {
-    workers_.Share(static_cast<long>(channels_.size()), [&](long c, int) {
-        FiberChannel& channel = *channels_[static_cast<std::size_t>(c)];
-        Settle(*channel.workEx);
-        if (channel.workEy) Settle(*channel.workEy);
-        peaks_[static_cast<std::size_t>(c)] =
-            photrak::PeakPower(*channel.workEx, channel.Y(), window_.first, window_.count);
+double FiberFields::NonlinearAndPeak(double dz, const LinearStretch& after, bool goesOn) {
+    const bool hasAfter = after.length > 0;
+    if (hasAfter) Prepare(after);
+    if (channels_.size() > 1) WalkOff();
+    workers_.Share(static_cast<long>(channels_.size()), [&](long c, int worker) {
+        const auto at = static_cast<std::size_t>(c);
+        peaks_[at] = AdvanceAndPeak(at, dz, hasAfter ? &TableOf(at) : nullptr, goesOn, worker);
     });
     double sum = 0;
     for (const double peak : peaks_) sum += peak;
     return sum;
+}
+
+/// The peak is looked for in a pass over the samples that is due anyway: that of the nonlinear
+/// step, or the one between two transfers.
+double FiberFields::AdvanceAndPeak(std::size_t at, double dz, const LinearTable* after, bool goesOn,
+                                   int worker) {
+    FiberChannel& channel = *channels_[at];
+    SplitField &x = *channel.workEx, *y = channel.Y();
+    if (goesOn && !after && !hasRaman_ && !turnsPolarizations_)
+        return KerrThenPeak(x, y, StepOf(channel, dz), window_.first, window_.count,
+                            TableOf(at).X());
+    Advance(at, dz, after, worker);
+    if (goesOn) return PeakThenBegin(x, y, window_.first, window_.count, TableOf(at).X());
+    Settle(x);
+    if (y) Settle(*y);
+    return PeakPower(x, y, window_.first, window_.count);
 }
 
 void FiberFields::Store() {

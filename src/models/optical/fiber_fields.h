@@ -30,8 +30,9 @@ class FiberFields {
     /// The nonlinear step over dz, the turns of the polarizations, and a linear stretch after it;
     /// none when its length is 0. Each channel stands `shift` samples away from the first.
     void Nonlinear(double dz, const LinearStretch& after);
-    /// Sum over the channels of the largest power in the window, W.
-    double PeakPower();
+    /// Nonlinear and then the sum over the channels of the largest power in the window, W. Where
+    /// the run goes on, Linear must follow: it may have begun.
+    double NonlinearAndPeak(double dz, const LinearStretch& after, bool goesOn);
     /// Writes the fields back into the signals.
     void Store();
 
@@ -53,6 +54,8 @@ class FiberFields {
     void SumGroups(long from, long to);
     KerrStep StepOf(const FiberChannel& channel, double dz) const;
     void Advance(std::size_t channel, double dz, const LinearTable* after, int worker);
+    double AdvanceAndPeak(std::size_t channel, double dz, const LinearTable* after, bool goesOn,
+                          int worker);
     void TransferRaman(FiberChannel& channel, double dz, double* exponent);
 
     FiberChannels& channels_;

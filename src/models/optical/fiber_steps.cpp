@@ -56,14 +56,14 @@ class FiberRun {
     Status Run(double peakPower);
 
   private:
-    bool Goes() const;
+    bool IsStopped() const;
     bool Moves() const;
     bool Arrives() const;
     void Announce() const;
     void PrepareStep();
     LinearStretch Half() const;
     LinearStretch SecondHalf();
-    void GoOn();
+    void GoOn(double peakPower);
     bool Step();
 
     FiberChannels& channels_;
@@ -125,17 +125,16 @@ LinearStretch FiberRun::SecondHalf() {
     return {};
 }
 
-void FiberRun::GoOn() {
+void FiberRun::GoOn(double peakPower) {
     for (const auto& channel : channels_) channel->signal.startTime += params_.dz / channel->vg;
-    const double peakPower = needsPeak_ ? fields_.PeakPower() : 0;
     const double reached = z_ + params_.dz;
     z_ = Arrives() ? std::max(reached, params_.distance) : reached;
     params_.dz = NextStep(params_, gamma0_, z_, peakPower);
     NoteProgress(z_ / params_.distance);
 }
 
-bool FiberRun::Goes() const {
-    return z_ < params_.distance && stop_.load(std::memory_order_relaxed) == 0;
+bool FiberRun::IsStopped() const {
+    return stop_.load(std::memory_order_relaxed) != 0;
 }
 
 /// The nonlinear step with what is linear around it, up to the end of this step or, where the next
@@ -145,9 +144,9 @@ bool FiberRun::Step() {
     PrepareStep();
     const double dz = params_.dz;
     const LinearStretch due = SecondHalf();
-    if (needsPeak_) fields_.Nonlinear(dz, due);
-    GoOn();
-    const bool goes = Goes();
+    const bool goes = !Arrives() && !IsStopped();
+    const double peakPower = needsPeak_ ? fields_.NonlinearAndPeak(dz, due, goes) : 0;
+    GoOn(peakPower);
     const LinearStretch next = goes ? carry_ + Half() : carry_;
     if (!needsPeak_)
         fields_.Nonlinear(dz, due + next);
@@ -159,7 +158,7 @@ bool FiberRun::Step() {
 Status FiberRun::Run(double peakPower) {
     // Not beyond the end, which for a fiber of no length is a step of 0.
     params_.dz = std::min(NextStep(params_, gamma0_, 0, peakPower), params_.distance);
-    bool goes = Goes();
+    bool goes = z_ < params_.distance && !IsStopped();
     if (goes && Moves()) fields_.Linear(Half());
     while (goes) {
         if (!Moves())
