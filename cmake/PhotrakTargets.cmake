@@ -28,6 +28,7 @@ check_pie_supported()
 target_compile_options(photrak_flags INTERFACE
   $<IF:$<BOOL:$<TARGET_PROPERTY:PHOTRAK_TEST>>,-O0,$<$<CONFIG:Debug>:-O1>>)
 if(PHOTRAK_SANITIZE)
+  target_compile_definitions(photrak_flags INTERFACE PHOTRAK_SANITIZED)
   target_compile_options(photrak_flags INTERFACE
     -fsanitize=${PHOTRAK_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(photrak_flags INTERFACE -fsanitize=${PHOTRAK_SANITIZE})

@@ -13,6 +13,7 @@
 #include "photrak/commands.h"
 #include "photrak/console.h"
 #include "photrak/session.h"
+#include "platform/memory_shortage.h"
 
 namespace photrak {
 namespace {
@@ -97,6 +98,7 @@ std::vector<std::string> ExampleNames() {
     for (const auto& entry : fs::directory_iterator(ExampleFolder(), error)) {
         if (entry.path().extension() == ".top") names.push_back(entry.path().stem().string());
     }
+    NoteIfShortage(error.value());
     std::ranges::sort(names);
     return names;
 }

@@ -17,6 +17,7 @@
 #include "photrak/console.h"
 #include "photrak/outcome.h"
 #include "platform/file_system.h"
+#include "platform/memory_shortage.h"
 #include "results/result_table.h"
 
 namespace photrak {
@@ -214,6 +215,7 @@ int Execute(const Command& command, const std::vector<std::string>& arguments) {
     if (command.wants && options.file.empty() && options.files.empty()) {
         return BadUsage(Concat("'", command.name, "' wants ", command.wants));
     }
+    const Doing doing("carrying out the command", command.name);
     return command.run(options);
 }
 
@@ -260,8 +262,21 @@ int Main(const std::vector<std::string>& arguments) {
     return BadUsage(Concat("unknown command '", word, "'", DidYouMean(nearest)));
 }
 
+/// What memory ran out for is the last word, whoever took no notice of it or spoke of it already:
+/// no success is one then. Allocates nothing but for the document.
+int TellShortage() {
+    const std::string_view parts[] = {"photrak: error: ", ShortageText(), "\n"};
+    std::fflush(stderr);
+    for (const std::string_view part : parts) {
+        if (::write(STDERR_FILENO, part.data(), part.size()) < 0) break;
+    }
+    CurrentOutcome().Add("error", ShortageText());
+    return exitStatus::failed;
+}
+
 /// A listing that does not arrive is no success.
 int Finished(int status) {
+    if (ShortageCount() > 0) status = TellShortage();
     if (CurrentOutcome().IsAsked()) outputForDocument.Print(CurrentOutcome().Document(status));
     if (std::fflush(stdout) == 0 && !std::ferror(stdout)) return status;
     Report("error", "standard output could not be written");
@@ -276,8 +291,8 @@ namespace {
 int Guarded(int argc, char** argv) {
     try {
         return photrak::Main({argv + 1, argv + argc});
-    } catch (const std::bad_alloc&) {
-        photrak::Report("error", "out of memory");
+    } catch (const std::bad_alloc&) {  // told at the end
+        photrak::NoteShortage(0);
     } catch (const std::exception& failure) {
         photrak::Report("error", failure.what());
     }
@@ -290,7 +305,7 @@ int main(int argc, char** argv) {
     photrak::KeepFreedMemory();
     try {
         return photrak::Finished(Guarded(argc, argv));
-    } catch (const std::bad_alloc&) {  // for the document
+    } catch (const std::bad_alloc&) {  // for the document; the words were told
         return photrak::exitStatus::failed;
     }
 }

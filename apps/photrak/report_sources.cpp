@@ -7,6 +7,7 @@
 
 #include "base/text.h"
 #include "kernel/parameters.h"
+#include "platform/memory_shortage.h"
 
 namespace photrak {
 namespace {
@@ -84,6 +85,7 @@ bool ListReportFolder(const std::string& folder, ReportFolder& listed, std::stri
         if (std::filesystem::is_regular_file(entry->symlink_status(unknown)) && !unknown)
             Add(listed, entry->path().filename().string());
     }
+    NoteIfShortage(failed.value());
     if (failed) error = failed.message();
     Sort(listed);
     return !failed;

@@ -23,6 +23,7 @@
 #include "photrak/commands.h"
 #include "photrak/console.h"
 #include "photrak/scan_shards.h"
+#include "platform/memory_shortage.h"
 #include "results/point_file.h"
 
 namespace photrak {
@@ -120,6 +121,7 @@ pid_t StartShard(const std::vector<std::string>& words, const std::string& error
     const int result =
         posix_spawn(&child, "/proc/self/exe", &actions, nullptr, texts.data(), environ);
     posix_spawn_file_actions_destroy(&actions);
+    NoteIfShortage(result);
     return result == 0 ? child : -1;
 }
 

@@ -7,6 +7,8 @@
 #include <limits>
 #include <malloc.h>
 
+#include "platform/memory_shortage.h"
+
 namespace photrak {
 namespace {
 
@@ -21,17 +23,22 @@ bool MayAllocate() {
     return ++allocations < firstRefused.load();
 }
 
+void* Noted(void* block, std::size_t bytes) {
+    if (!block) NoteShortage(bytes);
+    return block;
+}
+
 }  // namespace
 
 void* Allocate(std::size_t bytes) {
-    if (!MayAllocate() || bytes > maxBlockBytes) return nullptr;
-    return std::malloc(bytes ? bytes : 1);
+    if (!MayAllocate() || bytes > maxBlockBytes) return Noted(nullptr, bytes);
+    return Noted(std::malloc(bytes ? bytes : 1), bytes);
 }
 
 void* AllocateZeroed(std::size_t count, std::size_t size) {
-    if (!MayAllocate()) return nullptr;
-    if (size != 0 && count > maxBlockBytes / size) return nullptr;
-    return count && size ? std::calloc(count, size) : std::calloc(1, 1);
+    if (size != 0 && count > maxBlockBytes / size) return Noted(nullptr, maxBlockBytes);
+    if (!MayAllocate()) return Noted(nullptr, count * size);
+    return Noted(count && size ? std::calloc(count, size) : std::calloc(1, 1), count * size);
 }
 
 void KeepFreedMemory() {

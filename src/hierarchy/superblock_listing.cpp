@@ -11,6 +11,7 @@
 #include "files/topology.h"
 #include "hierarchy/nested_run.h"
 #include "kernel/graph.h"
+#include "platform/memory_shortage.h"
 
 namespace photrak {
 namespace {
@@ -58,6 +59,7 @@ std::string ListSuperBlocks(const Catalogue& catalogue) {
     for (const auto& entry : fs::directory_iterator(catalogue.superBlockDirectory, error)) {
         if (entry.path().extension() == ".dts") definitions.insert(entry.path().string());
     }
+    NoteIfShortage(error.value());
     std::string text;
     for (const std::string& definition : definitions) {
         text += Concat("  SuperBlock:", fs::path(definition).stem().string(), "  ",

@@ -11,6 +11,7 @@
 #include "kernel/run_record.h"
 #include "kernel/signal_check.h"
 #include "platform/host.h"
+#include "platform/memory_shortage.h"
 #include "platform/stop_point.h"
 
 namespace photrak {
@@ -38,40 +39,42 @@ void AnnounceComponent(const Workspace& workspace, const Component& component) {
 }
 
 /// The command files that a block writes in this run, each once: a window opens them from its icon.
-class PlotNote {
-  public:
-    explicit PlotNote(Component& component)
-        : component_(component), before_(CurrentRun().written.Names().size()) {}
-    ~PlotNote() {
-        const std::vector<std::string>& names = CurrentRun().written.Names();
-        for (std::size_t i = before_; i < names.size(); ++i) {
-            const std::size_t dot = names[i].rfind('.');
-            if (dot != std::string::npos && names[i].compare(dot, 3, ".pc") == 0) {
-                component_.plots.push_back(names[i]);
-            }
+void NotePlots(Component& component, std::size_t before) {
+    const std::vector<std::string>& names = CurrentRun().written.Names();
+    for (std::size_t i = before; i < names.size(); ++i) {
+        const std::size_t dot = names[i].rfind('.');
+        if (dot != std::string::npos && names[i].compare(dot, 3, ".pc") == 0) {
+            component.plots.push_back(names[i]);
         }
     }
-    PlotNote(const PlotNote&) = delete;
-    PlotNote& operator=(const PlotNote&) = delete;
+}
 
-  private:
-    Component& component_;
-    std::size_t before_;
-};
+Status CallModel(RunState& run, const Step& step) {
+    Component& component = *step.component;
+    const std::size_t before = CurrentRun().written.Names().size();
+    try {
+        const Status status =
+            DispatchModel(run.models, {{component.name, run.errorText, run.workspace.name},
+                                       run.workspace,
+                                       component,
+                                       *run.workspace.options,
+                                       step.inputs.get(),
+                                       step.outputs.get()});
+        NotePlots(component, before);
+        return status;
+    } catch (...) {
+        NotePlots(component, before);
+        throw;
+    }
+}
 
 Status RunBlock(RunState& run, Step& step) {
     if (run.status == Status::Error) return Status::Success;  // nothing more is called
     Component& component = *step.component;
     if (component.type == loopBeginType) return BeginLoop(run, step);
     if (component.type == loopEndType) return EndLoop(run, step);
-    const PlotNote note(component);
     try {
-        return DispatchModel(run.models, {{component.name, run.errorText, run.workspace.name},
-                                          run.workspace,
-                                          component,
-                                          *run.workspace.options,
-                                          step.inputs.get(),
-                                          step.outputs.get()});
+        return CallModel(run, step);
     } catch (const StopAsked&) {
         LogText("Stopped within the component\n");
         step.outputs.reset();  // half a signal is none
@@ -206,6 +209,7 @@ void StepComponent(RunState& run) {
     Step step;
     step.component = (*run.list)[run.place];
     Component& reached = *step.component;
+    const Doing doing("running the component", reached.name);
     Status own = EvalComponentParams(reached, &run.workspace, run.errorText);
     MergeStatus(own, CheckPorts(reached, run.errorText, run.workspace.name));
     MergeStatus(own, GatherPorts(reached, step.inputs, step.outputs, run.errorText));

@@ -59,12 +59,10 @@ void DestroyWorkspace(std::unique_ptr<Workspace>& workspace) {
 }
 
 Node& FindOrCreateNode(std::int32_t number, Workspace& workspace) {
-    std::unique_ptr<Node>& node = workspace.nodes[number];
-    if (!node) {
-        node = std::make_unique<Node>();
-        node->number = number;
-    }
-    return *node;
+    if (Node* known = FindNode(number, workspace)) return *known;
+    auto made = std::make_unique<Node>();  // first: the list never holds a number without a node
+    made->number = number;
+    return *workspace.nodes.emplace(number, std::move(made)).first->second;
 }
 
 Node* FindNode(std::int32_t number, const Workspace& workspace) {

@@ -11,6 +11,7 @@
 #include "kernel/passes.h"
 #include "kernel/symbols.h"
 #include "platform/host.h"
+#include "platform/memory_shortage.h"
 #include "platform/stop_point.h"
 
 namespace photrak {
@@ -53,6 +54,13 @@ Status RunWorkspace(Workspace* workspace, const ModelTable& models, std::string&
     return status;
 }
 
+/// A shortage that a block took no notice of makes the run an error all the same.
+Status WithShortage(Status status, std::uint64_t before, std::string& errorText) {
+    if (status == Status::Error || ShortageCount() == before) return status;
+    AppendLine(errorText, std::string("ERROR: ").append(ShortageText()));
+    return Status::Error;
+}
+
 void SpeakLastWord(Status status, std::string& errorText) {
     if (status == Status::Error) FatalError(InterpretPercent(errorText));
     if (status != Status::Warning) return;
@@ -86,7 +94,8 @@ Status SimulateNested(Workspace& workspace, const ModelTable& models, std::strin
     } catch (const Escape& escape) {
         AppendLine(errorText, escape.message);
     } catch (const std::exception& failure) {
-        AppendLine(errorText, std::string("ERROR: the simulation was given up: ") + failure.what());
+        AppendLine(errorText,
+                   std::string("ERROR: the simulation was given up: ") + ReasonOf(failure));
     }
     Abandon(&workspace);
     return Status::Error;
@@ -101,7 +110,10 @@ Status Simulate(Workspace* workspace, const ModelTable& models, std::string& err
     }
     bool atLastWord = false;
     try {
-        const Status status = RunWorkspace(workspace, models, errorText);
+        CloseReserve();
+        const std::uint64_t before = ShortageCount();
+        const Status status =
+            WithShortage(RunWorkspace(workspace, models, errorText), before, errorText);
         atLastWord = true;
         SpeakLastWord(status, errorText);
         return status;
@@ -109,7 +121,8 @@ Status Simulate(Workspace* workspace, const ModelTable& models, std::string& err
         // The box has been shown where the escape was taken.
         if (!atLastWord) AppendLine(errorText, escape.message);
     } catch (const std::exception& failure) {
-        AppendLine(errorText, std::string("ERROR: the simulation was given up: ") + failure.what());
+        AppendLine(errorText,
+                   std::string("ERROR: the simulation was given up: ") + ReasonOf(failure));
         ShowError(errorText);
     }
     Abandon(workspace);

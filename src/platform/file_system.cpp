@@ -15,6 +15,7 @@
 #include <unistd.h>
 #include <utility>
 
+#include "platform/memory_shortage.h"
 #include "platform/result_folder.h"
 
 namespace photrak {
@@ -96,6 +97,7 @@ bool WriteAll(int number, std::string_view text) {
 }
 
 bool WriteWith(const std::string& path, std::string_view text, int flags) {
+    const Doing doing("writing", path);
     Descriptor file(OpenFile(path, O_WRONLY | O_CREAT | flags));
     if (!file.Valid()) return false;
     const bool written = WriteAll(file.Number(), text);
@@ -175,6 +177,7 @@ void FlushDirectory(const std::string& directory) {
 
 bool ReadWholeFile(const std::string& path, std::string& text, std::string& error,
                    std::size_t limit) {
+    const Doing doing("reading", path);
     text.clear();
     const Descriptor file(OpenFile(Found(path), O_RDONLY));
     struct stat info {};
@@ -225,6 +228,7 @@ namespace {
 enum class Durability { Flushed, Computable };
 
 bool Replace(const std::string& path, std::string_view text, Durability durability) {
+    const Doing doing("writing", path);
     std::string target = path;
     errno = ENOENT;
     if (!IsUsablePath(path) || !FollowLinks(target)) return false;

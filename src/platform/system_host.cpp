@@ -18,6 +18,7 @@
 
 #include "platform/file_system.h"
 #include "platform/host.h"
+#include "platform/memory_shortage.h"
 #include "platform/profile.h"
 
 namespace photrak {
@@ -95,6 +96,7 @@ pid_t SpawnProgram(const std::vector<std::string>& arguments, Group group) {
     pid_t child = -1;
     const int result = posix_spawnp(&child, texts[0], settings.Actions(), settings.Attributes(),
                                     texts.data(), environ);
+    NoteIfShortage(result);
     return result == 0 ? child : -1;
 }
 
@@ -167,8 +169,10 @@ struct SystemProcesses : Processes {
 
 struct SystemLibraries : Libraries {
     void* Load(const std::string& path, std::string& error) override {
+        errno = 0;
         void* library = ::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
         if (!library) {
+            NoteIfShortage(errno);
             const char* reason = ::dlerror();
             error = reason ? reason : "unknown reason";
         }

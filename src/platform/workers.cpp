@@ -3,11 +3,13 @@
 
 #include <algorithm>
 #include <charconv>
+#include <new>
 #include <sched.h>
 #include <system_error>
 #include <utility>
 
 #include "platform/host.h"
+#include "platform/memory_shortage.h"
 
 namespace photrak {
 
@@ -71,6 +73,8 @@ Workers::Workers(int threads)
             crew_.emplace_back([this, worker] { Attend(worker); });
     } catch (const std::system_error&) {
         // No more threads to be had: the team is as large as it is.
+    } catch (const std::bad_alloc&) {
+        // Likewise; those that run already must be joined.
     }
 }
 
@@ -83,6 +87,7 @@ Workers::~Workers() {
 
 void Workers::Run(const Loop& loop) {
     loop_ = loop;
+    doing_ = PresentDoing();
     const std::uint32_t round = round_.load(std::memory_order_relaxed) + 1;
     left_.store(static_cast<std::uint32_t>(loop.count), std::memory_order_relaxed);
     for (int w = 0; w < Count(); ++w) {
@@ -139,7 +144,9 @@ void Workers::Attend(int worker) {
         AwaitChange(round_, seen);
         seen = round_.load(std::memory_order_acquire);
         if (ends_.load(std::memory_order_acquire)) return;
+        AdoptDoing(doing_);
         Work(seen, worker);
+        AdoptDoing(nullptr);
     }
 }
 

@@ -15,6 +15,8 @@
 
 namespace photrak {
 
+class Doing;
+
 /// Threads that one run may use: what the environment variable PHOTRAK_THREADS says (1 to 256), or
 /// the number of processors that the process may run on.
 int ThreadBudget();
@@ -73,6 +75,7 @@ class Workers {
 
     std::vector<std::thread> crew_;
     std::unique_ptr<Claims[]> claims_;     // one per thread
+    const Doing* doing_ = nullptr;         // what the caller is at
     Loop loop_;                            // stays while a task of it is claimed and not done
     std::atomic<std::uint32_t> round_{0};  // number of the present loop
     std::atomic<std::uint32_t> left_{0};   // tasks not yet done
