@@ -1,14 +1,15 @@
-/* A heap that refuses, to be loaded before a program (LD_PRELOAD): calls of the C allocation functions are
-   counted from where the program's own code begins, and those that the environment names give null.
+/* A heap that refuses, to be loaded before a program (LD_PRELOAD): calls of the C allocation
+   functions are counted from where the program's own code begins, and those that the environment
+   names give null.
 
      REFUSE_AT=N        refuses call N, counted from 1
      REFUSE_FROM=N      refuses call N and all after it
      REFUSE_COUNT=FILE  the number of calls goes there when the program ends */
 #define _GNU_SOURCE
+#include <dlfcn.h>
 #include <errno.h>
 #include <fcntl.h>
 #include <pthread.h>
-#include <dlfcn.h>
 #include <stdatomic.h>
 #include <stddef.h>
 #include <stdio.h>
