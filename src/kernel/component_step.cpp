@@ -1,6 +1,7 @@
 // The per-component step and what it does to the signals on the nodes.
 #include "kernel/component_step.h"
 
+#include <memory>
 #include <new>
 
 #include "base/log.h"
@@ -101,8 +102,8 @@ bool CarriesSignal(std::int32_t sigType) {
     return sigType == OpSigType || sigType == ElecSigType || sigType == BinSigType;
 }
 
-Status PutOnNode(Nodelist& cell, Node& node, const SimOptions& options, std::string& errorText) {
-    auto* record = new SigRecord;
+std::unique_ptr<SigRecord> RecordOf(const Nodelist& cell, const SimOptions& options) {
+    auto record = std::make_unique<SigRecord>();
     record->SET = options.set;
     record->INNERSWEEP = options.innerIndex;
     record->OUTERSWEEP = options.outerIndex;
@@ -111,11 +112,14 @@ Status PutOnNode(Nodelist& cell, Node& node, const SimOptions& options, std::str
     record->BIN = options.binIndex;
     record->sigType = cell.sigType;
     record->sig = cell.sig;
+    return record;
+}
+
+void PutOnNode(std::unique_ptr<SigRecord> record, Nodelist& cell, Node& node) {
     cell.sig = nullptr;
     record->next = node.signals;
-    node.signals = record;
-    SetNodeSigType(node, record->sigType);
-    return KeepSignalSummary(*record, options.mode, node, errorText);
+    node.signals = record.release();
+    SetNodeSigType(node, node.signals->sigType);
 }
 
 /// Those inside a SuperBlock are not the observer's.
@@ -124,6 +128,29 @@ void TellObserver(const Workspace& workspace, const Node& node) {
     if (observer && workspace.name.empty()) {
         observer->SignalStored(workspace, node, *node.signals);
     }
+}
+
+/// The summaries come first: what they have measured needs no second look. `fault` tells why a
+/// signal is not stored.
+Status StoreOutput(Nodelist& cell, Node& node, const Workspace& workspace, std::string& errorText,
+                   const char*& fault) {
+    if (!CarriesSignal(cell.sigType)) {
+        fault = "of no known signal type\n";
+        return Status::Error;
+    }
+    std::unique_ptr<SigRecord> record = RecordOf(cell, *workspace.options);
+    std::string text;
+    SignalSummaries made;
+    const Status status = SummarizeSignal(*record, workspace.options->mode, made, text);
+    if (!HasFiniteValues(cell.sig, cell.sigType, made)) {
+        fault = "with a value that is not finite, or too large to be squared\n";
+        return Status::Error;
+    }
+    errorText += text;
+    PutOnNode(std::move(record), cell, node);
+    KeepSummaries(std::move(made), node);
+    TellObserver(workspace, node);
+    return status;
 }
 
 constexpr std::uint16_t lowFlags =
@@ -184,14 +211,9 @@ Status StoreOutputs(Component& component, const Workspace& workspace, Owned<Node
     for (const Port& port : component.outputs) {
         if (port.node) port.node->FreeSignals();
         if (port.node && cell && cell->sig) {
-            if (!CarriesSignal(cell->sigType)) {
-                refuse("of no known signal type\n");
-            } else if (!HasFiniteValues(cell->sig, cell->sigType)) {
-                refuse("with a value that is not finite, or too large to be squared\n");
-            } else {
-                MergeStatus(status, PutOnNode(*cell, *port.node, *workspace.options, errorText));
-                TellObserver(workspace, *port.node);
-            }
+            const char* fault = nullptr;
+            MergeStatus(status, StoreOutput(*cell, *port.node, workspace, errorText, fault));
+            if (fault) refuse(fault);
         }
         if (cell) cell = cell->next;
     }

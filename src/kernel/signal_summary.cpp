@@ -39,9 +39,10 @@ double PeakNoiseDensity(const OpSigASE* noise) {
     return *std::max_element(noise->powerSamples + 1, noise->powerSamples + noise->noPoints + 1);
 }
 
-void FillChannel(SignalSummary& summary, const OpSig& channel, double peakNoiseDensity) {
+void FillChannel(SignalSummary& summary, const OpSig& channel, double power,
+                 double peakNoiseDensity) {
     FillTimes(summary, channel);
-    summary.average = AverageOpSigPower(&channel);
+    summary.average = power;
     summary.noiseFigure = peakNoiseDensity;
     summary.wavelength = channel.wavelength;
 }
@@ -73,9 +74,9 @@ SignalSummaries Summarize(const SigRecord& record, std::int16_t mode) {
     if (record.sigType == OpSigType) {
         const auto& signal = *static_cast<const OpSignal*>(record.sig);
         const double peakNoiseDensity = PeakNoiseDensity(signal.noise);
-        for (const OpSig& channel : Items<const OpSig>(signal.channels)) {
-            FillChannel(made.emplace_back(Begin(record, mode)), channel, peakNoiseDensity);
-        }
+        TakeAveragePowers(signal.channels, [&](const OpSig& channel, double power) {
+            FillChannel(made.emplace_back(Begin(record, mode)), channel, power, peakNoiseDensity);
+        });
     } else if (record.sigType == ElecSigType) {
         FillElectrical(made.emplace_back(Begin(record, mode)),
                        *static_cast<const ElecSig*>(record.sig));
@@ -87,19 +88,22 @@ SignalSummaries Summarize(const SigRecord& record, std::int16_t mode) {
 
 }  // namespace
 
-Status KeepSignalSummary(const SigRecord& record, std::int16_t mode, Node& node,
-                         std::string& errorText) {
+Status SummarizeSignal(const SigRecord& record, std::int16_t mode, SignalSummaries& made,
+                       std::string& errorText) {
     if (!record.sig) return Status::Success;
     try {
-        SignalSummaries made = Summarize(record, mode);
-        const std::size_t bound = std::max(maxSummariesOnNode, made.size());
-        node.summaries.splice(node.summaries.begin(), made);
-        while (node.summaries.size() > bound) node.summaries.pop_back();
+        made = Summarize(record, mode);
     } catch (const std::bad_alloc&) {
         errorText += "ERROR: insufficient memory for a signal summary\n";
         return Status::Error;
     }
     return Status::Success;
+}
+
+void KeepSummaries(SignalSummaries made, Node& node) {
+    const std::size_t bound = std::max(maxSummariesOnNode, made.size());
+    node.summaries.splice(node.summaries.begin(), made);
+    while (node.summaries.size() > bound) node.summaries.pop_back();
 }
 
 }  // namespace photrak

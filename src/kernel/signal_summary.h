@@ -37,9 +37,11 @@ using SignalSummaries = std::list<SignalSummary>;
 /// Records kept on a node: a scan of any length may pass it. The newest signal stays whole.
 inline constexpr std::size_t maxSummariesOnNode = 256;
 
-/// Puts the record of a stored signal in front of those that the node keeps, and drops the oldest
-/// beyond the bound. An error without a record when memory is exhausted.
-Status KeepSignalSummary(const SigRecord& record, std::int16_t mode, Node& node,
-                         std::string& errorText);
+/// Measures a signal that is to be stored. An error without records when memory is exhausted.
+Status SummarizeSignal(const SigRecord& record, std::int16_t mode, SignalSummaries& made,
+                       std::string& errorText);
+/// Puts the records of a stored signal in front of those that the node keeps, and drops the oldest
+/// beyond the bound.
+void KeepSummaries(SignalSummaries made, Node& node);
 
 }  // namespace photrak

@@ -17,6 +17,21 @@ double TotalPower(const Complex* samples, long n) {
     return sum;
 }
 
+/// The same of as many arrays as are walked through together.
+void TotalPowers(const Complex* const* arrays, long n, double* sums) {
+    double a = 0.0, b = 0.0, c = 0.0, d = 0.0;
+    for (long i = 1; i <= n; ++i) {
+        a += SquaredMagnitude(arrays[0][i]);
+        b += SquaredMagnitude(arrays[1][i]);
+        c += SquaredMagnitude(arrays[2][i]);
+        d += SquaredMagnitude(arrays[3][i]);
+    }
+    sums[0] = a;
+    sums[1] = b;
+    sums[2] = c;
+    sums[3] = d;
+}
+
 /// Hoare's partition about the wavelength at lo: lo..result are not above what lies after.
 long Partition(OpSig** channels, long lo, long hi) {
     const double pivot = channels[lo]->wavelength;
@@ -59,10 +74,32 @@ double AverageOpSigPower(const OpSig* sig) {
            static_cast<double>(n);
 }
 
+int AveragePowersTogether(const OpSig* channel, double* powers) {
+    const Complex *x[mostTogether], *y[mostTogether];
+    const long n = channel->noPoints;
+    const bool dual = channel->Ey_samples != nullptr;
+    int count = 0;
+    for (const OpSig* next = channel; next && count < mostTogether; next = next->next, ++count) {
+        if (next->noPoints != n || !next->Ex_samples || dual != (next->Ey_samples != nullptr))
+            break;
+        x[count] = next->Ex_samples;
+        y[count] = next->Ey_samples;
+    }
+    if (count < mostTogether || n < 1) {
+        powers[0] = AverageOpSigPower(channel);
+        return 1;
+    }
+    double sums[mostTogether], ySums[mostTogether] = {};
+    TotalPowers(x, n, sums);
+    if (dual) TotalPowers(y, n, ySums);
+    for (int k = 0; k < count; ++k) powers[k] = (sums[k] + ySums[k]) / static_cast<double>(n);
+    return count;
+}
+
 double NodelistPower(const OpSignal* signal) {
     double power = 0.0;
     if (!signal) return power;
-    for (const OpSig* sig = signal->channels; sig; sig = sig->next) power += AverageOpSigPower(sig);
+    TakeAveragePowers(signal->channels, [&](const OpSig&, double average) { power += average; });
     for (const OpSigASE* ase = signal->noise; ase; ase = ase->next) {
         double sum = 0.0;
         for (long i = 1; i <= ase->noPoints; ++i) sum += ase->powerSamples[i];

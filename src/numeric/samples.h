@@ -13,6 +13,11 @@ void AlignStartTime(OpSig* sig, double t);
 
 /// Mean of |Ex|^2 + |Ey|^2, W; 0 without samples.
 double AverageOpSigPower(const OpSig* sig);
+/// AverageOpSigPower of the channels of a list, power by power to take(channel, power) in their
+/// order. Neighbors of one size are walked through together: each sum waits for itself, not for
+/// the memory.
+template <class Take>
+void TakeAveragePowers(const OpSig* channels, Take take);
 /// Average power of all channels plus the noise integrated over its spectrum, W.
 double NodelistPower(const OpSignal* signal);
 
@@ -49,5 +54,19 @@ OpSig* FindOpSigByWavelength(OpSig* head, double wavelength);
 const OpSig* FindOpSigByWavelength(const OpSig* head, double wavelength);
 /// Sorts channels[lo..hi] by wavelength, ascending (quicksort; equal ones may change places).
 void SortOpSigByWavelength(OpSig** channels, long lo, long hi);
+
+/// What TakeAveragePowers goes by: the powers of `channel` and of its neighbors, as many as can be
+/// had together, at least 1 and at most `mostTogether`; how many.
+inline constexpr int mostTogether = 4;
+int AveragePowersTogether(const OpSig* channel, double* powers);
+
+template <class Take>
+void TakeAveragePowers(const OpSig* channels, Take take) {
+    while (channels) {
+        double powers[mostTogether];
+        const int count = AveragePowersTogether(channels, powers);
+        for (int k = 0; k < count; ++k, channels = channels->next) take(*channels, powers[k]);
+    }
+}
 
 }  // namespace photrak

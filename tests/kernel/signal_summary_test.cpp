@@ -40,7 +40,9 @@ struct Stored {
         node.signals = &record;
     }
     const SignalSummaries& Keep() {
-        EXPECT_EQ(KeepSignalSummary(record, 0, node, text), Status::Success) << text;
+        SignalSummaries made;
+        EXPECT_EQ(SummarizeSignal(record, 0, made, text), Status::Success) << text;
+        KeepSummaries(std::move(made), node);
         return node.summaries;
     }
 };

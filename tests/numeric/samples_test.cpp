@@ -66,6 +66,32 @@ TEST(Power, AddsPolarizationsChannelsAndNoise) {
     EXPECT_DOUBLE_EQ(NodelistPower(&signal), 45.7);
 }
 
+/// Lists of every length and mix: with and without a second polarization, of two sizes.
+TEST(Power, IsTheSameForChannelsTakenTogether) {
+    for (int mix = 0; mix < 1 << 7; ++mix) {
+        std::vector<std::vector<Complex>> arrays;
+        std::vector<OpSig> channels(7);
+        for (std::size_t k = 0; k < channels.size(); ++k) {
+            const bool differs = mix >> k & 1;
+            channels[k].noPoints = differs && k % 2 == 0 ? 5 : 9;
+            for (Complex* OpSig::*field : {&OpSig::Ex_samples, &OpSig::Ey_samples}) {
+                if (field == &OpSig::Ey_samples && !(differs && k % 2 != 0)) continue;
+                std::vector<Complex>& samples = arrays.emplace_back(10);
+                for (std::size_t i = 0; i < 10; ++i)
+                    samples[i] = {0.1 * double(i + k), 0.7 / double(i + arrays.size())};
+                channels[k].*field = samples.data();
+            }
+            if (k > 0) channels[k - 1].next = &channels[k];
+        }
+        std::size_t next = 0;
+        TakeAveragePowers(&channels[0], [&](const OpSig& channel, double power) {
+            EXPECT_EQ(&channel, &channels[next++]);
+            EXPECT_EQ(power, AverageOpSigPower(&channel)) << mix;
+        });
+        EXPECT_EQ(next, channels.size());
+    }
+}
+
 TEST(EndWeights, IntegrateCubicsOverTheAxis) {
     for (const long n : {6L, 7L, 12L, 100L}) {
         for (int power = 0; power <= 3; ++power) {
