@@ -10,6 +10,7 @@
 #include "kernel/loops.h"
 #include "kernel/passes.h"
 #include "kernel/symbols.h"
+#include "numeric/factor_cache.h"
 #include "platform/host.h"
 #include "platform/memory_shortage.h"
 #include "platform/stop_point.h"
@@ -109,6 +110,7 @@ Status Simulate(Workspace* workspace, const ModelTable& models, std::string& err
         return Status::Error;
     }
     bool atLastWord = false;
+    const FactorCacheScope factors;
     try {
         CloseReserve();
         const std::uint64_t before = ShortageCount();

@@ -3,6 +3,8 @@
 #include "models/detection/receiver.h"
 
 #include <cmath>
+#include <cstring>
+#include <memory>
 
 #include "base/arrays.h"
 #include "base/text.h"
@@ -10,8 +12,10 @@
 #include "kernel/sample_arrays.h"
 #include "models/common/electrical_spectrum.h"
 #include "models/common/sampling.h"
+#include "numeric/factor_cache.h"
 #include "numeric/messages.h"
 #include "numeric/samples.h"
+#include "numeric/simd_array.h"
 #include "platform/file_system.h"
 #include "platform/stop_point.h"
 
@@ -27,15 +31,13 @@ constexpr ParamRow<NoisePolynomial> noiseRows[] = {{"n_a0", &NoisePolynomial::a0
                                                    {"n_a6", &NoisePolynomial::a6, 0.0}};
 
 const OpSig& StrongestChannel(const OpSig* channels) {
-    const OpSig* strongest = channels;
-    double most = AverageOpSigPower(channels);
-    for (const OpSig& channel : Items(channels->next)) {
-        const double power = AverageOpSigPower(&channel);
-        if (power > most) {
-            most = power;
-            strongest = &channel;
-        }
-    }
+    const OpSig* strongest = nullptr;
+    double most = 0.0;
+    TakeAveragePowers(channels, [&](const OpSig& channel, double power) {
+        if (strongest && !(power > most)) return;
+        most = power;
+        strongest = &channel;
+    });
     return *strongest;
 }
 
@@ -55,7 +57,9 @@ struct NearestSample {
     }
     std::int32_t operator()(std::int32_t i) const {
         if (count == 1) return 1;
-        const std::int64_t j = static_cast<std::int64_t>(Position(i)) % count;
+        const auto whole = static_cast<std::int64_t>(Position(i));
+        const bool within = whole >= 0 && whole < count;  // as a rule: no division needed
+        const std::int64_t j = within ? whole : whole % count;
         return static_cast<std::int32_t>(j < 0 ? j + count : j) + 1;
     }
 };
@@ -140,6 +144,47 @@ NoiseTerms Terms(const ReceiverTransfer& transfer, double peak, const OpticalNoi
     return terms;
 }
 
+/// H of front end and filter, without a look at what other receivers have made.
+Status ComputeTransfer(const ElecSig& esOut, const ReceiverParams& params, Complex* H,
+                       const ModelReport& report) {
+    if (FrontEnd(&esOut, params.frontEnd, H, report) != Status::Success) {
+        return report.Fail("Error in FrontEndAmp() in Receiver().\n");
+    }
+    if (DoEleFilter(&esOut, DoubleView(H), params.filter, report) != Status::Success) {
+        return report.Fail("Error in DoEleFilter() in Receiver().\n");
+    }
+    return Status::Success;
+}
+
+FactorKey TransferKey(const ElecSig& esOut, const ReceiverParams& params) {
+    const FrontEndParams& amplifier = params.frontEnd;
+    const ElectricalFilterParams& filter = params.filter;
+    FactorKey key("receiver");
+    key.AddAll(amplifier.modelType, amplifier.tZ, amplifier.zero, amplifier.pole);
+    key.AddAll(filter.type, filter.bandwidth, filter.center, std::int64_t{filter.order},
+               filter.gain, filter.ripple);
+    return key.AddAll(std::int64_t{esOut.noPoints}, esOut.tStep);
+}
+
+/// Fills H[1..noPoints]. Receivers of one kind have it in common; a table of a front end is too
+/// much to be compared.
+Status MakeTransfer(const ElecSig& esOut, const ReceiverParams& params, Complex* H,
+                    const ModelReport& report) {
+    if (params.frontEnd.modelType == "custom") return ComputeTransfer(esOut, params, H, report);
+    const FactorKey key = TransferKey(esOut, params);
+    const auto n = static_cast<std::size_t>(esOut.noPoints);
+    if (const auto kept = std::static_pointer_cast<const AlignedDoubles>(FindFactors(key))) {
+        std::memcpy(static_cast<void*>(H + 1), kept->Data(), n * sizeof(Complex));
+        return Status::Success;
+    }
+    const Status status = ComputeTransfer(esOut, params, H, report);
+    if (status != Status::Success) return status;
+    auto made = std::make_shared<AlignedDoubles>(2 * n);
+    std::memcpy(made->Data(), H + 1, n * sizeof(Complex));
+    KeepFactors(key, std::move(made), n * sizeof(Complex));
+    return status;
+}
+
 /// The stages after the optical sum: spectrum of the current, transfer array, voltage, noise.
 Status RunChain(const OpSig& light, const OpSigASE* ase, const ReceiverParams& params, Complex* H,
                 ElecSig& esOut, const ModelReport& report) {
@@ -147,12 +192,7 @@ Status RunChain(const OpSig& light, const OpSigASE* ase, const ReceiverParams& p
     if (DetectPulse(&light, &esOut, detector, report) != Status::Success) {
         return report.Fail("Error in detecting signal in Receiver().\n");
     }
-    if (FrontEnd(&esOut, params.frontEnd, H, report) != Status::Success) {
-        return report.Fail("Error in FrontEndAmp() in Receiver().\n");
-    }
-    if (DoEleFilter(&esOut, DoubleView(H), params.filter, report) != Status::Success) {
-        return report.Fail("Error in DoEleFilter() in Receiver().\n");
-    }
+    if (MakeTransfer(esOut, params, H, report) != Status::Success) return Status::Error;
     const long n = esOut.noPoints;
     const double peak = std::sqrt(PeakMagnitudeSquared(DoubleView(H), 2 * n));
     if (!(peak > 0.0)) {

@@ -78,11 +78,12 @@ void FiberFields::MakeTables(const FiberParams& params) {
     const double tStep = channels_.front()->signal.tStep;
     const FrequencyGrid grid = {window_.points,
                                 twoPi / (static_cast<double>(window_.points) * tStep)};
+    const auto stretches = params.zStepFac > 0 ? Stretches::Many : Stretches::Few;
     const std::size_t count = SharesTable(params) ? 1 : channels_.size();
     tables_.reserve(count);
     for (std::size_t i = 0; i < count; ++i)
         tables_.emplace_back(grid, params.curve, channels_[i]->omega0, params.alpha,
-                             turnsPolarizations_);
+                             turnsPolarizations_, stretches);
 }
 
 void FiberFields::MakePowerGroups() {

@@ -5,13 +5,16 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <memory>
 #include <numbers>
 
 #include "base/text.h"
 #include "base/units.h"
 #include "kernel/sample_arrays.h"
+#include "numeric/factor_cache.h"
 #include "numeric/fft.h"
 #include "numeric/messages.h"
+#include "numeric/simd_array.h"
 #include "platform/stop_point.h"
 
 namespace photrak {
@@ -110,20 +113,38 @@ bool IsFlat(const ModulatorParams& params) {
     return params.fittingType == "Coefficients" && params.coef1 == 1.0 && params.coef2 == 0.0;
 }
 
-/// Multiplies the spectrum by the response; elements k and n + 2 - k hold the same frequency with
-/// either sign. A fitting type of no known name passes nothing.
-void MultiplySpectrum(const ModulatorParams& params, double binWidth, Complex* spectrum, long n) {
+/// The response at frequencies 0 .. n/2 bins. The same for all modulators of one kind.
+std::shared_ptr<const AlignedDoubles> ResponseOf(const ModulatorParams& params, double binWidth,
+                                                 long n) {
     const auto* response =
         std::find_if(std::begin(responses), std::end(responses),
                      [&](const FrequencyResponse& row) { return row.word == params.fittingType; });
     const bool known = response != std::end(responses);
+    const ModulatorParams& p = params;
+    FactorKey key("modulator");
+    key.AddAll(p.fittingType, p.fOffset, p.power, p.coef1, p.coef2, p.a0, p.a1, p.a2, p.a3, p.a4);
+    key.AddAll(std::int64_t{n}, binWidth);
+    const auto count = static_cast<std::size_t>(n / 2 + 1);
+    return FactorsFor<AlignedDoubles>(key, count * sizeof(double), [&] {
+        auto H = std::make_shared<AlignedDoubles>(count);
+        for (std::size_t k = 0; k < count; ++k) {
+            LookForStop(static_cast<std::int64_t>(k) + 1);
+            const double g = static_cast<double>(k) * binWidth / gigahertz;
+            (*H)[k] = known ? response->value(params, g) : 0.0;
+        }
+        return H;
+    });
+}
+
+/// Multiplies the spectrum by the response; elements k and n + 2 - k hold the same frequency with
+/// either sign. A fitting type of no known name passes nothing.
+void MultiplySpectrum(const ModulatorParams& params, double binWidth, Complex* spectrum, long n) {
+    const auto H = ResponseOf(params, binWidth, n);
     for (long k = 1; k <= n / 2 + 1; ++k) {
-        LookForStop(k);
-        const double g = static_cast<double>(k - 1) * binWidth / gigahertz;
-        const double H = known ? response->value(params, g) : 0.0;
-        spectrum[k] = H * spectrum[k];
+        const double factor = (*H)[static_cast<std::size_t>(k - 1)];
+        spectrum[k] = factor * spectrum[k];
         const long mirrored = n + 2 - k;
-        if (mirrored > k && mirrored <= n) spectrum[mirrored] = H * spectrum[mirrored];
+        if (mirrored > k && mirrored <= n) spectrum[mirrored] = factor * spectrum[mirrored];
     }
 }
 
