@@ -7,10 +7,12 @@
 
 #include "base/log.h"
 #include "base/text.h"
+#include "files/result_clashes.h"
 #include "kernel/external_commands.h"
 #include "kernel/run_record.h"
 #include "photrak/commands.h"
 #include "photrak/console.h"
+#include "photrak/inspection.h"
 #include "photrak/outcome.h"
 #include "photrak/point_rows.h"
 #include "photrak/report.h"
@@ -31,6 +33,15 @@ void TellBeforeRun(const Session& session, const CommandOptions& options) {
     for (const Variable& variable : workspace.variables) {
         WriteError(Concat("photrak: symbol ", variable.name, " = ", variable.value, "\n"));
     }
+}
+
+/// True after a report of result files that would be lost.
+bool RefusesClashes(const Session& session, const CommandOptions& options) {
+    LoadFindings clashes = FindResultClashes(*session.workspace);
+    for (LoadFinding& clash : clashes) clash.place = options.file;
+    if (ReportFindings(clashes) == 0) return false;
+    Report("error", Concat(options.file, ": nothing was run; '--lenient' goes on all the same"));
+    return true;
 }
 
 /// Many a model's text tells its fault but not its block, and the status line is gone by then.
@@ -134,6 +145,7 @@ int SimulateTopology(const CommandOptions& options, const SimulationKind& kind, 
     SimOptions& simOptions = *session.workspace->options;
     if (options.plotting) simOptions.PLOTTING = *options.plotting;
     kind.prepare(simOptions, options);
+    if (!options.lenient && RefusesClashes(session, options)) return exitStatus::failed;
     AllowExternalCommands(!options.noCommands);
     TellBeforeRun(session, options);
 

@@ -28,7 +28,8 @@ inline constexpr const char *fileUnreadable = "P1001", *unknownKeyword = "P1002"
 inline constexpr const char *unknownModel = "P1101", *unknownSuperBlock = "P1102",
                             *nameMissing = "P1103", *portCount = "P1104", *doubleName = "P1105",
                             *noLibrary = "P1106", *missingFile = "P1107",
-                            *brokenDefinition = "P1108";
+                            *brokenDefinition = "P1108", *sameResult = "P1109",
+                            *savesOverInput = "P1110";
 // Parameters.
 inline constexpr const char *unknownParameter = "P1201", *unknownType = "P1202",
                             *otherType = "P1203", *unknownBodyWord = "P1204", *givenTwice = "P1205",

@@ -7,6 +7,7 @@
 #include "base/escape.h"
 #include "base/text.h"
 #include "files/diagnostics.h"
+#include "files/result_clashes.h"
 #include "files/topology_words.h"
 #include "kernel/order.h"
 #include "kernel/port_types.h"
@@ -51,6 +52,7 @@ class GraphInspector {
         for (const auto& [number, node] : workspace_.nodes) {
             if (number != 0) Wires(*node);
         }
+        Results();
         if (isWhole) Order();
     }
 
@@ -67,6 +69,7 @@ class GraphInspector {
     void Names();
     bool Ports(const Component& component, const std::vector<Port>& ports, std::string_view side);
     void Wires(const Node& node);
+    void Results();
     void Order();
 
     Workspace& workspace_;
@@ -143,6 +146,12 @@ void GraphInspector::Wires(const Node& node) {
                     WordOf(sigTypeWords, reader.kind, "another kind"), ", but '",
                     driver.component->name, "' gives ",
                     WordOf(sigTypeWords, driver.kind, "another"), " on node ", node.number));
+    }
+}
+
+void GraphInspector::Results() {
+    for (LoadFinding& finding : FindResultClashes(workspace_)) {
+        Tell(finding.typed, finding.code, std::move(finding.text));
     }
 }
 

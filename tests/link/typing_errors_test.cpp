@@ -2,6 +2,7 @@
 // refuses to start, names the line, what stands there and what was probably meant, once.
 #include <algorithm>
 
+#include "base/text.h"
 #include "files/diagnostics.h"
 #include "link/example_run.h"
 
@@ -199,6 +200,51 @@ TEST_F(TypingErrors, OfWiresAndFilesAreToldByACheck) {
 }
 
 /// The place is in the file of the inside; the name is the whole path to the block.
+/// The tag that tells the points of a scan apart is the same for both, and so no help.
+TEST_F(TypingErrors, ThatLoseResultsAreRefusedWithBothBlocks) {
+    const auto block = [](std::string_view type, std::string_view name, std::string_view values) {
+        return Concat(
+            "COMPONENT ", name, " ", type, "\nNOTE\nICON none 0 0\nNUMINPUTS 1\nNUMOUTPUTS 1\n",
+            type == "LoadSigBlock" ? "INPUTFROM 0\nOUTPUTTO 9\n" : "INPUTFROM 6\nOUTPUTTO 0\n",
+            values, "ENDCOMPONENT\n");
+    };
+    const std::string received = "PARAM FilenameRoot StringType\nVALUE received\nENDPARAM\n";
+    const std::string noPlot = "PARAM Plot EnumType\nVALUE No\nENDPARAM\n";
+    const auto file = [](std::string_view name) {
+        return Concat("PARAM FileName StringType\nVALUE ", name, "\nENDPARAM\n");
+    };
+    const struct {
+        std::string blocks;
+        std::string_view told;  // empty: nothing is refused
+    } rows[] = {
+        {block("EyeDiagram", "Again", received),
+         "P1109: component 'Received': writes 'eye-received.pce', as component 'Again' does"},
+        {block("EyeDiagram", "Again", received + noPlot), ""},
+        {block("SignalPlot", "received", ""), ""},
+        {block("SignalPlot", "a", received) + block("ChirpPlot", "b", received),
+         "P1109: component 'b': writes 'eye-received.pcs', as component 'a' does"},
+        {block("SaveSigBlock", "Save", file("x")) +
+             block("LoadSigBlock", "Load", file("eye-x.sgd")),
+         "P1110: component 'Save': saves onto 'eye-x.sgd', which component 'Load' reads"},
+    };
+    const std::string right = FileText("eye-10g.top");
+    const std::size_t at = right.find("COMPONENT Arrived");
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.told);
+        WriteText("lost.top", Concat(right.substr(0, at), row.blocks, right.substr(at)));
+        EXPECT_EQ(Photrak("check lost.top").error.find(row.told) != std::string::npos, true);
+        const ProgramResult run = Photrak("run lost.top --out lost");
+        EXPECT_EQ(run.status, row.told.empty() ? 0 : 1) << run.error;
+        EXPECT_NE(run.error.find(row.told), std::string::npos) << run.error;
+        EXPECT_EQ(std::filesystem::exists("lost/eye-sent.eye"), row.told.empty());
+        const bool runsAtAll = row.told.find("P1110") == std::string_view::npos;
+        if (runsAtAll) {
+            EXPECT_EQ(Photrak("run lost.top --out lost --lenient").status, 0);
+        }
+        std::filesystem::remove_all("lost");
+    }
+}
+
 TEST_F(TypingErrors, InsideSuperBlocksAreNamedByTheirPath) {
     const std::string span = SourceDir() + "/catalogue/superblocks/AmplifiedSpan";
     for (const char* ending : {".top", ".dts"}) {
