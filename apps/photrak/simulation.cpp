@@ -163,7 +163,7 @@ int SimulateTopology(const CommandOptions& options, const SimulationKind& kind, 
     const Status status = RunBounded(*session.workspace, models);
     messages.TellRepeats();
     messages.Follow(nullptr, nullptr);
-    LogText(Concat(kind.name, " Completed\n"));
+    LogRunEnd(Concat(kind.name, " Completed"), status, simOptions.stop != 0);
     messages.EndStatusLine();
     CurrentRun().observer = nullptr;
     const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;

@@ -5,6 +5,7 @@
 
 #include "base/escape.h"
 #include "base/log.h"
+#include "base/text.h"
 #include "kernel/driver.h"
 #include "kernel/graph.h"
 #include "kernel/loops.h"
@@ -137,6 +138,16 @@ Status RunSimulation(Workspace* workspace, const ModelTable& models) {
     workspace->options->stop = 0;
     workspace->errorText.clear();
     return Simulate(workspace, models, workspace->errorText);
+}
+
+void LogRunEnd(std::string_view completion, Status status, bool stopped) {
+    std::string text = Concat(completion, "\n");
+    if (status == Status::Error) {
+        text += "The run failed before its end\n";
+    } else if (stopped) {
+        text += "The run was stopped before its end\n";
+    }
+    LogText(text);
 }
 
 }  // namespace photrak

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "base/status.h"
 
@@ -19,5 +20,9 @@ Status SimulateNested(Workspace& workspace, const ModelTable& models, std::strin
 /// The whole run. Error: the box has been shown. Nothing is thrown past it. What an escape leaves
 /// behind (signals, symbols) stays until the next run.
 Status Simulate(Workspace* workspace, const ModelTable& models, std::string& errorText);
+
+/// Closes the log of a run: its completion line, whatever became of it, and for one that did not
+/// reach its end a last line that says so.
+void LogRunEnd(std::string_view completion, Status status, bool stopped);
 
 }  // namespace photrak

@@ -127,7 +127,7 @@ void RunInDirectory(Workbench& workbench, DiagramView& view) {
         workbench.run.notes.Add(
             {RunNote::Kind::Information, informationTitle, std::string(viewerMissingText)});
     }
-    LogText(workbench.run.completion + "\n");
+    LogRunEnd(workbench.run.completion, workbench.run.status, workspace.options->stop != 0);
     const std::string logFailure = TakeLogFailure();
     if (!logFailure.empty()) {
         workbench.run.notes.Add({RunNote::Kind::Information, informationTitle,

@@ -63,7 +63,8 @@ TEST_F(Scan, LeavesWholeFilesOfTheFinishedPointsWhenStopped) {
     for (std::string name; std::getline(listed, name);) expected.insert(name);
     const std::vector<std::string> present = directory_.Files();
     EXPECT_EQ(std::set<std::string>(present.begin(), present.end()), expected);
-    EXPECT_TRUE(FileText("log.txt").ends_with("Parameter Scan Completed\n"));
+    EXPECT_TRUE(FileText("log.txt").ends_with(
+        "Parameter Scan Completed\nThe run was stopped before its end\n"));
 }
 
 TEST_F(Scan, GoesOnBehindAClosedTerminalIfTold) {
