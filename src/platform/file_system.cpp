@@ -5,9 +5,12 @@
 #include <array>
 #include <atomic>
 #include <cerrno>
+#include <charconv>
 #include <climits>
+#include <csignal>
 #include <cstring>
 #include <fcntl.h>
+#include <filesystem>
 #include <new>
 #include <set>
 #include <sys/file.h>
@@ -147,14 +150,17 @@ bool FollowLinks(std::string& path) {
     return false;
 }
 
+constexpr std::string_view temporaryStart = ".photrak-", temporaryEnd = ".tmp";
+
 /// A new file beside the target; its name is short, so that a long target name still fits.
 int CreateTemporary(const std::string& directory, std::string& name) {
     constexpr int attempts = 1000;
     static std::atomic<unsigned> counter = 0;  // a run writes beside the interface
-    const std::string stem = directory + ".photrak-" + std::to_string(::getpid());
+    std::string stem = directory;
+    stem.append(temporaryStart).append(std::to_string(::getpid()));
     for (int i = 0; i < attempts; ++i) {
         name = stem;
-        name.append("-").append(std::to_string(++counter)).append(".tmp");
+        name.append("-").append(std::to_string(++counter)).append(temporaryEnd);
         const int number = OpenFile(name, O_WRONLY | O_CREAT | O_EXCL);
         if (number >= 0 || errno != EEXIST) return number;
     }
@@ -353,6 +359,31 @@ std::string FirstLine(int number) {
 
 }  // namespace
 
+namespace {
+
+/// The process that a temporary name speaks of; 0 for any other name.
+pid_t OwnerOfTemporary(std::string_view name) {
+    if (!name.starts_with(temporaryStart) || !name.ends_with(temporaryEnd)) return 0;
+    const char* digits = name.data() + temporaryStart.size();
+    pid_t owner = 0;
+    const auto [end, error] = std::from_chars(digits, name.data() + name.size(), owner);
+    return error == std::errc() && *end == '-' && owner > 0 ? owner : 0;
+}
+
+/// Removes what writers that were killed left in the working directory, which is ours alone.
+void SweepLeftovers() {
+    std::error_code failed;
+    for (std::filesystem::directory_iterator entry(".", failed), end; !failed && entry != end;
+         entry.increment(failed)) {
+        const std::string name = entry->path().filename().string();
+        const pid_t owner = OwnerOfTemporary(name);
+        if (owner == 0 || ::kill(owner, 0) == 0 || errno != ESRCH) continue;
+        ::unlink(name.c_str());
+    }
+}
+
+}  // namespace
+
 FolderLock::FolderLock() {
     constexpr int attempts = 100;
     for (int i = 0; i < attempts; ++i) {
@@ -369,6 +400,7 @@ FolderLock::FolderLock() {
             number_ = number;
             const std::string own = std::to_string(::getpid()) + "\n";
             [[maybe_unused]] const bool told = ::ftruncate(number, 0) == 0 && WriteAll(number, own);
+            SweepLeftovers();
             return;
         }
         ::close(number);
