@@ -1,6 +1,8 @@
 // One or more COMPONENT blocks of name, type, note and values, all for the same component.
 #include "files/param_file.h"
 
+#include <cerrno>
+#include <cstring>
 #include <new>
 
 #include "base/escape.h"
@@ -175,8 +177,9 @@ Status ParamFileText(const Component& component, std::string& out) {
 Status SaveParamFile(const Component& component, const std::string& fileName, std::string& text) {
     std::string out;
     const Status status = ParamFileText(component, out);
+    errno = ENOENT;
     if (fileName.empty() || !ReplaceFile(fileName, out)) {
-        text += "Cannot open file to save parameters.";
+        text += Concat("Cannot open file to save parameters. (", std::strerror(errno), ")");
         return Status::Error;
     }
     if (status == Status::Error) text += "Error saving parameters.";
