@@ -52,6 +52,18 @@ class Workers {
              const_cast<void*>(static_cast<const void*>(&work)), count});
     }
 
+    /// make(task, slot) for as many tasks at a time as there are threads, shared out, and then
+    /// take(task, slot) for each of them in order by the caller: for sums whose order is part of
+    /// the result. `slot`, below Count(), is where make leaves what take finds.
+    template <class Make, class Take>
+    void ShareInOrder(long count, Make make, Take take) {
+        for (long first = 0; first < count; first += Count()) {
+            const long batch = count - first < Count() ? count - first : Count();
+            Share(batch, [&](long slot, int) { make(first + slot, static_cast<int>(slot)); });
+            for (long slot = 0; slot < batch; ++slot) take(first + slot, static_cast<int>(slot));
+        }
+    }
+
   private:
     static constexpr int taskBits = 20;
     static constexpr long mostTasks = (1L << taskBits) - 1;

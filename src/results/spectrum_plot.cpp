@@ -12,6 +12,7 @@
 #include "numeric/fft.h"
 #include "numeric/sliding_sum.h"
 #include "platform/stop_point.h"
+#include "platform/workers.h"
 #include "results/curve_file.h"
 #include "results/levels.h"
 #include "results/osa_filter.h"
@@ -201,6 +202,24 @@ void Scale(double factor, std::vector<double>& values) {
     for (double& value : values) value *= factor;
 }
 
+/// The spectra of several channels at a time, added up in their order.
+void AddTraces(const Spectra& spectra, const OpticalAxis& axis, std::vector<double>& sums) {
+    const std::vector<Trace>& traces = spectra.traces.main;
+    Workers workers(ThreadsFor(traces.size(), static_cast<long>(spectra.traces.noPoints)));
+    std::vector<std::vector<double>> powers(static_cast<std::size_t>(workers.Count()));
+    workers.ShareInOrder(
+        static_cast<long>(traces.size()),
+        [&](long trace, int slot) {
+            powers[static_cast<std::size_t>(slot)] =
+                PowerSpectrum(traces[static_cast<std::size_t>(trace)], spectra.params.Polarization,
+                              spectra.params.DCoffset);
+        },
+        [&](long trace, int slot) {
+            AddBins(axis, lightSpeed / traces[static_cast<std::size_t>(trace)].channel->wavelength,
+                    spectra.df, powers[static_cast<std::size_t>(slot)], sums);
+        });
+}
+
 Status FillSpectrum(const Spectra& spectra, const OsaFilter& filter, OpticalSpectrum& spectrum) {
     const SpectrumParams& params = spectra.params;
     const std::int64_t asked =
@@ -212,10 +231,7 @@ Status FillSpectrum(const Spectra& spectra, const OsaFilter& filter, OpticalSpec
 
     const auto count = static_cast<std::size_t>(axis.count);
     spectrum.signal.assign(count, 0.0);
-    for (const Trace& trace : spectra.traces.main) {
-        AddBins(axis, lightSpeed / trace.channel->wavelength, spectra.df,
-                PowerSpectrum(trace, params.Polarization, params.DCoffset), spectrum.signal);
-    }
+    AddTraces(spectra, axis, spectrum.signal);
     if (spectra.IsDensity()) {
         Scale(1.0 / (axis.isCoarse ? axis.step : spectra.df), spectrum.signal);
     }

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
+#include <vector>
 
 #include "base/text.h"
 #include "base/units.h"
@@ -16,6 +18,7 @@
 #include "numeric/samples.h"
 #include "numeric/transfer.h"
 #include "platform/file_system.h"
+#include "platform/workers.h"
 
 namespace photrak {
 namespace {
@@ -86,27 +89,64 @@ void MultiplySpectra(OpSig& channel, const double* factors) {
     }
 }
 
-Status AmplifyChannel(OpSig& channel, Gain& gain, const ModelReport& report) {
-    const Status status = CheckSpectrumGrid(channel, report);
-    if (status != Status::Success || channel.noPoints < 1) return status;
-    const std::int32_t n = channel.noPoints;
-    OwnedBlock<double> factors(NewUnclearedSamples<double>(n));
-    if (!factors) {
+/// The gain at a channel's last bin; not finite if that of some bin is not.
+struct LastGain {
+    double g = 0.0, nu = 0.0;
+};
+
+/// \param factors  room for those of the channel's bins.
+LastGain AmplifyChannel(const SCurvePair& curves, OpSig& channel, double* factors) {
+    const SpectrumGrid grid(channel, channel.noPoints);
+    LastGain last{0.0, grid.carrier};
+    bool finite = true;
+    for (std::int32_t k = 1; k <= channel.noPoints; ++k) {
+        const double x = lightSpeed / grid.Frequency(k) * nanometersPerMeter;
+        last.g = factors[k] = FieldRatio(SCurveValue(curves, x));
+        finite = finite && std::isfinite(last.g);
+    }
+    if (!finite) return {std::numeric_limits<double>::infinity(), grid.carrier};
+    MultiplySpectra(channel, factors);
+    return last;
+}
+
+/// The channels that have samples, checked.
+Status CollectChannels(OpSig* list, std::vector<OpSig*>& channels, std::int32_t& longest,
+                       const ModelReport& report) {
+    longest = 0;
+    for (OpSig& channel : Items(list)) {
+        if (CheckSpectrumGrid(channel, report) != Status::Success) return Status::Error;
+        if (channel.noPoints < 1) continue;
+        channels.push_back(&channel);
+        longest = std::max(longest, channel.noPoints);
+    }
+    return Status::Success;
+}
+
+/// Shared out among threads. By design: the last bin of the last channel sets the gain and the
+/// frequency that the emission follows, whatever the gain at other wavelengths is.
+Status AmplifyChannels(OpSig* list, Gain& gain, const ModelReport& report) {
+    std::vector<OpSig*> channels;
+    std::int32_t longest = 0;
+    if (CollectChannels(list, channels, longest, report) != Status::Success) return Status::Error;
+    Workers workers(ThreadsFor(channels.size(), longest));
+    std::vector<OwnedBlock<double>> factors(static_cast<std::size_t>(workers.Count()));
+    for (OwnedBlock<double>& room : factors) {
+        room.reset(NewUnclearedSamples<double>(longest));
+        if (room) continue;
         ReportNoMemory(report.errorText, "EDFA - gainArray");
         return Status::Error;
     }
-    const SpectrumGrid grid(channel, n);
-    gain.nu = grid.carrier;
-    bool finite = true;
-    for (std::int32_t k = 1; k <= n; ++k) {
-        const double x = lightSpeed / grid.Frequency(k) * nanometersPerMeter;
-        gain.g = factors.get()[k] = FieldRatio(SCurveValue(gain.curves, x));
-        finite = finite && std::isfinite(gain.g);
+    std::vector<LastGain> gains(channels.size());
+    workers.Share(static_cast<long>(channels.size()), [&](long task, int worker) {
+        const auto at = static_cast<std::size_t>(task);
+        gains[at] = AmplifyChannel(gain.curves, *channels[at],
+                                   factors[static_cast<std::size_t>(worker)].get());
+    });
+    for (const LastGain& last : gains) {
+        if (!std::isfinite(last.g)) return report.Refuse("the gain curves are out of range");
+        gain.g = last.g;
+        gain.nu = last.nu;
     }
-    if (!finite) {
-        return report.Refuse("the gain curves are out of range");
-    }
-    MultiplySpectra(channel, factors.get());
     return Status::Success;
 }
 
@@ -120,12 +160,7 @@ Status AmplifyByCurves(const EdfaParams& params, double inputPower, OpSignal& si
     // Without a channel the center of the noise stands for the last one.
     gain.nu = lightSpeed / params.noiseCenter;
     gain.g = std::sqrt(PowerFactor(gain.curves, gain.nu));
-    // By design: the last bin of the last channel sets the gain and the frequency that the
-    // emission follows, whatever the gain at other wavelengths is.
-    for (OpSig& channel : Items(signal.channels)) {
-        const Status status = AmplifyChannel(channel, gain, report);
-        if (status != Status::Success) return status;
-    }
+    if (AmplifyChannels(signal.channels, gain, report) != Status::Success) return Status::Error;
     // By design: the first record is the one that the emission joins; further records pass
     // without gain.
     if (OpSigASE* first = signal.noise) {

@@ -2,10 +2,12 @@
 #include "models/optical/channel_merge.h"
 
 #include <cmath>
+#include <vector>
 
 #include "models/common/spectrum_grid.h"
 #include "numeric/fft.h"
 #include "numeric/samples.h"
+#include "platform/workers.h"
 
 namespace photrak {
 namespace {
@@ -70,29 +72,53 @@ bool FitsSampling(const OpSig* channels, const CommonGrid& grid) {
     return std::fabs(Carrier(*channels) - Carrier(*last)) <= (grid.n - 1) * grid.df;
 }
 
+/// A copy of a channel at the common start, as spectra.
+bool MakeSpectra(const OpSig& channel, const CommonGrid& grid, Owned<OpSig>& spectra) {
+    if (Make(spectra, CopyOpSig, &channel)) return false;
+    AlignStartTime(spectra.get(), grid.startTime);
+    for (Complex* samples : {spectra->Ex_samples, spectra->Ey_samples}) {
+        if (samples) DoFFTFlagged(samples, grid.n, 1, 0);
+    }
+    return true;
+}
+
 /// Output bin k gets bin k - m, m the channel's distance from the mean carrier in bins; 0 <= m < n.
-void AddRotated(Complex* samples, std::int32_t n, std::int32_t m, Complex* sum) {
-    if (!samples) return;
-    DoFFTFlagged(samples, n, 1, 0);
+void AddRotated(const Complex* spectrum, std::int32_t n, std::int32_t m, Complex* sum) {
+    if (!spectrum) return;
     for (std::int32_t k = 1; k <= n; ++k) {
         const std::int32_t from = k > m ? k - m : k - m + n;
-        sum[k] = sum[k] + samples[from];
+        sum[k] = sum[k] + spectrum[from];
     }
 }
 
-Status AddChannel(const OpSig& channel, const CommonGrid& grid, OpSig& sum,
-                  const ModelReport& report) {
-    Owned<OpSig> copy;
-    if (Make(copy, CopyOpSig, &channel)) {
-        return report.Fail("ERROR copying input optical signals\n");
-    }
-    AlignStartTime(copy.get(), grid.startTime);
-    const double bins = grid.n > 1 ? std::round((Carrier(channel) - grid.carrier) / grid.df) : 0.0;
+void AddSpectra(const OpSig& spectra, const CommonGrid& grid, OpSig& sum) {
+    const double bins = grid.n > 1 ? std::round((Carrier(spectra) - grid.carrier) / grid.df) : 0.0;
     const double wrapped = std::fmod(bins, grid.n);
     const auto m = SaturateToInt(wrapped < 0.0 ? wrapped + grid.n : wrapped);
-    AddRotated(copy->Ex_samples, grid.n, m, sum.Ex_samples);
-    AddRotated(copy->Ey_samples, grid.n, m, sum.Ey_samples);
-    return Status::Success;
+    AddRotated(spectra.Ex_samples, grid.n, m, sum.Ex_samples);
+    AddRotated(spectra.Ey_samples, grid.n, m, sum.Ey_samples);
+}
+
+/// The spectra of several channels at a time, added up in the order of the list.
+Status AddChannels(const OpSig* channels, const CommonGrid& grid, OpSig& sum,
+                   const ModelReport& report) {
+    std::vector<const OpSig*> list;
+    for (const OpSig& channel : Items(channels)) list.push_back(&channel);
+    Workers workers(ThreadsFor(list.size(), grid.n));
+    std::vector<Owned<OpSig>> spectra(static_cast<std::size_t>(workers.Count()));
+    bool made = true;
+    workers.ShareInOrder(
+        static_cast<long>(list.size()),
+        [&](long channel, int slot) {
+            Owned<OpSig>& place = spectra[static_cast<std::size_t>(slot)];
+            if (!MakeSpectra(*list[static_cast<std::size_t>(channel)], grid, place)) place.reset();
+        },
+        [&](long, int slot) {
+            const Owned<OpSig>& copy = spectra[static_cast<std::size_t>(slot)];
+            made = made && copy;
+            if (made) AddSpectra(*copy, grid, sum);
+        });
+    return made ? Status::Success : report.Fail("ERROR copying input optical signals\n");
 }
 
 /// A dark channel with the fields that the sum takes over.
@@ -125,10 +151,8 @@ Status MergeChannels(const OpSig* channels, Owned<OpSig>& merged, const ModelRep
     if (!CreateSum(*channels, grid, sum)) {
         return report.Fail("ERROR creating output optical signal\n");
     }
-    for (const OpSig& channel : Items(channels)) {
-        status = AddChannel(channel, grid, *sum, report);
-        if (status != Status::Success) return status;
-    }
+    status = AddChannels(channels, grid, *sum, report);
+    if (status != Status::Success) return status;
     DoFFTFlagged(sum->Ex_samples, grid.n, -1, fftDivideByN);
     if (sum->Ey_samples) DoFFTFlagged(sum->Ey_samples, grid.n, -1, fftDivideByN);
     merged = std::move(sum);

@@ -14,6 +14,7 @@
 #include "models/common/spectrum_grid.h"
 #include "numeric/fft.h"
 #include "platform/file_system.h"
+#include "platform/workers.h"
 
 namespace photrak {
 namespace {
@@ -160,21 +161,28 @@ void AddNarrow(Device& device, std::int32_t row, const OpSig& channel) {
     }
 }
 
+/// Adds the weighted spectrum to one output.
+void AddToColumn(const Device& device, std::int32_t row, std::int32_t column,
+                 const SpectrumGrid& grid, Polarization field) {
+    const Complex* spectrum = device.spectrum.get();
+    Complex* out = device.outputs[static_cast<std::size_t>(column - 1)].last->*field;
+    for (std::int32_t k = 1; k <= grid.n; ++k) {
+        const double wavelength = lightSpeed / grid.Frequency(k);
+        out[k] = out[k] + device.matrix.At(row, column, wavelength) * spectrum[k];
+    }
+}
+
 /// Adds the input's weighted spectrum to the outputs, which hold spectra until all are added.
-void AddWide(Device& device, std::int32_t row, const OpSig& channel) {
+void AddWide(Device& device, std::int32_t row, const OpSig& channel, Workers& workers) {
     const SpectrumGrid grid(channel, channel.noPoints);
     Complex* spectrum = device.spectrum.get();
     for (const Polarization field : polarizations) {
         if (!(channel.*field)) continue;
         std::copy_n(channel.*field + 1, grid.n, spectrum + 1);
         DoFFTFlagged(spectrum, grid.n, 1, 0);
-        for (std::int32_t column = 1; column <= device.matrix.columns; ++column) {
-            Complex* out = device.outputs[static_cast<std::size_t>(column - 1)].last->*field;
-            for (std::int32_t k = 1; k <= grid.n; ++k) {
-                const double wavelength = lightSpeed / grid.Frequency(k);
-                out[k] = out[k] + device.matrix.At(row, column, wavelength) * spectrum[k];
-            }
-        }
+        workers.Share(device.matrix.columns, [&](long column, int) {
+            AddToColumn(device, row, static_cast<std::int32_t>(column) + 1, grid, field);
+        });
     }
 }
 
@@ -197,14 +205,16 @@ Status AddChannels(Device& device, const Gathered& gathered) {
     bool made = !wide || SizeSpectrum(device, FirstOf(gathered).noPoints);
     for (OutputPort& output : device.outputs) made = made && AppendDark(output, gathered);
     if (!made) return device.report.Fail("can't allocate output signal.");
+    Workers workers(wide ? ThreadsFor(device.outputs.size(), FirstOf(gathered).noPoints) : 1);
     for (std::size_t i = 0; i < gathered.size(); ++i) {
-        if (gathered[i] && gathered[i]->noPoints >= 1) {
-            (wide ? AddWide : AddNarrow)(device, static_cast<std::int32_t>(i) + 1, *gathered[i]);
-        }
+        if (!gathered[i] || gathered[i]->noPoints < 1) continue;
+        const auto row = static_cast<std::int32_t>(i) + 1;
+        wide ? AddWide(device, row, *gathered[i], workers) : AddNarrow(device, row, *gathered[i]);
     }
-    for (OutputPort& output : device.outputs) {
-        if (wide && output.last->noPoints >= 1) ReturnToTime(*output.last);
-    }
+    if (!wide || FirstOf(gathered).noPoints < 1) return Status::Success;
+    workers.Share(static_cast<long>(device.outputs.size()), [&](long output, int) {
+        ReturnToTime(*device.outputs[static_cast<std::size_t>(output)].last);
+    });
     return Status::Success;
 }
 
