@@ -136,6 +136,15 @@ Problem SetRuns(CommandOptions& options, const std::string& value) {
     return {};
 }
 
+Problem SetIsolateLimit(CommandOptions& options, const std::string& value) {
+    const std::optional<double> seconds = WholeDouble(value);
+    if (!seconds || !(*seconds > 0.0))
+        return Concat("--isolate-limit wants a time in seconds, not '", value, "'");
+    options.isolate = true;
+    options.isolateLimit = *seconds;
+    return {};
+}
+
 Problem SetJobs(CommandOptions& options, const std::string& value) {
     constexpr int most = 1024;
     const std::optional<std::int32_t> jobs = WholeInt(value);
@@ -230,6 +239,12 @@ constexpr Option optionTable[] = {
      "none, save (files only), display (start the viewer) or icon (as each block says)"},
     {"--no-commands", nullptr, plotting, Raise<&CommandOptions::noCommands>,
      "start no external program: no viewer, no command of a block"},
+    {"--trust", nullptr, plotting, Raise<&CommandOptions::trust>,
+     "load user libraries too that belong to other users or that these can change"},
+    {"--isolate", nullptr, simulating, Raise<&CommandOptions::isolate>,
+     "call user libraries in processes of their own: a crash is an error of the block"},
+    {"--isolate-limit", "SECONDS", simulating, SetIsolateLimit,
+     "the same, and end a call after SECONDS instead of 60"},
     {"--table", "FILE", simulating, SetTable,
      "write FILE.csv or FILE.json: a row for each point and tester (measure: each signal), as they "
      "finish"},

@@ -54,9 +54,11 @@ struct CommandOptions {
     std::string shard;      // "K/N", "auto" or empty
     std::string merge;      // the folder of the points to merge, or empty
     bool resume = false, dryRun = false;
-    std::string title;    // of the page of `report`
-    bool report = false;  // a page at the end of a run
-    bool scans = false;   // the command is `scan`
+    std::string title;                    // of the page of `report`
+    bool report = false;                  // a page at the end of a run
+    bool scans = false;                   // the command is `scan`
+    bool trust = false, isolate = false;  // of user libraries
+    double isolateLimit = 60.0;           // s
     bool noCommands = false, strict = false, lenient = false, block = false, quiet = false,
          verbose = false, help = false, json = false;
 };

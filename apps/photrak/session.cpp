@@ -180,6 +180,10 @@ bool OpenTopology(Session& session, const CommandOptions& options, Status& loade
     return true;
 }
 
+LibraryPolicy PolicyFor(const CommandOptions& options) {
+    return {options.trust, options.isolate ? options.isolateLimit : 0.0};
+}
+
 bool LockFolder(Session& session) {
     session.lock = std::make_unique<FolderLock>();
     if (session.lock->Owner().empty()) return true;

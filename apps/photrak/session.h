@@ -50,6 +50,8 @@ inline Faults FaultsFor(const CommandOptions& options) {
 /// cannot run; `loaded` tells of warnings.
 bool OpenTopology(Session& session, const CommandOptions& options, Status& loaded,
                   Faults faults = Faults::Told);
+/// How user libraries are called, after the options of the command.
+LibraryPolicy PolicyFor(const CommandOptions& options);
 /// Takes the folder of the results for this process. False after a report of who has it.
 bool LockFolder(Session& session);
 /// The component that the command names. Null after a report.

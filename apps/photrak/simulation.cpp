@@ -147,6 +147,7 @@ int SimulateTopology(const CommandOptions& options, const SimulationKind& kind, 
     kind.prepare(simOptions, options);
     if (!options.lenient && RefusesClashes(session, options)) return exitStatus::failed;
     AllowExternalCommands(!options.noCommands);
+    session.userModels.SetPolicy(PolicyFor(options));
     TellBeforeRun(session, options);
 
     ResetRunRecord();

@@ -41,6 +41,7 @@ int TestCommand(const CommandOptions& options) {
     Workspace& workspace = *session.workspace;
     if (options.plotting) workspace.options->PLOTTING = *options.plotting;
     AllowExternalCommands(!options.noCommands);
+    session.userModels.SetPolicy(PolicyFor(options));
 
     ResetRunRecord();
     std::string text;

@@ -6,9 +6,13 @@
 
 #include "base/line_reader.h"
 #include "base/text.h"
+#include "files/isolated_call.h"
+#include "kernel/library_records.h"
 #include "kernel/support_table.h"
 #include "platform/file_system.h"
 #include "platform/host.h"
+#include "platform/library_file.h"
+#include "platform/library_guard.h"
 #include "platform/stop_point.h"
 
 namespace photrak {
@@ -31,18 +35,24 @@ UserLine SplitLine(LineReader& reader) {
     return line;
 }
 
-/// The library, or null with the reason in `messages`.
-void* LoadChecked(const UserLine& line, const std::string& directory, std::string& messages) {
-    const std::string path = Concat(directory, line.library);
+/// A line that tells what is wrong with the library of a model.
+std::string LibraryLine(std::string_view kind, std::string_view type, std::string_view path,
+                        std::string_view reason) {
+    return Concat(kind, ": user model '", type, "': library '", path, "' ", reason, "\n");
+}
+
+/// The library in the process, or null with an error.
+void* LoadLibrary(const UserModelEntry& entry, const LibraryPolicy& policy, std::string& text) {
     const auto refuse = [&](std::string_view reason) {
-        messages +=
-            Concat("WARNING: user model '", line.type, "': library '", path, "' ", reason, "\n");
+        text += LibraryLine("ERROR", entry.type, entry.library, reason);
         return nullptr;
     };
-    if (line.library.empty()) return refuse("is not named");
+    if (const std::string fault = LibraryFault(entry.library); !fault.empty()) return refuse(fault);
+    const std::string doubt = policy.trustsAll ? std::string() : LibraryDoubt(entry.library);
+    if (!doubt.empty()) return refuse(Concat(doubt, "; '--trust' runs it all the same"));
     Libraries& libraries = *CurrentHost().libraries;
     std::string reason;
-    void* library = libraries.Load(path, reason);
+    void* library = libraries.Load(entry.library, reason);
     if (!library) return refuse(Concat("does not load: ", reason));
     const auto* version =
         static_cast<const std::int32_t*>(libraries.Find(library, "photrak_support_version"));
@@ -51,14 +61,17 @@ void* LoadChecked(const UserLine& line, const std::string& directory, std::strin
                          PHOTRAK_SUPPORT_VERSION));
 }
 
+/// The entry of that name, or null, with an error unless the library has none by intent.
 template <class Entry>
-Entry FindEntry(void* library, const UserLine& line, std::string_view symbol,
-                std::string& messages) {
-    if (symbol.empty()) return nullptr;
-    void* found = CurrentHost().libraries->Find(library, std::string(symbol));
+Entry BindEntry(const UserModelEntry* model, std::string UserModelEntry::*symbol,
+                const LibraryPolicy& policy, std::string& text) {
+    if (!model || model->library.empty() || (model->*symbol).empty()) return nullptr;
+    if (!model->loaded) model->loaded = LoadLibrary(*model, policy, text);
+    if (!model->loaded) return nullptr;
+    void* found = CurrentHost().libraries->Find(model->loaded, model->*symbol);
     if (!found) {
-        messages += Concat("WARNING: user model '", line.type, "': no '", symbol, "' in '",
-                           line.library, "'\n");
+        text += LibraryLine("ERROR", model->type, model->library,
+                            Concat("has no entry '", model->*symbol, "'"));
     }
     return reinterpret_cast<Entry>(found);
 }
@@ -91,6 +104,21 @@ Status CallLibrary(std::string& text, const Call& call) {
     return Status::Error;
 }
 
+/// The call itself, and a look at what it leaves in the output cells.
+Status RunEntry(PhotrakRunEntry run, const UserModelEntry& entry, const ModelCall& call) {
+    const StopScope unstopped(nullptr);  // C frames pass no exception on
+    BeginLibraryRecords();
+    Status status = Status::Error;
+    {
+        const LibraryGuard guard(Concat(call.path, call.owner), entry.library);
+        status = CallLibrary(call.errorText, [&](char** message) {
+            return run(&SupportTable(), call.component.parameters, call.inputs, call.outputs,
+                       message);
+        });
+    }
+    return CheckLibraryOutputs(call.inputs, call.outputs, call.errorText) ? status : Status::Error;
+}
+
 }  // namespace
 
 void UserModelTable::LoadUserModels(const Catalogue& catalogue, std::string& messages) {
@@ -109,11 +137,15 @@ void UserModelTable::LoadUserModels(const Catalogue& catalogue, std::string& mes
         UserModelEntry entry;
         entry.type = line.type;
         entry.bitmap = Concat(line.bitmap.substr(0, line.bitmap.find('.')), "u.bmp");
+        entry.runSymbol = line.run;
+        entry.testSymbol = line.test;
         const bool comment = line.type == "*";
-        void* library = comment ? nullptr : LoadChecked(line, catalogue.modelDirectory, messages);
-        if (library) {
-            entry.run = FindEntry<PhotrakRunEntry>(library, line, line.run, messages);
-            entry.test = FindEntry<PhotrakTestEntry>(library, line, line.test, messages);
+        if (!comment && line.library.empty()) {
+            messages += LibraryLine("WARNING", line.type, catalogue.modelDirectory, "is not named");
+        } else if (!comment) {
+            entry.library = Concat(catalogue.modelDirectory, line.library);
+            const std::string fault = LibraryFault(entry.library);
+            if (!fault.empty()) messages += LibraryLine("WARNING", line.type, entry.library, fault);
         }
         entries_.push_back(std::move(entry));
     }
@@ -132,31 +164,34 @@ bool UserModelTable::Knows(std::string_view type) const {
 
 bool UserModelTable::HasTest(std::string_view type) const {
     const UserModelEntry* entry = Find(type);
-    return entry && entry->test;
+    return entry && !entry->testSymbol.empty();
 }
 
 Status UserModelTable::Run(const ModelCall& call) const {
     const UserModelEntry* entry = Find(call.component.type);
-    if (!entry || !entry->run) {
+    const auto run =
+        BindEntry<PhotrakRunEntry>(entry, &UserModelEntry::runSymbol, policy_, call.errorText);
+    if (!run) {
         call.errorText += "ERROR: no pointer for user model.";
         return Status::Error;
     }
-    const StopScope unstopped(nullptr);  // C frames pass no exception on
-    return CallLibrary(call.errorText, [&](char** message) {
-        return entry->run(&SupportTable(), call.component.parameters, call.inputs, call.outputs,
-                          message);
-    });
+    const auto callIt = [&](const ModelCall& to) { return RunEntry(run, *entry, to); };
+    return policy_.isolated > 0.0 ? CallIsolated(call, policy_.isolated, callIt) : callIt(call);
 }
 
 Status UserModelTable::Test(std::string_view type, Parameter* parameters,
                             std::string& message) const {
     const UserModelEntry* entry = Find(type);
-    if (!entry || !entry->test) {
+    if (!entry || entry->testSymbol.empty()) {
         message += noModelTestText;
         return Status::Error;
     }
+    const auto test =
+        BindEntry<PhotrakTestEntry>(entry, &UserModelEntry::testSymbol, policy_, message);
+    if (!test) return Status::Error;
+    const LibraryGuard guard(type, entry->library);
     return CallLibrary(message,
-                       [&](char** text) { return entry->test(&SupportTable(), parameters, text); });
+                       [&](char** text) { return test(&SupportTable(), parameters, text); });
 }
 
 }  // namespace photrak

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "base/memory.h"
+#include "kernel/library_records.h"
 #include "kernel/signals.h"
 #include "numeric/fft.h"
 
@@ -19,8 +20,31 @@ std::optional<std::string>& Failure() {
 std::int32_t AllocateForLibrary(void** place, std::size_t bytes) {
     if (!place) return 1;
     *place = AllocateZeroed(bytes, 1);
-    return *place ? 0 : 1;
+    if (!*place) return 1;
+    NoteLibraryRecord(*place, UnknownSigType);
+    return 0;
 }
+
+/// Entries whose records can become outputs, noted as they are made and freed.
+template <auto create, std::int32_t kind>
+struct Making;
+template <class T, class... Arguments, std::int32_t (*create)(T**, Arguments...), std::int32_t kind>
+struct Making<create, kind> {
+    static std::int32_t Call(T** place, Arguments... arguments) {
+        const std::int32_t failed = create(place, arguments...);
+        if (!failed && place && *place) NoteLibraryRecord(*place, kind);
+        return failed;
+    }
+};
+template <auto release>
+struct Freeing;
+template <class T, std::int32_t (*release)(T**)>
+struct Freeing<release> {
+    static std::int32_t Call(T** place) {
+        if (place && *place) ForgetLibraryRecord(*place);
+        return release(place);
+    }
+};
 
 std::int32_t TransformForLibrary(Complex* data, std::int32_t n, std::int32_t sign,
                                  std::int32_t flags) {
@@ -43,17 +67,17 @@ const PhotrakSupport& SupportTable() {
         .FFTBinToIndex = FFTBinToIndex,
         .DoFFTFlagged = TransformForLibrary,
 
-        .CreateBinSig = CreateBinSig,
-        .CreateBinSigFromElec = CreateBinSigFromElec,
-        .CreateBinSigFromOp = CreateBinSigFromOp,
-        .FreeBinSig = FreeBinSig,
-        .CopyBinSig = CopyBinSig,
+        .CreateBinSig = Making<CreateBinSig, BinSigType>::Call,
+        .CreateBinSigFromElec = Making<CreateBinSigFromElec, BinSigType>::Call,
+        .CreateBinSigFromOp = Making<CreateBinSigFromOp, BinSigType>::Call,
+        .FreeBinSig = Freeing<FreeBinSig>::Call,
+        .CopyBinSig = Making<CopyBinSig, BinSigType>::Call,
 
-        .CreateElecSig = CreateElecSig,
-        .CreateElecSigFromBin = CreateElecSigFromBin,
-        .CreateElecSigFromOp = CreateElecSigFromOp,
-        .FreeElecSig = FreeElecSig,
-        .CopyElecSig = CopyElecSig,
+        .CreateElecSig = Making<CreateElecSig, ElecSigType>::Call,
+        .CreateElecSigFromBin = Making<CreateElecSigFromBin, ElecSigType>::Call,
+        .CreateElecSigFromOp = Making<CreateElecSigFromOp, ElecSigType>::Call,
+        .FreeElecSig = Freeing<FreeElecSig>::Call,
+        .CopyElecSig = Making<CopyElecSig, ElecSigType>::Call,
 
         .CreateOpSig = CreateOpSig,
         .CreateOpSigFromBin = CreateOpSigFromBin,
@@ -69,11 +93,11 @@ const PhotrakSupport& SupportTable() {
         .CopyOpSigASE = CopyOpSigASE,
         .CopyOpSigASEList = CopyOpSigASEList,
 
-        .CreateOpSignalWithSig = CreateOpSignalWithSig,
-        .CreateOpSignalFromBin = CreateOpSignalFromBin,
-        .CreateOpSignalFromElec = CreateOpSignalFromElec,
-        .FreeOpSignal = FreeOpSignal,
-        .CopyOpSignal = CopyOpSignal,
+        .CreateOpSignalWithSig = Making<CreateOpSignalWithSig, OpSigType>::Call,
+        .CreateOpSignalFromBin = Making<CreateOpSignalFromBin, OpSigType>::Call,
+        .CreateOpSignalFromElec = Making<CreateOpSignalFromElec, OpSigType>::Call,
+        .FreeOpSignal = Freeing<FreeOpSignal>::Call,
+        .CopyOpSignal = Making<CopyOpSignal, OpSigType>::Call,
 
         .AddEySamples = AddEySamples,
         .ResizeElecSig = ResizeElecSig,

@@ -95,16 +95,17 @@ TEST_F(UserLibraries, WhatDoesNotBindKeepsItsPlaceWithoutEntries) {
         "NoTest g.def g gain_model.so RunGain\n"
         "Short\n");
     ASSERT_EQ(table_.Entries().size(), 6u);
-    for (const char* type : {"Broken", "Other", "None", "Short"}) {
+    for (const std::string type : {"Broken", "Other", "None", "Short"}) {
         SCOPED_TRACE(type);
-        EXPECT_TRUE(Holds(messages_, std::string("'") + type + "'"));
+        // Code is loaded when it is called: what only the loader sees is told then.
+        const bool isSeenBefore = type == "Broken" || type == "Short";
+        EXPECT_EQ(Holds(messages_, "'" + type + "'"), isSeenBefore) << messages_;
         ASSERT_TRUE(table_.Knows(type));
         Nodelist input{nullptr, BinSigType, nullptr}, output = input;
         EXPECT_EQ(Run(type, input, output), Status::Error);
-        EXPECT_EQ(errorText_, "before: ERROR: no pointer for user model.");
+        EXPECT_TRUE(errorText_.ends_with("ERROR: no pointer for user model.")) << errorText_;
     }
-    EXPECT_TRUE(Holds(messages_, "version 2"));
-    EXPECT_NE(table_.Entries()[4].run, nullptr) << "a test is not compulsory";
+    EXPECT_FALSE(table_.HasTest("NoTest"));
 }
 
 }  // namespace

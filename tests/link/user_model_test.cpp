@@ -96,6 +96,88 @@ TEST_F(OwnCatalogue, AFaultyDefinitionOfAUserStopsNoOtherModel) {
               std::string::npos);
 }
 
+/// Each ends in words that name the block, in our process and in one of its own.
+TEST_F(OwnCatalogue, AFaultyLibraryIsNamedAndNothingElseIsLost) {
+    namespace fs = std::filesystem;
+    fs::copy(BinaryDir() + "/user_library/faulty_model.so", "models");
+    const struct {
+        const char *entry, *told, *toldIsolated;
+        int status;
+    } rows[] = {
+        {"RunCrash", "models/faulty_model.so' crashed: SIGSEGV",
+         "component 'Inverter': the user library crashed: SIGSEGV", 139},
+        {"RunExit", "models/faulty_model.so' ended the program",
+         "component 'Inverter': the user library ended its process with status", 1},
+        {"RunLoop", nullptr, "component 'Inverter': the user library did not return within 0.3 s",
+         1},
+        {"RunReturnsInput", "output port 1 of the user model is the signal of input port 1",
+         nullptr, 1},
+        {"RunReturnsFreed", "output port 1 of the user model is no signal that", nullptr, 1},
+        {"RunReturnsOther", "output port 1 of the user model is a signal of another kind", nullptr,
+         1},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.entry);
+        UserList(std::string("Inverter inverter.def inv faulty_model.so ") + row.entry + "\n");
+        if (row.told) {
+            // A shell tells a crash as 128 and the signal.
+            const ProgramResult bare =
+                RunProgram("sh -c './photrak run --no-commands link.top; exit $?'");
+            EXPECT_EQ(bare.status, row.status) << bare.error;
+            EXPECT_NE(bare.error.find(row.told), std::string::npos) << bare.error;
+            EXPECT_NE(FileText("log.txt").find(row.told), std::string::npos);
+        }
+        const ProgramResult own = Run("run --no-commands --isolate-limit 0.3 link.top");
+        EXPECT_EQ(own.status, 1);
+        const char* told = row.toldIsolated ? row.toldIsolated : row.told;
+        EXPECT_NE(own.error.find(told), std::string::npos) << own.error;
+        EXPECT_NE(own.error.find("the run failed at component 'Inverter'"), std::string::npos);
+    }
+}
+
+TEST_F(OwnCatalogue, AnIsolatedLibraryGivesTheSameResults) {
+    UserList("Inverter inverter.def inv gain_model.so RunGain TestGain\n");
+    EXPECT_EQ(Run("run --no-commands --out here link.top").status, 0);
+    EXPECT_EQ(Run("run --no-commands --out apart --isolate link.top").status, 0);
+    const std::string here = FileText("here/phtmpSignalPlot_bin.sig");
+    EXPECT_FALSE(here.empty());
+    EXPECT_EQ(FileText("apart/phtmpSignalPlot_bin.sig"), here);
+}
+
+/// What the call upset is put back: results land in the folder, in the numbers of a run without it.
+TEST_F(OwnCatalogue, ALibraryThatUpsetsTheProcessDoesSoForItsCallOnly) {
+    std::filesystem::copy(BinaryDir() + "/user_library/faulty_model.so", "models");
+    UserList("Inverter inverter.def inv faulty_model.so RunUpset\n");
+    const ProgramResult result = Run("run --no-commands link.top");
+    EXPECT_EQ(result.status, 0) << result.error;
+    const auto rows = Table("phtmpSignalPlot_bin.sig");
+    ASSERT_EQ(rows.size(), 32u);
+    for (const auto& row : rows) EXPECT_EQ(row.at(1), row.at(2));
+}
+
+/// Code is loaded for a model that runs, and only where nobody else can have put it there.
+TEST_F(OwnCatalogue, OnlyTrustedCodeThatRunsIsLoaded) {
+    namespace fs = std::filesystem;
+    UserList(
+        "Inverter inverter.def inv gain_model.so RunGain TestGain\n"
+        "Table inverter.def t damaged.so RunGain\n");
+    fs::copy_file("models/gain_model.so", "models/damaged.so");
+    fs::resize_file("models/damaged.so", fs::file_size("models/damaged.so") / 2);
+    for (const char* command : {"models", "check link.top", "run --no-commands link.top"}) {
+        const ProgramResult result = Run(command);
+        EXPECT_EQ(result.status, 0) << result.error;
+        EXPECT_NE(result.error.find("damaged.so' is cut short"), std::string::npos);
+    }
+    fs::permissions("models/gain_model.so", fs::perms::others_write, fs::perm_options::add);
+    EXPECT_EQ(Run("check link.top").status, 0);
+    const ProgramResult refused = Run("run --no-commands link.top");
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_NE(refused.error.find("can be changed by other users; '--trust' runs it all the same"),
+              std::string::npos)
+        << refused.error;
+    EXPECT_EQ(Run("run --no-commands --trust link.top").status, 0);
+}
+
 TEST_F(OwnCatalogue, AMissingListEndsTheProgramWithTheTextOfTheCatalogue) {
     std::filesystem::remove("models/channel.lis");
     const ProgramResult result = Run("models");
