@@ -86,23 +86,46 @@ std::int32_t FreeOpSig(OpSig** place) {
     return 0;
 }
 
-std::int32_t CopyOpSig(OpSig** place, const OpSig* source) {
+namespace {
+
+/// An array like the source's, or none where it has none.
+bool FrameSamples(Complex*& target, const Complex* source, std::int32_t n) {
+    target = nullptr;
+    if (!source || n < 0) return true;
+    target = NewUnclearedSamples<Complex>(n);
+    if (target) target[0] = {};
+    return target != nullptr;
+}
+
+/// `copy` gives an array from one of the source.
+template <class Copy>
+std::int32_t CopyChannel(OpSig** place, const OpSig* source, Copy copy) {
     if (!place) return 1;
     *place = nullptr;
     if (!source) return 1;
-    Owned<OpSig> copy(NewRecord<OpSig>());
-    if (!copy) return 1;
-    if (!CopySamples(copy->Ex_samples, source->Ex_samples, source->noPoints) ||
-        !CopySamples(copy->Ey_samples, source->Ey_samples, source->noPoints)) {
+    Owned<OpSig> made(NewRecord<OpSig>());
+    if (!made) return 1;
+    if (!copy(made->Ex_samples, source->Ex_samples, source->noPoints) ||
+        !copy(made->Ey_samples, source->Ey_samples, source->noPoints)) {
         return 1;
     }
-    copy->fftView = DoubleView(copy->Ex_samples);
-    copy->noPoints = source->noPoints;
-    SetTiming(*copy, *source);
-    copy->wavelength = source->wavelength;
-    copy->RIN = source->RIN;
-    *place = copy.release();
+    made->fftView = DoubleView(made->Ex_samples);
+    made->noPoints = source->noPoints;
+    SetTiming(*made, *source);
+    made->wavelength = source->wavelength;
+    made->RIN = source->RIN;
+    *place = made.release();
     return 0;
+}
+
+}  // namespace
+
+std::int32_t CopyOpSig(OpSig** place, const OpSig* source) {
+    return CopyChannel(place, source, CopySamples<Complex>);
+}
+
+std::int32_t CopyOpSigFrame(OpSig** place, const OpSig* source) {
+    return CopyChannel(place, source, FrameSamples);
 }
 
 // One channel in propagation refuses for its whole list, so that the head stays a valid reference

@@ -18,6 +18,8 @@ namespace photrak {
 /// Refuses with 1 while the fiber's record (fos) is set. The reference is emptied.
 std::int32_t FreeOpSig(OpSig** place);
 [[nodiscard]] std::int32_t CopyOpSig(OpSig** place, const OpSig* source);
+/// A copy whose arrays wait to be filled: their values are not those of the source.
+[[nodiscard]] std::int32_t CopyOpSigFrame(OpSig** place, const OpSig* source);
 /// One channel that refuses does so for the whole list: 1, nothing is freed, the head stays valid.
 std::int32_t FreeOpSigList(OpSig** place);
 [[nodiscard]] std::int32_t CopyOpSigList(OpSig** place, const OpSig* source);

@@ -50,9 +50,16 @@ Bits Filtered(OpSignal& light, const ModelReport& report) {
     record.wavelength = c / 193.12e12;
     record.BW = 0.2e-9;
     record.order = 2;
-    EXPECT_EQ(ApplyOpticalFilter(record, light.channels, nullptr, report), Status::Success);
-    Bits bits;
+    FilterResponse response;
+    EXPECT_EQ(PrepareFilterResponse(record, response, report), Status::Success);
+    Owned<OpSignal> copy;
+    EXPECT_TRUE(MakeFilterCopy(response, light, copy));
+    EXPECT_EQ(FilterInto(response, light, copy, report), Status::Success);
+    EXPECT_EQ(ApplyOpticalFilter(response, light.channels, nullptr, report), Status::Success);
+    Bits bits, ofCopy;
     AddBits(light.channels, bits);
+    AddBits(copy->channels, ofCopy);
+    EXPECT_TRUE(ofCopy == bits);
     return bits;
 }
 

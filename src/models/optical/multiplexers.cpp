@@ -178,10 +178,17 @@ void Store(Owned<OpSignal> signal, Nodelist& output) {
 /// A filtered copy of a signal, which may be null.
 Status CopyThrough(const OpticalFilterRecord& record, FilterResponse& response,
                    const OpSignal* source, Owned<OpSignal>& copy, const ModelReport& report) {
-    if (Make(copy, CopyOpSignal, source)) {
+    if (!source) return Status::Success;
+    const bool filters = record.type != "None";
+    if (filters) {
+        const Status status = PrepareFilterResponse(record, response, report);
+        if (status != Status::Success) return status;
+    }
+    if (filters ? !MakeFilterCopy(response, *source, copy)
+                : Make(copy, CopyOpSignal, source) != 0) {
         return report.Refuse("could not copy the input signal");
     }
-    return Filter(record, response, copy.get(), report);
+    return filters ? FilterInto(response, *source, copy, report) : Status::Success;
 }
 
 /// Joins what stands in the parts; nothing where no part holds a signal.

@@ -7,6 +7,7 @@
 #include <cmath>
 
 #include "base/units.h"
+#include "kernel/sample_arrays.h"
 #include "models/common/spectrum_grid.h"
 #include "numeric/transfer.h"
 #include "platform/workers.h"
@@ -70,22 +71,31 @@ void RotateSpectrum(SplitField& field, std::int64_t bins) {
 }
 
 void FilterField(const Window& window, const TransferArray& factors, SplitField& work,
-                 Complex* field, std::int32_t noPoints) {
+                 const Complex* in, Complex* out, std::int32_t noPoints) {
     const std::int32_t behind = window.first + noPoints;
-    work.CopyFrom(field, window.first, noPoints);
-    std::fill_n(work.Re(), window.first, field[1].re);
-    std::fill_n(work.Im(), window.first, field[1].im);
-    std::fill(work.Re() + behind, work.Re() + work.Size(), field[noPoints].re);
-    std::fill(work.Im() + behind, work.Im() + work.Size(), field[noPoints].im);
+    work.CopyFrom(in, window.first, noPoints);
+    std::fill_n(work.Re(), window.first, in[1].re);
+    std::fill_n(work.Im(), window.first, in[1].im);
+    std::fill(work.Re() + behind, work.Re() + work.Size(), in[noPoints].re);
+    std::fill(work.Im() + behind, work.Im() + work.Size(), in[noPoints].im);
     if (window.rotation != 0) RotateSpectrum(work, window.rotation);
     ApplyTransfer(work, factors);
-    work.CopyTo(field, window.first, noPoints);
+    work.CopyTo(out, window.first, noPoints);
 }
 
-void FilterLevel(const FilterResponse& response, OpSig& level) {
-    const Complex H = response(lightSpeed / level.wavelength);
-    for (Complex* field : {level.Ex_samples, level.Ey_samples}) {
-        if (field) field[1] = H * field[1];
+using Polarization = Complex* OpSig::*;
+constexpr Polarization polarizations[] = {&OpSig::Ex_samples, &OpSig::Ey_samples};
+
+/// A channel to filter and where it goes: itself, or a frame like it.
+struct FilterTask {
+    const OpSig* source;
+    OpSig* target;
+};
+
+void FilterLevel(const FilterResponse& response, const FilterTask& level) {
+    const Complex H = response(lightSpeed / level.source->wavelength);
+    for (const Polarization field : polarizations) {
+        if (level.source->*field) (level.target->*field)[1] = H * (level.source->*field)[1];
     }
 }
 
@@ -96,45 +106,61 @@ struct FilterWork {
     SplitField field;
 };
 
-void FilterChannel(const FilterResponse& response, OpSig& channel, FilterWork& work) {
-    const Window window = WindowOf(response.record, channel);
+void FilterChannel(const FilterResponse& response, const FilterTask& task, FilterWork& work) {
+    const Window window = WindowOf(response.record, *task.source);
     work.factors.Fill([&](long bin) {
         return response(static_cast<double>(bin) * window.grid.df + window.grid.carrier);
     });
-    for (Complex* field : {channel.Ex_samples, channel.Ey_samples}) {
-        if (field) FilterField(window, work.factors, work.field, field, channel.noPoints);
+    for (const Polarization field : polarizations) {
+        if (!(task.source->*field)) continue;
+        FilterField(window, work.factors, work.field, task.source->*field, task.target->*field,
+                    task.source->noPoints);
     }
-    if (response.record.shiftCarrier) channel.wavelength = response.record.wavelength;
+    if (response.record.shiftCarrier) task.target->wavelength = response.record.wavelength;
 }
 
 /// Channels of one length, shared out among threads.
-void FilterAlike(const FilterResponse& response, const std::vector<OpSig*>& channels) {
-    const std::int32_t n = WindowOf(response.record, *channels.front()).grid.n;
-    Workers workers(ThreadsFor(channels.size(), n));
+void FilterAlike(const FilterResponse& response, const std::vector<FilterTask>& tasks) {
+    const std::int32_t n = WindowOf(response.record, *tasks.front().source).grid.n;
+    Workers workers(ThreadsFor(tasks.size(), n));
     std::vector<FilterWork> work;
     work.reserve(static_cast<std::size_t>(workers.Count()));
     for (int worker = 0; worker < workers.Count(); ++worker) work.emplace_back(n);
-    workers.Share(static_cast<long>(channels.size()), [&](long channel, int worker) {
-        FilterChannel(response, *channels[static_cast<std::size_t>(channel)],
+    workers.Share(static_cast<long>(tasks.size()), [&](long task, int worker) {
+        FilterChannel(response, tasks[static_cast<std::size_t>(task)],
                       work[static_cast<std::size_t>(worker)]);
     });
 }
 
-Status FilterChannels(const FilterResponse& response, OpSig* list, const ModelReport& report) {
-    std::vector<OpSig*> alike;  // waiting, all of one length
+/// From a list of channels into one of the same sizes, or into itself.
+Status FilterChannels(const FilterResponse& response, const OpSig* source, OpSig* target,
+                      const ModelReport& report) {
+    std::vector<FilterTask> alike;  // waiting, all of one length
     const auto finish = [&] {
         if (!alike.empty()) FilterAlike(response, alike);
         alike.clear();
     };
-    for (OpSig& channel : Items(list)) {
-        if (CheckSpectrumGrid(channel, report) != Status::Success) return Status::Error;
-        if (channel.noPoints == 1) FilterLevel(response, channel);
-        if (channel.noPoints <= 1) continue;
-        if (!alike.empty() && alike.front()->noPoints != channel.noPoints) finish();
-        alike.push_back(&channel);
+    for (OpSig& to : Items(target)) {
+        const FilterTask task{source, &to};
+        source = source->next;
+        if (CheckSpectrumGrid(*task.source, report) != Status::Success) return Status::Error;
+        if (to.noPoints == 1) FilterLevel(response, task);
+        if (to.noPoints <= 1) continue;
+        if (!alike.empty() && alike.front().source->noPoints != to.noPoints) finish();
+        alike.push_back(task);
     }
     finish();
     return Status::Success;
+}
+
+/// Noise is not bound to a carrier: it is neither padded nor moved.
+void FilterNoise(const FilterResponse& response, OpSigASE* noise) {
+    for (OpSigASE& spectrum : Items(noise)) {
+        for (std::int32_t i = 1; i <= spectrum.noPoints; ++i) {
+            const double f = spectrum.fstart + (i - 1) * spectrum.fstep;
+            spectrum.powerSamples[i] *= SquaredMagnitude(response(f));
+        }
+    }
 }
 
 void StoreInversion(OpticalFilterRecord& record, std::string_view word) {
@@ -178,13 +204,12 @@ Status FilterPorts(const ModelCall& call, const FilterResponse& response) {
         if (input.sigType != OpSigType) {
             return call.Fail("Invalid signal in user model.");
         }
-        Owned<OpSignal> signal;
-        if (input.sig && Make(signal, CopyOpSignal, static_cast<const OpSignal*>(input.sig))) {
-            return call.Fail("Can't copy optical signal.");
-        }
-        if (signal) {
-            const Status status =
-                ApplyOpticalFilter(response, signal->channels, signal->noise, call);
+        if (const auto* source = static_cast<const OpSignal*>(input.sig)) {
+            Owned<OpSignal> signal;
+            if (!MakeFilterCopy(response, *source, signal)) {
+                return call.Fail("Can't copy optical signal.");
+            }
+            const Status status = FilterInto(response, *source, signal, call);
             if (status != Status::Success) return status;
             output->sig = signal.release();
             output->sigType = OpSigType;
@@ -210,16 +235,25 @@ void ToDecibels(std::vector<double>& values) {
 Status ApplyOpticalFilter(const FilterResponse& response, OpSig* channels, OpSigASE* noise,
                           const ModelReport& report) {
     if (response.PassesAll()) return Status::Success;
-    const Status status = FilterChannels(response, channels, report);
-    if (status != Status::Success) return status;
-    // Noise is not bound to a carrier: it is neither padded nor moved.
-    for (OpSigASE& spectrum : Items(noise)) {
-        for (std::int32_t i = 1; i <= spectrum.noPoints; ++i) {
-            const double f = spectrum.fstart + (i - 1) * spectrum.fstep;
-            spectrum.powerSamples[i] *= SquaredMagnitude(response(f));
-        }
-    }
-    return Status::Success;
+    const Status status = FilterChannels(response, channels, channels, report);
+    if (status == Status::Success) FilterNoise(response, noise);
+    return status;
+}
+
+bool MakeFilterCopy(const FilterResponse& response, const OpSignal& source, Owned<OpSignal>& copy) {
+    const auto copyChannel = response.PassesAll() ? CopyOpSig : CopyOpSigFrame;
+    return !Make(copy, CreateOpSignal) &&
+           !CopyList(&copy->channels, source.channels, copyChannel) &&
+           !CopyOpSigASEList(&copy->noise, source.noise);
+}
+
+Status FilterInto(const FilterResponse& response, const OpSignal& source, Owned<OpSignal>& copy,
+                  const ModelReport& report) {
+    if (response.PassesAll()) return Status::Success;
+    const Status status = FilterChannels(response, source.channels, copy->channels, report);
+    if (status == Status::Success) FilterNoise(response, copy->noise);
+    if (status != Status::Success) copy.reset();
+    return status;
 }
 
 Status ApplyOpticalFilter(const OpticalFilterRecord& record, OpSig* channels, OpSigASE* noise,

@@ -20,6 +20,12 @@ Status ApplyOpticalFilter(const FilterResponse& response, OpSig* channels, OpSig
 /// The same from a record; a custom file is read at each call.
 Status ApplyOpticalFilter(const OpticalFilterRecord& record, OpSig* channels, OpSigASE* noise,
                           const ModelReport& report);
+/// A copy of the signal for FilterInto to fill; false when memory is exhausted.
+[[nodiscard]] bool MakeFilterCopy(const FilterResponse& response, const OpSignal& source,
+                                  Owned<OpSignal>& copy);
+/// The same as ApplyOpticalFilter from a signal into its copy. After an error there is no copy.
+Status FilterInto(const FilterResponse& response, const OpSignal& source, Owned<OpSignal>& copy,
+                  const ModelReport& report);
 
 /// The rows of its table, and the record read from them.
 std::vector<ParamSpec> OpticalFilterParamSpecs();
