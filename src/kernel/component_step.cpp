@@ -165,10 +165,17 @@ bool AreDifferencesClosed(std::uint16_t differences, const SimOptions& options) 
 
 /// True if nothing in this pass or a later one will read what stands on the node.
 bool IsSpent(const Node& node, const RunState& run) {
+    const auto waits = [&](const Component* reader) {
+        return (reader->runFlags & run.mask) && !(reader->runFlags & runFlag::hasRun);
+    };
+    // Readers run in the order of their list or against it: one of its ends is the last to run, and
+    // a node of very many readers is not walked for each of them.
+    if (!node.readers.empty() && (waits(node.readers.front()) || waits(node.readers.back())))
+        return false;
     const std::uint16_t driverFlags = node.drivers.front()->runFlags & lowFlags;
     for (const Component* reader : node.readers) {
         const std::uint16_t flags = reader->runFlags;
-        if ((flags & run.mask) && !(flags & runFlag::hasRun)) return false;
+        if (waits(reader)) return false;
         const auto differences = static_cast<std::uint16_t>((flags & lowFlags) ^ driverFlags);
         if (!AreDifferencesClosed(differences, *run.workspace.options)) return false;
     }
