@@ -145,7 +145,10 @@ void UserModelTable::LoadUserModels(const Catalogue& catalogue, std::string& mes
         } else if (!comment) {
             entry.library = Concat(catalogue.modelDirectory, line.library);
             const std::string fault = LibraryFault(entry.library);
-            if (!fault.empty()) messages += LibraryLine("WARNING", line.type, entry.library, fault);
+            if (!fault.empty()) {
+                messages += LibraryLine("WARNING", line.type, entry.library, fault);
+                entry.library.clear();
+            }
         }
         entries_.push_back(std::move(entry));
     }
@@ -164,7 +167,7 @@ bool UserModelTable::Knows(std::string_view type) const {
 
 bool UserModelTable::HasTest(std::string_view type) const {
     const UserModelEntry* entry = Find(type);
-    return entry && !entry->testSymbol.empty();
+    return entry && !entry->library.empty() && !entry->testSymbol.empty();
 }
 
 Status UserModelTable::Run(const ModelCall& call) const {
@@ -182,7 +185,7 @@ Status UserModelTable::Run(const ModelCall& call) const {
 Status UserModelTable::Test(std::string_view type, Parameter* parameters,
                             std::string& message) const {
     const UserModelEntry* entry = Find(type);
-    if (!entry || entry->testSymbol.empty()) {
+    if (!HasTest(type)) {
         message += noModelTestText;
         return Status::Error;
     }

@@ -2,6 +2,7 @@
 #include "kernel/support_table.h"
 
 #include <bit>
+#include <cstddef>
 #include <iterator>
 
 #include "kernel/signals.h"
@@ -15,31 +16,33 @@ namespace {
 
 struct Place {
     const char* name;
-    std::uintptr_t entry;
+    std::size_t offset;
+    std::uintptr_t entry;  // 0: a wrapper of the table's own
 };
 
 // Libraries in the field were compiled against these places; none may ever move.
 TEST(SupportTable, EntriesStandInTheOrderOfTheContract) {
 // clang-format off
-#define PLACE(name) {#name, reinterpret_cast<std::uintptr_t>(name)}
+#define OWN(name) {#name, offsetof(PhotrakSupport, name), 0}
+#define PLACE(name) {#name, offsetof(PhotrakSupport, name), reinterpret_cast<std::uintptr_t>(name)}
     const Place places[] = {
-        // Places 0 and 3 are wrappers of the table's own, tested below.
-        {"Allocate", 0}, PLACE(FFTIndexToBin), PLACE(FFTBinToIndex), {"DoFFTFlagged", 0},
-        PLACE(CreateBinSig), PLACE(CreateBinSigFromElec), PLACE(CreateBinSigFromOp),
-        PLACE(FreeBinSig), PLACE(CopyBinSig),
-        PLACE(CreateElecSig), PLACE(CreateElecSigFromBin), PLACE(CreateElecSigFromOp),
-        PLACE(FreeElecSig), PLACE(CopyElecSig),
+        OWN(Allocate), PLACE(FFTIndexToBin), PLACE(FFTBinToIndex), OWN(DoFFTFlagged),
+        OWN(CreateBinSig), OWN(CreateBinSigFromElec), OWN(CreateBinSigFromOp),
+        OWN(FreeBinSig), OWN(CopyBinSig),
+        OWN(CreateElecSig), OWN(CreateElecSigFromBin), OWN(CreateElecSigFromOp),
+        OWN(FreeElecSig), OWN(CopyElecSig),
         PLACE(CreateOpSig), PLACE(CreateOpSigFromBin), PLACE(CreateOpSigFromElec),
         PLACE(FreeOpSig), PLACE(FreeOpSigList), PLACE(CopyOpSig), PLACE(CopyOpSigList),
         PLACE(CreateOpSigASE), PLACE(FreeOpSigASE), PLACE(FreeOpSigASEList),
         PLACE(CopyOpSigASE), PLACE(CopyOpSigASEList),
-        PLACE(CreateOpSignalWithSig), PLACE(CreateOpSignalFromBin), PLACE(CreateOpSignalFromElec),
-        PLACE(FreeOpSignal), PLACE(CopyOpSignal),
+        OWN(CreateOpSignalWithSig), OWN(CreateOpSignalFromBin), OWN(CreateOpSignalFromElec),
+        OWN(FreeOpSignal), OWN(CopyOpSignal),
         PLACE(AddEySamples), PLACE(ResizeElecSig), PLACE(ResizeOpSig),
         PLACE(CopyBitInfoOpToElec), PLACE(CopyBitInfoElecToOp), PLACE(CopyBitInfoBinToElec),
         PLACE(CopyBitInfoBinToOp),
     };
 #undef PLACE
+#undef OWN
     // clang-format on
     struct Row {
         std::uintptr_t entries[38];
@@ -50,6 +53,7 @@ TEST(SupportTable, EntriesStandInTheOrderOfTheContract) {
     for (std::size_t i = 0; i < 38; ++i) {
         SCOPED_TRACE(places[i].name);
         EXPECT_NE(row.entries[i], 0u);
+        EXPECT_EQ(places[i].offset, i * sizeof(std::uintptr_t));
         if (places[i].entry) {
             EXPECT_EQ(row.entries[i], places[i].entry);
         }
