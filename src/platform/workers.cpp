@@ -87,7 +87,7 @@ Workers::~Workers() {
 
 void Workers::Run(const Loop& loop) {
     loop_ = loop;
-    doing_ = PresentDoing();
+    loop_.doing = PresentDoing();
     const std::uint32_t round = round_.load(std::memory_order_relaxed) + 1;
     left_.store(static_cast<std::uint32_t>(loop.count), std::memory_order_relaxed);
     for (int w = 0; w < Count(); ++w) {
@@ -128,13 +128,16 @@ bool Workers::Claim(Claims& claims, std::uint32_t round, long& task) {
     }
 }
 
+/// Nothing of the loop may be looked at but here: without a claimed task it may be over.
 void Workers::Perform(long task, int worker) noexcept {
+    if (worker > 0) AdoptDoing(loop_.doing);
     try {
         loop_.call(loop_.context, task, worker);
     } catch (...) {
         const std::lock_guard lock(failureLock_);
         if (!failure_) failure_ = std::current_exception();
     }
+    if (worker > 0) AdoptDoing(nullptr);
     if (left_.fetch_sub(1, std::memory_order_acq_rel) == 1) left_.notify_one();
 }
 
@@ -144,9 +147,7 @@ void Workers::Attend(int worker) {
         AwaitChange(round_, seen);
         seen = round_.load(std::memory_order_acquire);
         if (ends_.load(std::memory_order_acquire)) return;
-        AdoptDoing(doing_);
         Work(seen, worker);
-        AdoptDoing(nullptr);
     }
 }
 

@@ -72,6 +72,7 @@ class Workers {
         void (*call)(void* context, long task, int worker) = nullptr;
         void* context = nullptr;
         long count = 0;
+        const Doing* doing = nullptr;  // what the caller is at
     };
     /// Next task and end of one thread's run, with the low bits of the loop's number above them:
     /// who comes late to a loop that is over claims nothing of the next by mistake.
@@ -87,7 +88,6 @@ class Workers {
 
     std::vector<std::thread> crew_;
     std::unique_ptr<Claims[]> claims_;     // one per thread
-    const Doing* doing_ = nullptr;         // what the caller is at
     Loop loop_;                            // stays while a task of it is claimed and not done
     std::atomic<std::uint32_t> round_{0};  // number of the present loop
     std::atomic<std::uint32_t> left_{0};   // tasks not yet done
