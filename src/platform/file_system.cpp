@@ -11,6 +11,7 @@
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
+#include <functional>
 #include <new>
 #include <set>
 #include <sys/file.h>
@@ -152,12 +153,24 @@ bool FollowLinks(std::string& path) {
 
 constexpr std::string_view temporaryStart = ".photrak-", temporaryEnd = ".tmp";
 
+/// Tells machines apart that share a folder: a process of another one cannot be looked up.
+const std::string& HostMark() {
+    static const std::string mark = [] {
+        std::array<char, 256> name{};
+        ::gethostname(name.data(), name.size() - 1);
+        std::string text("-");
+        text += std::to_string(std::hash<std::string_view>{}(name.data()) % 1'000'000);
+        return text;
+    }();
+    return mark;
+}
+
 /// A new file beside the target; its name is short, so that a long target name still fits.
 int CreateTemporary(const std::string& directory, std::string& name) {
     constexpr int attempts = 1000;
     static std::atomic<unsigned> counter = 0;  // a run writes beside the interface
     std::string stem = directory;
-    stem.append(temporaryStart).append(std::to_string(::getpid()));
+    stem.append(temporaryStart).append(std::to_string(::getpid())).append(HostMark());
     for (int i = 0; i < attempts; ++i) {
         name = stem;
         name.append("-").append(std::to_string(++counter)).append(temporaryEnd);
@@ -361,13 +374,14 @@ std::string FirstLine(int number) {
 
 namespace {
 
-/// The process that a temporary name speaks of; 0 for any other name.
+/// The process of this machine that a temporary name speaks of; 0 for any other name.
 pid_t OwnerOfTemporary(std::string_view name) {
     if (!name.starts_with(temporaryStart) || !name.ends_with(temporaryEnd)) return 0;
     const char* digits = name.data() + temporaryStart.size();
     pid_t owner = 0;
     const auto [end, error] = std::from_chars(digits, name.data() + name.size(), owner);
-    return error == std::errc() && *end == '-' && owner > 0 ? owner : 0;
+    const std::string_view rest(end, static_cast<std::size_t>(name.data() + name.size() - end));
+    return error == std::errc() && rest.starts_with(HostMark()) && owner > 0 ? owner : 0;
 }
 
 /// Removes what writers that were killed left in the working directory, which is ours alone.
