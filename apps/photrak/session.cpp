@@ -94,6 +94,7 @@ bool EnterOut(Session& session, const std::string& folder, const std::string& ou
     }
     session.resultFolder = AsPrefix(out);
     session.inputs = std::make_unique<InputFolder>(inputs);
+    session.inputFolder = inputs;
     return true;
 }
 

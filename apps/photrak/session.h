@@ -27,6 +27,7 @@ struct Session {
     std::map<std::pair<std::string, std::string>, std::string> places;
     std::string resultFolder;  // as the caller names it, with the last separator, or empty
     std::unique_ptr<InputFolder> inputs;  // where results go elsewhere
+    std::string inputFolder;              // its path then, or empty
     std::unique_ptr<FolderLock> lock;
     std::string fileName;  // the topology's name within it
 

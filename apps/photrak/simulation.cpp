@@ -37,7 +37,7 @@ void TellBeforeRun(const Session& session, const CommandOptions& options) {
 
 /// True after a report of result files that would be lost.
 bool RefusesClashes(const Session& session, const CommandOptions& options) {
-    LoadFindings clashes = FindResultClashes(*session.workspace);
+    LoadFindings clashes = FindResultClashes(*session.workspace, session.inputFolder);
     for (LoadFinding& clash : clashes) clash.place = options.file;
     if (ReportFindings(clashes) == 0) return false;
     Report("error", Concat(options.file, ": nothing was run; '--lenient' goes on all the same"));

@@ -43,8 +43,12 @@ constexpr Writer writers[] = {{"EyeDiagram", "FilenameRoot", ".pce", true, Plots
                               {"BERTester", "FilenameRoot", ".bdt", false, TesterWrites},
                               {savesSignals, "FileName", ".sgd", true, Always}};
 
-std::string AsPath(std::string_view name) {
-    return std::filesystem::path(name).lexically_normal().string();
+/// Where a name leads from a folder, links resolved; as it is written where that cannot be known.
+std::string Resolved(const std::string& folder, std::string_view name) {
+    const std::filesystem::path path = std::filesystem::path(folder) / name;
+    std::error_code failed;
+    const std::filesystem::path whole = std::filesystem::weakly_canonical(path, failed);
+    return (failed ? path.lexically_normal() : whole).string();
 }
 
 /// The file without the tags of a scan, which are those of all blocks; empty if it writes none.
@@ -53,8 +57,8 @@ std::string FileOf(const Component& component, const SimOptions& options) {
     Parameter* parameters = component.parameters;
     if (writer == std::end(writers) || !writer->writes(options, parameters)) return {};
     const std::string_view root = GetParamText(parameters, writer->root, {});
-    return AsPath(Concat(writer->takesPrefix ? PrefixInUse(options) : std::string(),
-                         root.empty() ? std::string_view(component.name) : root, writer->ending));
+    return Concat(writer->takesPrefix ? PrefixInUse(options) : std::string(),
+                  root.empty() ? std::string_view(component.name) : root, writer->ending);
 }
 
 LoadFinding Clash(const char* code, const Component& component, std::string text) {
@@ -67,7 +71,7 @@ LoadFinding Clash(const char* code, const Component& component, std::string text
 
 }  // namespace
 
-LoadFindings FindResultClashes(const Workspace& workspace) {
+LoadFindings FindResultClashes(const Workspace& workspace, const std::string& inputFolder) {
     const SimOptions& options = *workspace.options;
     LoadFindings findings;
     std::map<std::string, const Component*> owners;  // by file
@@ -75,23 +79,23 @@ LoadFindings FindResultClashes(const Workspace& workspace) {
     for (const auto& component : workspace.components) {
         if (component->type != loadsSignals) continue;
         const std::string_view name = GetParamText(component->parameters, "FileName", {});
-        if (!name.empty()) readers.emplace(AsPath(name), component.get());
+        if (!name.empty()) readers.emplace(Resolved(inputFolder, name), component.get());
     }
     for (const auto& component : workspace.components) {
         const std::string file = FileOf(*component, options);
         if (file.empty() || findings.size() >= mostLoadFindings) continue;
-        const auto [owner, isFirst] = owners.emplace(file, component.get());
+        const auto [owner, isFirst] = owners.emplace(Resolved({}, file), component.get());
         if (!isFirst) {
             findings.push_back(Clash(
                 diagnostic::sameResult, *component,
                 Concat("writes '", file, "', as component '", owner->second->name, "' does")));
         }
         if (component->type != savesSignals) continue;
-        const auto reader = readers.find(file);
+        const auto reader = readers.find(Resolved({}, file));
         if (reader == readers.end()) continue;
-        findings.push_back(Clash(diagnostic::savesOverInput, *component,
-                                 Concat("saves onto '", reader->first, "', which component '",
-                                        reader->second->name, "' reads")));
+        findings.push_back(Clash(
+            diagnostic::savesOverInput, *component,
+            Concat("saves onto '", file, "', which component '", reader->second->name, "' reads")));
     }
     return findings;
 }
