@@ -7,6 +7,8 @@
 #include <cmath>
 #include <limits>
 
+#include "base/six_digits.h"
+
 namespace photrak {
 namespace {
 
@@ -105,8 +107,20 @@ std::optional<std::int32_t> WholeInt(std::string_view word) {
     return value;
 }
 
+void AppendDefault(std::string& out, double value) {
+    constexpr int digits = 6;
+    std::array<char, mostSixDigits> text;
+    if (const char* end = WriteSixDigits(text.data(), value)) {
+        out.append(text.data(), static_cast<std::size_t>(end - text.data()));
+    } else {
+        out += FormatSignificant(value, digits);
+    }
+}
+
 std::string FormatDefault(double value) {
-    return FormatSignificant(value, 6);
+    std::string text;
+    AppendDefault(text, value);
+    return text;
 }
 
 std::string FormatSignificant(double value, int digits) {

@@ -24,6 +24,8 @@ std::optional<std::int32_t> WholeInt(std::string_view word);
 
 /// The stream's default form: six significant digits, as %g ("inf", "nan" for what is no number).
 std::string FormatDefault(double value);
+/// The same at the end of `out`: the form and the pace of long files.
+void AppendDefault(std::string& out, double value);
 /// `digits` significant digits in the same form.
 std::string FormatSignificant(double value, int digits);
 /// As %e: one digit, six decimals, exponent of at least two digits.
@@ -41,7 +43,7 @@ inline void AppendPiece(std::string& out, char piece) {
     out.push_back(piece);
 }
 inline void AppendPiece(std::string& out, double piece) {
-    out.append(FormatDefault(piece));
+    AppendDefault(out, piece);
 }
 template <class Integer>
 requires(std::is_integral_v<Integer> &&

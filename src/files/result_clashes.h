@@ -13,7 +13,6 @@ namespace photrak {
 /// onto the file of a LoadSigBlock; `place` is left empty, `typed` is the block's name. Blocks that
 /// are set to write nothing are passed over. Names are compared as paths with
 /// links resolved.
-LoadFindings FindResultClashes(const Workspace& workspace,
-                               const std::string& inputFolder = {});
+LoadFindings FindResultClashes(const Workspace& workspace, const std::string& inputFolder = {});
 
 }  // namespace photrak

@@ -53,11 +53,11 @@ std::string EyeRows(const EyeLidPlot& plot) {
     text.reserve(static_cast<std::size_t>(plot.lidLength) *
                  (static_cast<std::size_t>(plot.traces) + 1) * usualNumberLength);
     for (std::int32_t i = 0; i < plot.lidLength; ++i) {
-        text += FormatDefault(TimeOffset(plot, i));
+        AppendDefault(text, TimeOffset(plot, i));
         const double* sample = plot.eyeData + i + 1;
         for (std::int64_t trace = 0; trace < plot.traces; ++trace, sample += plot.lidLength) {
             text.push_back(' ');
-            text += FormatDefault(*sample - plot.decisionLevel);
+            AppendDefault(text, *sample - plot.decisionLevel);
         }
         text.push_back('\n');
     }

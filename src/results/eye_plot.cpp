@@ -147,8 +147,11 @@ constexpr std::string_view beyondTheEnd = ". ";  // which the viewer skips
 /// One row per sample of a trace: its time, then signal after signal and trace after trace.
 EyeText RowsText(const std::deque<Doubles>& signals, const Folding& folding, double tStep) {
     EyeText text;
+    constexpr std::int64_t usualNumberLength = 13;  // with its blank
+    const auto columns = folding.Traces() * static_cast<std::int64_t>(signals.size()) + 1;
+    text.rows.reserve(static_cast<std::size_t>(folding.Rows() * columns * usualNumberLength));
     for (std::int64_t k = 0; k < folding.Rows(); ++k) {
-        text.rows += FormatDefault(static_cast<double>(k) * tStep);
+        AppendDefault(text.rows, static_cast<double>(k) * tStep);
         for (const Doubles& samples : signals) {
             for (std::int64_t j = 0; j < folding.Traces(); ++j) {
                 LookForStop(j);
@@ -159,7 +162,7 @@ EyeText RowsText(const std::deque<Doubles>& signals, const Folding& folding, dou
                     continue;
                 }
                 text.Note(samples[position + 1]);
-                text.rows += FormatDefault(samples[position + 1]);
+                AppendDefault(text.rows, samples[position + 1]);
             }
         }
         text.rows += '\n';

@@ -29,7 +29,7 @@ std::string RowsText(const SpectrumFile& file) {
         rows += FormatSignificant(file.x[i], digits);
         for (const std::vector<double>& curve : file.curves) {
             rows += ' ';
-            rows += FormatDefault(curve[i]);
+            AppendDefault(rows, curve[i]);
         }
         rows += '\n';
     }

@@ -26,10 +26,10 @@ std::string RowsText(const std::deque<Doubles>& columns, std::int32_t noPoints, 
                  usualNumberLength);
     for (std::int32_t row = first; row < noPoints; ++row) {
         LookForStop(row);
-        text.append(FormatDefault((row - first) * tStep));
+        AppendDefault(text, (row - first) * tStep);
         for (const Doubles& column : columns) {
             text.push_back(' ');
-            text.append(FormatDefault(column[row + 1]));
+            AppendDefault(text, column[row + 1]);
         }
         text.push_back('\n');
     }
