@@ -12,6 +12,7 @@
 #include "kernel/sweep_settings.h"
 #include "photrak/commands.h"
 #include "photrak/console.h"
+#include "photrak/memory_limit.h"
 #include "photrak/outcome.h"
 #include "photrak/simulation.h"
 #include "results/result_table.h"
@@ -276,7 +277,9 @@ int MeasureCommand(const CommandOptions& options) {
         return exitStatus::usage;
     }
     Measurement measurement(options);
-    return SimulateTopology(options, {"Simulation", PrepareMeasure}, &measurement);
+    const SimulationKind kind{"Simulation", PrepareMeasure};
+    if (const auto refused = RefuseByMemory(options, kind)) return *refused;
+    return SimulateTopology(options, kind, &measurement);
 }
 
 }  // namespace photrak

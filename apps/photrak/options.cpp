@@ -155,6 +155,20 @@ Problem SetJobs(CommandOptions& options, const std::string& value) {
     return {};
 }
 
+Problem SetMemory(CommandOptions& options, const std::string& value) {
+    constexpr std::pair<std::string_view, double> units[] = {
+        {"", 1.0}, {"K", 1e3}, {"M", 1e6}, {"G", 1e9}, {"T", 1e12}};
+    std::size_t used = 0;
+    const double number = ReadDouble(value, &used);
+    const auto* unit = std::ranges::find(units, value.substr(used),
+                                         [](const auto& row) { return std::string(row.first); });
+    if (used == 0 || unit == std::end(units) || !(number * unit->second >= 1.0)) {
+        return Concat("--max-memory wants bytes, or a number with K, M, G or T, not '", value, "'");
+    }
+    options.maxMemory = number * unit->second;
+    return {};
+}
+
 template <std::string CommandOptions::*text>
 Problem SetWord(CommandOptions& options, const std::string& value) {
     if (value.empty()) return "an option wants a word, not ''";
@@ -245,6 +259,9 @@ constexpr Option optionTable[] = {
      "call user libraries in processes of their own: a crash is an error of the block"},
     {"--isolate-limit", "SECONDS", simulating, SetIsolateLimit,
      "the same, and end a call after SECONDS instead of 60"},
+    {"--max-memory", "SIZE", simulating, SetMemory,
+     "refuse a run that would take more: bytes, or a number with K, M, G or T; tried first with "
+     "short patterns"},
     {"--table", "FILE", simulating, SetTable,
      "write FILE.csv or FILE.json: a row for each point and tester (measure: each signal), as they "
      "finish"},

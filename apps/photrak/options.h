@@ -54,6 +54,7 @@ struct CommandOptions {
     std::string shard;      // "K/N", "auto" or empty
     std::string merge;      // the folder of the points to merge, or empty
     bool resume = false, dryRun = false;
+    double maxMemory = 0.0;               // bytes, 0 without a limit
     std::string title;                    // of the page of `report`
     bool report = false;                  // a page at the end of a run
     bool scans = false;                   // the command is `scan`

@@ -2,6 +2,7 @@
 
 #include "kernel/sweep_settings.h"
 #include "photrak/commands.h"
+#include "photrak/memory_limit.h"
 #include "photrak/simulation.h"
 
 namespace photrak {
@@ -15,7 +16,9 @@ void PrepareRun(SimOptions& simOptions, const CommandOptions& options) {
 }  // namespace
 
 int RunCommand(const CommandOptions& options) {
-    return SimulateTopology(options, {"Simulation", PrepareRun});
+    const SimulationKind kind{"Simulation", PrepareRun};
+    if (const auto refused = RefuseByMemory(options, kind)) return *refused;
+    return SimulateTopology(options, kind);
 }
 
 }  // namespace photrak

@@ -5,6 +5,7 @@
 #include "kernel/sweep_settings.h"
 #include "photrak/commands.h"
 #include "photrak/console.h"
+#include "photrak/memory_limit.h"
 #include "photrak/scan_processes.h"
 #include "photrak/simulation.h"
 
@@ -88,6 +89,9 @@ int ScanCommand(const CommandOptions& options) {
         return exitStatus::usage;
     }
     if (options.dryRun) return EstimateScan(scanning, kind);
+    if (options.merge.empty()) {
+        if (const auto refused = RefuseByMemory(scanning, kind)) return *refused;
+    }
     if (!options.shard.empty()) return RunShard(scanning, kind);
     if (!options.merge.empty()) return MergeShards(scanning, kind);
     if (options.jobs > 1 || options.resume) return ScanByProcesses(scanning, kind);

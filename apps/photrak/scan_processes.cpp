@@ -23,6 +23,7 @@
 #include "photrak/commands.h"
 #include "photrak/console.h"
 #include "photrak/scan_shards.h"
+#include "photrak/scratch_folder.h"
 #include "platform/memory_shortage.h"
 #include "results/point_file.h"
 
@@ -30,22 +31,6 @@ namespace photrak {
 namespace {
 
 namespace fs = std::filesystem;
-
-/// A folder that goes away with all that is in it.
-class ScratchFolder {
-  public:
-    explicit ScratchFolder(std::string path) : path_(std::move(path)) {}
-    ~ScratchFolder() {
-        std::error_code ignored;
-        fs::remove_all(path_, ignored);
-    }
-    ScratchFolder(const ScratchFolder&) = delete;
-    ScratchFolder& operator=(const ScratchFolder&) = delete;
-    const std::string& Path() const { return path_; }
-
-  private:
-    std::string path_;
-};
 
 bool MakeFolder(const std::string& path) {
     std::error_code failed;
@@ -74,10 +59,10 @@ struct OwnOption {
     std::string_view name;
     bool hasValue;
 };
-constexpr OwnOption ownOptions[] = {{"-j", true},         {"--jobs", true},     {"--out", true},
-                                    {"--table", true},    {"--json", false},    {"--report", false},
-                                    {"--progress", true}, {"--verbose", false}, {"--quiet", false},
-                                    {"--dry-run", false}};
+constexpr OwnOption ownOptions[] = {
+    {"-j", true},       {"--jobs", true},     {"--out", true},       {"--table", true},
+    {"--json", false},  {"--report", false},  {"--progress", true},  {"--verbose", false},
+    {"--quiet", false}, {"--dry-run", false}, {"--max-memory", true}};
 
 /// The command line without those, up to a "--"; what follows stays.
 std::vector<std::string> WordsToHandOn() {

@@ -146,6 +146,7 @@ int SimulateTopology(const CommandOptions& options, const SimulationKind& kind, 
     if (options.plotting) simOptions.PLOTTING = *options.plotting;
     kind.prepare(simOptions, options);
     if (!options.lenient && RefusesClashes(session, options)) return exitStatus::failed;
+    if (kind.adapt) kind.adapt(*session.workspace);
     AllowExternalCommands(!options.noCommands);
     session.userModels.SetPolicy(PolicyFor(options));
     TellBeforeRun(session, options);

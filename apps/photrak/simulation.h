@@ -22,6 +22,8 @@ struct SimulationKind {
     std::function<std::unique_ptr<SharedScan>(const Session& session,
                                               const CommandOptions& options)>
         points = {};
+    /// Changes the loaded topology before it runs. May be empty.
+    std::function<void(Workspace& workspace)> adapt = {};
 };
 
 /// What a command does with a run beyond its results.

@@ -14,6 +14,8 @@ class AlignedDoubles {
   public:
     AlignedDoubles() = default;
     explicit AlignedDoubles(std::size_t count);
+    /// Takes over a block that held `count` doubles.
+    AlignedDoubles(OwnedBlock<void> block, std::size_t count);
     AlignedDoubles(AlignedDoubles&& other) noexcept
         : block_(std::move(other.block_)),
           data_(std::exchange(other.data_, nullptr)),
@@ -27,6 +29,12 @@ class AlignedDoubles {
     double* Data() { return data_; }
     const double* Data() const { return data_; }
     std::size_t Size() const { return size_; }
+    /// The block, which whoever asks owns now.
+    OwnedBlock<void> TakeBlock() {
+        data_ = nullptr;
+        size_ = 0;
+        return std::move(block_);
+    }
     double& operator[](std::size_t i) { return data_[i]; }
     double operator[](std::size_t i) const { return data_[i]; }
 
