@@ -21,6 +21,13 @@ bool IsDelimiter(char c, std::string_view delimiters) {
 LineReader::LineReader(std::string_view text, std::string name)
     : text_(text), name_(std::move(name)) {}
 
+LineReader::LineReader(std::string_view text, std::string name, SpentText spent)
+    : text_(text), name_(std::move(name)), spent_(spent) {}
+
+void LineReader::ForgetRead() {
+    if (!line_.empty()) spent_.ForgetBefore(line_.data());
+}
+
 bool LineReader::NextEvenIfBlank() {
     position_ = 0;
     if (next_ >= text_.size()) {

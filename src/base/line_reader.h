@@ -7,6 +7,8 @@
 #include <string>
 #include <string_view>
 
+#include "base/memory.h"
+
 namespace photrak {
 
 inline constexpr std::string_view wordDelimiters = " :\t\n";
@@ -16,6 +18,8 @@ class LineReader {
   public:
     /// `text` must outlive the reader; `name` (the file's) is for messages.
     LineReader(std::string_view text, std::string name);
+    /// Uses the text up: lines that were read are gone (see SpentText).
+    LineReader(std::string_view text, std::string name, SpentText spent);
 
     /// Moves to the next line that is not blank; false at the end of the text.
     bool Next();
@@ -43,6 +47,8 @@ class LineReader {
     std::size_t BytesLeft() const { return text_.size() - next_; }
     /// Starts the present line again from its first token.
     void Rewind() { position_ = 0; }
+    /// Lines before the present one will not be looked at again.
+    void ForgetRead();
 
   private:
     std::string_view text_, line_;
@@ -50,6 +56,7 @@ class LineReader {
     std::size_t next_ = 0;
     std::size_t position_ = 0;
     int number_ = 0;
+    SpentText spent_;
 };
 
 }  // namespace photrak

@@ -6,6 +6,8 @@
 #include <cstring>
 #include <limits>
 #include <malloc.h>
+#include <sys/mman.h>
+#include <unistd.h>
 
 #include "platform/memory_shortage.h"
 
@@ -53,6 +55,16 @@ void ReturnFreedMemory() {
 #if defined(__GLIBC__)
     ::malloc_trim(0);
 #endif
+}
+
+void SpentText::GiveBack(const char* place) {
+    const auto page = static_cast<std::uintptr_t>(::sysconf(_SC_PAGESIZE));
+    const auto from = (reinterpret_cast<std::uintptr_t>(forgotten_) + page - 1) / page * page;
+    const auto to = reinterpret_cast<std::uintptr_t>(place) / page * page;
+    // The pages read as zeros from then on, and are the heap's again with the rest of the text.
+    if (to <= from) return;
+    ::madvise(reinterpret_cast<void*>(from), to - from, MADV_DONTNEED);
+    forgotten_ = reinterpret_cast<const char*>(to);
 }
 
 void Release(void* block) {

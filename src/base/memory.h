@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <string_view>
 
 namespace photrak {
@@ -21,6 +22,25 @@ void Release(void* block);
 void KeepFreedMemory();
 /// Gives the system what was kept, after a run.
 void ReturnFreedMemory();
+
+/// A text that is read once from its start: what was read goes back to the system piece by piece,
+/// so that a large file and what is made of it do not both fill the memory.
+class SpentText {
+  public:
+    SpentText() = default;
+    /// `text` is borrowed; what stands in it before a place that was forgotten must not be read.
+    explicit SpentText(std::string& text) : forgotten_(text.data()) {}
+    /// Nobody will look before `place`, which lies in the text.
+    void ForgetBefore(const char* place) {
+        constexpr std::ptrdiff_t piece = std::ptrdiff_t{4} << 20;
+        if (forgotten_ && place - forgotten_ >= piece) GiveBack(place);
+    }
+
+  private:
+    void GiveBack(const char* place);
+
+    const char* forgotten_ = nullptr;
+};
 
 /// A zero-terminated copy of `text` from Allocate, or null.
 char* CopyText(std::string_view text);

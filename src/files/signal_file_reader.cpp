@@ -66,6 +66,7 @@ class Source {
     void Values(std::int32_t n, Store store) {
         for (std::int32_t i = 1; i <= n && NextOfBody(); ++i) {
             if (!store(i, lines_.Line())) Fail(Concat("value ", i, " of ", n, " is no number"));
+            lines_.ForgetRead();
         }
     }
 

@@ -53,7 +53,7 @@ Status LoadSigBlock(const ModelCall& call) {
         return call.Fail("ERROR: Unable to load signals: could not open file.\n",
                          Origin(call, name, ": " + reason));
     }
-    LineReader stream(text, name);
+    LineReader stream(text, name, SpentText(text));
     for (Nodelist& cell : Items(call.outputs)) {
         const Status status = ReadSignalGroup(&stream, &cell.sigType, &cell.sig, call.errorText);
         if (status == Status::Success) continue;

@@ -86,16 +86,18 @@ const char* ReadAny(const char* p, const char* end, double& value) {
 class Scanner {
   public:
     Scanner(std::string_view text, const std::string& name, DataTable& table,
-            std::size_t mostValues)
+            std::size_t mostValues, SpentText spent)
         : at_(text.data()),
           end_(text.data() + text.size()),
           name_(name),
           table_(table),
-          mostValues_(mostValues) {}
+          mostValues_(mostValues),
+          spent_(spent) {}
 
     bool Read(std::string& error) {
         while (at_ < end_) {
             ++line_;
+            spent_.ForgetBefore(at_);
             if (!ReadRow()) {
                 error += Concat(name_, ":", line_, ": ", problem_);
                 return false;
@@ -173,6 +175,7 @@ class Scanner {
     const std::string& name_;
     DataTable& table_;
     std::size_t mostValues_;
+    SpentText spent_;
     std::size_t line_ = 0, values_ = 0;
     std::string problem_;
 };
@@ -180,12 +183,12 @@ class Scanner {
 }  // namespace
 
 bool ReadDataTable(std::string_view text, const std::string& name, DataTable& table,
-                   std::string& error, std::size_t mostValues) {
+                   std::string& error, std::size_t mostValues, SpentText spent) {
     table = {};
     const std::size_t lastEnd = text.rfind('\n');
     const std::size_t whole = lastEnd == std::string_view::npos ? 0 : lastEnd + 1;
     table.lastRowIncomplete = text.find_first_not_of(" \t\r", whole) != std::string_view::npos;
-    return Scanner(text.substr(0, whole), name, table, mostValues).Read(error);
+    return Scanner(text.substr(0, whole), name, table, mostValues, spent).Read(error);
 }
 
 }  // namespace photrak

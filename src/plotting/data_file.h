@@ -8,6 +8,8 @@
 #include <string_view>
 #include <vector>
 
+#include "base/memory.h"
+
 namespace photrak {
 
 struct DataTable {
@@ -22,7 +24,9 @@ inline constexpr std::size_t maxDataValues = 200'000'000;
 /// The first row says how many columns there are. False, with "NAME:LINE: ..." in `error`, for a
 /// word that is no number, for a row with more columns than the first, or for more than the limits.
 /// \param mostValues  at most maxDataValues
+/// \param spent       made of the text if nobody wants it afterward
 [[nodiscard]] bool ReadDataTable(std::string_view text, const std::string& name, DataTable& table,
-                                 std::string& error, std::size_t mostValues = maxDataValues);
+                                 std::string& error, std::size_t mostValues = maxDataValues,
+                                 SpentText spent = {});
 
 }  // namespace photrak

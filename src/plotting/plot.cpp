@@ -53,7 +53,8 @@ bool ReadTable(const PlotFile& file, GridKind grid, PlotSource& source, ReadingR
         reason = "is one file too many: those before it are too large together";
     } else if (source.ReadData(file.name, text, reason)) {
         room.bytes -= std::min(room.bytes, text.size());
-        if (!ReadDataTable(text, file.name, table, error, room.values)) return false;
+        if (!ReadDataTable(text, file.name, table, error, room.values, SpentText(text)))
+            return false;
         room.values -= table.rows * table.columns.size();
         if (!table.columns.empty()) RestoreGrid(table.columns[0], grid);
         return true;

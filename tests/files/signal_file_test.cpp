@@ -1,6 +1,7 @@
 // Signal files: their lines by hand, round trips in every digit, and texts that are none.
 #include "files/signal_file.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 
 #include "base/text.h"
@@ -233,6 +234,21 @@ TEST(SaveAllSignals, WritesTheRecordsOfEveryNode) {
     EXPECT_EQ(Loaded(stream).Bits().noPoints, 7);
     EXPECT_EQ(SaveAllSignals(workspace.get(), "no/such/all.sgd", errorText), Status::Error);
     EXPECT_EQ(errorText, "ERROR: Unable to save signals: could not create output file.\n");
+}
+
+TEST(SignalFile, ALargeTextThatIsUsedUpGivesTheSameSamples) {
+    constexpr std::int32_t n = 1 << 19;
+    const Owned<OpSignal> pair = Multiplex(n, 3.125e-12);
+    for (std::int32_t i = 1; i <= n; ++i) pair->channels->Ex_samples[i] = {1.0 / i, -0.5 * i};
+    std::string text = Written(OpSigType, pair.get());
+    ASSERT_GT(text.size(), std::size_t{12} << 20);
+    LineReader stream(text, "in.sgd", SpentText(text));
+    const Loaded loaded(stream);
+    ASSERT_EQ(loaded.status, Status::Success) << loaded.text;
+    EXPECT_EQ(Written(OpSigType, loaded.sig), Written(OpSigType, pair.get()));
+    const auto middle = text.begin() + static_cast<std::ptrdiff_t>(text.size() / 2);
+    EXPECT_EQ(std::count(text.begin() + 4096, middle, '\0'), middle - text.begin() - 4096)
+        << "what was read went back to the system";
 }
 
 }  // namespace

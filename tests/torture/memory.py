@@ -5,9 +5,12 @@ with status 0, the same standard output and the same files, byte for byte. What 
 counted by kind and listed: a signal, another status, a status 1 that does not speak of memory, a
 success with other results, a run that does not end, a file under a temporary name left behind.
 
-Usage: tools/torture memory [--every K] [--offset J] [--program PROGRAM] [SCENARIO...]
-  --every K   each K-th allocation only (default 1), from the J-th (default 1)
-  --threads N threads of the program (default 1, which counts alike in each run)
+Usage: tools/torture memory [option...] [SCENARIO...]
+  --every K --offset J   each K-th allocation only (default 1), from the J-th (default 1)
+  --threads N            threads of the program (default 1, which counts alike in each run)
+  --program PROGRAM      another photrak than that of the release build
+  --leaks                under valgrind: a lost block, or memory that is touched wrongly, is a fault too
+  --planted              shows that faults are found: builds photrak with each of a few, which must fail
 """
 import argparse
 import collections
@@ -22,9 +25,18 @@ import tempfile
 ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
 BUILD = ROOT / "build/release"
 SECONDS = 60
+VALGRIND = ["valgrind", "-q", "--leak-check=full", "--errors-for-leak-kinds=definite", "--error-exitcode=99",
+            "--soname-synonyms=somalloc=nouserintercepts", "--show-mismatched-frees=no"]
 DURATION = re.compile(rb"calculation time = \S+")  # the one thing in a log that differs each time
 
-# The topologies that a scenario wants beside it, and its arguments; OUT is the folder of the results.
+# Faults by file, text and what stands there instead: a shortage that nobody looks at in the end; one
+# that is not noted where it happens, so that whoever swallows it is believed.
+PLANTED = [
+    ("apps/photrak/main.cpp", "if (ShortageCount() > 0) status = TellShortage();", ""),
+    ("src/platform/memory_shortage.cpp", "    if (!Note(bytes)) {", "    if (isOpen.exchange(true)) {"),
+]
+
+# The arguments of each scenario; OUT is the folder of the results.
 SCENARIOS = {
     "check": ["check", "nrz-link.top"],
     "run": ["run", "--out", "OUT", "--table", "OUT/table.csv", "nrz-link.top"],
@@ -38,10 +50,12 @@ SCENARIOS = {
 
 
 class Torture:
-    def __init__(self, program, heap, threads, folder):
-        self.program, self.folder = str(program), folder
+    def __init__(self, program, heap, threads, folder, leaks):
+        self.command, self.folder = [*(VALGRIND if leaks else []), str(program)], folder
         self.environment = dict(os.environ, PHOTRAK_THREADS=str(threads), LD_PRELOAD=str(heap), HOME=str(folder))
         self.environment.pop("DISPLAY", None)
+        if leaks:
+            self.environment["REFUSE_BY_NAME"] = "1"
         self.out = folder / "out"
         shutil.copytree(ROOT / "examples", folder / "work")
 
@@ -51,7 +65,7 @@ class Torture:
         self.out.mkdir()
         arguments = [word.replace("OUT", str(self.out)) for word in words]
         try:
-            done = subprocess.run([self.program, *arguments], cwd=self.folder / "work", timeout=SECONDS,
+            done = subprocess.run([*self.command, *arguments], cwd=self.folder / "work", timeout=SECONDS,
                                   stdin=subprocess.DEVNULL, capture_output=True,
                                   env={**self.environment, **refusal})
             status, output, errors = done.returncode, done.stdout, done.stderr
@@ -79,6 +93,8 @@ def judge(result, good):
             return "success with results missing"
         changed = [name for name, text in files.items() if text != good[3].get(name)]
         return f"success with other results ({changed[0]})" if changed else ""
+    if status == 99:
+        return "a lost block or a wrong touch"
     if status != 1:
         return f"status {status}"
     return "" if b"memory" in errors else "status 1 without a word of memory"
@@ -92,22 +108,68 @@ def main():
     parser.add_argument("--threads", type=int, default=1)
     parser.add_argument("--program", type=pathlib.Path, default=BUILD / "bin/photrak")
     parser.add_argument("--heap", type=pathlib.Path, default=BUILD / "torture/refusing_heap.so")
+    parser.add_argument("--leaks", action="store_true")
+    parser.add_argument("--planted", action="store_true")
     parser.add_argument("--show", type=int, default=3, help="examples of each kind of failure")
     asked = parser.parse_args()
+    if asked.planted:
+        return prove(asked)
+    return 1 if torture(asked) else 0
+
+
+def torture(asked):
+    """How many runs of all scenarios had a fault."""
     failures = 0
     with tempfile.TemporaryDirectory(dir="/dev/shm" if os.access("/dev/shm", os.W_OK) else None) as name:
-        torture = Torture(asked.program.resolve(), asked.heap.resolve(), asked.threads, pathlib.Path(name))
-        torture.run(["run", "--out", "OUT", "nrz-link.top"])
-        torture.out.rename(torture.folder / "work/RESULTS")
+        rack = Torture(asked.program.resolve(), asked.heap.resolve(), asked.threads, pathlib.Path(name),
+                       asked.leaks)
+        rack.run(["run", "--out", "OUT", "nrz-link.top"])
+        rack.out.rename(rack.folder / "work/RESULTS")
         for scenario in asked.scenarios or SCENARIOS:
-            failures += run_scenario(torture, scenario, asked)
-    return 1 if failures else 0
+            failures += run_scenario(rack, scenario, asked)
+    return failures
 
 
-def run_scenario(torture, scenario, asked):
+def commands_of(target):
+    return subprocess.run(["ninja", "-C", BUILD, "-t", "commands", target], check=True, text=True,
+                          capture_output=True).stdout.splitlines()
+
+
+def prove(asked):
+    """Links photrak with each planted fault before its libraries; 0 if all are found."""
+    missed = 0
+    for file, text, instead in PLANTED:
+        source = (ROOT / file).read_text()
+        if source.count(text) != 1:
+            sys.exit(f"{file}: '{text}' does not stand there once")
+        compiling = next(line for line in commands_of("bin/photrak") if line.endswith(f" {ROOT / file}"))
+        linking = commands_of("bin/photrak")[-1]
+        with tempfile.TemporaryDirectory() as name:
+            faulty, linked = pathlib.Path(name) / "faulty.cpp", BUILD / "bin/photrak-faulty"
+            faulty.write_text(source.replace(text, instead))
+            own = re.search(r" -o (\S+)", compiling)[1]
+            compiled = f"{name}/faulty.o"
+            compiling = compiling.replace(f" -o {own}", f" -o {compiled}")
+            compiling = compiling.replace(f" {ROOT / file}", f" -I{(ROOT / file).parent} -Wno-error {faulty}")
+            linking = linking.replace(" -o bin/photrak ", f" -o {linked} ")
+            linking = (linking.replace(own, compiled) if own in linking else
+                       linking.replace(" -rdynamic ", f" -rdynamic {compiled} "))
+            try:
+                for command in (compiling, linking):
+                    subprocess.run(command, shell=True, check=True, cwd=BUILD)
+                asked.program, asked.every = linked, max(asked.every, 97)
+                found = torture(asked)
+            finally:
+                linked.unlink(missing_ok=True)
+        print(f"planted in {file}: {'found' if found else 'MISSED'}", flush=True)
+        missed += not found
+    return 1 if missed else 0
+
+
+def run_scenario(rack, scenario, asked):
     words = SCENARIOS[scenario]
-    counted = torture.folder / "count"
-    good = torture.run(words, REFUSE_COUNT=str(counted))
+    counted = rack.folder / "count"
+    good = rack.run(words, REFUSE_COUNT=str(counted))
     if good[0] != 0:
         sys.exit(f"{scenario}: fails by itself: {good[2].decode(errors='replace')}")
     calls = int(counted.read_text())
@@ -116,7 +178,7 @@ def run_scenario(torture, scenario, asked):
     points = 0
     for number in range(asked.offset, calls + 1, asked.every):
         for mode in ("REFUSE_AT", "REFUSE_FROM"):
-            result = torture.run(words, **{mode: str(number)})
+            result = rack.run(words, **{mode: str(number)})
             fault = judge(result, good)
             points += 1
             kinds["status 0" if result[0] == 0 and not fault else "status 1" if not fault else fault] += 1

@@ -4,7 +4,8 @@
 
      REFUSE_AT=N        refuses call N, counted from 1
      REFUSE_FROM=N      refuses call N and all after it
-     REFUSE_COUNT=FILE  the number of calls goes there when the program ends */
+     REFUSE_COUNT=FILE  the number of calls goes there when the program ends
+     REFUSE_BY_NAME=1   the heap behind it is found by name, for valgrind */
 #define _GNU_SOURCE
 #include <dlfcn.h>
 #include <errno.h>
@@ -24,6 +25,12 @@ extern void* __libc_memalign(size_t, size_t);
 
 static atomic_long calls;
 static long first = 0, last = -1;
+
+/* The heap itself; under valgrind, whose heap only a look-up by name finds, that one. */
+static void* (*heapMalloc)(size_t) = __libc_malloc;
+static void* (*heapCalloc)(size_t, size_t) = __libc_calloc;
+static void* (*heapRealloc)(void*, size_t) = __libc_realloc;
+static void* (*heapMemalign)(size_t, size_t) = __libc_memalign;
 static const char* countFile;
 
 static int Refuses(void) {
@@ -34,19 +41,19 @@ static int Refuses(void) {
 }
 
 void* malloc(size_t size) {
-    return Refuses() ? NULL : __libc_malloc(size);
+    return Refuses() ? NULL : heapMalloc(size);
 }
 
 void* calloc(size_t count, size_t size) {
-    return Refuses() ? NULL : __libc_calloc(count, size);
+    return Refuses() ? NULL : heapCalloc(count, size);
 }
 
 void* realloc(void* block, size_t size) {
-    return Refuses() ? NULL : __libc_realloc(block, size);
+    return Refuses() ? NULL : heapRealloc(block, size);
 }
 
 void* memalign(size_t alignment, size_t size) {
-    return Refuses() ? NULL : __libc_memalign(alignment, size);
+    return Refuses() ? NULL : heapMemalign(alignment, size);
 }
 
 void* aligned_alloc(size_t alignment, size_t size) {
@@ -64,6 +71,12 @@ __attribute__((constructor)) static void Begin(void) {
     const char* at = getenv("REFUSE_AT");
     const char* from = getenv("REFUSE_FROM");
     countFile = getenv("REFUSE_COUNT");
+    if (getenv("REFUSE_BY_NAME")) {
+        heapMalloc = (void* (*)(size_t))dlsym(RTLD_NEXT, "malloc");
+        heapCalloc = (void* (*)(size_t, size_t))dlsym(RTLD_NEXT, "calloc");
+        heapRealloc = (void* (*)(void*, size_t))dlsym(RTLD_NEXT, "realloc");
+        heapMemalign = (void* (*)(size_t, size_t))dlsym(RTLD_NEXT, "memalign");
+    }
     atomic_store(&calls, 0);
     if (at) first = last = atol(at);
     if (from) {
