@@ -13,7 +13,7 @@
 #include "photrak/commands.h"
 #include "photrak/console.h"
 #include "photrak/session.h"
-#include "platform/memory_shortage.h"
+#include "platform/file_system.h"
 
 namespace photrak {
 namespace {
@@ -93,12 +93,14 @@ std::string ExampleFolder() {
 }
 
 std::vector<std::string> ExampleNames() {
-    std::vector<std::string> names;
-    std::error_code error;
-    for (const auto& entry : fs::directory_iterator(ExampleFolder(), error)) {
-        if (entry.path().extension() == ".top") names.push_back(entry.path().stem().string());
+    std::vector<std::string> files, names;
+    std::string error;
+    // Where there is no folder there are no examples.
+    [[maybe_unused]] const bool listed = ListFolder(ExampleFolder(), files, error);
+    for (const std::string& file : files) {
+        if (file.size() > 4 && file.ends_with(".top"))
+            names.push_back(file.substr(0, file.size() - 4));
     }
-    NoteIfShortage(error.value());
     std::ranges::sort(names);
     return names;
 }

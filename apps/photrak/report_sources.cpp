@@ -4,10 +4,11 @@
 #include <filesystem>
 #include <fstream>
 #include <set>
+#include <sys/stat.h>
 
 #include "base/text.h"
 #include "kernel/parameters.h"
-#include "platform/memory_shortage.h"
+#include "platform/file_system.h"
 
 namespace photrak {
 namespace {
@@ -75,20 +76,17 @@ bool IsWarning(std::string_view line) {
 
 bool ListReportFolder(const std::string& folder, ReportFolder& listed, std::string& error) {
     constexpr std::size_t mostEntries = 100'000;
-    std::error_code failed;
-    std::filesystem::directory_iterator entry(folder, failed);
-    std::size_t count = 0;
-    for (; !failed && entry != std::filesystem::directory_iterator(); entry.increment(failed)) {
-        listed.cut = ++count > mostEntries;
-        if (listed.cut) break;
-        std::error_code unknown;
-        if (std::filesystem::is_regular_file(entry->symlink_status(unknown)) && !unknown)
-            Add(listed, entry->path().filename().string());
+    std::vector<std::string> names;
+    const bool isWhole = ListFolder(folder, names, error);
+    listed.cut = names.size() > mostEntries;
+    if (listed.cut) names.resize(mostEntries);
+    for (const std::string& name : names) {
+        struct stat info {};
+        const std::string path = Concat(folder, "/", name);
+        if (::lstat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode)) Add(listed, name);
     }
-    NoteIfShortage(failed.value());
-    if (failed) error = failed.message();
     Sort(listed);
-    return !failed;
+    return isWhole;
 }
 
 ReportFolder SortReportFiles(const std::vector<std::string>& names) {

@@ -11,7 +11,7 @@
 #include "files/topology.h"
 #include "hierarchy/nested_run.h"
 #include "kernel/graph.h"
-#include "platform/memory_shortage.h"
+#include "platform/file_system.h"
 
 namespace photrak {
 namespace {
@@ -55,11 +55,14 @@ void ListInside(const Workspace& workspace, const std::string& path, std::size_t
 
 std::string ListSuperBlocks(const Catalogue& catalogue) {
     std::set<std::string> definitions;
-    std::error_code error;
-    for (const auto& entry : fs::directory_iterator(catalogue.superBlockDirectory, error)) {
-        if (entry.path().extension() == ".dts") definitions.insert(entry.path().string());
+    std::vector<std::string> names;
+    std::string error;
+    // Where there is no folder there are no SuperBlocks.
+    [[maybe_unused]] const bool listed = ListFolder(catalogue.superBlockDirectory, names, error);
+    for (const std::string& name : names) {
+        if (name.size() > 4 && name.ends_with(".dts"))
+            definitions.insert(catalogue.superBlockDirectory + name);
     }
-    NoteIfShortage(error.value());
     std::string text;
     for (const std::string& definition : definitions) {
         text += Concat("  SuperBlock:", fs::path(definition).stem().string(), "  ",

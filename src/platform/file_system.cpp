@@ -9,9 +9,11 @@
 #include <climits>
 #include <csignal>
 #include <cstring>
+#include <dirent.h>
 #include <fcntl.h>
 #include <filesystem>
 #include <functional>
+#include <memory>
 #include <new>
 #include <set>
 #include <sys/file.h>
@@ -222,6 +224,26 @@ bool ReadWholeFile(const std::string& path, std::string& text, std::string& erro
     }
     text.clear();
     return false;
+}
+
+bool ListFolder(const std::string& path, std::vector<std::string>& names, std::string& error) {
+    const Doing doing("listing", path);
+    const std::unique_ptr<DIR, int (*)(DIR*)> folder(
+        IsUsablePath(path) ? ::opendir(path.c_str()) : nullptr, ::closedir);
+    if (!folder) {
+        NoteIfShortage(errno);
+        error = std::strerror(errno);
+        return false;
+    }
+    errno = 0;
+    while (const dirent* entry = ::readdir(folder.get())) {
+        const std::string_view name = entry->d_name;
+        if (name != "." && name != "..") names.emplace_back(name);
+        errno = 0;
+    }
+    NoteIfShortage(errno);
+    if (errno != 0) error = std::strerror(errno);
+    return errno == 0;
 }
 
 bool WriteWholeFile(const std::string& path, std::string_view text) {

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace photrak {
 
@@ -14,6 +15,11 @@ inline constexpr std::size_t maxInputFileBytes = std::size_t{1} << 30;
 /// directory", "is not a regular file", "is larger than ...").
 [[nodiscard]] bool ReadWholeFile(const std::string& path, std::string& text, std::string& error,
                                  std::size_t limit = maxInputFileBytes);
+/// Appends the names of what lies in a folder, in no order; false with a reason in `error`.
+/// By design: not by the iterators of the standard library, which touch what is not theirs when
+/// memory runs out under them.
+[[nodiscard]] bool ListFolder(const std::string& path, std::vector<std::string>& names,
+                              std::string& error);
 /// Creates or truncates; false when it cannot be opened or written whole.
 [[nodiscard]] bool WriteWholeFile(const std::string& path, std::string_view text);
 /// Opens for appending, writes, closes. False for a symbolic link, which is not followed.

@@ -8,6 +8,7 @@
 #include "base/text.h"
 #include "drawing/text_measure.h"
 #include "platform/file_system.h"
+#include "platform/memory_shortage.h"
 #include "plotting/axis_label.h"
 #include "plotting/data_file.h"
 #include "plotting/eye.h"
@@ -27,6 +28,7 @@ class FolderSource : public PlotSource {
             std::filesystem::weakly_canonical(std::filesystem::absolute(folder_), problem);
         const auto target =
             std::filesystem::weakly_canonical(std::filesystem::absolute(path), problem);
+        NoteIfShortage(problem.value());
         if (problem || target.parent_path() != folder) {
             error = "is a link that leads out of the folder";
             return false;
