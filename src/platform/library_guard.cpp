@@ -42,15 +42,16 @@ void TellEnd(const char* how, const char* detail) {
     ::close(log);
 }
 
-extern "C" void TellCrash(int signal) {
+extern "C" void TellCrash(int signal, siginfo_t* info, void*) {
     const char* name = "a signal";
     for (const Crash& crash : crashes) {
         if (crash.signal == signal) name = crash.name;
     }
     TellEnd(" crashed: ", name);
-    // As it would have ended without us: the instruction is repeated, an abort goes on.
+    // As it would have ended without us: a faulty instruction is repeated, what was sent comes
+    // again.
     ::sigaction(signal, &before[static_cast<std::size_t>(signal)], nullptr);
-    if (signal == SIGABRT) ::raise(signal);
+    if (info->si_code <= 0) ::raise(signal);
 }
 
 void TellExit() {
@@ -91,8 +92,8 @@ void LibraryGuard::WatchCrashes() {
     stack.ss_size = sizeof crashStack;
     ::sigaltstack(&stack, &formerStack_);
     struct sigaction action {};
-    action.sa_handler = TellCrash;
-    action.sa_flags = SA_ONSTACK | SA_NODEFER;
+    action.sa_sigaction = TellCrash;
+    action.sa_flags = SA_SIGINFO | SA_ONSTACK | SA_NODEFER;
     for (const Crash& crash : crashes) ::sigaction(crash.signal, &action, nullptr);
 }
 
