@@ -11,6 +11,7 @@
 #include <sys/wait.h>
 #include <type_traits>
 #include <unistd.h>
+#include <utility>
 
 #include "base/arrays.h"
 #include "base/text.h"
@@ -194,27 +195,50 @@ bool WriteAll(int file, std::string_view bytes) {
                      call.options,
                      call.inputs,
                      call.outputs};
-    Packer packer;
-    packer.Put(run(own));
-    packer.PutText(text);
-    PackOutputs(packer, call.outputs);
-    const bool told = WriteAll(file, packer.Bytes());
+    bool told = false;
+    try {
+        Packer packer;
+        packer.Put(run(own));
+        packer.PutText(text);
+        PackOutputs(packer, call.outputs);
+        told = WriteAll(file, packer.Bytes());
+    } catch (...) {
+        // Nothing may lead this copy of the program back into the run; the parent tells of its end.
+    }
     ::_exit(told ? 0 : 1);
 }
 
 // --- The parent ---
 
+/// Whatever happens meanwhile, the process does not outlive its owner here.
 struct Child {
+    Child() = default;
+    ~Child() { End(); }
+    Child(const Child&) = delete;
+    Child& operator=(const Child&) = delete;
+
+    /// Closes the pipe and ends the process; gives its state.
+    int End() {
+        int state = 0;
+        if (file >= 0) ::close(std::exchange(file, -1));
+        const pid_t ending = std::exchange(process, -1);
+        if (ending <= 0) return state;
+        ::kill(ending, SIGKILL);  // one that has ended already keeps its state
+        while (::waitpid(ending, &state, 0) < 0 && errno == EINTR) {
+        }
+        return state;
+    }
+
     pid_t process = -1;
     int file = -1;
     bool isLate = false, isStopped = false;
     std::string bytes;
 };
 
-Child Start(const ModelCall& call, const std::function<Status(const ModelCall&)>& run) {
-    Child child;
+void Start(Child& child, const ModelCall& call,
+           const std::function<Status(const ModelCall&)>& run) {
     int ends[2];
-    if (::pipe2(ends, O_CLOEXEC) != 0) return child;
+    if (::pipe2(ends, O_CLOEXEC) != 0) return;
     std::fflush(nullptr);  // or the child would write it once more
     child.process = ::fork();
     if (child.process == 0) {
@@ -223,7 +247,6 @@ Child Start(const ModelCall& call, const std::function<Status(const ModelCall&)>
     }
     ::close(ends[1]);
     child.file = ends[0];
-    return child;
 }
 
 /// Reads until the child has closed its end, the time is up or the run is stopped.
@@ -234,16 +257,15 @@ void Read(Child& child, double seconds, const StopWord& stop) {
     for (;;) {
         child.isStopped = stop.load(std::memory_order_relaxed) != 0;
         child.isLate = std::chrono::duration<double>(Clock::now() - start).count() > seconds;
-        if (child.isStopped || child.isLate) break;
+        if (child.isStopped || child.isLate) return;
         pollfd ready{child.file, POLLIN, 0};
         constexpr int milliseconds = 50;
         if (::poll(&ready, 1, milliseconds) <= 0) continue;
         const ssize_t got = ::read(child.file, part.data(), part.size());
         if (got < 0 && errno == EINTR) continue;
-        if (got <= 0) break;  // its end is closed: it has no more to say
+        if (got <= 0) return;  // its end is closed: it has no more to say
         child.bytes.append(part, 0, static_cast<std::size_t>(got));
     }
-    ::kill(child.process, SIGKILL);
 }
 
 /// How a child without a whole answer ended.
@@ -284,16 +306,13 @@ bool UnpackOutputs(Unpacker& unpacker, Nodelist* outputs) {
 
 Status CallIsolated(const ModelCall& call, double seconds,
                     const std::function<Status(const ModelCall&)>& run) {
-    Child child = Start(call, run);
+    Child child;
+    Start(child, call, run);
     if (child.process < 0) {
-        if (child.file >= 0) ::close(child.file);
         return call.Refuse("no process for the user library: ", std::strerror(errno));
     }
     Read(child, seconds, call.options.stop);
-    ::close(child.file);
-    int state = 0;
-    while (::waitpid(child.process, &state, 0) < 0 && errno == EINTR) {
-    }
+    const int state = child.End();
     Unpacker unpacker(child.bytes);
     Status status = Status::Error;
     std::string text;

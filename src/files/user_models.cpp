@@ -4,6 +4,7 @@
 
 #include <exception>
 
+#include "base/harmless_text.h"
 #include "base/line_reader.h"
 #include "base/text.h"
 #include "files/isolated_call.h"
@@ -110,7 +111,8 @@ Status RunEntry(PhotrakRunEntry run, const UserModelEntry& entry, const ModelCal
     BeginLibraryRecords();
     Status status = Status::Error;
     {
-        const LibraryGuard guard(Concat(call.path, call.owner), entry.library);
+        const LibraryGuard guard(HarmlessText(Concat(call.path, call.owner)),
+                                 HarmlessText(entry.library));
         status = CallLibrary(call.errorText, [&](char** message) {
             return run(&SupportTable(), call.component.parameters, call.inputs, call.outputs,
                        message);
@@ -192,7 +194,7 @@ Status UserModelTable::Test(std::string_view type, Parameter* parameters,
     const auto test =
         BindEntry<PhotrakTestEntry>(entry, &UserModelEntry::testSymbol, policy_, message);
     if (!test) return Status::Error;
-    const LibraryGuard guard(type, entry->library);
+    const LibraryGuard guard(HarmlessText(type), HarmlessText(entry->library));
     return CallLibrary(message,
                        [&](char** text) { return test(&SupportTable(), parameters, text); });
 }

@@ -25,13 +25,16 @@ volatile std::sig_atomic_t isWithinCall = 0;
 alignas(16) char crashStack[std::size_t{1} << 16];
 std::array<struct sigaction, LibraryGuard::signals> before;
 
+int callDirectory = -1;  // where the log is, wherever the library has gone
+
 void Write(int file, const char* text) {
     [[maybe_unused]] const ssize_t told = ::write(file, text, std::strlen(text));
 }
 
 /// To standard error and to the log.
 void TellEnd(const char* how, const char* detail) {
-    const int log = ::open("log.txt", O_WRONLY | O_APPEND | O_NOFOLLOW | O_CLOEXEC);
+    const int log =
+        ::openat(callDirectory, "log.txt", O_WRONLY | O_APPEND | O_NOFOLLOW | O_CLOEXEC);
     const auto tell = [&](int file, const char* start) {
         for (const char* part : {start, static_cast<const char*>(callText), how, detail, "\n"})
             Write(file, part);
@@ -57,7 +60,7 @@ extern "C" void TellCrash(int signal, siginfo_t* info, void*) {
 void TellExit() {
     if (!isWithinCall) return;
     TellEnd(" ended the program", "");
-    ::_exit(endedByLibrary);
+    ::_exit(1);
 }
 
 void PrepareText(std::string_view component, std::string_view library) {
@@ -74,6 +77,7 @@ LibraryGuard::LibraryGuard(std::string_view component, std::string_view library)
     : directory_(::open(".", O_PATH | O_DIRECTORY | O_CLOEXEC)) {
     [[maybe_unused]] static const bool watchesExit = std::atexit(TellExit) == 0;
     PrepareText(component, library);
+    callDirectory = directory_;
     std::fegetenv(&floatingPoint_);
     const char* locale = std::setlocale(LC_ALL, nullptr);
     locale_ = locale ? locale : "C";

@@ -12,7 +12,8 @@ namespace photrak {
 
 class LibraryGuard {
   public:
-    /// `component` and `library` are for the words of an end within the call.
+    /// `component` and `library` are for the words of an end within the call, which are shown as
+    /// they stand.
     LibraryGuard(std::string_view component, std::string_view library);
     /// Puts back the working directory, the floating-point environment, the locale, the signal
     /// handlers and the signal mask.
@@ -32,8 +33,5 @@ class LibraryGuard {
     std::array<struct sigaction, signals> handlers_{};
     stack_t formerStack_{};
 };
-
-/// The exit status of a program that a library ended by itself.
-inline constexpr int endedByLibrary = 1;
 
 }  // namespace photrak

@@ -194,11 +194,12 @@ Status CheckMemory(double bytes, const ModelReport& report) {
 void TellLongWalk(const FiberChannels& channels, const FiberWindow& window,
                   const FiberParams& params, double firstStep, const ModelReport& report) {
     constexpr double manySteps = 1e8, day = 86400.0, secondsPerPoint = 1e-9;
+    if (!(firstStep > 0.0)) return;  // leads nowhere, and is refused
     const double steps = std::ceil(params.distance / firstStep);
     const auto n = static_cast<double>(window.points);
     const double estimate = steps * static_cast<double>(channels.size()) * n *
                             std::max(std::log2(n), 1.0) * secondsPerPoint;
-    if (!(steps > manySteps) && !(estimate > day)) return;
+    if (steps <= manySteps && estimate <= day) return;
     const std::string text =
         Concat("WARNING: component '", report.path, report.owner, "': the fiber takes ",
                params.zStepFac > 0 ? "steps that begin with " : "", firstStep, " m",
