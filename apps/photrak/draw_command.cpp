@@ -3,7 +3,6 @@
 
 #include <cerrno>
 #include <cstring>
-#include <filesystem>
 
 #include "base/text.h"
 #include "drawing/svg_writer.h"
@@ -12,14 +11,10 @@
 #include "photrak/diagram.h"
 #include "photrak/session.h"
 #include "platform/file_system.h"
+#include "platform/full_path.h"
 
 namespace photrak {
 namespace {
-
-/// A name that stands as it was typed, wherever the topology lies.
-std::string FullPath(const std::string& path) {
-    return path.empty() ? path : std::filesystem::absolute(path).string();
-}
 
 bool Write(const std::string& output, const std::string& picture) {
     if (output.empty()) {

@@ -4,12 +4,12 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
-#include <filesystem>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
 #include "base/nearest.h"
 #include "base/text.h"
+#include "platform/full_path.h"
 #include "results/result_table.h"
 
 namespace photrak {
@@ -38,18 +38,12 @@ Problem SetSymbol(CommandOptions& options, const std::string& value) {
     return {};
 }
 
-/// From here, and not from the topology's directory, which the commands enter.
-std::string FullPath(const std::string& path) {
-    std::error_code failed;
-    const std::filesystem::path full = std::filesystem::absolute(path, failed);
-    return failed ? path : full.string();
-}
-
 Problem AddParamFile(CommandOptions& options, const std::string& value) {
     const std::size_t equals = value.find('=');
     if (equals == 0 || equals == std::string::npos || equals + 1 == value.size()) {
         return Concat("--load-params wants COMPONENT=FILE.prm, not '", value, "'");
     }
+    // From here, and not from the topology's directory, which the commands enter.
     options.loadParams.emplace_back(value.substr(0, equals), FullPath(value.substr(equals + 1)));
     return {};
 }

@@ -18,6 +18,7 @@
 #include "photrak/report_sources.h"
 #include "photrak/report_tables.h"
 #include "platform/file_system.h"
+#include "platform/full_path.h"
 #include "plotting/ber_readout.h"
 #include "plotting/plot_drawing.h"
 
@@ -25,10 +26,6 @@ namespace photrak {
 namespace {
 
 constexpr std::size_t mostPlots = 300, mostTopologies = 200, mostPictureBytes = 96u << 20;
-
-std::string FullPath(const std::string& path) {
-    return std::filesystem::absolute(path).string();
-}
 
 std::string StemOf(const std::string& name) {
     return std::filesystem::path(name).stem().string();
@@ -116,7 +113,29 @@ class ReportMaker {
         return false;
     }
 
+    /// The log as far as it was written after byte `from`, and its warnings.
+    void AddLog(std::uintmax_t from) {
+        std::string error;
+        if (!ReadReportLog(from, page, error)) Lose(page.warnings, Concat("log.txt: ", error));
+        for (std::string& warning : LoggedWarnings(page.log))
+            page.warnings.push_back(Concat("log.txt: ", warning));
+    }
+
+    /// False after a report if the page lacks a result that is there.
+    bool IsWhole() const {
+        if (lost_ == 0) return true;
+        const std::string more = lost_ > 1 ? Concat(", and ", lost_ - 1, " more") : std::string();
+        Report("error", Concat("left out of the page: ", firstLost_, more));
+        return false;
+    }
+
   private:
+    /// What could not be read stands in words on the page, and the command fails.
+    void Lose(std::vector<std::string>& warnings, const std::string& warning) {
+        if (lost_++ == 0) firstLost_ = warning;
+        warnings.push_back(warning);
+    }
+
     void AddTable(ReportSection& section, const std::string& name,
                   std::vector<ReportedRates>& tables) {
         constexpr std::size_t mostBytes = std::size_t{16} << 20;
@@ -124,9 +143,10 @@ class ReportMaker {
         if (ReadWholeFile(name, text, error, mostBytes)) {
             tables.push_back(ReadBerTable(text, StemOf(name)));
         } else {
-            section.warnings.push_back(Concat(name, ": ", error));
+            Lose(section.warnings, Concat(name, ": ", error));
         }
     }
+
     void AddPlot(ReportSection& section, const std::string& name) {
         if (plots_ == mostPlots || pictureBytes_ > mostPictureBytes) {
             ++left_;
@@ -135,7 +155,7 @@ class ReportMaker {
         ++plots_;
         Plot plot;
         std::string error;
-        if (!LoadPlot(name, plot, error)) return section.warnings.push_back(error);
+        if (!LoadPlot(name, plot, error)) return Lose(section.warnings, error);
         section.warnings.insert(section.warnings.end(), plot.notes.begin(), plot.notes.end());
         PlotOptions look;
         look.size = {560.0, 350.0};
@@ -151,7 +171,8 @@ class ReportMaker {
     }
 
     DiagramReader reader_;
-    std::size_t plots_ = 0, left_ = 0, pictureBytes_ = 0;
+    std::size_t plots_ = 0, left_ = 0, pictureBytes_ = 0, lost_ = 0;
+    std::string firstLost_;
 };
 
 void TellOfAge(ReportSection& section, const std::string& topology, const ReportFolder& files) {
@@ -219,24 +240,18 @@ bool AddOneTopology(ReportMaker& maker, const std::string& topology, const Repor
     return true;
 }
 
-void AddLog(ReportPage& page, std::uintmax_t from) {
-    ReadReportLog(from, page);
-    for (std::string& warning : LoggedWarnings(page.log))
-        page.warnings.push_back(Concat("log.txt: ", warning));
-}
-
 struct ReportPlace {
     std::string directory, topology, output, title;
 };
 
 /// Where to look and what to write. A text that says what is wrong, or nothing.
-std::string PlaceOf(const CommandOptions& options, ReportPlace& place) {
+std::string PlaceOf(const CommandOptions& options, std::filesystem::file_status kind,
+                    ReportPlace& place) {
     const std::filesystem::path given(options.file);
     std::error_code failed;
     const std::string& output = options.plot.output;
-    if (std::filesystem::is_directory(given, failed)) {
-        const std::filesystem::path full =
-            std::filesystem::weakly_canonical(std::filesystem::absolute(given), failed);
+    if (std::filesystem::is_directory(kind)) {
+        const std::filesystem::path full = ResolvedPath(given, failed);
         place = {options.file, "", FullPath((given / "report.html").string()),
                  full.filename().string()};
     } else if (given.extension() == ".top") {
@@ -265,18 +280,24 @@ int Failed(std::string_view problem) {
 
 int ReportCommand(const CommandOptions& options) {
     const ConsoleMessages messages;
+    std::error_code unknown;
+    const auto kind = std::filesystem::status(options.file, unknown);
+    if (!std::filesystem::status_known(kind))
+        return Failed(Concat("cannot read '", options.file, "': ", unknown.message()));
     ReportPlace place;
-    if (const std::string problem = PlaceOf(options, place); !problem.empty()) {
+    if (const std::string problem = PlaceOf(options, kind, place); !problem.empty()) {
         Report("error", problem);
         return exitStatus::usage;
     }
-    if (!place.topology.empty() && !FileExists(options.file))
+    if (!place.topology.empty() && !std::filesystem::exists(kind))
         return Failed(Concat("'", options.file, "': No such file"));
     const WorkingDirectory directory(place.directory);
     ReportFolder folder;
     std::string error;
-    if (directory.Failed() || !ListReportFolder(".", folder, error))
-        return Failed(Concat("cannot read the folder '", place.directory, "' ", error));
+    if (directory.Failed() || !ListReportFolder(".", folder, error)) {
+        return Failed(Concat("cannot read the folder '", place.directory,
+                             "': ", directory.Failed() ? directory.Reason() : error));
+    }
     ReportMaker maker;
     if (!maker.Open()) return exitStatus::failed;
     maker.page.title = place.title;
@@ -287,13 +308,13 @@ int ReportCommand(const CommandOptions& options) {
     } else if (!AddOneTopology(maker, place.topology, folder)) {
         return exitStatus::failed;
     }
-    AddLog(maker.page, 0);
+    maker.AddLog(0);
     if (!maker.Write(place.output)) return exitStatus::failed;
     if (const std::size_t count = maker.WarningCount(); count > 0 && !options.quiet)
         Report("note", Concat("warnings on the page: ", count));
     if (!options.quiet)
         WriteOut(options.plot.output.empty() ? place.output + "\n" : options.plot.output + "\n");
-    return exitStatus::success;
+    return maker.IsWhole() ? exitStatus::success : exitStatus::failed;
 }
 
 bool WriteRunReport(const RunForReport& run) {
@@ -303,11 +324,11 @@ bool WriteRunReport(const RunForReport& run) {
     maker.page.warnings = run.warnings;
     ResultStems stems;
     maker.AddResults(maker.AddTopology(run.topology, stems), SortReportFiles(run.results));
-    AddLog(maker.page, run.logBefore);
+    maker.AddLog(run.logBefore);
     const std::string output = maker.page.title + ".html";
     if (!maker.Write(output)) return false;
     WriteOut(output + "\n");
-    return true;
+    return maker.IsWhole();
 }
 
 }  // namespace photrak

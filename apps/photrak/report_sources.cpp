@@ -1,8 +1,9 @@
 #include "photrak/report_sources.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <set>
 #include <sys/stat.h>
 
@@ -77,13 +78,17 @@ bool IsWarning(std::string_view line) {
 bool ListReportFolder(const std::string& folder, ReportFolder& listed, std::string& error) {
     constexpr std::size_t mostEntries = 100'000;
     std::vector<std::string> names;
-    const bool isWhole = ListFolder(folder, names, error);
+    bool isWhole = ListFolder(folder, names, error);
     listed.cut = names.size() > mostEntries;
     if (listed.cut) names.resize(mostEntries);
     for (const std::string& name : names) {
         struct stat info {};
         const std::string path = Concat(folder, "/", name);
-        if (::lstat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode)) Add(listed, name);
+        const bool isKnown = ::lstat(path.c_str(), &info) == 0;
+        if (isKnown && S_ISREG(info.st_mode)) Add(listed, name);
+        if (isKnown || errno == ENOENT) continue;  // it was there a moment ago
+        error = std::strerror(errno);
+        isWhole = false;
     }
     Sort(listed);
     return isWhole;
@@ -141,21 +146,14 @@ std::uintmax_t LogSize(const std::string& folder) {
     return failed ? 0 : size;
 }
 
-void ReadReportLog(std::uintmax_t from, ReportPage& page) {
-    constexpr std::uintmax_t mostBytes = 128 * 1024;
+bool ReadReportLog(std::uintmax_t from, ReportPage& page, std::string& error) {
+    constexpr std::size_t mostBytes = std::size_t{128} * 1024;
     std::error_code unknown;
-    if (!std::filesystem::is_regular_file(std::filesystem::symlink_status(logName, unknown)))
-        return;
-    const std::uintmax_t size = LogSize();
-    if (size < from) from = 0;  // it was begun anew
-    page.logCut = size - from > mostBytes;
-    const std::uintmax_t start = page.logCut ? size - mostBytes : from;
-    std::ifstream file(logName, std::ios::binary);
-    file.seekg(static_cast<std::streamoff>(start));
-    page.log.resize(static_cast<std::size_t>(size - start));
-    file.read(page.log.data(), static_cast<std::streamsize>(page.log.size()));
-    page.log.resize(static_cast<std::size_t>(std::max<std::streamsize>(file.gcount(), 0)));
+    const auto log = std::filesystem::symlink_status(logName, unknown);
+    if (std::filesystem::status_known(log) && !std::filesystem::is_regular_file(log)) return true;
+    if (!ReadFileEnd(logName, from, mostBytes, page.log, page.logCut, error)) return false;
     if (page.logCut) page.log.erase(0, page.log.find('\n') + 1);  // begin with a whole line
+    return true;
 }
 
 std::vector<std::string> LoggedWarnings(std::string_view log) {

@@ -43,8 +43,9 @@ struct ResultStems {
 ResultStems StemsOf(const Workspace& workspace);
 
 /// The end of log.txt in the working directory: what was appended after `from` bytes, as far as a
-/// page shows it. Nothing if it is no regular file.
-void ReadReportLog(std::uintmax_t from, ReportPage& page);
+/// page shows it. Nothing if there is none, or no regular file; false with a reason if it cannot be
+/// read.
+[[nodiscard]] bool ReadReportLog(std::uintmax_t from, ReportPage& page, std::string& error);
 /// Bytes of log.txt in a folder; empty means the working directory.
 std::uintmax_t LogSize(const std::string& folder = {});
 /// Warnings and errors of a log, each once.

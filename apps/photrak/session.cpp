@@ -89,7 +89,7 @@ bool EnterOut(Session& session, const std::string& folder, const std::string& ou
     if (!failed) session.directory = std::make_unique<WorkingDirectory>(out);
     if (failed || session.directory->Failed()) {
         Report("error", Concat("--out '", out,
-                               "': ", failed ? failed.message() : "the folder cannot be entered"));
+                               "': ", failed ? failed.message() : session.directory->Reason()));
         return false;
     }
     session.resultFolder = AsPrefix(out);
@@ -124,7 +124,8 @@ bool EnterDirectory(Session& session, const std::string& path, const std::string
     session.resultFolder = isHere ? std::string() : AsPrefix(folder);
     session.directory = std::make_unique<WorkingDirectory>(folder);
     if (!session.directory->Failed()) return true;
-    Report("error", Concat(path, ": cannot enter the directory '", folder, "'"));
+    Report("error", Concat(path, ": cannot enter the directory '", folder,
+                           "': ", session.directory->Reason()));
     return false;
 }
 

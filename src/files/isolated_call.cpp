@@ -17,6 +17,7 @@
 #include "base/text.h"
 #include "kernel/sample_arrays.h"
 #include "kernel/signals.h"
+#include "platform/descriptor.h"
 #include "platform/host.h"
 
 namespace photrak {
@@ -173,16 +174,6 @@ void PackOutputs(Packer& packer, Nodelist* outputs) {
                 break;
         }
     }
-}
-
-bool WriteAll(int file, std::string_view bytes) {
-    while (!bytes.empty()) {
-        const ssize_t written = ::write(file, bytes.data(), bytes.size());
-        if (written < 0 && errno == EINTR) continue;
-        if (written <= 0) return false;
-        bytes.remove_prefix(static_cast<std::size_t>(written));
-    }
-    return true;
 }
 
 /// A cell of no known signal kind cannot be handed over; the driver refuses it all the same.

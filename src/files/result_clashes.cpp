@@ -10,6 +10,7 @@
 #include "files/diagnostics.h"
 #include "kernel/param_lookup.h"
 #include "kernel/result_names.h"
+#include "platform/full_path.h"
 
 namespace photrak {
 namespace {
@@ -45,10 +46,7 @@ constexpr Writer writers[] = {{"EyeDiagram", "FilenameRoot", ".pce", true, Plots
 
 /// Where a name leads from a folder, links resolved; as it is written where that cannot be known.
 std::string Resolved(const std::string& folder, std::string_view name) {
-    const std::filesystem::path path = std::filesystem::path(folder) / name;
-    std::error_code failed;
-    const std::filesystem::path whole = std::filesystem::weakly_canonical(path, failed);
-    return (failed ? path.lexically_normal() : whole).string();
+    return ResolvedPath((std::filesystem::path(folder) / name).string());
 }
 
 /// The file without the tags of a scan, which are those of all blocks; empty if it writes none.

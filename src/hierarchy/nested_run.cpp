@@ -10,6 +10,7 @@
 #include "kernel/parameters.h"
 #include "kernel/result_names.h"
 #include "kernel/signals.h"
+#include "platform/full_path.h"
 
 namespace photrak {
 namespace {
@@ -116,12 +117,6 @@ class OpenFile {
     std::vector<std::string>& open_;
 };
 
-std::string Canonical(const std::string& file) {
-    std::error_code error;
-    const fs::path path = fs::weakly_canonical(file, error);
-    return error ? file : path.string();
-}
-
 /// The files from the first that is met again on, as "a.top -> b.top -> a.top"; empty if the file
 /// is not under way.
 std::string ChainTo(const std::vector<std::string>& open, const std::string& file) {
@@ -158,7 +153,7 @@ Status SuperBlockRuns::Run(const ModelCall& call, const ModelTable& models) cons
         stack_ = {{}, &call.workspace, call.options.set};
         stack_.draws = (call.options.mode & simMode::statistical) != 0;
     }
-    const OpenFile outermost(stack_.open, Canonical(call.workspace.fileName));
+    const OpenFile outermost(stack_.open, ResolvedPath(call.workspace.fileName));
     return RunFile(call, models, file);
 }
 
@@ -173,7 +168,7 @@ Status SuperBlockRuns::WarnOfDeviation(const ModelCall& call, const Workspace& i
 
 Status SuperBlockRuns::RunFile(const ModelCall& call, const ModelTable& models,
                                const std::string& file) const {
-    const std::string canonical = Canonical(file);
+    const std::string canonical = ResolvedPath(file);
     const std::string chain = ChainTo(stack_.open, canonical);
     if (!chain.empty()) return call.Refuse("a SuperBlock contains itself: ", chain);
     if (stack_.open.size() > deepestNesting) {

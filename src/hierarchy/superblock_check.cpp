@@ -17,6 +17,7 @@
 #include "kernel/graph.h"
 #include "kernel/order.h"
 #include "kernel/parameters.h"
+#include "platform/full_path.h"
 
 namespace photrak {
 namespace {
@@ -28,12 +29,6 @@ constexpr int mostBlocks = 2000;  // looked into; a file can ask for any number 
 void Warn(std::string& text, Status& status, const std::string& warning) {
     text += "WARNING: " + warning + "\n";
     MergeStatus(status, Status::Warning);
-}
-
-std::string Canonical(const std::string& file) {
-    std::error_code error;
-    const fs::path path = fs::weakly_canonical(file, error);
-    return error ? file : path.string();
 }
 
 /// Ports that meet at one number, or leave a number out.
@@ -62,7 +57,7 @@ class Walk {
     Walk(const Catalogue& catalogue, std::string& text) : catalogue_(catalogue), text_(text) {}
 
     Status Into(const Workspace& workspace) {
-        open_.push_back(Canonical(workspace.fileName));
+        open_.push_back(ResolvedPath(workspace.fileName));
         for (const auto& component : workspace.components) {
             if (component->type == superBlockType) Block(*component, workspace);
         }
@@ -85,9 +80,9 @@ class Walk {
                          ".top' is nowhere to be found\n"));
             return;
         }
-        if (std::ranges::find(open_, Canonical(file)) != open_.end()) {
+        if (std::ranges::find(open_, ResolvedPath(file)) != open_.end()) {
             Fault(Concat("ERROR: component '", path,
-                         "': a SuperBlock contains itself: ", Chain(Canonical(file)), "\n"));
+                         "': a SuperBlock contains itself: ", Chain(ResolvedPath(file)), "\n"));
             return;
         }
         Inside(block, workspace, path, file);

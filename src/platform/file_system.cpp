@@ -5,65 +5,25 @@
 #include <array>
 #include <atomic>
 #include <cerrno>
-#include <charconv>
 #include <climits>
-#include <csignal>
 #include <cstring>
 #include <dirent.h>
 #include <fcntl.h>
 #include <filesystem>
-#include <functional>
 #include <memory>
 #include <new>
 #include <set>
-#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
 
+#include "platform/descriptor.h"
 #include "platform/memory_shortage.h"
 #include "platform/result_folder.h"
+#include "platform/temporary_name.h"
 
 namespace photrak {
 namespace {
-
-/// A file descriptor owned by a scope.
-class Descriptor {
-  public:
-    explicit Descriptor(int number) : number_(number) {}
-    ~Descriptor() { Close(); }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    bool Valid() const { return number_ >= 0; }
-    int Number() const { return number_; }
-    /// False when the system reports a late write error. EINTR leaves the descriptor closed.
-    bool Close() {
-        const int number = std::exchange(number_, -1);
-        return number < 0 || ::close(number) == 0 || errno == EINTR;
-    }
-
-  private:
-    int number_;
-};
-
-/// A zero inside a path would silently name another file.
-bool IsUsablePath(const std::string& path) {
-    return !path.empty() && path.find('\0') == std::string::npos;
-}
-
-int OpenFile(const std::string& path, int flags) {
-    if (!IsUsablePath(path)) {
-        errno = ENOENT;
-        return -1;
-    }
-    constexpr mode_t readWriteForAll = 0666;  // less the umask
-    int number = -1;
-    do {
-        // Without O_NONBLOCK, opening a FIFO waits for its other end.
-        number = ::open(path.c_str(), flags | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, readWriteForAll);
-    } while (number < 0 && errno == EINTR);
-    return number;
-}
 
 /// The folder of InputFolder, and what the program has written beside it since.
 struct InputSearch {
@@ -88,18 +48,6 @@ std::string Found(const std::string& path) {
     beside.append("/").append(path);
     struct stat info {};
     return ::stat(beside.c_str(), &info) == 0 ? beside : path;
-}
-
-bool WriteAll(int number, std::string_view text) {
-    while (!text.empty()) {
-        const ssize_t written = ::write(number, text.data(), text.size());
-        if (written > 0) {
-            text.remove_prefix(static_cast<std::size_t>(written));
-        } else if (written == 0 || errno != EINTR) {
-            return false;
-        }
-    }
-    return true;
 }
 
 bool WriteWith(const std::string& path, std::string_view text, int flags) {
@@ -153,26 +101,12 @@ bool FollowLinks(std::string& path) {
     return false;
 }
 
-constexpr std::string_view temporaryStart = ".photrak-", temporaryEnd = ".tmp";
-
-/// Tells machines apart that share a folder: a process of another one cannot be looked up.
-const std::string& HostMark() {
-    static const std::string mark = [] {
-        std::array<char, 256> name{};
-        ::gethostname(name.data(), name.size() - 1);
-        std::string text("-");
-        text += std::to_string(std::hash<std::string_view>{}(name.data()) % 1'000'000);
-        return text;
-    }();
-    return mark;
-}
-
 /// A new file beside the target; its name is short, so that a long target name still fits.
 int CreateTemporary(const std::string& directory, std::string& name) {
     constexpr int attempts = 1000;
     static std::atomic<unsigned> counter = 0;  // a run writes beside the interface
     std::string stem = directory;
-    stem.append(temporaryStart).append(std::to_string(::getpid())).append(HostMark());
+    stem.append(TemporaryStem());
     for (int i = 0; i < attempts; ++i) {
         name = stem;
         name.append("-").append(std::to_string(++counter)).append(temporaryEnd);
@@ -222,6 +156,27 @@ bool ReadWholeFile(const std::string& path, std::string& text, std::string& erro
     } catch (const std::bad_alloc&) {
         error = "does not fit in memory";
     }
+    text.clear();
+    return false;
+}
+
+bool ReadFileEnd(const std::string& path, std::size_t from, std::size_t most, std::string& text,
+                 bool& isCut, std::string& error) {
+    const Doing doing("reading", path);
+    const Descriptor file(OpenFile(path, O_RDONLY | O_NOFOLLOW));
+    struct stat info {};
+    error = "is not a regular file";
+    const bool isKnown = file.Valid() && ::fstat(file.Number(), &info) == 0;
+    if (!isKnown) error = std::strerror(errno);
+    if (!isKnown || !S_ISREG(info.st_mode)) return false;
+    const auto size = static_cast<std::size_t>(info.st_size);
+    if (from > size) from = 0;
+    isCut = size - from > most;
+    const std::size_t start = isCut ? size - most : from;
+    if (::lseek(file.Number(), static_cast<off_t>(start), SEEK_SET) >= 0 &&
+        ReadAll(file.Number(), size - start, maxInputFileBytes, text))
+        return true;
+    error = std::strerror(errno);
     text.clear();
     return false;
 }
@@ -373,82 +328,6 @@ InputFolder::~InputFolder() {
     CurrentInputs() = {};
 }
 
-namespace {
-
-constexpr const char* lockName = ".photrak.lock";
-
-/// True if the open file still stands under its name: its former owner removes it.
-bool StandsThere(int number) {
-    struct stat open {
-    }, named{};
-    return ::fstat(number, &open) == 0 && ::stat(lockName, &named) == 0 &&
-           open.st_dev == named.st_dev && open.st_ino == named.st_ino;
-}
-
-std::string FirstLine(int number) {
-    std::array<char, 32> text{};
-    const ssize_t length = ::pread(number, text.data(), text.size(), 0);
-    std::string line(text.data(), static_cast<std::size_t>(length > 0 ? length : 0));
-    return line.substr(0, line.find_first_not_of("0123456789"));
-}
-
-}  // namespace
-
-namespace {
-
-/// The process of this machine that a temporary name speaks of; 0 for any other name.
-pid_t OwnerOfTemporary(std::string_view name) {
-    if (!name.starts_with(temporaryStart) || !name.ends_with(temporaryEnd)) return 0;
-    const char* digits = name.data() + temporaryStart.size();
-    pid_t owner = 0;
-    const auto [end, error] = std::from_chars(digits, name.data() + name.size(), owner);
-    const std::string_view rest(end, static_cast<std::size_t>(name.data() + name.size() - end));
-    return error == std::errc() && rest.starts_with(HostMark()) && owner > 0 ? owner : 0;
-}
-
-/// Removes what writers that were killed left in the working directory, which is ours alone.
-void SweepLeftovers() {
-    std::error_code failed;
-    for (std::filesystem::directory_iterator entry(".", failed), end; !failed && entry != end;
-         entry.increment(failed)) {
-        const std::string name = entry->path().filename().string();
-        const pid_t owner = OwnerOfTemporary(name);
-        if (owner == 0 || ::kill(owner, 0) == 0 || errno != ESRCH) continue;
-        ::unlink(name.c_str());
-    }
-}
-
-}  // namespace
-
-FolderLock::FolderLock() {
-    constexpr int attempts = 100;
-    for (int i = 0; i < attempts; ++i) {
-        const int number = OpenFile(lockName, O_RDWR | O_CREAT);
-        if (number < 0) return;
-        if (::flock(number, LOCK_EX | LOCK_NB) != 0) {
-            const bool isHeld = errno == EWOULDBLOCK;
-            if (isHeld) owner_ = FirstLine(number);
-            if (isHeld && owner_.empty()) owner_ = "unknown";
-            ::close(number);
-            return;
-        }
-        if (StandsThere(number)) {
-            number_ = number;
-            const std::string own = std::to_string(::getpid()) + "\n";
-            [[maybe_unused]] const bool told = ::ftruncate(number, 0) == 0 && WriteAll(number, own);
-            SweepLeftovers();
-            return;
-        }
-        ::close(number);
-    }
-}
-
-FolderLock::~FolderLock() {
-    if (number_ < 0) return;
-    ::unlink(lockName);
-    ::close(number_);
-}
-
 bool CopyWholeFile(const std::string& from, const std::string& to) {
     std::string text, error;
     return ReadWholeFile(from, text, error) && WriteWholeFile(to, text);
@@ -469,9 +348,10 @@ std::string ExecutableDirectory() {
 WorkingDirectory::WorkingDirectory(const std::string& path) {
     std::array<char, PATH_MAX> present{};
     if (path.empty()) return;  // a file named without a directory
-    if (path.find('\0') != std::string::npos || !::getcwd(present.data(), present.size()) ||
+    errno = ENOENT;
+    if (!IsUsablePath(path) || !::getcwd(present.data(), present.size()) ||
         ::chdir(path.c_str()) != 0) {
-        failed_ = true;
+        reason_ = std::strerror(errno);
         return;
     }
     former_ = present.data();

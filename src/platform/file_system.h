@@ -15,6 +15,11 @@ inline constexpr std::size_t maxInputFileBytes = std::size_t{1} << 30;
 /// directory", "is not a regular file", "is larger than ...").
 [[nodiscard]] bool ReadWholeFile(const std::string& path, std::string& text, std::string& error,
                                  std::size_t limit = maxInputFileBytes);
+/// Reads what stands after byte `from` of a regular file, all of it where the file has become
+/// shorter than that; only the end of it, about `most` bytes, where `isCut`. Follows no link. False
+/// with a reason in `error`.
+[[nodiscard]] bool ReadFileEnd(const std::string& path, std::size_t from, std::size_t most,
+                               std::string& text, bool& isCut, std::string& error);
 /// Appends the names of what lies in a folder, in no order; false with a reason in `error`.
 /// By design: not by the iterators of the standard library, which touch what is not theirs when
 /// memory runs out under them.
@@ -41,11 +46,12 @@ class WorkingDirectory {
     ~WorkingDirectory();
     WorkingDirectory(const WorkingDirectory&) = delete;
     WorkingDirectory& operator=(const WorkingDirectory&) = delete;
-    bool Failed() const { return failed_; }
+    bool Failed() const { return !reason_.empty(); }
+    /// Why it failed, in the system's words.
+    const std::string& Reason() const { return reason_; }
 
   private:
-    std::string former_;
-    bool failed_ = false;
+    std::string former_, reason_;
 };
 
 }  // namespace photrak

@@ -8,7 +8,7 @@
 #include "base/text.h"
 #include "drawing/text_measure.h"
 #include "platform/file_system.h"
-#include "platform/memory_shortage.h"
+#include "platform/full_path.h"
 #include "plotting/axis_label.h"
 #include "plotting/data_file.h"
 #include "plotting/eye.h"
@@ -23,13 +23,14 @@ class FolderSource : public PlotSource {
 
     bool ReadData(const std::string& name, std::string& text, std::string& error) override {
         const std::filesystem::path path = folder_ / name;
-        std::error_code problem;
-        const auto folder =
-            std::filesystem::weakly_canonical(std::filesystem::absolute(folder_), problem);
-        const auto target =
-            std::filesystem::weakly_canonical(std::filesystem::absolute(path), problem);
-        NoteIfShortage(problem.value());
-        if (problem || target.parent_path() != folder) {
+        std::error_code noFolder, noTarget;
+        const auto folder = ResolvedPath(folder_, noFolder);
+        const auto target = ResolvedPath(path, noTarget);
+        if (noFolder || noTarget) {
+            error = (noFolder ? noFolder : noTarget).message();
+            return false;
+        }
+        if (target.parent_path() != folder) {
             error = "is a link that leads out of the folder";
             return false;
         }

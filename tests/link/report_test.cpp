@@ -159,7 +159,10 @@ TEST_F(Reports, TakeTextsOfFilesAsTexts) {
     WriteText("none.pcs", "none.sig\n");
     WriteText("none.sig", "");
     const ProgramResult result = Photrak("report .");
-    ASSERT_EQ(result.status, 0) << result.error;
+    ASSERT_EQ(result.status, 1) << "a page without a plot that is there is no success";
+    EXPECT_NE(result.error.find("missing<b>.sig': No such file or directory, and 7 more"),
+              std::string::npos)
+        << result.error;
     const auto page = ReadPage("report.html");
     for (const char* place : {"p", "td", "th", "li", "pre", "text"}) {
         EXPECT_TRUE(HoldsText(TextsOf(page, place), "<script>")) << place;
