@@ -3,74 +3,67 @@
 The folder holds the results of an earlier run with another launch power. Whatever fails, a file
 under a final name is that of the earlier run or that of the present one, whole; tables that grow
 hold whole rows. Where a call failed, the status is 1 and standard error tells the reason in the
-system's words, or all results are there. A run or scan after a kill leaves nothing of the killed one behind.
+system's words, or all results are there. The log tells by its last line how the run ended, and
+speaks of nothing that was not done. A run or scan after a kill leaves nothing of the killed one behind.
 
-Usage: tools/torture disk [--every K] [--offset J] [--program PROGRAM] [SCENARIO...]
+Usage: tools/torture disk [--every K] [--offset J] [--program PROGRAM] [--planted] [SCENARIO...]
   --every K   each K-th call only (default 1), from the J-th (default 1)
+  --planted   shows that faults are found: builds photrak with each of a few, which must fail
 """
-import argparse
-import collections
 import errno
 import os
-import pathlib
-import re
 import shutil
-import subprocess
 import sys
-import tempfile
 
-ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
-BUILD = ROOT / "build/release"
-SECONDS = 60
-DURATION = re.compile(rb"calculation time = \S+")  # the one thing in a log that differs each time
+from _common import Findings, environment, files_below, options, prove, run, scratch
 
 # The arguments of a scenario; OUT is the folder of the results, SET makes the earlier run another.
 SCENARIOS = {
     "run": ["run", "--out", "OUT", "--table", "OUT/table.csv", "SET", "eye-10g.top"],
     "scan": ["scan", "--out", "OUT", "--table", "OUT/table.csv", "SET", "ber-power.top"],
     "save": ["params", "-o", "OUT/fiber.prm", "SET", "Fiber", "eye-10g.top"],
-    "report": ["report", "-o", "OUT/page.html", "RESULTS"],
+    "report": ["report", "-o", "OUT/page.html", "OUT"],
 }
 SETS = {"run": "launch=2e-3", "scan": "received=-20"}
 # Appended to as a run goes on: such a file is whole with its last whole row.
 GROWING = (".csv", ".bdt")
 # Replaced after each point of a scan: whole with lines like those of the last point's file.
 REPLACED = (".ber", ".pcb")
-MODES = [("DISK_AT", errno.ENOSPC), ("DISK_FROM", errno.ENOSPC), ("DISK_AT", errno.EIO), ("DISK_FROM", errno.EIO),
-         ("DISK_AT", errno.EACCES), ("DISK_AT", errno.EMFILE), ("DISK_AT", errno.EINTR), ("DISK_AT", 0)]
+# Faults by file, text and what stands there instead: a rename whose failure is passed over, a result
+# that is written in place, a row that stays half.
+PLANTED = [
+    ("src/platform/file_system.cpp", "whole && ::rename(temporary.c_str(), target.c_str()) == 0",
+     "whole && ::rename(temporary.c_str(), target.c_str()) < 2"),
+    ("src/platform/file_system.cpp", ": Replace(path, text, Durability::Computable)", ": WriteWith(path, text, O_TRUNC)"),
+    ("src/platform/file_system.cpp", "::ftruncate(file.Number(), former.st_size) != 0) {", "former.st_size < 0) {"),
+]
+MODES = [("DISK_FULL", errno.ENOSPC), *((mode, error) for mode in ("DISK_AT", "DISK_FROM")
+                                        for error in (errno.ENOSPC, errno.EIO)),
+         *(("DISK_AT", error) for error in (errno.EACCES, errno.EMFILE, errno.EINTR, 0))]
 
 
-class Torture:
-    def __init__(self, program, disk, folder):
-        self.program, self.folder, self.out = str(program), folder, folder / "out"
-        self.environment = dict(os.environ, HOME=str(folder), PHOTRAK_THREADS="1")
-        self.environment.pop("DISPLAY", None)
-        self.faults = {"LD_PRELOAD": str(disk), "DISK_BELOW": str(self.out)}
-        shutil.copytree(ROOT / "examples", folder / "work")
+# How the log of a run ends that did not come to its end.
+FAILED = b"The run failed before its end\n"
+CLEAN = ("status 0", "status 1", "killed", "status -9")
 
-    def words(self, scenario, is_earlier):
-        words = []
-        for word in SCENARIOS[scenario]:
-            if word == "SET":
-                if is_earlier and scenario in SETS:
-                    words += ["--set", SETS[scenario]]
-            else:
-                words.append(word.replace("OUT", str(self.out)))
-        return words
+
+class Rack:
+    def __init__(self, asked, folder):
+        self.program, self.folder, self.out = asked.program.resolve(), folder, folder / "out"
+        self.environment = environment(folder)
+        self.faults = {"LD_PRELOAD": str(asked.library.resolve()), "DISK_BELOW": str(self.out)}
 
     def run(self, scenario, is_earlier=False, **faults):
         """Status (negative: a signal, None: no end) and standard error."""
-        environment = {**self.environment, **(self.faults | faults if faults else {})}
-        try:
-            done = subprocess.run([self.program, *self.words(scenario, is_earlier)], cwd=self.folder / "work",
-                                  timeout=SECONDS, stdin=subprocess.DEVNULL, capture_output=True, env=environment)
-            return done.returncode, done.stderr
-        except subprocess.TimeoutExpired:
-            return None, b""
-
-    def files(self):
-        return {str(p.relative_to(self.out)): DURATION.sub(b"", p.read_bytes())
-                for p in self.out.rglob("*") if p.is_file()}
+        words = []
+        for word in SCENARIOS[scenario]:
+            if word == "SET":
+                words += ["--set", SETS[scenario]] if is_earlier and scenario in SETS else []
+            else:
+                words.append(word.replace("OUT", str(self.out)))
+        variables = {**self.environment, **(self.faults | faults if faults else {})}
+        status, _, errors = run([self.program, *words], self.folder / "work", variables)
+        return status, errors
 
     def restore(self, files):
         shutil.rmtree(self.out, ignore_errors=True)
@@ -93,12 +86,25 @@ def torn(files, earlier, good):
             continue
         if name.endswith(REPLACED) and shape(text) and shape(text) <= shape(good.get(name, b"")):
             continue
+        if name.endswith(".html") and text.endswith(b"</html>\n"):
+            continue  # it tells in words what it lacks
         whole = name.endswith(GROWING) and text.endswith(b"\n") and (
             good.get(name, b"").startswith(text) or text.startswith(earlier.get(name, b"\0")))
         if not (whole or name.endswith(GROWING) and not text):
             return name
     missing = [name for name in earlier if name not in files and not name.startswith(".photrak")]
     return missing[0] + " (gone)" if missing else ""
+
+
+def unread(log, good):
+    """What a log says that the program did not do: a last line that is cut, or one that no run writes."""
+    if log and not log.endswith(b"\n"):
+        return "a log with half a line"
+    known = set(good.splitlines())
+    for line in log.splitlines():
+        if line not in known and not line.startswith((b"ERROR", b"WARNING")) and line + b"\n" != FAILED:
+            return f"a log that says {line.decode(errors='replace')!r}"
+    return ""
 
 
 def judge(result, files, earlier, good, number):
@@ -108,75 +114,71 @@ def judge(result, files, earlier, good, number):
     name = torn(files, earlier, good)
     if name:
         return f"torn: {name}"
-    if any(name.endswith(".tmp") for name in files):
-        return "leaves a temporary file"
+    # The log alone is a warning.
+    told = b"could not write" in errors
+    log, former, whole = (kept.get("log.txt", b"") for kept in (files, earlier, good))
     if status == 0:
         lost = [name for name, text in good.items() if name != "log.txt" and files.get(name) != text]
-        told = b"could not write" in errors  # the log alone is a warning
         if lost:
             return f"success without {lost[0]}"
-        return "" if told or files.get("log.txt") == good.get("log.txt") else "a log lost without a word"
+        return "" if told or log == whole else "a log lost without a word"
     if status != 1:
         return f"status {status}"
-    return "" if os.strerror(number).encode() in errors else "status 1 without the reason"
+    if os.strerror(number).encode() not in errors:
+        return "status 1 without the reason"
+    if told or log == former:
+        return ""
+    return unread(log, former + whole) or ("" if log.endswith(FAILED) else "a log that does not tell of the failure")
 
 
-def run_scenario(torture, scenario, asked):
-    torture.restore({})
-    if scenario != "report":
-        torture.run(scenario, is_earlier=True)
-    earlier = torture.files()
-    counted = torture.folder / "count"
-    done = torture.run(scenario, DISK_COUNT=str(counted))
+def run_scenario(rack, scenario, asked):
+    rack.restore({})
+    rack.run("run" if scenario == "report" else scenario, is_earlier=True)
+    earlier = files_below(rack.out)
+    counted = rack.folder / "count"
+    done = rack.run(scenario, DISK_COUNT=str(counted))
     if done[0] != 0:
         sys.exit(f"{scenario}: fails by itself: {done[1].decode(errors='replace')}")
-    good, calls = torture.files(), int(counted.read_text())
-    kinds, shown, points = collections.Counter(), collections.defaultdict(list), 0
+    good, calls = files_below(rack.out), int(counted.read_text())
+    findings = Findings(asked.show, *CLEAN)
 
-    def note(fault, status, point, errors):
-        kinds[fault or f"status {status}"] += 1
-        if fault and len(shown[fault]) < asked.show:
-            shown[fault].append((*point, errors[-300:].decode(errors="replace")))
+    def swept():
+        """Nothing if the next run is whole and clears away what this one left."""
+        again = rack.run(scenario)
+        left = [name for name in files_below(rack.out) if name.startswith(".photrak")]
+        return f"left: {left[0]}" if left and scenario in SETS else "" if again[0] == 0 else "a next run that fails"
 
     for number in range(asked.offset, calls + 1, asked.every):
         for mode, error in MODES:
-            torture.restore(earlier)
-            result = torture.run(scenario, **{mode: str(number), "DISK_ERROR": str(error)})
-            fault = judge(result, torture.files(), earlier, good, error)
-            note(fault, result[0], (mode, number, errno.errorcode.get(error, "half a write")), result[1])
-            points += 1
-        torture.restore(earlier)
-        torture.run(scenario, DISK_KILL=str(number))
-        name = torn(torture.files(), earlier, good)
-        note(f"torn by a kill: {name}" if name else "", "killed", ("DISK_KILL", number), b"")
-        again = torture.run(scenario)
-        left = [name for name in torture.files() if name.startswith(".photrak") and scenario in SETS]
-        note(f"left by a kill: {left[0]}" if left else "", again[0], ("DISK_KILL", number), again[1])
-        points += 1
-    faults = sum(n for kind, n in kinds.items() if not kind.startswith("status"))
-    print(f"{scenario}: {calls} calls, {points} runs, {faults} faults;",
-          ", ".join(f"{kind}: {n}" for kind, n in kinds.most_common()), flush=True)
-    for fault, examples in shown.items():
-        for example in examples:
-            print(f"  {fault}: {example}", flush=True)
-    return faults
+            rack.restore(earlier)
+            status, errors = rack.run(scenario, **{mode: str(number), "DISK_ERROR": str(error)})
+            files = files_below(rack.out)
+            fault = judge((status, errors), files, earlier, good, error)
+            if not fault and any(name.endswith(".tmp") for name in files):
+                fault = swept()  # it could not even be taken away
+            findings.note(fault or f"status {status}", (mode, number, errno.errorcode.get(error, "half")), errors)
+        rack.restore(earlier)
+        status, _ = rack.run(scenario, DISK_KILL=str(number))
+        files = files_below(rack.out)
+        name = torn(files, earlier, good)
+        fault = f"torn by a kill: {name}" if name else swept()
+        findings.note(fault or f"status {status}", ("DISK_KILL", number))
+    return findings.tell(f"{scenario}: {calls} calls")
+
+
+def torture(asked):
+    """How many runs of all scenarios had a fault."""
+    with scratch() as folder:
+        rack = Rack(asked, folder)
+        return sum(run_scenario(rack, scenario, asked) for scenario in asked.names or SCENARIOS)
 
 
 def main():
-    parser = argparse.ArgumentParser()
-    parser.add_argument("scenarios", nargs="*")
-    parser.add_argument("--every", type=int, default=1)
-    parser.add_argument("--offset", type=int, default=1)
-    parser.add_argument("--program", type=pathlib.Path, default=BUILD / "bin/photrak")
-    parser.add_argument("--disk", type=pathlib.Path, default=BUILD / "torture/failing_disk.so")
-    parser.add_argument("--show", type=int, default=3, help="examples of each kind of failure")
-    asked = parser.parse_args()
-    with tempfile.TemporaryDirectory(dir="/dev/shm" if os.access("/dev/shm", os.W_OK) else None) as name:
-        torture = Torture(asked.program.resolve(), asked.disk.resolve(), pathlib.Path(name))
-        torture.run("run")
-        torture.out.rename(torture.folder / "work/RESULTS")
-        faults = sum(run_scenario(torture, scenario, asked) for scenario in asked.scenarios or SCENARIOS)
-    return 1 if faults else 0
+    asked = options("failing_disk").parse_args()
+    if asked.planted:
+        asked.every = max(asked.every, 3)
+        return prove(asked, PLANTED, torture)
+    return 1 if torture(asked) else 0
 
 
 if __name__ == "__main__":

@@ -6,16 +6,13 @@ with longer ones.
 
 Usage: tools/torture estimate [--program PROGRAM] [--longer HALVINGS] [EXAMPLE...]
 """
-import argparse
 import os
-import pathlib
 import re
-import shutil
 import subprocess
 import sys
-import tempfile
 
-ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
+from _common import ROOT, options, scratch
+
 TIME = "/usr/bin/time"
 PREFIXES = {"": 1.0, "k": 1e3, "M": 1e6, "G": 1e9}
 LENGTH = re.compile(r"(PARAM patternLength IntType\nVALUE )(\S+)")
@@ -47,20 +44,17 @@ def check(program, topology, folder):
 
 
 def main():
-    parser = argparse.ArgumentParser()
-    parser.add_argument("examples", nargs="*")
-    parser.add_argument("--program", type=pathlib.Path, default=ROOT / "build/release/bin/photrak")
+    parser = options()
     parser.add_argument("--longer", type=int, default=3)
     asked = parser.parse_args()
-    names = asked.examples or sorted(path.stem for path in (ROOT / "examples").glob("*.top"))
+    names = asked.names or sorted(path.stem for path in (ROOT / "examples").glob("*.top"))
     errors = []
     if not os.access(TIME, os.X_OK):
         print(f"skipped: there is no {TIME}")
         return 77
     program = str(asked.program.resolve())
-    with tempfile.TemporaryDirectory() as name:
-        folder = pathlib.Path(name) / "work"
-        shutil.copytree(ROOT / "examples", folder)
+    with scratch() as outer:
+        folder = outer / "work"
         subprocess.run([program, "run", "save-signal.top"], cwd=folder, check=True, capture_output=True)
         for example in names:
             text = (folder / f"{example}.top").read_text()

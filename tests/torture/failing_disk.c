@@ -4,6 +4,7 @@
 
      DISK_AT=N         the call that fails
      DISK_FROM=N       it and all after it
+     DISK_FULL=N       a write that is call N writes half of its bytes, and all after it fail
      DISK_ERROR=E      with this error number; 0: a write that writes half of its bytes
      DISK_KILL=N       the process is killed (SIGKILL) before call N
      DISK_COUNT=FILE   the number of calls goes there when the program ends */
@@ -25,20 +26,31 @@
 #define MOST_FILES 1024
 
 static atomic_long calls;
-static long first = 0, last = -1, killed = -1;
+static long first = 0, last = -1, killed = -1, filling = -1;
 static int number;
 static const char *below, *countFile;
 static atomic_char counted[MOST_FILES];
 
 #define REAL(name) ((__typeof__(&name))dlsym(RTLD_NEXT, #name))
 
-/* Whether this call fails; half a write is none. */
-static int Fails(void) {
+/* The number of this call. */
+static long Count(void) {
     const long call = atomic_fetch_add(&calls, 1) + 1;
     if (call == killed) kill(getpid(), SIGKILL);
+    return call;
+}
+
+/* Whether this call fails; half a write is none. */
+static int FailsAt(long call) {
     if (call < first || call > last) return 0;
     errno = number;
     return 1;
+}
+
+/* On a disk that is full only writes fail. */
+static int Fails(void) {
+    const long call = Count();
+    return filling < 0 && FailsAt(call);
 }
 
 static int IsBelow(const char* path) {
@@ -76,17 +88,30 @@ int open64(const char* path, int flags, ...) {
     return open(path, flags, mode);
 }
 
+int openat(int folder, const char* path, int flags, ...) {
+    va_list arguments;
+    va_start(arguments, flags);
+    const mode_t mode = flags & (O_CREAT | O_TMPFILE) ? va_arg(arguments, mode_t) : 0;
+    va_end(arguments);
+    const int isOurs = folder == AT_FDCWD || path[0] == '/' ? IsBelow(path) : IsCounted(folder);
+    if (isOurs && number && Fails()) return -1;
+    return Opened(REAL(openat)(folder, path, flags, mode), isOurs);
+}
+
 ssize_t write(int file, const void* bytes, size_t size) {
-    if (IsCounted(file) && Fails()) {
-        if (number) return -1;
-        return REAL(write)(file, bytes, size > 1 ? size / 2 : size);
-    }
-    return REAL(write)(file, bytes, size);
+    if (!IsCounted(file)) return REAL(write)(file, bytes, size);
+    const long call = Count();
+    const int isHalf = call == filling || (number == 0 && FailsAt(call));
+    if (!isHalf && FailsAt(call)) return -1;
+    return REAL(write)(file, bytes, isHalf && size > 1 ? size / 2 : size);
 }
 
 ssize_t read(int file, void* bytes, size_t size) {
-    if (IsCounted(file) && number && Fails()) return -1;
-    return REAL(read)(file, bytes, size);
+    return IsCounted(file) && number && Fails() ? -1 : REAL(read)(file, bytes, size);
+}
+
+ssize_t pread(int file, void* bytes, size_t size, off_t place) {
+    return IsCounted(file) && number && Fails() ? -1 : REAL(pread)(file, bytes, size, place);
 }
 
 int close(int file) {
@@ -101,39 +126,81 @@ int fsync(int file) {
     return IsCounted(file) && number && Fails() ? -1 : REAL(fsync)(file);
 }
 
-int ftruncate(int file, off_t size) {
-    return IsCounted(file) && number && Fails() ? -1 : REAL(ftruncate)(file, size);
+/* The calls from here on are not interrupted. */
+static int FailsFor(int isOurs) {
+    return isOurs && number && number != EINTR && Fails();
 }
 
-int ftruncate64(int file, off64_t size) {
-    return ftruncate(file, size);
+int ftruncate(int file, off_t size) {
+    return FailsFor(IsCounted(file)) ? -1 : REAL(ftruncate)(file, size);
+}
+
+off_t lseek(int file, off_t place, int from) {
+    return FailsFor(IsCounted(file)) ? -1 : REAL(lseek)(file, place, from);
 }
 
 int fchmod(int file, mode_t mode) {
-    return IsCounted(file) && number && Fails() ? -1 : REAL(fchmod)(file, mode);
+    return FailsFor(IsCounted(file)) ? -1 : REAL(fchmod)(file, mode);
 }
 
-int rename(const char* from, const char* to) {
-    return IsBelow(to) && number && Fails() ? -1 : REAL(rename)(from, to);
+int flock(int file, int what) {
+    return FailsFor(IsCounted(file)) ? -1 : REAL(flock)(file, what);
 }
 
-int mkdir(const char* path, mode_t mode) {
-    return IsBelow(path) && number && Fails() ? -1 : REAL(mkdir)(path, mode);
+int fstat(int file, struct stat* info) {
+    return FailsFor(IsCounted(file)) ? -1 : REAL(fstat)(file, info);
 }
 
 int stat(const char* path, struct stat* info) {
-    return IsBelow(path) && number && Fails() ? -1 : REAL(stat)(path, info);
+    return FailsFor(IsBelow(path)) ? -1 : REAL(stat)(path, info);
+}
+
+int lstat(const char* path, struct stat* info) {
+    return FailsFor(IsBelow(path)) ? -1 : REAL(lstat)(path, info);
+}
+
+ssize_t readlink(const char* path, char* target, size_t size) {
+    return FailsFor(IsBelow(path)) ? -1 : REAL(readlink)(path, target, size);
+}
+
+int access(const char* path, int mode) {
+    return FailsFor(IsBelow(path)) ? -1 : REAL(access)(path, mode);
+}
+
+int rename(const char* from, const char* to) {
+    return FailsFor(IsBelow(to)) ? -1 : REAL(rename)(from, to);
+}
+
+int unlink(const char* path) {
+    return FailsFor(IsBelow(path)) ? -1 : REAL(unlink)(path);
+}
+
+int mkdir(const char* path, mode_t mode) {
+    return FailsFor(IsBelow(path)) ? -1 : REAL(mkdir)(path, mode);
+}
+
+int chdir(const char* path) {
+    return FailsFor(IsBelow(path)) ? -1 : REAL(chdir)(path);
+}
+
+DIR* opendir(const char* path) {
+    return FailsFor(IsBelow(path)) ? NULL : REAL(opendir)(path);
+}
+
+struct dirent* readdir(DIR* folder) {
+    return FailsFor(IsBelow(".")) ? NULL : REAL(readdir)(folder);
 }
 
 __attribute__((constructor)) static void Begin(void) {
     const char *at = getenv("DISK_AT"), *from = getenv("DISK_FROM"), *kills = getenv("DISK_KILL"),
-               *error = getenv("DISK_ERROR");
+               *full = getenv("DISK_FULL"), *error = getenv("DISK_ERROR");
     below = getenv("DISK_BELOW");
     countFile = getenv("DISK_COUNT");
     number = error ? atoi(error) : EIO;
     if (at) first = last = atol(at);
-    if (from) {
-        first = atol(from);
+    if (full) filling = atol(full);
+    if (from || full) {
+        first = from ? atol(from) : filling + 1;
         last = LONG_MAX;
     }
     if (kills) killed = atol(kills);
