@@ -91,8 +91,10 @@ void Run(std::string_view text) {
     static_cast<void>(BuildSymbolTable(workspace, errorText));
     for (const std::string_view value : lines.values) {
         CheckExpression(workspace.symbols, value);
-        for (const std::int32_t type : {DoubleType, IntType, ComplexType, CharType, EnumType}) {
-            CheckParameter(workspace, type, value);
+        constexpr std::array types{DoubleType, IntType, ComplexType, CharType, EnumType};
+        for (const std::int32_t type : types) {
+            const std::string chosen = Concat(type, value);
+            if (IsOneIn(types.size(), chosen)) CheckParameter(workspace, type, value);
         }
     }
 }

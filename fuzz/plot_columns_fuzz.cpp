@@ -2,9 +2,9 @@
 // spectrum.
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 
 #include "drawing/svg_writer.h"
+#include "fuzz_support.h"
 #include "plotting/ber_readout.h"
 #include "plotting/cursors.h"
 #include "plotting/peaks.h"
@@ -36,18 +36,19 @@ constexpr std::string_view scripts[] = {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace photrak;
-    Input source({reinterpret_cast<const char*>(data), size});
+    const std::string_view text(reinterpret_cast<const char*>(data), size);
+    Input source(text);
     for (const std::string_view script : scripts) {
         Plot plot;
         std::string error;
         if (!LoadPlotText(script, "input.pc", source, plot, error)) {
-            if (error.empty()) std::abort();
+            Require(!error.empty());
             continue;
         }
-        if (plot.curves.size() > 50) continue;
+        if (plot.curves.size() > 50 || !IsOneIn(64, text)) continue;
         const PlotView view(plot);
         PlotPicture picture = DrawPlot(plot, view);
-        if (SvgText(picture.drawing, Theme::Dark, plot.name).empty()) std::abort();
+        Require(!SvgText(picture.drawing, Theme::Dark, plot.name).empty());
         static_cast<void>(MakeReadout(plot, view, {{0.0, 1.0}, {}, false}));
         static_cast<void>(CrossingsAt(plot, 1e-9));
         for (const Curve& curve : plot.curves)

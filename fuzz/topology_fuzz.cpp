@@ -58,6 +58,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         const std::string twice = LoadAndSave(once, status);
         if (status == Status::Error || twice != once) std::abort();
     }
+    if (!photrak::IsOneIn(16, text)) return 0;
     std::unique_ptr<Workspace> workspace;
     static_cast<void>(photrak::TopologyCheckText(text, "fuzz.top", workspace, Models()));
     photrak::Inspection found = photrak::InspectTopologyText(text, "fuzz.top", Models());

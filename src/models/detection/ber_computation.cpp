@@ -97,7 +97,8 @@ class ErrorSum {
     void Draw(std::int32_t bit) {
         const double s = set_.samplesPerBit;
         const double center =
-            (params_.decisionPointShift * s + (std::int64_t{bit} - 1) * s) * set_.tStep;
+            (params_.decisionPointShift * s + static_cast<double>(std::int64_t{bit} - 1) * s) *
+            set_.tStep;
         if (trials_.distinct == 1) {
             SkipClippedGaussians(&seed_, 2 * static_cast<long>(trialCount));
             trials_.place[0] = grid_.Locate(center);
