@@ -1,10 +1,12 @@
-// What a block writes is known from its type and its parameters: a root, and the ending of one file
-// that it always writes.
+// What a block writes is known from its type and its parameters: a root, and the endings of the
+// files that tell it from others.
 #include "files/result_clashes.h"
 
 #include <algorithm>
 #include <filesystem>
 #include <map>
+#include <utility>
+#include <vector>
 
 #include "base/text.h"
 #include "files/diagnostics.h"
@@ -22,9 +24,12 @@ bool PlotsAreOn(const SimOptions& options, Parameter* parameters) {
     return !asEachSays || GetParamText(parameters, "Plot", "Save") != "No";
 }
 
-bool TesterWrites(const SimOptions&, Parameter* parameters) {
-    return GetParamText(parameters, "PlotCurves", "YES") == "YES" ||
-           GetParamText(parameters, "SaveAllData", "YES") == "YES";
+bool SavesRows(const SimOptions&, Parameter* parameters) {
+    return GetParamText(parameters, "SaveAllData", "YES") == "YES";
+}
+
+bool SavesCurve(const SimOptions&, Parameter* parameters) {
+    return GetParamText(parameters, "PlotCurves", "YES") == "YES";
 }
 
 bool Always(const SimOptions&, Parameter*) {
@@ -41,7 +46,8 @@ constexpr Writer writers[] = {{"EyeDiagram", "FilenameRoot", ".pce", true, Plots
                               {"SignalPlot", "FilenameRoot", ".pcs", true, PlotsAreOn},
                               {"ChirpPlot", "FilenameRoot", ".pcs", true, PlotsAreOn},
                               {"SignalSpectra", "FilenameRoot", ".pcf", true, PlotsAreOn},
-                              {"BERTester", "FilenameRoot", ".bdt", false, TesterWrites},
+                              {"BERTester", "FilenameRoot", ".bdt", false, SavesRows},
+                              {"BERTester", "FilenameRoot", ".ber", false, SavesCurve},
                               {savesSignals, "FileName", ".sgd", true, Always}};
 
 /// Where a name leads from a folder, links resolved; as it is written where that cannot be known.
@@ -49,14 +55,18 @@ std::string Resolved(const std::string& folder, std::string_view name) {
     return ResolvedPath((std::filesystem::path(folder) / name).string());
 }
 
-/// The file without the tags of a scan, which are those of all blocks; empty if it writes none.
-std::string FileOf(const Component& component, const SimOptions& options) {
-    const auto writer = std::ranges::find(writers, component.type, &Writer::type);
-    Parameter* parameters = component.parameters;
-    if (writer == std::end(writers) || !writer->writes(options, parameters)) return {};
-    const std::string_view root = GetParamText(parameters, writer->root, {});
-    return Concat(writer->takesPrefix ? PrefixInUse(options) : std::string(),
-                  root.empty() ? std::string_view(component.name) : root, writer->ending);
+/// The files without the tags of a scan, which are those of all blocks.
+std::vector<std::string> FilesOf(const Component& component, const SimOptions& options) {
+    std::vector<std::string> files;
+    for (const Writer& writer : writers) {
+        if (component.type != writer.type || !writer.writes(options, component.parameters))
+            continue;
+        const std::string_view root = GetParamText(component.parameters, writer.root, {});
+        files.push_back(Concat(writer.takesPrefix ? PrefixInUse(options) : std::string(),
+                               root.empty() ? std::string_view(component.name) : root,
+                               writer.ending));
+    }
+    return files;
 }
 
 LoadFinding Clash(const char* code, const Component& component, std::string text) {
@@ -80,20 +90,22 @@ LoadFindings FindResultClashes(const Workspace& workspace, const std::string& in
         if (!name.empty()) readers.emplace(Resolved(inputFolder, name), component.get());
     }
     for (const auto& component : workspace.components) {
-        const std::string file = FileOf(*component, options);
-        if (file.empty() || findings.size() >= mostLoadFindings) continue;
-        const auto [owner, isFirst] = owners.emplace(Resolved({}, file), component.get());
-        if (!isFirst) {
-            findings.push_back(Clash(
-                diagnostic::sameResult, *component,
-                Concat("writes '", file, "', as component '", owner->second->name, "' does")));
+        if (findings.size() >= mostLoadFindings) break;
+        bool isTold = false;  // of the files of a block the first is enough
+        for (const std::string& file : FilesOf(*component, options)) {
+            const std::string place = Resolved({}, file);
+            const auto [owner, isFirst] = owners.emplace(place, component.get());
+            if (!isFirst && !std::exchange(isTold, true)) {
+                findings.push_back(Clash(
+                    diagnostic::sameResult, *component,
+                    Concat("writes '", file, "', as component '", owner->second->name, "' does")));
+            }
+            const auto reader = readers.find(place);
+            if (component->type != savesSignals || reader == readers.end()) continue;
+            findings.push_back(Clash(diagnostic::savesOverInput, *component,
+                                     Concat("saves onto '", file, "', which component '",
+                                            reader->second->name, "' reads")));
         }
-        if (component->type != savesSignals) continue;
-        const auto reader = readers.find(Resolved({}, file));
-        if (reader == readers.end()) continue;
-        findings.push_back(Clash(
-            diagnostic::savesOverInput, *component,
-            Concat("saves onto '", file, "', which component '", reader->second->name, "' reads")));
     }
     return findings;
 }

@@ -210,6 +210,7 @@ TEST_F(TypingErrors, ThatLoseResultsAreRefusedWithBothBlocks) {
     };
     const std::string received = "PARAM FilenameRoot StringType\nVALUE received\nENDPARAM\n";
     const std::string noPlot = "PARAM Plot EnumType\nVALUE No\nENDPARAM\n";
+    const std::string noRows = "PARAM SaveAllData EnumType\nVALUE NO\nENDPARAM\n";
     const auto file = [](std::string_view name) {
         return Concat("PARAM FileName StringType\nVALUE ", name, "\nENDPARAM\n");
     };
@@ -229,6 +230,8 @@ TEST_F(TypingErrors, ThatLoseResultsAreRefusedWithBothBlocks) {
         {block("SignalPlot", "received", ""), ""},
         {block("SignalPlot", "a", received) + block("ChirpPlot", "b", received),
          "P1109: component 'b': writes 'eye-received.pcs', as component 'a' does"},
+        {block("BERTester", "a", received + noRows) + block("BERTester", "b", received),
+         "P1109: component 'b': writes 'received.ber', as component 'a' does"},
         {save + block("LoadSigBlock", "Load", file("eye-x.sgd")), saved},
         {save + block("LoadSigBlock", "Load", file("alias.sgd")), saved},
         {save + block("LoadSigBlock", "Load", file(directory_.Path() + "eye-x.sgd")), saved},
