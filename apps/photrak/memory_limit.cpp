@@ -114,8 +114,7 @@ bool Await(pid_t child, int& state, rusage& usage) {
 }
 
 Trial Try(const CommandOptions& options, const SimulationKind& kind, int wanted) {
-    const ScratchFolder scratch(
-        (std::filesystem::temp_directory_path() / Concat("photrak-memory-", ::getpid())).string());
+    const ScratchFolder scratch = PrivateFolder("memory");
     Trial trial;
     int ends[2] = {};
     if (::pipe2(ends, O_CLOEXEC) != 0) return trial;

@@ -376,8 +376,7 @@ bool TryPoints(const CommandOptions& options, const SimulationKind& kind, const 
 }  // namespace
 
 int EstimateScan(const CommandOptions& options, const SimulationKind& kind) {
-    const ScratchFolder scratch(
-        (fs::temp_directory_path() / Concat("photrak-estimate-", ::getpid())).string());
+    const ScratchFolder scratch = PrivateFolder("estimate");
     Trial trial;
     if (!TryPoints(options, kind, scratch.Path(), trial)) {
         Report("error", Concat(options.file, ": the first points could not be tried"));

@@ -1,8 +1,11 @@
 // A folder for what a command needs in passing.
 #pragma once
 
+#include <cerrno>
+#include <cstdlib>
 #include <filesystem>
 #include <string>
+#include <string_view>
 #include <system_error>
 #include <utility>
 
@@ -23,5 +26,15 @@ class ScratchFolder {
   private:
     std::string path_;
 };
+
+/// A folder beside other users' temporary files, open to us alone and under a name that nobody
+/// foresees. Throws std::system_error where none can be made.
+inline ScratchFolder PrivateFolder(std::string_view word) {
+    std::string path = std::filesystem::temp_directory_path().string();
+    path.append("/photrak-").append(word).append("-XXXXXX");
+    if (!::mkdtemp(path.data()))
+        throw std::system_error(errno, std::generic_category(), "no folder '" + path + "'");
+    return ScratchFolder(std::move(path));
+}
 
 }  // namespace photrak

@@ -19,6 +19,7 @@
 #include "kernel/signals.h"
 #include "platform/descriptor.h"
 #include "platform/host.h"
+#include "platform/memory_shortage.h"
 
 namespace photrak {
 namespace {
@@ -176,6 +177,9 @@ void PackOutputs(Packer& packer, Nodelist* outputs) {
     }
 }
 
+/// What a child says of itself when memory was refused to it.
+constexpr int shortOfMemory = 71;
+
 /// A cell of no known signal kind cannot be handed over; the driver refuses it all the same.
 [[noreturn]] void RunChild(const ModelCall& call, int file,
                            const std::function<Status(const ModelCall&)>& run) {
@@ -186,17 +190,18 @@ void PackOutputs(Packer& packer, Nodelist* outputs) {
                      call.options,
                      call.inputs,
                      call.outputs};
+    const std::uint64_t known = ShortageCount();
     bool told = false;
     try {
         Packer packer;
         packer.Put(run(own));
         packer.PutText(text);
         PackOutputs(packer, call.outputs);
-        told = WriteAll(file, packer.Bytes());
+        told = ShortageCount() == known && WriteAll(file, packer.Bytes());
     } catch (...) {
         // Nothing may lead this copy of the program back into the run; the parent tells of its end.
     }
-    ::_exit(told ? 0 : 1);
+    ::_exit(ShortageCount() > known ? shortOfMemory : told ? 0 : 1);
 }
 
 // --- The parent ---
@@ -268,7 +273,9 @@ std::string EndOf(const Child& child, int state, double seconds) {
         const char* name = ::sigabbrev_np(signal);
         return Concat("crashed: SIG", name ? name : "?");
     }
-    return Concat("ended its process with status ", WIFEXITED(state) ? WEXITSTATUS(state) : -1);
+    const int status = WIFEXITED(state) ? WEXITSTATUS(state) : -1;
+    if (status == shortOfMemory) return "ran out of memory";
+    return Concat("ended its process with status ", status);
 }
 
 template <class T>

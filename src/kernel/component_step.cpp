@@ -53,8 +53,9 @@ void NotePlots(Component& component, std::size_t before) {
 Status CallModel(RunState& run, const Step& step) {
     Component& component = *step.component;
     const std::size_t before = CurrentRun().written.Names().size();
+    const std::uint64_t shortages = ShortageCount();
     try {
-        const Status status =
+        Status status =
             DispatchModel(run.models, {{component.name, run.errorText, run.workspace.name},
                                        run.workspace,
                                        component,
@@ -62,6 +63,10 @@ Status CallModel(RunState& run, const Step& step) {
                                        step.inputs.get(),
                                        step.outputs.get()});
         NotePlots(component, before);
+        if (status != Status::Error && ShortageCount() > shortages) {  // it took no notice
+            AppendPiece(run.errorText, Concat("ERROR: ", ShortageText()));
+            status = Status::Error;
+        }
         return status;
     } catch (...) {
         NotePlots(component, before);

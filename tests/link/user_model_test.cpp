@@ -108,6 +108,8 @@ TEST_F(OwnCatalogue, AFaultyLibraryIsNamedAndNothingElseIsLost) {
          "component 'Inverter': the user library crashed: SIGSEGV", 139},
         {"RunExit", "models/faulty_model.so' ended the program",
          "component 'Inverter': the user library ended its process with status", 1},
+        {"RunHuge", "out of memory while running the component 'Inverter'",
+         "component 'Inverter': the user library ran out of memory", 1},
         {"RunLoop", nullptr, "component 'Inverter': the user library did not return within 0.3 s",
          1},
         {"RunReturnsInput", "output port 1 of the user model is the signal of input port 1",
@@ -122,13 +124,15 @@ TEST_F(OwnCatalogue, AFaultyLibraryIsNamedAndNothingElseIsLost) {
         if (row.told) {
             // A shell tells a crash as 128 and the signal.
             const ProgramResult bare = RunProgram(
-                "ASAN_OPTIONS=handle_segv=0 sh -c './photrak run --no-commands link.top; exit $?'");
+                "ASAN_OPTIONS=handle_segv=0:allocator_may_return_null=1 sh -c './photrak run "
+                "--no-commands link.top; exit $?'");
             EXPECT_EQ(bare.status, row.status) << bare.error;
             EXPECT_NE(bare.error.find(row.told), std::string::npos) << bare.error;
             EXPECT_NE(FileText("log.txt").find(row.told), std::string::npos);
         }
         const ProgramResult own = RunProgram(
-            "ASAN_OPTIONS=handle_segv=0 ./photrak run --no-commands --isolate-limit 0.3 link.top");
+            "ASAN_OPTIONS=handle_segv=0:allocator_may_return_null=1 ./photrak run --no-commands "
+            "--isolate-limit 0.3 link.top");
         EXPECT_EQ(own.status, 1);
         const char* told = row.toldIsolated ? row.toldIsolated : row.told;
         EXPECT_NE(own.error.find(told), std::string::npos) << own.error;

@@ -42,7 +42,8 @@ SCENARIOS = {
 
 class Rack:
     def __init__(self, asked, folder):
-        leaks = {"REFUSE_BY_NAME": "1"} if asked.leaks else {}
+        # What starts the program under valgrind is left alone.
+        leaks = {"REFUSE_BY_NAME": "1", "REFUSE_IN": asked.program.name} if asked.leaks else {}
         self.command, self.folder = [*(VALGRIND if asked.leaks else []), asked.program.resolve()], folder
         self.environment = environment(folder, PHOTRAK_THREADS=str(asked.threads),
                                        LD_PRELOAD=str(asked.library.resolve()), **leaks)

@@ -5,6 +5,7 @@
      REFUSE_AT=N        refuses call N, counted from 1
      REFUSE_FROM=N      refuses call N and all after it
      REFUSE_COUNT=FILE  the number of calls goes there when the program ends
+     REFUSE_IN=NAME     only in the program of that name
      REFUSE_BY_NAME=1   the heap behind it is found by name, for valgrind */
 #define _GNU_SOURCE
 #include <dlfcn.h>
@@ -70,6 +71,7 @@ int posix_memalign(void** place, size_t alignment, size_t size) {
 __attribute__((constructor)) static void Begin(void) {
     const char* at = getenv("REFUSE_AT");
     const char* from = getenv("REFUSE_FROM");
+    const char* in = getenv("REFUSE_IN");
     countFile = getenv("REFUSE_COUNT");
     if (getenv("REFUSE_BY_NAME")) {
         heapMalloc = (void* (*)(size_t))dlsym(RTLD_NEXT, "malloc");
@@ -78,6 +80,7 @@ __attribute__((constructor)) static void Begin(void) {
         heapMemalign = (void* (*)(size_t, size_t))dlsym(RTLD_NEXT, "memalign");
     }
     atomic_store(&calls, 0);
+    if (in && strcmp(in, program_invocation_short_name) != 0) return;
     if (at) first = last = atol(at);
     if (from) {
         first = atol(from);

@@ -2,6 +2,7 @@
 #include <fenv.h>
 #include <locale.h>
 #include <signal.h>
+#include <stdint.h>
 #include <stdlib.h>
 #include <string.h>
 #include <unistd.h>
@@ -78,6 +79,14 @@ ENTRY(RunReturnsOther) {
     if (CopyOn(api, inputs, outputs)) return 1;
     outputs->sigType = ElecSigType;
     return 0;
+}
+
+/* Asks for more memory than there can be, and lives with it. */
+ENTRY(RunHuge) {
+    void* place = NULL;
+    UNUSED;
+    if (api->Allocate(&place, SIZE_MAX / 8) == 0) free(place);
+    return CopyOn(api, inputs, outputs);
 }
 
 /* Counts its calls in the parameters' place for a message. */
