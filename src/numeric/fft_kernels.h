@@ -58,6 +58,7 @@ struct TransformView {
     const double* middle;  // between the levels: per column, in the order of writing, re and im
     long bundle;           // columns worked on at once, a multiple of 8
     long together;         // runs of rows that leave side by side
+    void (*pause)();       // called now and then on the way through a long one; may throw, or null
 };
 
 /// A split field: n real and n imaginary parts, each on a cache line.

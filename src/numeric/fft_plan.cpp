@@ -7,6 +7,7 @@
 
 #include "numeric/simd.h"
 #include "numeric/transfer_plan.h"
+#include "platform/stop_point.h"
 
 namespace photrak {
 
@@ -19,6 +20,10 @@ constexpr long singleLevelRows = 256;
 // From here on a column bundle takes 16 columns: the caller's array is seldom aligned, so wider
 // bundles share fewer cache lines with their neighbors.
 constexpr long largeTransform = 1L << 15;
+
+// From here on a transform takes a tenth of a second, and looks on its way whether the run is to
+// end.
+constexpr long longTransform = 1L << 22;
 
 long ColumnLength(long n) {
     const long rows = n / 8;
@@ -68,12 +73,14 @@ TransformPlan::TransformPlan(long n)
         const Roots roots(n / 8);
         middle_ = AlignedDoubles(static_cast<std::size_t>(n / 4));
         double* at = middle_.Data();
-        for (long column = 0; column < m2; ++column)
+        for (long column = 0; column < m2; ++column) {
+            StopPoint();
             for (long turn = 0; turn < m1; ++turn) {
                 const auto w = roots[static_cast<std::uint64_t>(column * columns_.Place(turn))];
                 *at++ = w.real();
                 *at++ = w.imag();
             }
+        }
     }
     const bool large = n >= largeTransform;
     view_ = {.entry = entry_.View(),
@@ -81,7 +88,8 @@ TransformPlan::TransformPlan(long n)
              .rows = rows_.View(),
              .middle = middle_.Data(),
              .bundle = large ? 16 : 8,
-             .together = m1 > 1 ? 4 : 1};
+             .together = m1 > 1 ? 4 : 1,
+             .pause = n >= longTransform ? StopPoint : nullptr};
 }
 
 std::shared_ptr<const TransformPlan> TransformPlan::For(long n) {

@@ -134,13 +134,17 @@ void TransformNatural(const TransformView& view, double* data, double* scratch) 
         for (long p = 0; p < m2; p += 8)
             EnterRows<Conjugate, Coarse>(view.entry, data, p, rows + fftRow * p, fftRow);
     } else {
-        for (long column = 0; column < m2; column += view.bundle)
+        for (long column = 0; column < m2; column += view.bundle) {
+            if (view.pause) view.pause();
             TransformBundle<Conjugate, Coarse>(view, data, column, scratch + 2 * view.entry.length,
                                                rows);
+        }
     }
-    for (long k = 0; k < m1; k += view.together)
+    for (long k = 0; k < m1; k += view.together) {
+        if (view.pause) view.pause();
         LeaveRows<Conjugate>(rows + k * m2 * fftRow, view.rows, data + fftRow * k, m1,
                              view.together);
+    }
 }
 
 void Transform(const TransformView& view, double* data, double* scratch, bool conjugate) {

@@ -9,6 +9,7 @@
 #include "numeric/fft_plan.h"
 #include "numeric/simd.h"
 #include "numeric/transfer_plan.h"
+#include "platform/stop_point.h"
 
 namespace photrak {
 
@@ -68,7 +69,11 @@ TransferArray::TransferArray(long n, int sign)
     scale_ = 1.0 / static_cast<double>(n);
     imScale_ = sign_ * scale_;
     memory_ = AlignedDoubles(SplitDoubles(n));
-    std::fill_n(memory_.Data(), memory_.Size(), 0.0);
+    constexpr std::size_t part = std::size_t{1} << 21;
+    for (std::size_t at = 0; at < memory_.Size(); at += part) {
+        StopPoint();  // the system takes its time to hand so much memory out
+        std::fill_n(memory_.Data() + at, std::min(part, memory_.Size() - at), 0.0);
+    }
     re_ = memory_.Data();
     im_ = ImaginaryPart(re_, n);
 }

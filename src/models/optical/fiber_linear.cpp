@@ -5,6 +5,8 @@
 #include <string_view>
 #include <utility>
 
+#include "platform/stop_point.h"
+
 namespace photrak {
 
 namespace {
@@ -29,6 +31,7 @@ std::shared_ptr<const LinearPhases> MakePhases(const FrequencyGrid& grid,
     auto made = std::make_shared<LinearPhases>();
     made->phase = AlignedDoubles(static_cast<std::size_t>(grid.points));
     for (long q = 0; q < grid.points; ++q) {
+        LookForStop(q);
         const double w = Offset(grid, order[q]);
         // Both coefficients at the bin's own wavelength: the curve enters whole, not as a series
         // around the carrier. By design: the third order comes on top of that.
