@@ -16,6 +16,7 @@
 
 #include "base/complex.h"
 #include "numeric/simd_array.h"
+#include "platform/stop_point.h"
 
 namespace photrak {
 
@@ -78,6 +79,7 @@ class TransferArray {
     void Fill(Response response) {
         const std::int32_t* order = BinOrder();
         for (long q = 0; q < n_; ++q) {
+            LookForStop(q);
             const long k = order[q] > n_ / 2 ? order[q] - n_ : order[q];
             Set(q, AsComplex(response(k)));
         }

@@ -25,6 +25,15 @@ StopScope::~StopScope() {
     seenAt = {};
 }
 
+const std::atomic<std::int16_t>* PresentStopWord() noexcept {
+    return stopWord;
+}
+
+void AdoptStopWord(const std::atomic<std::int16_t>* word) noexcept {
+    stopWord = word;
+    seenAt = {};
+}
+
 void StopPoint() {
     if (!stopWord || stopWord->load(std::memory_order_relaxed) == 0) return;
     const Clock::time_point now = Clock::now();

@@ -24,6 +24,11 @@ class StopScope {
     const std::atomic<std::int16_t>* former_;
 };
 
+/// What this thread looks at, to be handed to those who help it; null for nothing.
+const std::atomic<std::int16_t>* PresentStopWord() noexcept;
+/// Lets a helping thread look at the word of the other.
+void AdoptStopWord(const std::atomic<std::int16_t>* word) noexcept;
+
 /// Throws StopAsked once the stop word has been seen set for a tenth of a second. Costs a look at a
 /// word: for loops over blocks of samples, not over samples.
 void StopPoint();

@@ -10,6 +10,7 @@
 
 #include "platform/host.h"
 #include "platform/memory_shortage.h"
+#include "platform/stop_point.h"
 
 namespace photrak {
 
@@ -88,6 +89,8 @@ Workers::~Workers() {
 void Workers::Run(const Loop& loop) {
     loop_ = loop;
     loop_.doing = PresentDoing();
+    loop_.stopWord = PresentStopWord();
+    hasFailed_.store(false, std::memory_order_relaxed);
     const std::uint32_t round = round_.load(std::memory_order_relaxed) + 1;
     left_.store(static_cast<std::uint32_t>(loop.count), std::memory_order_relaxed);
     for (int w = 0; w < Count(); ++w) {
@@ -130,14 +133,21 @@ bool Workers::Claim(Claims& claims, std::uint32_t round, long& task) {
 
 /// Nothing of the loop may be looked at but here: without a claimed task it may be over.
 void Workers::Perform(long task, int worker) noexcept {
-    if (worker > 0) AdoptDoing(loop_.doing);
+    if (worker > 0) {
+        AdoptDoing(loop_.doing);
+        AdoptStopWord(loop_.stopWord);
+    }
     try {
-        loop_.call(loop_.context, task, worker);
+        if (!hasFailed_.load(std::memory_order_relaxed)) loop_.call(loop_.context, task, worker);
     } catch (...) {
         const std::lock_guard lock(failureLock_);
         if (!failure_) failure_ = std::current_exception();
+        hasFailed_.store(true, std::memory_order_relaxed);
     }
-    if (worker > 0) AdoptDoing(nullptr);
+    if (worker > 0) {
+        AdoptDoing(nullptr);
+        AdoptStopWord(nullptr);
+    }
     if (left_.fetch_sub(1, std::memory_order_acq_rel) == 1) left_.notify_one();
 }
 

@@ -38,7 +38,7 @@ class Workers {
     /// neighboring tasks of its own, the same in every loop of the same count, so that what it
     /// works on stays in its processor's cache; then it helps out where others are late. Nobody
     /// waits for a thread that the system has not let run. The first exception of a task is thrown
-    /// on from here.
+    /// on from here, and tasks that have not begun by then are left out.
     template <class Work>
     void Share(long count, Work&& work) {
         if (crew_.empty() || count < 2 || count > mostTasks) {
@@ -72,7 +72,8 @@ class Workers {
         void (*call)(void* context, long task, int worker) = nullptr;
         void* context = nullptr;
         long count = 0;
-        const Doing* doing = nullptr;  // what the caller is at
+        const Doing* doing = nullptr;                         // what the caller is at
+        const std::atomic<std::int16_t>* stopWord = nullptr;  // what it looks at
     };
     /// Next task and end of one thread's run, with the low bits of the loop's number above them:
     /// who comes late to a loop that is over claims nothing of the next by mistake.
@@ -92,6 +93,7 @@ class Workers {
     std::atomic<std::uint32_t> round_{0};  // number of the present loop
     std::atomic<std::uint32_t> left_{0};   // tasks not yet done
     std::atomic<bool> ends_{false};
+    std::atomic<bool> hasFailed_{false};
     std::mutex failureLock_;
     std::exception_ptr failure_;
 };

@@ -13,6 +13,7 @@
 #include "base/text.h"
 #include "platform/host.h"
 #include "platform/profile.h"
+#include "platform/stop_point.h"
 #include "platform/workers.h"
 #include "support/recording_host.h"
 #include "support/temp_dir.h"
@@ -183,6 +184,26 @@ TEST(Workers, ThrowOnWhatATaskThrew) {
     int count = 0;
     workers.Share(1, [&](long, int) { ++count; });
     EXPECT_EQ(count, 1);
+}
+
+// Tasks of hours on every thread end a moment after the stop word of the caller is set.
+TEST(Workers, LookAtTheStopWordOfWhoCallsThem) {
+    std::atomic<std::int16_t> word = 0;
+    const StopScope scope(&word);
+    Workers workers(3);
+    std::atomic<long> begun = 0;
+    const auto work = [&](long, int) {
+        ++begun;
+        for (;;) {
+            word = 1;
+            StopPoint();
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+    };
+    EXPECT_THROW(workers.Share(1000, work), StopAsked);
+    EXPECT_LE(begun, workers.Count());
+    word = 0;
+    workers.Share(10, [&](long, int) { StopPoint(); });
 }
 
 TEST(Workers, TakeTheirNumberFromTheEnvironment) {

@@ -10,6 +10,7 @@
 #include "kernel/sample_arrays.h"
 #include "models/common/spectrum_grid.h"
 #include "numeric/transfer.h"
+#include "platform/stop_point.h"
 #include "platform/workers.h"
 
 namespace photrak {
@@ -58,6 +59,7 @@ void RotateSpectrum(SplitField& field, std::int64_t bins) {
         withinIm[q] = within.im;
     }
     for (std::int64_t start = 0; start < n; start += run) {
+        LookForStop(start);
         const Complex first = turn(start);
         double *re = field.Re() + start, *im = field.Im() + start;
         for (std::int64_t q = 0; q < run; ++q) {
@@ -72,6 +74,7 @@ void RotateSpectrum(SplitField& field, std::int64_t bins) {
 
 void FilterField(const Window& window, const TransferArray& factors, SplitField& work,
                  const Complex* in, Complex* out, std::int32_t noPoints) {
+    StopPoint();
     const std::int32_t behind = window.first + noPoints;
     work.CopyFrom(in, window.first, noPoints);
     std::fill_n(work.Re(), window.first, in[1].re);
