@@ -266,7 +266,8 @@ TEST(OpticalAmplifier, ReadsDecibelsAndOnlyTheFilesItNeeds) {
     // A resolution of 0 asks for one point, and the definition lets it through.
     EXPECT_EQ(Amplifier(params, *Carrier(0.0)).Noise().noPoints, 1);
     EXPECT_EQ(read("custom", "Custom", ""),
-              "OpticalAmplifier box: Cannot open noise spectra filename 'absent'\n");
+              "OpticalAmplifier box: Cannot open noise spectra filename 'absent'\n"
+              "ERROR: component 'box': file 'absent': No such file or directory\n");
     EXPECT_EQ(read("custom", "Flat", ""),
               "OpticalAmplifier box: Cannot open gain spectra filename ''\n");
     directory.Write("gain.txt", "1550 3\n");

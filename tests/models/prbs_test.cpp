@@ -120,7 +120,10 @@ TEST(Prbs, RefusesWhatItCannotMake) {
     PrbsParams missing = Params("custom", 3);
     missing.filename = "100%n/no such file";
     const std::pair<PrbsParams, const char*> rows[] = {
-        {missing, "Can not open file: 100%n/no such file.\n"},
+        {missing,
+         "Can not open file: 100%n/no such file.\n"
+         "ERROR: component 'block': pattern file '100%n/no such file': No such file or "
+         "directory\n"},
         {Params("Prbs%s", 3),
          "Error pattern type for the pattern generator: Prbs%s\n"
          "Allowed types are PRBS, alternating, one, zero, single, and custom. \n"},

@@ -227,7 +227,8 @@ Status LoadCurves(const std::string& fileName, const CurveFileTexts& texts, SCur
                   const ModelReport& report) {
     std::string text, reason;
     if (fileName.empty() || !ReadWholeFile(fileName, text, reason, maxCurveFileBytes)) {
-        return report.Fail(FillIn(texts.cannotOpen, {report.owner, fileName}));
+        const Status status = report.Fail(FillIn(texts.cannotOpen, {report.owner, fileName}));
+        return fileName.empty() ? status : report.Refuse("file '", fileName, "': ", reason);
     }
     return ReadSCurves(text, fileName, texts.notStarted, curves, report);
 }

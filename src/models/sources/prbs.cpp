@@ -226,7 +226,8 @@ Status PRBS_Custom(const PrbsParams& params, Nodelist* outputs, const ModelRepor
     if (made != Status::Success) return made;
     std::string text, reason;
     if (!ReadWholeFile(params.filename, text, reason, maxPatternFileBytes)) {
-        return report.Fail(FillIn("Can not open file: %s.\n", {params.filename}));
+        static_cast<void>(report.Fail(FillIn("Can not open file: %s.\n", {params.filename})));
+        return report.Refuse("pattern file '", params.filename, "': ", reason);
     }
     FillFromText(text, *pattern);
     return StorePattern(params, *pattern, Ends::Keep, outputs, report);
